@@ -1,0 +1,57 @@
+/// @file
+/// The finished result of a build.
+#pragma once
+
+#include <vorl/hierarchy/level.hpp>
+#include <vorl/hierarchy/score.hpp>
+#include <vorl/types/item.hpp>
+#include <vorl/types/options.hpp>
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+namespace vorl {
+
+/// A bottom-up stack of levels of overlapping clusters over the nodes, its root and its score.
+///
+/// It owns the nodes and the levels; all other pointers between items own nothing.
+template <class LinksT>
+class VORL_API Hierarchy {
+public:
+    using NodeT = Node<LinksT>;
+    using ClusterT = Cluster<LinksT>;
+    using NodesT = Nodes<LinksT>;
+    using ClustersT = Clusters<LinksT>;
+    using LevelsT = std::vector<Level<LinksT>>;
+    using RootT = std::vector<ClusterT*>;
+
+    Hierarchy(const Hierarchy&) = delete;
+    Hierarchy& operator=(const Hierarchy&) = delete;
+    virtual ~Hierarchy();
+
+    /// Moves the object into a new shared one of the dynamic type.
+    virtual std::shared_ptr<Hierarchy> toSharedPtr() = 0;
+    /// Total weight of the network, both directions of each link counted.
+    virtual AccWeight weight() const = 0;
+    /// Whether the links are symmetric.
+    virtual bool edges() const = 0;
+
+    const NodesT& nodes() const { return m_nodes; }
+    /// The levels, bottom level first.
+    const LevelsT& levels() const { return m_levels; }
+    /// The items on top of the hierarchy; a stand-alone node is wrapped in a one-item cluster.
+    const RootT& root() const { return m_root; }
+    const HierScore& score() const { return m_score; }
+
+protected:
+    Hierarchy();
+    Hierarchy(Hierarchy&&) noexcept;
+
+    NodesT m_nodes;
+    LevelsT m_levels;
+    RootT m_root;
+    HierScore m_score;
+};
+
+}  // namespace vorl
