@@ -1,0 +1,343 @@
+/// @file
+/// The build of a hierarchy: its state, and the steps of a level.
+#pragma once
+
+#include <vorl/hierarchy/chains.hpp>
+#include <vorl/hierarchy/gamma.hpp>
+#include <vorl/hierarchy/hierarchy.hpp>
+#include <vorl/processing/reduction.hpp>
+#include <vorl/processing/weights.hpp>
+#include <vorl/types/options.hpp>
+
+#include <initializer_list>
+#include <type_traits>
+#include <vector>
+
+namespace vorl {
+
+/// Pointers to vectors of items: one measure can run over several of them without joining them.
+template <class ItemsT>
+using Ilistptrc = std::initializer_list<const ItemsT*>;
+
+namespace detail {
+
+/// The item at a position in a list of items or in a vector of pointers to items.
+template <class IterT>
+auto& itemAt(IterT it) {
+    if constexpr (std::is_pointer_v<typename std::iterator_traits<IterT>::value_type>)
+        return **it;
+    else
+        return *it;
+}
+
+/// The item's entry for an owner, by a linear scan; the item must have it.
+template <class LinksT>
+const Owner<Cluster<LinksT>>& ownerEntry(const NodeI<LinksT>& item, const Cluster<LinksT>& owner) {
+    auto it = item.owners.begin();
+    while (it != item.owners.end() && cmpBase(it->dest, &owner)) ++it;
+    VORL_ASSERT(it != item.owners.end() && it->dest == &owner,
+                "ownerEntry(), the owner should be among the item's owners");
+    return *it;
+}
+
+}  // namespace detail
+
+/// Builds a hierarchy level by level.
+///
+/// On each level every item finds its mutual candidates, items whose candidates are candidates of
+/// each other form partitions, partitions that agree and groups of candidates form clusters, and
+/// what finds no partner is propagated past the level. Folding then turns the clusters into the
+/// items of the next level. There is no random step.
+///
+/// Made by `cluster`; callers see it as a `Hierarchy`. Everything is public for the tests.
+///
+/// @tparam NONSYMMETRIC whether the two directions of a link may differ in weight
+/// @tparam LinksT the link list of the nodes
+template <bool NONSYMMETRIC, class LinksT>
+class HierarchyImpl final : public Hierarchy<LinksT> {
+public:
+    using Base = Hierarchy<LinksT>;
+    using typename Base::ClustersT;
+    using typename Base::ClusterT;
+    using typename Base::NodesT;
+    using typename Base::NodeT;
+    using PropagatesT = std::vector<ClusterT*>;
+    using DesClusters = std::vector<ClusterT*>;
+    template <class ItemT>
+    using Items = std::vector<ItemT>;
+    /// Where the items of a level live.
+    template <class ItemT>
+    using StoredItems = std::conditional_t<IS_NODE<ItemT>, NodesT, ClustersT>;
+    template <class ItemT>
+    using IStored = typename StoredItems<ItemT>::iterator;
+
+    using Base::m_levels;
+    using Base::m_nodes;
+    using Base::m_root;
+    using Base::m_score;
+
+    AccWeight m_weight = 0;    ///< total weight of the network, both directions counted
+    float m_gamma;             ///< the resolution asked for; negative means dynamic
+    float m_gammaRatio = 1;    ///< multiplier of gamma, shrunk by root compression
+    float m_filterMarg;
+    std::uint32_t m_propnum = 0;   ///< number of items propagated on the current level
+    PropagatesT m_propagates;      ///< clusters carried up past the current level
+    Size m_proplsnum = 0;          ///< number of links of the propagated items
+    Reduction m_reductionNodes;    ///< core value of the reduction in force for nodes
+    Reduction m_reductionClusters; ///< core value of the reduction in force for clusters
+    bool m_reductionWeight;        ///< nodes are reduced by weight and not by gain
+    std::uint32_t m_linksMarg;     ///< link count above which links are reduced; 0 means never
+    bool m_coarse;
+    bool m_exact;
+    ArenaAllocator<ClusterT> m_arena;  ///< of the clusters of all levels
+
+    /// Takes the nodes over; the argument is left empty.
+    /// @throws std::invalid_argument if a reduction is asked for without nodes
+    HierarchyImpl(NodesT&& nodes, const ClusterOptions& opts);
+    HierarchyImpl(HierarchyImpl&&) noexcept = default;
+
+    std::shared_ptr<Base> toSharedPtr() override;
+    AccWeight weight() const override { return m_weight; }
+    bool edges() const override { return !NONSYMMETRIC; }
+
+    /// Turns the nodes into the levels, the root and the score.
+    void build(Validation validation, Coupling rootMax, float gainMarg, bool modtrace);
+
+    /// @name Level pass
+    /// @{
+
+    /// Forms one level from a range of items and the propagated ones.
+    /// @return true if a level was added
+    template <Item ItemT>
+    bool clusterLevel(IStored<ItemT> first, IStored<ItemT> last, Id itemsNum);
+
+    /// Makes the context of a node, or makes or renews that of a cluster.
+    /// @return total weight of the item
+    /// @throws std::overflow_error if the weight overflows
+    AccWeight initItem(NodeT& el);
+    AccWeight initItem(ClusterT& el);
+
+    /// The part of a cluster's self weight that comes from inside its descendants.
+    AccWeight subSelfWeight(const ClusterT& el) const;
+    /// @}
+
+    /// @name Gain: change of the modularity, times the total weight, if items became one cluster
+    /// @{
+
+    /// Gain of an item and the destination of its link.
+    /// @throws std::overflow_error if a term overflows
+    template <class ItemT>
+    AccWeight clusterGain(const ItemT& el, const typename ItemT::LinkT& ln) const;
+    /// Gain of a group, ascending by address, at a gamma that includes the ratio.
+    template <class ItemT>
+    AccWeight clusterGain(const Items<ItemT*>& group, AccWeight gamma) const;
+    /// Gain of an item with a group of at least 2 of its candidates.
+    /// @param[out] cgamma the gamma in force, may be null
+    template <class ItemT>
+    AccWeight emcandsGain(ItemT& el, const Candidates<ItemT*>& group, AccWeight* cgamma) const;
+    /// @}
+
+    /// @name Candidates: the neighbours with which both ends gain the most
+    /// @{
+    template <class IItemXT>
+    void initCands(IItemXT first, IItemXT last, ClustersT& cls);
+    template <class ItemT>
+    void defineItemCands(ItemT& el, ClustersT& cls);
+    /// @}
+
+    /// @name Chains: groups of an item's candidates that are candidates of each other
+    /// @{
+
+    /// Appends the chains of an item.
+    /// @return whether the item has candidates
+    template <class ItemT>
+    bool mcandsChains(Chains<ItemT>& chains, const ItemT& el) const;
+    /// Records that two items are joined.
+    template <class ItemT>
+    void extendChains(Chains<ItemT>& chains, ItemT* item1, AccWeight gain1, ItemT* item2,
+                      AccWeight gain2, AccWeight cdgain) const;
+    /// @}
+
+    /// @name Partitions: the best chains of an item, joined with those of its neighbours
+    /// @{
+    template <class IItemXT>
+    void initNonfilterParts(IItemXT first, IItemXT last);
+    template <class ItemT>
+    void clusterPart(ItemT& el, Partition<ItemT>& part);
+    /// Moves scl into dcl and deletes scl.
+    template <class ItemT>
+    void mergePartClusters(PartCluster<ItemT>& dcl, PartCluster<ItemT>& scl);
+    /// Adds partitions without an owner.
+    template <class ItemT>
+    void extendPartCluster(PartCluster<ItemT>& pcl, PartitionPtrs<ItemT>& parts);
+    /// Drops the part clusters of a range of items, while all partitions are alive.
+    template <class IItemXT>
+    void dropPartClusters(IItemXT first, IItemXT last);
+    /// @}
+
+    /// @name Raw clustering: pairs, groups and partitions become clusters
+    /// @{
+    template <class IItemXT>
+    void rawCluster(IItemXT first, IItemXT last, ClustersT& cls);
+    template <class ItemT>
+    void clusterPair(ClustersT& cls, ItemT& el, ItemT& cand);
+    template <class ItemT>
+    void clusterNonparts(ClustersT& cls, ItemT& el, Candidates<ItemT*>& group, bool);
+    /// @}
+
+    /// @name Propagation: items that find no partner on this level
+    /// @{
+    template <class ItemT>
+    void propagate(ItemT& el, ClustersT& cls);
+    template <class ItemT>
+    void standalone(ItemT& el, ClustersT& cls);
+    template <class IItemXT>
+    void propagateConvert(IItemXT first, IItemXT last, ClustersT& cls);
+    template <class IItemXT>
+    void initPropnomCands(IItemXT first, IItemXT last, ClustersT& cls);
+    template <class ItemT>
+    void defineIlevpropItemCands(ItemT& el, ClustersT& cls);
+    /// @}
+
+    /// Settles how items divide among their owners, by the candidates that lie in each of them.
+    template <class IItemXT>
+    void membershipTidy(IItemXT first, IItemXT last);
+
+    /// @name Folding: the clusters of a level become the items of the next one
+    /// @{
+    template <bool CLUSTERS>
+    void foldLevel(const PropagatesT& propagates);
+    template <bool CLUSTERS>
+    void accLinks(ClusterT& cl);
+    void accLinksProp(ClusterT& cl, Id& furpropnum, Size& furproplsnum, const DesClusters* props);
+    /// @}
+
+    /// @name Link reduction
+    /// @{
+
+    /// Enters the droppable links of an item with more than `linksMarg` links.
+    /// @throws std::domain_error by weight on nodes of unweighted links
+    template <bool BYWEIGHT, class ItemT>
+    void reductionCands(RdsCands<ItemT>& rcands, ItemT& el, Id linksMarg, Reduction reduction,
+                        std::vector<RdsLink<ItemT>>& rlinks);
+    /// Drops the links on which both ends agree.
+    /// @return the number of items that lost links
+    template <class ItemT>
+    Id reduceLinks(RdsCands<ItemT>& rcands);
+    /// @}
+
+    /// @name Measures
+    /// @{
+
+    /// Generalised modularity of a range, with the total weight as the denominator.
+    ///
+    /// M. E. J. Newman, M. Girvan, Finding and evaluating community structure in networks, Phys.
+    /// Rev. E 69, 026113 (2004), https://doi.org/10.1103/PhysRevE.69.026113; the resolution after
+    /// J. Reichardt, S. Bornholdt, Statistical mechanics of community detection, Phys. Rev. E 74,
+    /// 016110 (2006), https://doi.org/10.1103/PhysRevE.74.016110
+    ///
+    /// @param gamma the resolution; WEIGHT_NONE means that of the build
+    template <class IItemXT>
+    AccWeight modularity(IItemXT first, IItemXT last, AccWeight gamma = WEIGHT_NONE);
+
+    /// Mean conductance of the items, 1 for fewer than two.
+    ///
+    /// R. Kannan, S. Vempala, A. Vetta, On clusterings: good, bad and spectral, J. ACM 51, 497
+    /// (2004), https://doi.org/10.1145/990308.990313
+    template <class ItemsT>
+    AccWeight conductance(Ilistptrc<ItemsT> items) const;
+
+    /// The resolution at which the items would be the best partition.
+    /// @param[out] conductance their conductance, may be null; left as it is where the gamma is 1
+    ///     for want of inner or outer weight
+    template <class ItemsT>
+    AccWeight staticGamma(Ilistptrc<ItemsT> items, AccWeight* conductance = nullptr) const;
+
+    template <class ItemT>
+        requires(!std::is_pointer_v<ItemT>)
+    AccWeight dynamicGamma(const ItemT& a, const ItemT& b) const {
+        return vorl::dynamicGamma(m_weight, a.m_context->weight, a.m_sweight, b.m_context->weight,
+                                  b.m_sweight);
+    }
+    /// Of a group of at least 3 items.
+    template <class ItemT>
+    AccWeight dynamicGamma(const Items<ItemT*>& items) const;
+    /// Mean of the items' dynamic gammas, weighted by their weights.
+    AccWeight avgdynGammaApx(const Items<ClusterT*>& items, bool) const;
+    /// @}
+
+private:
+    /// The share of its best gain below which an offer would not tie, 1 - 2^-26.5.
+    static constexpr AccWeight OFFER = 0.9999999894632878;
+
+    /// The largest number of levels in a row without a smaller one.
+    static constexpr unsigned LEVELS_STUCK_MAX = 64;
+
+    template <class ItemT>
+    void raiseGmax(ItemT& item, AccWeight gain) const;
+    template <class ItemT>
+    void filterCands(ItemT& el, ClustersT& cls);
+    template <class ItemT>
+    void rawClusterItem(ItemT& el, ClustersT& cls);
+    template <class ItemT>
+    bool prefersPairs(ItemT& el) const;
+    template <class ItemT>
+    void clusterPairs(ItemT& el, ClustersT& cls);
+    template <class ItemT>
+    void clusterGroup(ItemT& el, ClustersT& cls);
+    template <class ItemT>
+    void joinItem(ItemT& item, ClusterT& cl);
+    template <class ItemT>
+    void wrapNode(ItemT& el, ClustersT& cls);
+    template <class ItemT>
+    void countShares(ItemT& el);
+    template <class ItemT>
+    void reduceItems(StoredItems<ItemT>& items, Id overlong, Reduction reduction,
+                     const char* message);
+
+    void initNodes();
+    void traceStart() const;
+    bool buildFirstLevel(bool modtrace, float& qprev, std::uint32_t& wrapped);
+    bool buildLevels(bool compressed, float gainMarg, bool modtrace, float& qprev,
+                     std::uint32_t& levsize, std::uint32_t& propnum);
+    void compressRoot(std::uint32_t propnum, Coupling rootMax);
+    void formRoot();
+    void scoreRoot(std::uint32_t wrapped);
+    void traceResult(Size rootClusters, Size formedClusters, const char* end) const;
+};
+
+template <bool NONSYMMETRIC, class LinksT>
+template <class ItemT>
+AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::clusterGain(
+    const ItemT& el, const typename ItemT::LinkT& ln) const {
+    const AccWeight w12 = linkWeight<NONSYMMETRIC>(&el, ln);
+    const AccWeight w1 = el.m_context->weight;
+    const AccWeight w2 = ln.dest->m_context->weight;
+    VORL_ASSERT(w1 != WEIGHT_NONE && w2 != WEIGHT_NONE,
+                "clusterGain(), items weights must be defined");
+    const AccWeight gamma = m_gamma < 0 ? dynamicGamma(el, *ln.dest) : AccWeight{m_gamma};
+    const AccWeight score = (w1 / m_weight + w1 / m_weight) * w2 * (m_gammaRatio * gamma);
+    if (detail::overflowed(score) || detail::overflowed(w12)) [[unlikely]]
+        detail::throwOverflow(
+            "clusterGain(), score or w12_io overflowed\n", 159,
+            "clusterGain(), #%u.%u score or w12_io overflowed: score = %G, w12_io = %G\n", el.id,
+            ln.dest->id, score, w12);
+    return w12 - score;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+template <class ItemT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::joinItem(ItemT& item, ClusterT& cl) {
+    const Owner<ClusterT> owner(&cl);
+    item.owners.insert(insortedLight(item.owners, owner, bsDest<Owner<ClusterT>>), owner);
+    cl.des.push_back(&item);
+}
+
+}  // namespace vorl
+
+/// Instantiates something for the four engines.
+#define VORL_FOR_ENGINES(INSTANTIATE)        \
+    INSTANTIATE(false, ::vorl::UnweightedLinks) \
+    INSTANTIATE(false, ::vorl::WeightedLinks)   \
+    INSTANTIATE(true, ::vorl::UnweightedLinks)  \
+    INSTANTIATE(true, ::vorl::WeightedLinks)

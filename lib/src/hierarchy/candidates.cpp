@@ -1,0 +1,155 @@
+// Mutual candidates: the neighbours with which both ends gain the most.
+#include <vorl/hierarchy/hierarchy_impl.hpp>
+#include <vorl/types/text.hpp>
+
+#include <algorithm>
+
+namespace vorl {
+
+// An item learns at once the best that it has been offered, a hair below the gain, such that its
+// own equal gain ties with the value. Candidates thus don't depend on the order of the visits.
+template <bool NONSYMMETRIC, class LinksT>
+template <class ItemT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::raiseGmax(ItemT& item, AccWeight gain) const {
+    if (!m_exact || xpropagated(item.m_context->state)) return;
+    const AccWeight offer = OFFER * gain;
+    if (less(item.m_context->gmax, offer)) item.m_context->gmax = offer;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+template <class ItemT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::defineItemCands(ItemT& el, ClustersT& cls) {
+    Context<ItemT>& ectx = *el.m_context;
+    VORL_ASSERT(ectx.cands.empty() && !xinterlevprop(ectx.state),
+                "defineItemCands(), el should be non-xinterlevprop undefined clusterable with "
+                "empty cands");
+    if (el.links.empty()) {
+        VORL_ASSERT(!xpropagated(ectx.state) &&
+                        (ectx.weight == WEIGHT_NONE ||
+                         equal(ectx.weight, static_cast<AccWeight>(el.m_sweight))),
+                    "defineItemCands(), a stand-alone item should have its self weight only");
+        standalone(el, cls);
+        return;
+    }
+    for (const auto& ln : el.links) {
+        ItemT& dest = *ln.dest;
+        if (xpropagated(dest.m_context->state)) continue;
+        const AccWeight gain = clusterGain(el, ln);
+        if (less(gain)) continue;
+        accBest(ectx.cands, ectx.gmax, &dest, gain, 1);
+        raiseGmax(dest, gain);
+    }
+    if (ectx.cands.empty()) propagate(el, cls);
+}
+
+// Keeps the candidates of which el is a candidate too; those of a neighbour are defined on demand.
+template <bool NONSYMMETRIC, class LinksT>
+template <class ItemT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::filterCands(ItemT& el, ClustersT& cls) {
+    Context<ItemT>& ectx = *el.m_context;
+    auto kept = ectx.cands.begin();
+    for (ItemT* cand : ectx.cands) {
+        Context<ItemT>& cctx = *cand->m_context;
+        if (xpropagated(cctx.state)) continue;
+        if (cctx.cands.empty()) {
+            if (xinterlevprop(cctx.state))
+                defineIlevpropItemCands(*cand, cls);
+            else
+                defineItemCands(*cand, cls);
+            if (xpropagated(cctx.state) || cctx.cands.empty()) continue;
+        }
+        if (holds(cctx.cands, &el)) *kept++ = cand;
+    }
+    ectx.cands.erase(kept, ectx.cands.end());
+    if (ectx.cands.empty()) propagate(el, cls);
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+template <class IItemXT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::initCands(IItemXT first, IItemXT last, ClustersT& cls) {
+    for (; first != last; ++first) {
+        auto& el = detail::itemAt(first);
+        VORL_ASSERT(el.m_context, "initCands(), el context must be defined");
+        auto& ectx = *el.m_context;
+        if (xpropagated(ectx.state)) continue;
+        if (ectx.cands.empty()) {
+            defineItemCands(el, cls);
+            if (xpropagated(ectx.state)) continue;
+        }
+        filterCands(el, cls);
+        VORL_ASSERT(xpropagated(ectx.state) == ectx.cands.empty(),
+                    "initCands(), each item must be either propagated or have some mutual cands");
+    }
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+template <class ItemT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::defineIlevpropItemCands(ItemT& el, ClustersT& cls) {
+    Context<ItemT>& ectx = *el.m_context;
+    if (!xinterlevprop(ectx.state) || xpropagated(ectx.state)) {
+        VORL_TRACE(
+            "  >>> defineIlevpropItemCands(), #%u (%s) %lu cands, gmax: %g, owners: %lu\n", el.id,
+            to_string(ectx.state).c_str(), ectx.cands.size(), ectx.gmax, el.owners.size());
+        VORL_ASSERT(false, "defineIlevpropItemCands(), el should be non-clustered xinterlevprop");
+    }
+    const std::size_t candsNum = ectx.cands.size();
+    for (const auto& ln : el.links) {
+        ItemT& dest = *ln.dest;
+        Context<ItemT>& dctx = *dest.m_context;
+        const bool carried = xinterlevprop(dctx.state);
+        if (xpropagated(dctx.state) && (candsNum == 0 || carried)) continue;
+        if (less(dctx.gmax)) {
+            if (carried) {
+                if (!xpropagated(dctx.state)) propagate(dest, cls);
+                continue;
+            }
+            if (!dctx.cands.empty()) continue;
+        }
+        const AccWeight gain = clusterGain(el, ln);
+        if (less(gain)) continue;
+        accBest(ectx.cands, ectx.gmax, &dest, gain, 1);
+        raiseGmax(dest, gain);
+    }
+    if (ectx.cands.empty()) {
+        propagate(el, cls);
+        return;
+    }
+    if (ectx.cands.size() >= 2 && ectx.cands.size() != candsNum)
+        std::sort(ectx.cands.begin(), ectx.cands.end(), cmpBase<ItemT, ItemT>);
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+template <class IItemXT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::initPropnomCands(IItemXT first, IItemXT last,
+                                                           ClustersT& cls) {
+    for (; first != last; ++first) {
+        auto& el = detail::itemAt(first);
+        auto& ectx = *el.m_context;
+        if (xpropagated(ectx.state)) continue;
+        if (less(ectx.gmax)) {
+            propagate(el, cls);
+            continue;
+        }
+        if (ectx.cands.empty()) {
+            defineIlevpropItemCands(el, cls);
+            if (xpropagated(ectx.state)) continue;
+        }
+        filterCands(el, cls);
+        VORL_ASSERT(
+            xpropagated(ectx.state) == ectx.cands.empty(),
+            "initPropnomCands(), each item must be either propagated or have some mutual cands");
+    }
+}
+
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                                   \
+    template void HierarchyImpl<NONSYM, LinksT>::initCands(                                \
+        Nodes<LinksT>::iterator, Nodes<LinksT>::iterator, Clusters<LinksT>&);              \
+    template void HierarchyImpl<NONSYM, LinksT>::initCands(                                \
+        Clusters<LinksT>::iterator, Clusters<LinksT>::iterator, Clusters<LinksT>&);        \
+    template void HierarchyImpl<NONSYM, LinksT>::initPropnomCands(                         \
+        std::vector<Cluster<LinksT>*>::iterator, std::vector<Cluster<LinksT>*>::iterator,  \
+        Clusters<LinksT>&);
+
+VORL_FOR_ENGINES(VORL_INSTANTIATE)
+
+}  // namespace vorl

@@ -1,0 +1,149 @@
+// One pass of the engine: the order of the clustering steps, and the initialisation of items.
+#include <vorl/hierarchy/hierarchy_impl.hpp>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace vorl {
+
+template <bool NONSYMMETRIC, class LinksT>
+template <Item ItemT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::clusterLevel(IStored<ItemT> first, IStored<ItemT> last,
+                                                       Id itemsNum) {
+    constexpr bool clsproc = !IS_NODE<ItemT>;
+    VORL_ASSERT(clsproc || m_propagates.empty(),
+                "clusterLevel(), propagated items should not exist for the Nodes");
+    ClustersT cls(m_arena);
+    // Only the items that are carried over now are treated, however m_propagates grows below.
+    PropagatesT props = m_propagates;
+    const auto total = static_cast<std::uint32_t>(itemsNum + m_root.size() + props.size());
+    const auto nothingLeft = [&] { return m_root.size() + m_propnum == total; };
+    const auto refuse = [&] {
+        if constexpr (!clsproc) {
+            // The wrapping clusters go, so nothing may refer to them.
+            for (auto it = first; it != last; ++it) {
+                it->owners.clear();
+                it->totac = 0;
+            }
+        }
+        return false;
+    };
+
+    initCands(first, last, cls);
+    if constexpr (clsproc) initPropnomCands(props.begin(), props.end(), cls);
+    if (nothingLeft()) return refuse();
+
+    initNonfilterParts(first, last);
+    if constexpr (clsproc) initNonfilterParts(props.begin(), props.end());
+    rawCluster(first, last, cls);
+    if constexpr (clsproc) rawCluster(props.begin(), props.end(), cls);
+    propagateConvert(first, last, cls);
+    if constexpr (clsproc) propagateConvert(props.begin(), props.end(), cls);
+    dropPartClusters(first, last);
+    if constexpr (clsproc) dropPartClusters(props.begin(), props.end());
+    if (nothingLeft()) return refuse();
+
+    membershipTidy(first, last);
+    if constexpr (clsproc) membershipTidy(props.begin(), props.end());
+    VORL_TRACE("  > clusterLevel() [%lu tot cls]  %lu cls, %u(%lu csz) prop and %lu sa of %u nds\n",
+               m_score.clusters, cls.size(), m_propnum, m_propagates.size(), m_root.size(), total);
+    if (cls.empty() || nothingLeft()) return refuse();
+
+    std::erase_if(m_propagates,
+                  [](const ClusterT* item) { return !xpropagated(item->m_context->state); });
+    VORL_ASSERT(!clsproc || m_propnum == m_propagates.size(),
+                "clusterLevel(): invalid number of the propagated items");
+    m_score.clusters += cls.size();
+    const auto fullsize = static_cast<Id>(cls.size() + m_root.size() + m_propagates.size());
+    m_levels.emplace_back(fullsize, std::move(cls));
+    if (m_levels.size() > LEVEL_MAX - 1)
+        throw std::overflow_error("clusterLevel(), overflow of the number of levels\n");
+    return true;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::initItem(NodeT& el) {
+    VORL_ASSERT(!el.m_context,
+                "initItem(), el context should not be defined yet for the nodes");
+    el.m_context = std::make_unique<Context<NodeT>>();
+    const AccWeight weight = linksWeight<NONSYMMETRIC>(el) + el.m_sweight;
+    el.m_context->weight = weight;
+    if (detail::overflowed(weight))
+        detail::throwOverflow("initItem(), total weight of the item is overflowed\n", 159,
+                              "initItem(), #%u weight overflowed: %G\n", el.id, weight);
+    return weight;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::initItem(ClusterT& el) {
+    if (el.m_context) {
+        VORL_ASSERT(xpropagated(el.m_context->state),
+                    "initItem(), only propagated clusters can have defined context");
+        el.m_context->tidysmart();
+    } else {
+        el.m_context = std::make_unique<Context<ClusterT>>();
+    }
+    el.m_nnodes = 0;
+    for (const NodeI<LinksT>* item : el.des) {
+        if (item->owners.size() == 1) {
+            el.m_nnodes += item->nnodes();
+        } else {
+            const AccWeight share =
+                static_cast<AccWeight>(detail::ownerEntry(*item, el).numac) / item->totac;
+            el.m_nnodes += item->nnodes() * share;
+        }
+    }
+    if (el.m_context->weight != WEIGHT_NONE) return el.m_context->weight;
+
+    // Folding leaves the weight inside the cluster as a link to itself.
+    AccWeight selflw = 0;
+    const auto self = findDest(el.links.begin(), el.links.end(), &el);
+    if (self != el.links.end() && self->dest == &el) {
+        selflw = self->weight;
+        if (detail::overflowed(selflw))
+            detail::throwOverflow("initItem(), selfweight of the link is overflowed\n", 159,
+                                  "initItem(), #%u self weight overflowed: %G\n", el.id, selflw);
+        el.links.erase(self);
+    }
+    el.m_sweight += selflw + subSelfWeight(el);
+    const AccWeight weight = el.m_sweight + linksWeight<NONSYMMETRIC>(el);
+    el.m_context->weight = weight;
+    if (detail::overflowed(weight))
+        detail::throwOverflow("initItem(), total weight of the item is overflowed\n", 159,
+                              "initItem(), #%u weight overflowed: %G\n", el.id, weight);
+    return weight;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::subSelfWeight(const ClusterT& el) const {
+    VORL_ASSERT(el.m_sweight == 0 && el.owners.empty() && !el.des.empty(),
+                "subSelfWeight(), self weight and owners should not be defined for el here");
+    AccWeight sum = 0;
+    for (const NodeI<LinksT>* item : el.des) {
+        if (item->owners.size() == 1) {
+            sum += item->weight();
+            continue;
+        }
+        // A shared descendant gives its self weight by the square of the share.
+        const std::uint32_t numac = detail::ownerEntry(*item, el).numac;
+        const auto totac2 = static_cast<AccWeight>(std::uint64_t{item->totac} * item->totac);
+        sum += item->weight() / totac2 * (numac * numac);
+    }
+    if (detail::overflowed(sum))
+        detail::throwOverflow("subSelfWeight(), overflow\n", 159,
+                              "subSelfWeight(), #%u overflowed: %G\n", el.id, sum);
+    return sum;
+}
+
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                                   \
+    template bool HierarchyImpl<NONSYM, LinksT>::clusterLevel<Node<LinksT>>(               \
+        Nodes<LinksT>::iterator, Nodes<LinksT>::iterator, Id);                             \
+    template bool HierarchyImpl<NONSYM, LinksT>::clusterLevel<Cluster<LinksT>>(            \
+        Clusters<LinksT>::iterator, Clusters<LinksT>::iterator, Id);                       \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::initItem(Node<LinksT>&);             \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::initItem(Cluster<LinksT>&);          \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::subSelfWeight(const Cluster<LinksT>&) const;
+
+VORL_FOR_ENGINES(VORL_INSTANTIATE)
+
+}  // namespace vorl

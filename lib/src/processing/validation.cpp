@@ -1,0 +1,153 @@
+#include <vorl/processing/validation.hpp>
+
+#include <vorl/types/trace.hpp>
+
+#include <algorithm>
+#include <optional>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+namespace vorl {
+
+namespace {
+
+/// Reports a missing back link of an edge, and refuses the network.
+template <class NodeT, class IterT>
+[[noreturn]] void refuseLink(const NodeT& node, const NodeT& dest, IterT place) {
+    const bool atEnd = place == dest.links.end();
+    VORL_TRACE(
+        "> validate(), #%u(%p) has no backlink from #%u(%p) [#%u(%p)] among %lu links: ", node.id,
+        static_cast<const void*>(&node), dest.id, static_cast<const void*>(&dest),
+        atEnd ? ID_NONE : place->dest->id,
+        atEnd ? nullptr : static_cast<const void*>(place->dest), dest.links.size());
+    for (const auto& ln : dest.links)
+        VORL_TRACE(" %u(%p)", ln.dest->id, static_cast<const void*>(ln.dest));
+    VORL_TRACE("\n");
+    throw std::domain_error("validate(), backlinks should always exist for the symmetric links\n");
+}
+
+template <class ErrorsT>
+ErrorsT& collector(std::optional<ErrorsT>& errors, const char* message) {
+    if (!errors) errors.emplace(message);
+    return *errors;
+}
+
+}  // namespace
+
+template <bool NONSYMMETRIC, class NodesT>
+void detail::validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool severe,
+                      const StructLinkErrors* created) {
+    using NodeT = typename NodesT::value_type;
+    using LinkT = typename NodeT::LinkT;
+    std::optional<StructNodeErrors> selfErrors;
+    std::optional<StructLinkErrors> duplErrors;
+    std::optional<StructLinkErrors> backErrors;
+    if (created && created->defined()) backErrors = *created;
+
+    for (NodeT& node : nodes) {
+        auto& links = node.links;
+        if (severe)
+            for (std::size_t i = 1; i < links.size(); ++i)
+                VORL_ASSERT(!cmpBase(links[i].dest, links[i - 1].dest),
+                            "validate(), node links should be sorted");
+        const auto dropWeight = [&](AccWeight dropped) {
+            weight -= dropped;
+            if (node.m_context && node.m_context->weight != WEIGHT_NONE)
+                node.m_context->weight -= dropped;
+        };
+        const std::size_t count = links.size();
+        std::size_t kept = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            if (kept != i) links[kept] = links[i];
+            const LinkT& ln = links[kept];
+            if constexpr (LinkT::IS_WEIGHTED)
+                VORL_ASSERT(ln.weight >= 0, "validate(), link weight should be non-negative");
+            NodeT& dest = *ln.dest;
+            if (dest.id == node.id) {
+                collector(selfErrors, "> WARNING validate(), selflink is duplicated. Removed: ")
+                    .add(node.id);
+                dropWeight(ln.weight);
+                continue;
+            }
+            if (i + 1 < count && !cmpBase(&dest, links[i + 1].dest)) {
+                VORL_ASSERT(&dest == links[i + 1].dest, "validate(), the links should be ordered");
+                collector(duplErrors,
+                          "> WARNING validate(), links must have unique dest. Duplicates removed: ")
+                    .add({node.id, dest.id});
+                dropWeight(ln.weight);
+                continue;
+            }
+            ++kept;
+            const auto place = findDest(dest.links.begin(), dest.links.end(), &node);
+            if (place != dest.links.end() && place->dest == &node) continue;
+            if constexpr (NONSYMMETRIC) {
+                collector(backErrors, BACKLINKS_MESSAGE).add({dest.id, node.id});
+                dest.links.emplace(place, &node, LinkWeight{0});
+                ++linksNum;
+            } else {
+                refuseLink(node, dest, place);
+            }
+        }
+        if (kept != count) {
+            linksNum -= count - kept;
+            links.erase(links.begin() + static_cast<std::ptrdiff_t>(kept), links.end());
+            links.shrink_to_fit();
+        }
+    }
+    if (selfErrors) selfErrors->show();
+    if (duplErrors) duplErrors->show();
+    if (backErrors) backErrors->show();
+}
+
+template <bool NONSYMMETRIC, class NodesT>
+void validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool severe) {
+    detail::validate<NONSYMMETRIC>(nodes, weight, linksNum, severe, nullptr);
+}
+
+// Back links are gathered first and merged list by list, so that a hub costs no more than a sort.
+template <class NodesT>
+void detail::createBackLinks(NodesT& nodes, StructLinkErrors& created) {
+    using NodeT = typename NodesT::value_type;
+    using LinkT = typename NodeT::LinkT;
+    std::vector<std::pair<NodeT*, NodeT*>> missing;
+    for (NodeT& node : nodes) {
+        const NodeT* prev = nullptr;
+        for (const auto& ln : node.links) {
+            NodeT* dest = ln.dest;
+            if (dest == std::exchange(prev, dest) || dest->id == node.id) continue;
+            const auto place = findDest(dest->links.begin(), dest->links.end(), &node);
+            if (place != dest->links.end() && place->dest == &node) continue;
+            missing.emplace_back(dest, &node);
+            created.add({dest->id, node.id});
+        }
+    }
+    std::sort(missing.begin(), missing.end(), [](const auto& a, const auto& b) {
+        return a.first == b.first ? cmpBase(a.second, b.second) : cmpBase(a.first, b.first);
+    });
+    for (auto it = missing.begin(); it != missing.end();) {
+        auto& links = it->first->links;
+        const auto last = std::find_if(it, missing.end(), [&](const auto& pair) {
+            return pair.first != it->first;
+        });
+        const auto middle = static_cast<std::ptrdiff_t>(links.size());
+        links.reserve(links.size() + static_cast<std::size_t>(last - it));
+        for (; it != last; ++it) links.emplace_back(it->second, LinkWeight{0});
+        std::inplace_merge(links.begin(), links.begin() + middle, links.end(),
+                           [](const LinkT& a, const LinkT& b) { return cmpBase(a.dest, b.dest); });
+    }
+}
+
+#define VORL_INSTANTIATE(LinksT)                                                                   \
+    template VORL_API void validate<false>(Nodes<LinksT>&, AccWeight&, Size&, bool);               \
+    template VORL_API void validate<true>(Nodes<LinksT>&, AccWeight&, Size&, bool);                \
+    template void detail::validate<false>(Nodes<LinksT>&, AccWeight&, Size&, bool,                 \
+                                          const StructLinkErrors*);                                \
+    template void detail::validate<true>(Nodes<LinksT>&, AccWeight&, Size&, bool,                  \
+                                         const StructLinkErrors*);                                 \
+    template void detail::createBackLinks(Nodes<LinksT>&, StructLinkErrors&);
+
+VORL_INSTANTIATE(UnweightedLinks)
+VORL_INSTANTIATE(WeightedLinks)
+
+}  // namespace vorl
