@@ -1,0 +1,338 @@
+// The logic of the network's assembly.
+#include <vorl/graph.hpp>
+
+#include <vorl/processing/links_margin.hpp>
+
+#include <random>
+#include <stdexcept>
+#include <string>
+
+namespace vorl {
+
+namespace detail {
+
+bool drawBit() {
+    static std::random_device device;
+    return device() & 1;
+}
+
+}  // namespace detail
+
+namespace {
+
+/// The number of entries that fit a map without rehashing.
+template <class MapT>
+Size mapCapacity(const MapT& map) {
+    return static_cast<Size>(static_cast<float>(map.bucket_count()) * map.max_load_factor());
+}
+
+/// Adds to the self weight; a self link that is there already is a repeat unless they are summed.
+template <class NodeT>
+void addSelfLink(NodeT* node, LinkWeight weight, bool sumdups, StructLinkErrors* errors) {
+    if (node->weight() != 0 && !sumdups) {
+        if (errors) errors->add({node->id, node->id});
+        return;
+    }
+    node->addWeight(2.0 * weight);
+}
+
+/// Stores one link, or two for an edge.
+/// @return whether an arc between different nodes was stored
+template <bool DIRECTED, class NodeT>
+bool storeLink(NodeT* src, NodeT* dst, LinkWeight weight, bool sumdups,
+               StructLinkErrors* errors) {
+    if (src == dst) {
+        addSelfLink(src, weight, sumdups, errors);
+        return false;
+    }
+    if constexpr (!DIRECTED) insertLink(dst, src, weight, sumdups, errors);
+    insertLink(src, dst, weight, sumdups, errors);
+    return DIRECTED;
+}
+
+/// Stores the links of a node, after a reduction where that applies. `current` follows the ids
+/// that are looked up.
+template <bool DIRECTED, bool WEIGHTED>
+bool storeLinks(Node<Links<Link<LinkWeight, WEIGHTED>>>* node,
+                IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnodes,
+                const InpLinks<WEIGHTED>& links, bool sumdups, Reduction reduction, Id linksMarg,
+                StructLinkErrors* errors, Id& current) {
+    const InpLinks<WEIGHTED>* stored = &links;
+    InpLinks<WEIGHTED> reduced;
+    if constexpr (DIRECTED && WEIGHTED) {
+        if (linksMarg != 0 && linksMarg < links.size()) {
+            reduced = links;
+            acsReduceLinks(*node, reduced, idnodes, reduction, linksMarg, sumdups, errors);
+            stored = &reduced;
+        }
+    }
+    bool arcs = false;
+    for (const InpLink<WEIGHTED>& ln : *stored) {
+        current = ln.id;
+        arcs |= storeLink<DIRECTED>(node, idnodes.at(ln.id), ln.weight, sumdups, errors);
+    }
+    return arcs;
+}
+
+}  // namespace
+
+template <class LinksT>
+typename IdNodes<LinksT>::iterator acsAddNode(Nodes<LinksT>& nodes, IdNodes<LinksT>& idnodes,
+                                              Id id, StructNodeErrors* errors) {
+    const auto it = idnodes.find(id);
+    if (it != idnodes.end()) {
+        if (errors) errors->add(id);
+        return it;
+    }
+    nodes.emplace_back(id, Size{0});
+    return idnodes.emplace(id, &nodes.back()).first;
+}
+
+template <class LinksT>
+void acsAddNodes(Nodes<LinksT>& nodes, IdNodes<LinksT>& idnodes, const NodesIdsT& ids,
+                 bool shuffle, StructNodeErrors* errors) {
+    VORL_ASSERT(!ids.empty(), "acsAddNodes(), ids should be specified");
+    if (mapCapacity(idnodes) < idnodes.size() + ids.size()) {
+        Size present = 0;
+        for (Id id : ids) present += idnodes.count(id);
+        if (mapCapacity(idnodes) < idnodes.size() + present)
+            idnodes.reserve(static_cast<Size>(static_cast<double>(present) +
+                                              1.5 * static_cast<double>(ids.size())));
+    }
+    if (!shuffle) {
+        for (Id id : ids) acsAddNode(nodes, idnodes, id, errors);
+        return;
+    }
+    for (auto low = ids.begin(), high = ids.end(); low != high;)
+        acsAddNode(nodes, idnodes, detail::drawBit() ? *low++ : *--high, errors);
+}
+
+template <class NodeT>
+void insertLink(NodeT* src, NodeT* dst, LinkWeight weight, bool sumdups,
+                StructLinkErrors* errors) {
+    using LinkT = typename NodeT::LinkT;
+    auto& links = src->links;
+    if (links.empty() || cmpBase(links.back().dest, dst)) {
+        links.emplace_back(dst, weight);
+        return;
+    }
+    const auto report = [&] {
+        if (errors) errors->add({src->id, dst->id});
+    };
+    // A repeat of the last link is a fault even where repeated links are summed.
+    if (links.back().dest == dst) {
+        report();
+        return;
+    }
+    const auto last = links.end() - 1;
+    const auto place = findDest(links.begin(), last, dst);
+    if (place == last || place->dest != dst) {
+        links.emplace(place, dst, weight);
+        return;
+    }
+    if constexpr (LinkT::IS_WEIGHTED) {
+        if (sumdups) {
+            place->weight += weight;
+            return;
+        }
+    }
+    report();
+}
+
+template <bool DIRECTED, bool WEIGHTED>
+bool acsAddNodeLinks(IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnodes, Id id,
+                     const InpLinks<WEIGHTED>& links, bool sumdups, Reduction reduction,
+                     Id linksMarg, StructLinkErrors* errors) {
+    Id current = id;
+    try {
+        return storeLinks<DIRECTED, WEIGHTED>(idnodes.at(id), idnodes, links, sumdups, reduction,
+                                              linksMarg, errors, current);
+    } catch (const std::out_of_range& err) {
+        throw std::out_of_range("acsAddNodeLinks(), the link with non-existent node is used: #" +
+                                std::to_string(current) + "\n" + err.what());
+    }
+}
+
+template <bool DIRECTED, bool WEIGHTED>
+bool acsAddNodeAndLinks(Nodes<Links<Link<LinkWeight, WEIGHTED>>>& nodes,
+                        IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnodes, Id id,
+                        const InpLinks<WEIGHTED>& links, bool shuffle, bool sumdups,
+                        Reduction reduction, Id linksMarg, StructLinkErrors* errors) {
+    NodesIdsT ids;
+    ids.reserve(links.size() + 1);
+    ids.push_back(id);
+    for (const InpLink<WEIGHTED>& ln : links) ids.push_back(ln.id);
+    acsAddNodes(nodes, idnodes, ids, shuffle);
+    return storeLinks<DIRECTED, WEIGHTED>(idnodes.at(id), idnodes, links, sumdups, reduction,
+                                          linksMarg, errors, id);
+}
+
+namespace {
+
+template <bool WEIGHTED>
+void checkReduction(Reduction reduction, Id nodesNum, const char* caller) {
+    if (reduction == Reduction::NONE || (WEIGHTED && nodesNum != 0)) return;
+    throw std::invalid_argument(std::string(caller) +
+                                ", the reduction can be performed only for the weighed directed "
+                                "links and requires predefined nodesNum");
+}
+
+Reduction inputReduction(Reduction reduction) {
+    if ((reduction & Reduction::SKIP_NODES) != Reduction::NONE) return Reduction::NONE;
+    return reduction & Reduction::CORE_MASK;
+}
+
+}  // namespace
+
+template <bool LINKS_WEIGHTED>
+Graph<LINKS_WEIGHTED>::Graph(Id nodesNum, bool shuffle, bool sumdups, Reduction reduction)
+    : m_reduction(inputReduction(reduction)), m_shuffle(shuffle), m_sumdups(sumdups) {
+    checkReduction<LINKS_WEIGHTED>(m_reduction, nodesNum, "Graph()");
+    m_linksMarg = reducedLinksMarg(nodesNum, m_reduction);
+    if (nodesNum != 0) m_idnodes.reserve(nodesNum);
+}
+
+template <bool LINKS_WEIGHTED>
+Graph<LINKS_WEIGHTED>::Graph(Graph&& other) noexcept = default;
+
+template <bool LINKS_WEIGHTED>
+Graph<LINKS_WEIGHTED>::~Graph() = default;
+
+template <bool LINKS_WEIGHTED>
+auto Graph<LINKS_WEIGHTED>::toSharedPtr() -> std::shared_ptr<Graph> {
+    return std::make_shared<Graph>(std::move(*this));
+}
+
+template <bool LINKS_WEIGHTED>
+void Graph<LINKS_WEIGHTED>::reset(Id nodesNum, bool shuffle, bool sumdups, Reduction reduction) {
+    reduction = inputReduction(reduction);
+    checkReduction<LINKS_WEIGHTED>(reduction, nodesNum, "reset()");
+    m_reduction = reduction;
+    m_linksMarg = reducedLinksMarg(nodesNum, m_reduction);
+    m_idnodes.clear();
+    m_nodes = NodesT();
+    m_directed = false;
+    if (nodesNum != 0) {
+        const Size present = mapCapacity(m_idnodes);
+        if (present < nodesNum || static_cast<double>(present) > 1.5 * nodesNum) {
+            m_idnodes.rehash(0);
+            m_idnodes.reserve(nodesNum);
+        }
+    }
+    m_shuffle = shuffle;
+    m_sumdups = sumdups;
+}
+
+template <bool LINKS_WEIGHTED>
+auto Graph<LINKS_WEIGHTED>::hierarchy() -> std::shared_ptr<HierarchyT> {
+    if (!m_hierarchy) throw std::runtime_error("The hierarchy has not been constructed");
+    return m_hierarchy;
+}
+
+template <bool LINKS_WEIGHTED>
+auto Graph<LINKS_WEIGHTED>::buildHierarchy(const ClusterOptions& options)
+    -> std::shared_ptr<HierarchyT> {
+    m_hierarchy = cluster<LinksT>(m_nodes, !m_directed, options);
+    return hierarchy();
+}
+
+template <bool LINKS_WEIGHTED>
+void Graph<LINKS_WEIGHTED>::addNodes(Id nodesNum, Id firstId, StructNodeErrors* errors) {
+    VORL_ASSERT(nodesNum != 0, "addNodes(), the number of nodes to instantiate must be positive");
+    if (mapCapacity(m_idnodes) < nodesNum + m_idnodes.size())
+        m_idnodes.reserve(
+            static_cast<Size>(1.5 * static_cast<double>(m_idnodes.size()) + nodesNum));
+    Id low = firstId;
+    Id high = firstId + nodesNum;
+    if (!m_shuffle) {
+        for (; low < high; ++low) acsAddNode<LinksT>(m_nodes, m_idnodes, low, errors);
+        return;
+    }
+    while (low != high)
+        acsAddNode<LinksT>(m_nodes, m_idnodes, detail::drawBit() ? low++ : --high, errors);
+}
+
+template <bool LINKS_WEIGHTED>
+void Graph<LINKS_WEIGHTED>::addNodes(const NodesIdsT& ids, StructNodeErrors* errors) {
+    acsAddNodes<LinksT>(m_nodes, m_idnodes, ids, m_shuffle, errors);
+}
+
+template <bool LINKS_WEIGHTED>
+template <bool DIRECTED>
+void Graph<LINKS_WEIGHTED>::addLink(Id src, Id dst, LinkWeight weight, StructLinkErrors* errors) {
+    NodeT* source;
+    NodeT* dest;
+    try {
+        source = m_idnodes.at(src);
+        if (m_linksMarg != 0 && !source->links.empty())
+            throw std::domain_error(
+                "addLink(), links can be added only ones for each node on graph reduction");
+        dest = m_idnodes.at(dst);
+    } catch (const std::out_of_range& err) {
+        throw std::out_of_range("addLink(), the link with non-existent node is used: #" +
+                                std::to_string(src) + "." + std::to_string(dst) + "\n" +
+                                err.what());
+    }
+    m_directed |= storeLink<DIRECTED>(source, dest, weight, m_sumdups, errors);
+}
+
+template <bool LINKS_WEIGHTED>
+template <bool DIRECTED>
+void Graph<LINKS_WEIGHTED>::addNodeLinks(Id id, const InpLinksT& links, StructLinkErrors* errors) {
+    m_directed |= acsAddNodeLinks<DIRECTED, LINKS_WEIGHTED>(m_idnodes, id, links, m_sumdups,
+                                                            m_reduction, m_linksMarg, errors);
+}
+
+template <bool LINKS_WEIGHTED>
+template <bool DIRECTED>
+void Graph<LINKS_WEIGHTED>::addNodeAndLinks(Id id, const InpLinksT& links,
+                                            StructLinkErrors* errors) {
+    m_directed |= acsAddNodeAndLinks<DIRECTED, LINKS_WEIGHTED>(
+        m_nodes, m_idnodes, id, links, m_shuffle, m_sumdups, m_reduction, m_linksMarg, errors);
+}
+
+template <bool LINKS_WEIGHTED>
+auto Graph<LINKS_WEIGHTED>::release(IdNodesT* idnodes, bool* directed)
+    -> std::shared_ptr<NodesT> {
+    if (directed) *directed = m_directed;
+    m_directed = false;
+    m_reduction = Reduction::NONE;
+    m_linksMarg = 0;
+    if (idnodes) *idnodes = std::move(m_idnodes);
+    m_idnodes.clear();
+    auto nodes = std::make_shared<NodesT>(std::move(m_nodes));
+    m_nodes = NodesT();
+    return nodes;
+}
+
+#define VORL_INSTANTIATE_LINKS(LinksT)                                                           \
+    template VORL_API IdNodes<LinksT>::iterator acsAddNode(Nodes<LinksT>&, IdNodes<LinksT>&, Id, \
+                                                           StructNodeErrors*);                   \
+    template VORL_API void acsAddNodes(Nodes<LinksT>&, IdNodes<LinksT>&, const NodesIdsT&, bool, \
+                                       StructNodeErrors*);                                       \
+    template VORL_API void insertLink(Node<LinksT>*, Node<LinksT>*, LinkWeight, bool,            \
+                                      StructLinkErrors*);
+#define VORL_INSTANTIATE_LINK(DIRECTED, WEIGHTED)                                             \
+    template VORL_API bool acsAddNodeLinks<DIRECTED, WEIGHTED>(                               \
+        IdNodes<Links<Link<LinkWeight, WEIGHTED>>>&, Id, const InpLinks<WEIGHTED>&, bool,     \
+        Reduction, Id, StructLinkErrors*);                                                    \
+    template VORL_API bool acsAddNodeAndLinks<DIRECTED, WEIGHTED>(                            \
+        Nodes<Links<Link<LinkWeight, WEIGHTED>>>&, IdNodes<Links<Link<LinkWeight, WEIGHTED>>>&, \
+        Id, const InpLinks<WEIGHTED>&, bool, bool, Reduction, Id, StructLinkErrors*);         \
+    template void Graph<WEIGHTED>::addLink<DIRECTED>(Id, Id, LinkWeight, StructLinkErrors*);  \
+    template void Graph<WEIGHTED>::addNodeLinks<DIRECTED>(Id, const InpLinks<WEIGHTED>&,      \
+                                                          StructLinkErrors*);                 \
+    template void Graph<WEIGHTED>::addNodeAndLinks<DIRECTED>(Id, const InpLinks<WEIGHTED>&,   \
+                                                             StructLinkErrors*);
+
+VORL_INSTANTIATE_LINKS(UnweightedLinks)
+VORL_INSTANTIATE_LINKS(WeightedLinks)
+VORL_INSTANTIATE_LINK(false, false)
+VORL_INSTANTIATE_LINK(false, true)
+VORL_INSTANTIATE_LINK(true, false)
+VORL_INSTANTIATE_LINK(true, true)
+
+template class Graph<false>;
+template class Graph<true>;
+
+}  // namespace vorl
