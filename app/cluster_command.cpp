@@ -1,0 +1,101 @@
+#include "cluster_command.hpp"
+
+#include "errors.hpp"
+#include "output_file.hpp"
+#include "summary.hpp"
+
+#include <vorl/fileio/printer_rhb.hpp>
+#include <vorl/types/trace.hpp>
+
+#include <chrono>
+#include <cstdio>
+#include <sys/resource.h>
+#include <system_error>
+
+namespace vorl::app {
+
+namespace {
+
+class Stopwatch {
+public:
+    double lap() {
+        const auto now = std::chrono::steady_clock::now();
+        const std::chrono::duration<double> elapsed = now - m_start;
+        m_start = now;
+        return elapsed.count();
+    }
+
+private:
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
+
+Size peakMemory() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return Size{1024} * static_cast<Size>(usage.ru_maxrss);
+}
+
+template <class LinksT>
+void describe(const Hierarchy<LinksT>& hier, Summary& summary) {
+    summary.weight = hier.weight();
+    summary.score = hier.score();
+    for (const auto& level : hier.levels())
+        summary.levels.emplace_back(level.clusters.size(), level.fullsize);
+    for (const auto* cl : hier.root()) summary.rootSizes.push_back(cl->nnodes());
+}
+
+template <class LinksT>
+void writeHierarchy(const Hierarchy<LinksT>& hier, const std::string& name) {
+    OutputFile file(name);
+    FileWrapper stream(file.stream(), false);
+    try {
+        RhbPrinter<LinksT>(hier).output(stream);
+    } catch (const std::ios_base::failure& err) {
+        throw InputError(name + ": " + err.code().message());
+    }
+    file.commit();
+}
+
+}  // namespace
+
+void run(const ClusterCommand& command) {
+    ftrace = command.trace ? stderr : nullptr;
+    if (command.trace) std::setvbuf(stderr, nullptr, _IOFBF, 1 << 16);
+
+    Stopwatch watch;
+    Summary summary;
+    summary.file = command.read.file;
+    Network network = readNetwork(command.read);
+    summary.nodes = network.nodes;
+    summary.links = network.links;
+    summary.directed = network.directed;
+    summary.weighted = network.weighted;
+    summary.readSeconds = watch.lap();
+    if (!command.quiet)
+        for (const std::string& warning : network.warnings)
+            std::fprintf(stderr, "vorl: %s: %s\n", command.read.file.c_str(), warning.c_str());
+
+    std::visit(
+        [&](auto& graph) {
+            const auto hier = graph->buildHierarchy(command.build);
+            summary.buildSeconds = watch.lap();
+            describe(*hier, summary);
+            if (!command.output.empty()) {
+                writeHierarchy(*hier, command.output);
+                summary.files.push_back(command.output);
+                summary.writeSeconds = watch.lap();
+            }
+        },
+        network.graph);
+    summary.peakMemory = peakMemory();
+
+    std::string text;
+    if (command.json)
+        text = asJson(summary);
+    else if (!command.quiet)
+        text = asText(summary);
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    if (std::fflush(stdout) != 0) throw InputError("standard output: writing failed");
+}
+
+}  // namespace vorl::app
