@@ -5,6 +5,7 @@
 #include "summary.hpp"
 
 #include <vorl/fileio/printer_rhb.hpp>
+#include <vorl/processing/validation.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <chrono>
@@ -77,6 +78,12 @@ void run(const ClusterCommand& command) {
 
     std::visit(
         [&](auto& graph) {
+            // The engine needs the back links of arcs, which it leaves to the validation.
+            if (network.directed && command.build.validation == Validation::NONE) {
+                AccWeight weight = 0;
+                Size links = 0;
+                validate<true>(graph->nodes(), weight, links);
+            }
             const auto hier = graph->buildHierarchy(command.build);
             summary.buildSeconds = watch.lap();
             describe(*hier, summary);

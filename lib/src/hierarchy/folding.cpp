@@ -51,6 +51,17 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furprop
     VORL_ASSERT(cl.owners.empty(), "accLinksProp(), propagated nodes can't have owners");
     auto& links = cl.links;
     auto& cands = cl.m_context->cands;
+    const auto goFurther = [&] {
+        cl.m_context->state |= State::FURTHERPROP | State::PROPAGATED;
+        cl.m_context->gmax = GAIN_NONE;
+        ++furpropnum;
+        furproplsnum += links.size();
+    };
+    if (!props && !cl.m_context->touched) {  // no link leads to an absorbed item
+        cands.clear();
+        goFurther();
+        return;
+    }
 
     // Where the first link to an absorbed item may stand.
     auto ln = links.begin();
@@ -113,11 +124,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furprop
     cands.erase(wcand, cands.end());
     if (!cands.empty()) return;
     cl.m_context->gmax = 0;
-    if (!unchanged) return;
-    cl.m_context->state |= State::FURTHERPROP | State::PROPAGATED;
-    cl.m_context->gmax = GAIN_NONE;
-    ++furpropnum;
-    furproplsnum += links.size();
+    if (unchanged) goFurther();
+    links.shrink_to_fit();
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -151,10 +159,14 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
             std::sort(absorbed.begin(), absorbed.end(), cmpBase<ClusterT, ClusterT>);
             absorbed.erase(std::unique(absorbed.begin(), absorbed.end()), absorbed.end());
         }
+        // Few items change on a level, while many may be carried past it.
+        for (const ClusterT& cl : clusters)
+            for (const NodeI<LinksT>* item : cl.des)
+                for (const auto& ln : static_cast<const ClusterT*>(item)->links)
+                    ln.dest->m_context->touched = true;
         for (ClusterT* item : propagates) {
             accLinksProp(*item, furpropnum, furproplsnum, sorted ? &absorbed : nullptr);
             initItem(*item);
-            item->links.shrink_to_fit();
         }
         VORL_ASSERT(furpropnum <= m_propnum, "foldLevel(), furpropnum is invalid");
     }

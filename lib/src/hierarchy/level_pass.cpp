@@ -32,6 +32,8 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::clusterLevel(IStored<ItemT> first, ISt
     initCands(first, last, cls);
     if constexpr (clsproc) initPropnomCands(props.begin(), props.end(), cls);
     if (nothingLeft()) return refuse();
+    // What goes on being propagated takes no part in the steps below.
+    std::erase_if(props, [](const ClusterT* item) { return xpropagated(item->m_context->state); });
 
     initNonfilterParts(first, last);
     if constexpr (clsproc) initNonfilterParts(props.begin(), props.end());
@@ -80,6 +82,8 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::initItem(ClusterT& el) {
         VORL_ASSERT(xpropagated(el.m_context->state),
                     "initItem(), only propagated clusters can have defined context");
         el.m_context->tidysmart();
+        // What a cluster is made of doesn't change any more.
+        if (el.m_context->weight != WEIGHT_NONE) return el.m_context->weight;
     } else {
         el.m_context = std::make_unique<Context<ClusterT>>();
     }
@@ -93,7 +97,6 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::initItem(ClusterT& el) {
             el.m_nnodes += item->nnodes() * share;
         }
     }
-    if (el.m_context->weight != WEIGHT_NONE) return el.m_context->weight;
 
     // Folding leaves the weight inside the cluster as a link to itself.
     AccWeight selflw = 0;
