@@ -8,9 +8,9 @@
 #include <vorl/processing/validation.hpp>
 #include <vorl/types/trace.hpp>
 
+#include <sys/resource.h>
 #include <chrono>
 #include <cstdio>
-#include <sys/resource.h>
 #include <system_error>
 
 namespace vorl::app {

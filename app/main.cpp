@@ -38,10 +38,9 @@ std::size_t distance(const std::string& a, const std::string& b) {
 
 /// " (did you mean X?)" for the nearest word, if there is one near enough.
 std::string suggestion(const std::string& word, const std::vector<std::string>& words) {
-    const auto nearest =
-        std::min_element(words.begin(), words.end(), [&](const auto& a, const auto& b) {
-            return distance(word, a) < distance(word, b);
-        });
+    const auto nearest = std::min_element(
+        words.begin(), words.end(),
+        [&](const auto& a, const auto& b) { return distance(word, a) < distance(word, b); });
     if (nearest == words.end() || distance(word, *nearest) > 1 + nearest->size() / 3) return "";
     return " (did you mean " + *nearest + "?)";
 }
@@ -61,17 +60,18 @@ ValueT choose(const Choices<ValueT>& choices, const std::string& option, const s
         names.push_back(choice.first);
         all += (all.empty() ? "" : ", ") + choice.first;
     }
-    throw CLI::ValidationError(option, "\"" + name + "\" is none of " + all +
-                                           suggestion(name, names));
+    throw CLI::ValidationError(option,
+                               "\"" + name + "\" is none of " + all + suggestion(name, names));
 }
 
 float toFloat(const std::string& option, const std::string& text, float low, float high) {
     float value = 0;
     if (!CLI::detail::lexical_cast(text, value) || !(value >= low && value <= high))
-        throw CLI::ValidationError(option, "\"" + text + "\" isn't a number " +
-                                               (low < -1e30f ? "of at most "
-                                                             : "from " + CLI::detail::to_string(low) + " to ") +
-                                               CLI::detail::to_string(high));
+        throw CLI::ValidationError(
+            option,
+            "\"" + text + "\" isn't a number " +
+                (low < -1e30f ? "of at most " : "from " + CLI::detail::to_string(low) + " to ") +
+                CLI::detail::to_string(high));
     return value;
 }
 
@@ -182,9 +182,8 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command, std::string& leve
 }
 
 void checkLevels(const ClusterCommand& command, const std::string& levels) {
-    const Choices<bool> known{{"all", false},          {"root", false},
-                              {"per-level", false},    {"around", false},
-                              {"significant", false},  {"hierarchy", true}};
+    const Choices<bool> known{{"all", false},    {"root", false},        {"per-level", false},
+                              {"around", false}, {"significant", false}, {"hierarchy", true}};
     const bool ready = choose(known, "--levels", levels.empty() ? "all" : levels);
     if (command.output.empty()) return;
     if (!ready)
@@ -202,8 +201,8 @@ std::vector<std::string> optionNames(const CLI::App& app) {
 int runProgram(int argc, char** argv) {
     CLI::App app("Clusters a network into a hierarchy of overlapping clusters.", "vorl");
     app.footer(FOOTER);
-    app.set_version_flag("--version", std::string("vorl ") + VORL_VERSION + " (r-" +
-                                          libBuild().rev() + ")");
+    app.set_version_flag("--version",
+                         std::string("vorl ") + VORL_VERSION + " (r-" + libBuild().rev() + ")");
     app.require_subcommand(1);
 
     ClusterCommand command;

@@ -7,6 +7,9 @@
 #include <vorl/fileio/parser_nsl.hpp>
 #include <vorl/types/trace.hpp>
 
+#include <strings.h>
+#include <sys/mman.h>
+#include <unistd.h>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -14,9 +17,6 @@
 #include <cstring>
 #include <limits>
 #include <optional>
-#include <strings.h>
-#include <sys/mman.h>
-#include <unistd.h>
 #include <unordered_map>
 
 namespace vorl::app {
@@ -100,9 +100,7 @@ public:
     }
 
 private:
-    InputError fault(const std::string& what) const {
-        return InputError::at(m_file, m_line, what);
-    }
+    InputError fault(const std::string& what) const { return InputError::at(m_file, m_line, what); }
 
     void checkHeader(std::string_view text) {
         const auto key = [&text](const char* name) {
@@ -121,8 +119,8 @@ private:
             const auto [last, err] =
                 std::from_chars(token.data(), token.data() + token.size(), number);
             if (token.empty() || err != std::errc() || last != token.data() + token.size())
-                throw fault(std::string("the header's number of ") + what + " is " +
-                            quoted(token) + ", a whole number is expected");
+                throw fault(std::string("the header's number of ") + what + " is " + quoted(token) +
+                            ", a whole number is expected");
             text.remove_prefix(end);
             if (text.starts_with(',')) text.remove_prefix(1);
             text = trimFront(text);
@@ -174,8 +172,7 @@ private:
             return;
         }
         double weight = 0;
-        const auto [last, err] =
-            std::from_chars(token.data(), token.data() + token.size(), weight);
+        const auto [last, err] = std::from_chars(token.data(), token.data() + token.size(), weight);
         const bool whole = last == token.data() + token.size();
         if (err == std::errc::invalid_argument || !whole || std::isnan(weight))
             throw fault("the weight is " + quoted(token) + ", a number is expected");

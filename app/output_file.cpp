@@ -2,12 +2,12 @@
 
 #include "errors.hpp"
 
+#include <sys/stat.h>
+#include <unistd.h>
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace vorl::app {
 

@@ -122,12 +122,14 @@ std::string asText(const Summary& summary) {
         for (std::size_t i = 0; i < count; ++i) text += format(i ? ", %.6g" : "%.6g", sizes[i]);
         text += count < sizes.size() ? ", ... nodes\n" : " nodes\n";
     }
-    text += format("modularity    %.6f at gamma %s\n", static_cast<double>(score.modularity),
-                   score.gamma < 0 ? "auto" : format("%.6g", static_cast<double>(score.gamma)).c_str());
+    text +=
+        format("modularity    %.6f at gamma %s\n", static_cast<double>(score.modularity),
+               score.gamma < 0 ? "auto" : format("%.6g", static_cast<double>(score.gamma)).c_str());
     if (levels != 0)
-        text += format("conductance   %.6f\nbest gamma    %.6f (at which the root would be the best "
-                       "partition)\n",
-                       static_cast<double>(score.conductance), static_cast<double>(score.egamma));
+        text += format(
+            "conductance   %.6f\nbest gamma    %.6f (at which the root would be the best "
+            "partition)\n",
+            static_cast<double>(score.conductance), static_cast<double>(score.egamma));
     for (const std::string& file : summary.files) text += "written       " + file + "\n";
     text += format("time          %.3g s reading, %.3g s clustering", summary.readSeconds,
                    summary.buildSeconds);

@@ -2,12 +2,12 @@
 
 #include "errors.hpp"
 
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <cerrno>
+#include <cstring>
 
 namespace vorl::app {
 
@@ -18,8 +18,8 @@ TextFile::TextFile(const std::string& name) {
     struct stat info {};
     int err = fstat(file, &info) != 0 ? errno : S_ISDIR(info.st_mode) ? EISDIR : 0;
     if (err == 0 && S_ISREG(info.st_mode) && info.st_size > 0) {
-        void* data = mmap(nullptr, static_cast<std::size_t>(info.st_size), PROT_READ, MAP_PRIVATE,
-                          file, 0);
+        void* data =
+            mmap(nullptr, static_cast<std::size_t>(info.st_size), PROT_READ, MAP_PRIVATE, file, 0);
         if (data != MAP_FAILED) {
             m_data = static_cast<const char*>(data);
             m_size = static_cast<std::size_t>(info.st_size);

@@ -25,7 +25,8 @@ private:
 };
 
 float weightOf(std::uint8_t byte) {
-    constexpr float weights[] = {1, 0, 1, 2, 3, 0.1f, 0.3f, 1e-7f, 1e7f, 0.5f, 1e-3f, 7, 1, 1, 2, 2};
+    constexpr float weights[] = {1,    0,    1,     2, 3, 0.1f, 0.3f, 1e-7f,
+                                 1e7f, 0.5f, 1e-3f, 7, 1, 1,    2,    2};
     return weights[byte % std::size(weights)];
 }
 

@@ -95,11 +95,8 @@ std::shared_ptr<Hierarchy<UnweightedLinks>> build(const TestNetwork& network, fl
 }
 
 TEST(KnownShapes, RingOfCliques) {
-    checkShape(*build(ringOfCliques(5, 6), -1), {{{15, 15}, {5, 5}},
-                                                 {15, 16, 17, 18, 19},
-                                                 0x3F3C2111,
-                                                 0x3F9019E9,
-                                                 0.0625f});
+    checkShape(*build(ringOfCliques(5, 6), -1),
+               {{{15, 15}, {5, 5}}, {15, 16, 17, 18, 19}, 0x3F3C2111, 0x3F9019E9, 0.0625f});
 }
 
 TEST(KnownShapes, CliquesThatShareANode) {
@@ -122,8 +119,7 @@ TEST(KnownShapes, Karate) {
     InpOptions input;
     input.filename = VORL_DATA_DIR "/karate.nse";
     input.format = FileFormat::NSE;
-    const auto hier =
-        NslParser(input).build<Graph<false>>()->buildHierarchy(ClusterOptions(-1));
+    const auto hier = NslParser(input).build<Graph<false>>()->buildHierarchy(ClusterOptions(-1));
     checkShape(*hier, {{{17, 17}, {4, 13}, {3, 10}, {3, 7}, {1, 6}, {1, 5}, {1, 4}},
                        {19, 24, 26, 29},
                        0x3ED34247,

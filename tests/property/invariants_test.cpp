@@ -163,7 +163,8 @@ void check(const TestNetwork& network, std::uint64_t seed) {
     Random rnd(seed);
     for (int i = 0; i < 200; ++i) {
         churn.push_back(std::make_unique<char[]>(1 + rnd.below(4000)));
-        if (rnd.chance(0.5)) churn.erase(churn.begin() + rnd.below(static_cast<std::uint32_t>(churn.size())));
+        if (rnd.chance(0.5))
+            churn.erase(churn.begin() + rnd.below(static_cast<std::uint32_t>(churn.size())));
     }
     EXPECT_TRUE(text == describe(*build<LinksT>(network, seed)));
 }
@@ -202,8 +203,7 @@ TEST(Invariants, SymmetricArcsAreEdges) {
         if (network.directed || totalWeight(network) == 0) continue;
         TestNetwork arcs = network;
         arcs.directed = true;
-        for (const TestLink& ln : network.links)
-            arcs.links.push_back({ln.dst, ln.src, ln.weight});
+        for (const TestLink& ln : network.links) arcs.links.push_back({ln.dst, ln.src, ln.weight});
         // Sums of the two directions may differ in the last bit.
         const auto edges = build<WeightedLinks>(network, seed);
         const auto both = build<WeightedLinks>(arcs, seed);

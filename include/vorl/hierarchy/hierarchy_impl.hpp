@@ -76,17 +76,17 @@ public:
     using Base::m_root;
     using Base::m_score;
 
-    AccWeight m_weight = 0;    ///< total weight of the network, both directions counted
-    float m_gamma;             ///< the resolution asked for; negative means dynamic
-    float m_gammaRatio = 1;    ///< multiplier of gamma, shrunk by root compression
+    AccWeight m_weight = 0;  ///< total weight of the network, both directions counted
+    float m_gamma;           ///< the resolution asked for; negative means dynamic
+    float m_gammaRatio = 1;  ///< multiplier of gamma, shrunk by root compression
     float m_filterMarg;
-    std::uint32_t m_propnum = 0;   ///< number of items propagated on the current level
-    PropagatesT m_propagates;      ///< clusters carried up past the current level
-    Size m_proplsnum = 0;          ///< number of links of the propagated items
-    Reduction m_reductionNodes;    ///< core value of the reduction in force for nodes
-    Reduction m_reductionClusters; ///< core value of the reduction in force for clusters
-    bool m_reductionWeight;        ///< nodes are reduced by weight and not by gain
-    std::uint32_t m_linksMarg;     ///< link count above which links are reduced; 0 means never
+    std::uint32_t m_propnum = 0;    ///< number of items propagated on the current level
+    PropagatesT m_propagates;       ///< clusters carried up past the current level
+    Size m_proplsnum = 0;           ///< number of links of the propagated items
+    Reduction m_reductionNodes;     ///< core value of the reduction in force for nodes
+    Reduction m_reductionClusters;  ///< core value of the reduction in force for clusters
+    bool m_reductionWeight;         ///< nodes are reduced by weight and not by gain
+    std::uint32_t m_linksMarg;      ///< link count above which links are reduced; 0 means never
     bool m_coarse;
     bool m_exact;
     ArenaAllocator<ClusterT> m_arena;  ///< of the clusters of all levels
@@ -254,8 +254,8 @@ public:
     AccWeight staticGamma(Ilistptrc<ItemsT> items, AccWeight* conductance = nullptr) const;
 
     template <class ItemT>
-        requires(!std::is_pointer_v<ItemT>)
-    AccWeight dynamicGamma(const ItemT& a, const ItemT& b) const {
+    requires(!std::is_pointer_v<ItemT>) AccWeight dynamicGamma(const ItemT& a, const ItemT& b)
+    const {
         return vorl::dynamicGamma(m_weight, a.m_context->weight, a.m_sweight, b.m_context->weight,
                                   b.m_sweight);
     }
@@ -308,8 +308,8 @@ private:
 
 template <bool NONSYMMETRIC, class LinksT>
 template <class ItemT>
-AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::clusterGain(
-    const ItemT& el, const typename ItemT::LinkT& ln) const {
+AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::clusterGain(const ItemT& el,
+                                                           const typename ItemT::LinkT& ln) const {
     const AccWeight w12 = linkWeight<NONSYMMETRIC>(&el, ln);
     const AccWeight w1 = el.m_context->weight;
     const AccWeight w2 = ln.dest->m_context->weight;
@@ -336,7 +336,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinItem(ItemT& item, ClusterT& cl) {
 }  // namespace vorl
 
 /// Instantiates something for the four engines.
-#define VORL_FOR_ENGINES(INSTANTIATE)        \
+#define VORL_FOR_ENGINES(INSTANTIATE)           \
     INSTANTIATE(false, ::vorl::UnweightedLinks) \
     INSTANTIATE(false, ::vorl::WeightedLinks)   \
     INSTANTIATE(true, ::vorl::UnweightedLinks)  \

@@ -14,8 +14,9 @@ namespace detail {
 
 /// Throws std::overflow_error if the magnitude of a value is beyond the range of AccWeight, with
 /// the formatted text or, if formatting fails, the fixed one.
-[[noreturn]] VORL_API void throwOverflow(const char* fallback, std::size_t limit, const char* format,
-                                         ...) __attribute__((format(printf, 3, 4)));
+[[noreturn]] VORL_API void throwOverflow(const char* fallback, std::size_t limit,
+                                         const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
 
 inline bool overflowed(AccWeight value) { return std::fabs(value) > ACCWEIGHT_MAX; }
 

@@ -41,10 +41,10 @@ enum class Clustering : std::uint8_t {
 /// State of an item during a level: a field in the low three bits, and flags.
 enum class State : std::uint8_t {
     UNDEFINED = 0,
-    PERPAIR = 5,          ///< the item clusters with its candidates pair by pair
-    FURTHERPROP = 0x08,   ///< goes up once more without an evaluation
-    PROPAGATED = 0x10,    ///< takes no further part in the level
-    INTERLEVPROP = 0x80   ///< carried over levels
+    PERPAIR = 5,         ///< the item clusters with its candidates pair by pair
+    FURTHERPROP = 0x08,  ///< goes up once more without an evaluation
+    PROPAGATED = 0x10,   ///< takes no further part in the level
+    INTERLEVPROP = 0x80  ///< carried over levels
 };
 
 /// How the margins of the custom levels are read.

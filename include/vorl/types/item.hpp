@@ -74,7 +74,7 @@ public:
     using LinkT = typename LinksT::value_type;
     using typename NodeI<LinksT>::DescsT;
 
-    LinksT links;  ///< links to other nodes, ascending by address
+    LinksT links;              ///< links to other nodes, ascending by address
     LinkWeight m_sweight = 0;  ///< twice the given weight of the self link
     std::unique_ptr<Context<Node>> m_context;
 
@@ -98,8 +98,8 @@ public:
     using LinkT = AccLink<LinksT>;
     using typename NodeI<LinksT>::DescsT;
 
-    Links<LinkT> links;  ///< accumulated links to other clusters, ascending by address
-    DescsT des;          ///< direct descendants, ascending by address
+    Links<LinkT> links;       ///< accumulated links to other clusters, ascending by address
+    DescsT des;               ///< direct descendants, ascending by address
     AccWeight m_sweight = 0;  ///< all weight inside the cluster
     std::unique_ptr<Context<Cluster>> m_context;
     LinkWeight m_tweight = WEIGHT_NONE;  ///< total in-out weight kept by `tidy`
@@ -140,10 +140,9 @@ using Clusters = std::list<Cluster<LinksT>, ArenaAllocator<Cluster<LinksT>>>;
 
 /// A node or a cluster of either link type.
 template <class ItemT>
-concept Item = std::same_as<ItemT, Node<UnweightedLinks>> ||
-               std::same_as<ItemT, Node<WeightedLinks>> ||
-               std::same_as<ItemT, Cluster<UnweightedLinks>> ||
-               std::same_as<ItemT, Cluster<WeightedLinks>>;
+concept Item =
+    std::same_as<ItemT, Node<UnweightedLinks>> || std::same_as<ItemT, Node<WeightedLinks>> ||
+    std::same_as<ItemT, Cluster<UnweightedLinks>> || std::same_as<ItemT, Cluster<WeightedLinks>>;
 
 /// Whether an item is a node.
 template <class ItemT>

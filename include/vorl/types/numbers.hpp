@@ -60,16 +60,16 @@ inline LinkWeight narrow(AccWeight value) { return static_cast<LinkWeight>(value
 inline bool less(LinkWeight a, LinkWeight b = 0, Size n = 1) {
     LinkWeight diff = a - b;
     diff *= 2;
-    const double scale = std::fabs(static_cast<double>(b)) + std::fabs(static_cast<double>(a)) +
-                         detail::WEIGHT_EPS;
+    const double scale =
+        std::fabs(static_cast<double>(b)) + std::fabs(static_cast<double>(a)) + detail::WEIGHT_EPS;
     return static_cast<double>(diff) / scale + detail::tolerance(n) < 0;
 }
 
 /// Whether a and b are equal within the tolerance for a value accumulated from n terms.
 inline bool equal(LinkWeight a, LinkWeight b = 0, Size n = 1) {
     const double diff = 2 * static_cast<double>(std::fabs(a - b));
-    const double scale = std::fabs(static_cast<double>(b)) + std::fabs(static_cast<double>(a)) +
-                         detail::WEIGHT_EPS;
+    const double scale =
+        std::fabs(static_cast<double>(b)) + std::fabs(static_cast<double>(a)) + detail::WEIGHT_EPS;
     return diff / scale <= detail::tolerance(n);
 }
 

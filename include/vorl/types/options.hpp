@@ -33,9 +33,8 @@ struct VORL_API ClusterOptions {
     /// @throws std::invalid_argument as `validate` does.
     explicit ClusterOptions(float gamma = -1, float filterMarg = 0.01f,
                             Validation validation = Validation::STANDARD, Coupling rootMax = 0,
-                            Reduction reduction = Reduction::NONE,
-                            Speedup speedup = Speedup::NONE, float gainMarg = -1,
-                            bool modtrace = false);
+                            Reduction reduction = Reduction::NONE, Speedup speedup = Speedup::NONE,
+                            float gainMarg = -1, bool modtrace = false);
 
     /// @throws std::invalid_argument "ClusterOptions::validate(), invalid attribute(s).\n" if a
     /// field is out of its range; the value is traced.
@@ -63,10 +62,10 @@ public:
     /// exp(-2).
     static const float dropRatio;
 
-    float densdrop;      ///< the ratio to which a cluster's density must drop, in [0, 1]
-    float wrstep;        ///< weight step ratio of a cluster to its owner
-    std::uint32_t szmin; ///< the least size of a cluster, in nodes
-    bool wrange;         ///< `wrstep` applies as a range on both sides of the weight
+    float densdrop;       ///< the ratio to which a cluster's density must drop, in [0, 1]
+    float wrstep;         ///< weight step ratio of a cluster to its owner
+    std::uint32_t szmin;  ///< the least size of a cluster, in nodes
+    bool wrange;          ///< `wrstep` applies as a range on both sides of the weight
 
     /// Fills the record as `reset` does and validates it.
     explicit SignifclsOptions(bool extended = false);

@@ -81,7 +81,8 @@ IterT findDest(IterT first, IterT last, const T* dest) {
 template <class IterT, class T>
 IterT findItem(IterT first, IterT last, const T* item) {
     using PtrT = typename std::iterator_traits<IterT>::value_type;
-    return findPlace(first, last, item, [](const PtrT& el, const T* val) { return bsVal(el, val); });
+    return findPlace(first, last, item,
+                     [](const PtrT& el, const T* val) { return bsVal(el, val); });
 }
 
 /// Whether an ordered vector of item pointers holds the item.
@@ -98,8 +99,7 @@ auto insorted(VecT& els, const T& el, CmpT cmp) {
     if (first == els.end()) return first;
     const int front = cmp(*first, el);
     if (front < 0) first = findPlace(first + 1, els.end(), el, cmp);
-    VORL_ASSERT(first == els.end() || cmp(*first, el) != 0,
-                "insorted(), elements must be unique");
+    VORL_ASSERT(first == els.end() || cmp(*first, el) != 0, "insorted(), elements must be unique");
     return first;
 }
 
@@ -108,8 +108,7 @@ template <class VecT, class T, class CmpT>
 auto insortedLight(VecT& els, const T& el, CmpT cmp) {
     auto it = els.begin();
     while (it != els.end() && cmp(*it, el) < 0) ++it;
-    VORL_ASSERT(it == els.end() || cmp(*it, el) != 0,
-                "insortedLight(), elements must be unique");
+    VORL_ASSERT(it == els.end() || cmp(*it, el) != 0, "insortedLight(), elements must be unique");
     return it;
 }
 

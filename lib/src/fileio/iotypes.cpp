@@ -53,8 +53,9 @@ void ensureDir(const std::string& dir) {
             "rewritten: %s\n",
             dir.c_str());
     } else {
-        VORL_TRACE("ERROR ensureDir(), target directory '%s' already exists as non-directory path\n",
-                   dir.c_str());
+        VORL_TRACE(
+            "ERROR ensureDir(), target directory '%s' already exists as non-directory path\n",
+            dir.c_str());
     }
 }
 

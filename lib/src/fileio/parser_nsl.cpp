@@ -4,6 +4,7 @@
 #include <vorl/types/text.hpp>
 #include <vorl/types/trace.hpp>
 
+#include <strings.h>
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
@@ -14,7 +15,6 @@
 #include <filesystem>
 #include <limits>
 #include <stdexcept>
-#include <strings.h>
 
 namespace vorl {
 
@@ -96,9 +96,7 @@ LinkWeight parseWeight(const char* pos, const char* end) {
 }  // namespace
 
 NslParser::NslParser(const InpOptions& opts)
-    : m_shuffle(opts.shuffle),
-      m_sumdups(opts.sumdups),
-      m_directed(opts.format == FileFormat::NSA) {
+    : m_shuffle(opts.shuffle), m_sumdups(opts.sumdups), m_directed(opts.format == FileFormat::NSA) {
     if (opts.format != FileFormat::NSE && opts.format != FileFormat::NSA)
         throw std::invalid_argument("NslParser(), NSL format is expected instead of " +
                                     to_string(opts.format) + "\n");

@@ -42,14 +42,13 @@ void RhbPrinter<LinksT>::output(FileWrapper& fout) const {
         for (const auto& cl : level.clusters) outpel(cl, fout);
     }
     if (std::fflush(file) != 0 || std::ferror(file))
-        throw std::ios_base::failure(
-            "RhbPrinter::output(), writing failed",
-            std::error_code(errno ? errno : EIO, std::generic_category()));
+        throw std::ios_base::failure("RhbPrinter::output(), writing failed",
+                                     std::error_code(errno ? errno : EIO, std::generic_category()));
 }
 
-#define VORL_INSTANTIATE(LinksT)                                           \
-    template class RhbPrinter<LinksT>;                                     \
-    template VORL_API void outpel(const Node<LinksT>&, FileWrapper&);      \
+#define VORL_INSTANTIATE(LinksT)                                      \
+    template class RhbPrinter<LinksT>;                                \
+    template VORL_API void outpel(const Node<LinksT>&, FileWrapper&); \
     template VORL_API void outpel(const Cluster<LinksT>&, FileWrapper&);
 
 VORL_INSTANTIATE(UnweightedLinks)

@@ -39,8 +39,7 @@ void addSelfLink(NodeT* node, LinkWeight weight, bool sumdups, StructLinkErrors*
 /// Stores one link, or two for an edge.
 /// @return whether an arc between different nodes was stored
 template <bool DIRECTED, class NodeT>
-bool storeLink(NodeT* src, NodeT* dst, LinkWeight weight, bool sumdups,
-               StructLinkErrors* errors) {
+bool storeLink(NodeT* src, NodeT* dst, LinkWeight weight, bool sumdups, StructLinkErrors* errors) {
     if (src == dst) {
         addSelfLink(src, weight, sumdups, errors);
         return false;
@@ -77,8 +76,8 @@ bool storeLinks(Node<Links<Link<LinkWeight, WEIGHTED>>>* node,
 }  // namespace
 
 template <class LinksT>
-typename IdNodes<LinksT>::iterator acsAddNode(Nodes<LinksT>& nodes, IdNodes<LinksT>& idnodes,
-                                              Id id, StructNodeErrors* errors) {
+typename IdNodes<LinksT>::iterator acsAddNode(Nodes<LinksT>& nodes, IdNodes<LinksT>& idnodes, Id id,
+                                              StructNodeErrors* errors) {
     const auto it = idnodes.find(id);
     if (it != idnodes.end()) {
         if (errors) errors->add(id);
@@ -89,8 +88,8 @@ typename IdNodes<LinksT>::iterator acsAddNode(Nodes<LinksT>& nodes, IdNodes<Link
 }
 
 template <class LinksT>
-void acsAddNodes(Nodes<LinksT>& nodes, IdNodes<LinksT>& idnodes, const NodesIdsT& ids,
-                 bool shuffle, StructNodeErrors* errors) {
+void acsAddNodes(Nodes<LinksT>& nodes, IdNodes<LinksT>& idnodes, const NodesIdsT& ids, bool shuffle,
+                 StructNodeErrors* errors) {
     VORL_ASSERT(!ids.empty(), "acsAddNodes(), ids should be specified");
     if (mapCapacity(idnodes) < idnodes.size() + ids.size()) {
         Size present = 0;
@@ -108,8 +107,7 @@ void acsAddNodes(Nodes<LinksT>& nodes, IdNodes<LinksT>& idnodes, const NodesIdsT
 }
 
 template <class NodeT>
-void insertLink(NodeT* src, NodeT* dst, LinkWeight weight, bool sumdups,
-                StructLinkErrors* errors) {
+void insertLink(NodeT* src, NodeT* dst, LinkWeight weight, bool sumdups, StructLinkErrors* errors) {
     using LinkT = typename NodeT::LinkT;
     auto& links = src->links;
     if (links.empty() || cmpBase(links.back().dest, dst)) {
@@ -292,8 +290,7 @@ void Graph<LINKS_WEIGHTED>::addNodeAndLinks(Id id, const InpLinksT& links,
 }
 
 template <bool LINKS_WEIGHTED>
-auto Graph<LINKS_WEIGHTED>::release(IdNodesT* idnodes, bool* directed)
-    -> std::shared_ptr<NodesT> {
+auto Graph<LINKS_WEIGHTED>::release(IdNodesT* idnodes, bool* directed) -> std::shared_ptr<NodesT> {
     if (directed) *directed = m_directed;
     m_directed = false;
     m_reduction = Reduction::NONE;
@@ -312,17 +309,17 @@ auto Graph<LINKS_WEIGHTED>::release(IdNodesT* idnodes, bool* directed)
                                        StructNodeErrors*);                                       \
     template VORL_API void insertLink(Node<LinksT>*, Node<LinksT>*, LinkWeight, bool,            \
                                       StructLinkErrors*);
-#define VORL_INSTANTIATE_LINK(DIRECTED, WEIGHTED)                                             \
-    template VORL_API bool acsAddNodeLinks<DIRECTED, WEIGHTED>(                               \
-        IdNodes<Links<Link<LinkWeight, WEIGHTED>>>&, Id, const InpLinks<WEIGHTED>&, bool,     \
-        Reduction, Id, StructLinkErrors*);                                                    \
-    template VORL_API bool acsAddNodeAndLinks<DIRECTED, WEIGHTED>(                            \
+#define VORL_INSTANTIATE_LINK(DIRECTED, WEIGHTED)                                               \
+    template VORL_API bool acsAddNodeLinks<DIRECTED, WEIGHTED>(                                 \
+        IdNodes<Links<Link<LinkWeight, WEIGHTED>>>&, Id, const InpLinks<WEIGHTED>&, bool,       \
+        Reduction, Id, StructLinkErrors*);                                                      \
+    template VORL_API bool acsAddNodeAndLinks<DIRECTED, WEIGHTED>(                              \
         Nodes<Links<Link<LinkWeight, WEIGHTED>>>&, IdNodes<Links<Link<LinkWeight, WEIGHTED>>>&, \
-        Id, const InpLinks<WEIGHTED>&, bool, bool, Reduction, Id, StructLinkErrors*);         \
-    template void Graph<WEIGHTED>::addLink<DIRECTED>(Id, Id, LinkWeight, StructLinkErrors*);  \
-    template void Graph<WEIGHTED>::addNodeLinks<DIRECTED>(Id, const InpLinks<WEIGHTED>&,      \
-                                                          StructLinkErrors*);                 \
-    template void Graph<WEIGHTED>::addNodeAndLinks<DIRECTED>(Id, const InpLinks<WEIGHTED>&,   \
+        Id, const InpLinks<WEIGHTED>&, bool, bool, Reduction, Id, StructLinkErrors*);           \
+    template void Graph<WEIGHTED>::addLink<DIRECTED>(Id, Id, LinkWeight, StructLinkErrors*);    \
+    template void Graph<WEIGHTED>::addNodeLinks<DIRECTED>(Id, const InpLinks<WEIGHTED>&,        \
+                                                          StructLinkErrors*);                   \
+    template void Graph<WEIGHTED>::addNodeAndLinks<DIRECTED>(Id, const InpLinks<WEIGHTED>&,     \
                                                              StructLinkErrors*);
 
 VORL_INSTANTIATE_LINKS(UnweightedLinks)

@@ -74,9 +74,8 @@ void acsReduceLinks(Node<WeightedLinks>& node, InpLinks<true>& links,
             node.addWeight(half);
             dest->addWeight(half);
         } catch (const std::out_of_range& err) {
-            throw std::out_of_range(
-                "acsReduceLinks(), the link with non-existent node is used: #" +
-                std::to_string(ln.id) + "\n" + err.what());
+            throw std::out_of_range("acsReduceLinks(), the link with non-existent node is used: #" +
+                                    std::to_string(ln.id) + "\n" + err.what());
         }
     }
     links.erase(links.begin(), links.begin() + pos);

@@ -91,8 +91,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::build(Validation validation, Coupling 
     if (!buildFirstLevel(modtrace, qprev, wrapped)) return;
 
     std::uint32_t levsize = m_levels.back().fullsize;
-    m_propagates.reserve(static_cast<std::size_t>(
-        std::lround(static_cast<float>(levsize) / 1.5f)));
+    m_propagates.reserve(static_cast<std::size_t>(std::lround(static_cast<float>(levsize) / 1.5f)));
     for (bool compressed = false;; compressed = true) {
         std::uint32_t propnum = 0;
         const bool progress = buildLevels(compressed, gainMarg, modtrace, qprev, levsize, propnum);
@@ -146,8 +145,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildFirstLevel(bool modtrace, float& 
         VORL_ASSERT(m_levels.empty(),
                     "build(), empty levels are expected when the nodes clustering is failed");
         m_score.modularity =
-            qprev != -1 ? qprev
-                        : static_cast<float>(modularity(m_nodes.begin(), m_nodes.end()));
+            qprev != -1 ? qprev : static_cast<float>(modularity(m_nodes.begin(), m_nodes.end()));
         traceResult(0, 0, "\n");
         return false;
     }
@@ -159,10 +157,9 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildFirstLevel(bool modtrace, float& 
                     "build(), number of propagated items should not exceed the total number of "
                     "items here");
     }
-    VORL_ASSERT(
-        level.fullsize ==
-            level.clusters.size() + m_root.size() + m_propnum * Size{m_levels.size() >= 2},
-        "build(), the size of the first level should match its items");
+    VORL_ASSERT(level.fullsize ==
+                    level.clusters.size() + m_root.size() + m_propnum * Size{m_levels.size() >= 2},
+                "build(), the size of the first level should match its items");
     VORL_TRACE("Initial nodes clustering is completed, %lu clusters\n", m_score.clusters);
     wrapped = static_cast<std::uint32_t>(m_root.size() + m_propnum);
     foldLevel<false>({});
@@ -184,7 +181,8 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildFirstLevel(bool modtrace, float& 
 /// the first pass works on the propagated items alone.
 /// @return false if the levels made no progress, so that the root isn't compressed any more
 template <bool NONSYMMETRIC, class LinksT>
-bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildLevels(bool compressed, float gainMarg, bool modtrace, float& qprev,
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildLevels(bool compressed, float gainMarg,
+                                                      bool modtrace, float& qprev,
                                                       std::uint32_t& levsize,
                                                       std::uint32_t& propnum) {
     const auto endLevels = [this] {
@@ -325,8 +323,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::scoreRoot(std::uint32_t wrapped) {
     else if (m_root.size() == 2)
         dgamma = dynamicGamma(*m_root.front(), *m_root.back());
     else
-        dgamma =
-            vorl::dynamicGamma(m_root.front()->m_context->weight, m_root.front()->m_sweight);
+        dgamma = vorl::dynamicGamma(m_root.front()->m_context->weight, m_root.front()->m_sweight);
     VORL_TRACE(", avg dyn gamma: %G, dynamic gamma: %G", avgdynGammaApx(m_root, true), dgamma);
     if (m_gammaRatio != 1) VORL_TRACE(" (dgr: %G)", m_gammaRatio * dgamma);
     AccWeight cond = 0;

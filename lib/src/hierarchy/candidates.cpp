@@ -24,10 +24,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::defineItemCands(ItemT& el, ClustersT& 
                 "defineItemCands(), el should be non-xinterlevprop undefined clusterable with "
                 "empty cands");
     if (el.links.empty()) {
-        VORL_ASSERT(!xpropagated(ectx.state) &&
-                        (ectx.weight == WEIGHT_NONE ||
-                         equal(ectx.weight, static_cast<AccWeight>(el.m_sweight))),
-                    "defineItemCands(), a stand-alone item should have its self weight only");
+        VORL_ASSERT(
+            !xpropagated(ectx.state) && (ectx.weight == WEIGHT_NONE ||
+                                         equal(ectx.weight, static_cast<AccWeight>(el.m_sweight))),
+            "defineItemCands(), a stand-alone item should have its self weight only");
         standalone(el, cls);
         return;
     }
@@ -87,9 +87,9 @@ template <class ItemT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::defineIlevpropItemCands(ItemT& el, ClustersT& cls) {
     Context<ItemT>& ectx = *el.m_context;
     if (!xinterlevprop(ectx.state) || xpropagated(ectx.state)) {
-        VORL_TRACE(
-            "  >>> defineIlevpropItemCands(), #%u (%s) %lu cands, gmax: %g, owners: %lu\n", el.id,
-            to_string(ectx.state).c_str(), ectx.cands.size(), ectx.gmax, el.owners.size());
+        VORL_TRACE("  >>> defineIlevpropItemCands(), #%u (%s) %lu cands, gmax: %g, owners: %lu\n",
+                   el.id, to_string(ectx.state).c_str(), ectx.cands.size(), ectx.gmax,
+                   el.owners.size());
         VORL_ASSERT(false, "defineIlevpropItemCands(), el should be non-clustered xinterlevprop");
     }
     const std::size_t candsNum = ectx.cands.size();
@@ -141,13 +141,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::initPropnomCands(IItemXT first, IItemX
     }
 }
 
-#define VORL_INSTANTIATE(NONSYM, LinksT)                                                   \
-    template void HierarchyImpl<NONSYM, LinksT>::initCands(                                \
-        Nodes<LinksT>::iterator, Nodes<LinksT>::iterator, Clusters<LinksT>&);              \
-    template void HierarchyImpl<NONSYM, LinksT>::initCands(                                \
-        Clusters<LinksT>::iterator, Clusters<LinksT>::iterator, Clusters<LinksT>&);        \
-    template void HierarchyImpl<NONSYM, LinksT>::initPropnomCands(                         \
-        std::vector<Cluster<LinksT>*>::iterator, std::vector<Cluster<LinksT>*>::iterator,  \
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                                  \
+    template void HierarchyImpl<NONSYM, LinksT>::initCands(                               \
+        Nodes<LinksT>::iterator, Nodes<LinksT>::iterator, Clusters<LinksT>&);             \
+    template void HierarchyImpl<NONSYM, LinksT>::initCands(                               \
+        Clusters<LinksT>::iterator, Clusters<LinksT>::iterator, Clusters<LinksT>&);       \
+    template void HierarchyImpl<NONSYM, LinksT>::initPropnomCands(                        \
+        std::vector<Cluster<LinksT>*>::iterator, std::vector<Cluster<LinksT>*>::iterator, \
         Clusters<LinksT>&);
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)

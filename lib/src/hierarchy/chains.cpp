@@ -44,9 +44,8 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::mcandsChains(Chains<ItemT>& chains,
             const Context<ItemT>& cctx = *cand->m_context;
             if (cands.size() >= 3 && dctx.cands.size() >= 3 && cctx.cands.size() >= 3) {
                 const auto chain =
-                    std::find_if(chains.begin(), chains.end(), [cand](const Chain<ItemT>& ch) {
-                        return holds(ch.items, cand);
-                    });
+                    std::find_if(chains.begin(), chains.end(),
+                                 [cand](const Chain<ItemT>& ch) { return holds(ch.items, cand); });
                 if (chain != chains.end() && holds(chain->items, dest)) continue;
             }
             extendChains(chains, dest, gainOf(dctx), cand, gainOf(cctx), 0);
@@ -64,14 +63,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::extendChains(Chains<ItemT>& chains, It
         std::swap(item1, item2);
         std::swap(gain1, gain2);
     }
-    VORL_ASSERT(item1 && item2 && item1 != item2 && !lessExact(gain1, 0) &&
-                    !lessExact(gain2, 0) && !lessExact(cdgain, 0),
+    VORL_ASSERT(item1 && item2 && item1 != item2 && !lessExact(gain1, 0) && !lessExact(gain2, 0) &&
+                    !lessExact(cdgain, 0),
                 "extendChains(), items must be valid, unique, ordered and have non-negative gain");
 
     const auto chainOf = [&chains](const ItemT* item) {
-        return std::find_if(chains.begin(), chains.end(), [item](const Chain<ItemT>& chain) {
-            return holds(chain.items, item);
-        });
+        return std::find_if(chains.begin(), chains.end(),
+                            [item](const Chain<ItemT>& chain) { return holds(chain.items, item); });
     };
     const auto chain1 = chainOf(item1);
     const auto chain2 = chainOf(item2);
@@ -114,11 +112,10 @@ AccWeight maxChainsGain(Chains<ItemT>& chains, Partitions<ItemT>* parts) {
     return gmax;
 }
 
-#define VORL_INSTANTIATE_ITEM(NONSYM, LinksT, ItemT)                                        \
-    template bool HierarchyImpl<NONSYM, LinksT>::mcandsChains(Chains<ItemT>&, const ItemT&) \
-        const;                                                                              \
-    template void HierarchyImpl<NONSYM, LinksT>::extendChains(                              \
-        Chains<ItemT>&, ItemT*, AccWeight, ItemT*, AccWeight, AccWeight) const;
+#define VORL_INSTANTIATE_ITEM(NONSYM, LinksT, ItemT)                                               \
+    template bool HierarchyImpl<NONSYM, LinksT>::mcandsChains(Chains<ItemT>&, const ItemT&) const; \
+    template void HierarchyImpl<NONSYM, LinksT>::extendChains(Chains<ItemT>&, ItemT*, AccWeight,   \
+                                                              ItemT*, AccWeight, AccWeight) const;
 #define VORL_INSTANTIATE(NONSYM, LinksT)                \
     VORL_INSTANTIATE_ITEM(NONSYM, LinksT, Node<LinksT>) \
     VORL_INSTANTIATE_ITEM(NONSYM, LinksT, Cluster<LinksT>)

@@ -15,8 +15,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinks(ClusterT& cl) {
         "accLinks(), el des should not be empty and should correspond to the CLUSTERS flag");
     const Size ends = static_cast<const DesT*>(cl.des.front())->links.size() +
                       static_cast<const DesT*>(cl.des.back())->links.size();
-    cl.links.reserve(
-        static_cast<Size>(std::sqrt(static_cast<double>(ends * cl.des.size()))));
+    cl.links.reserve(static_cast<Size>(std::sqrt(static_cast<double>(ends * cl.des.size()))));
     for (const NodeI<LinksT>* item : cl.des) {
         const DesT& dc = static_cast<const DesT&>(*item);
         const AccWeight share = static_cast<AccWeight>(detail::ownerEntry(dc, cl).numac) /
@@ -28,15 +27,14 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinks(ClusterT& cl) {
                 if constexpr (CLUSTERS)
                     addLink(cl.links, cl.links.begin(), &dest, weight * share);
                 else
-                    VORL_ASSERT(false,
-                                "accLinks(), a cluster is expected, which always have desc");
+                    VORL_ASSERT(false, "accLinks(), a cluster is expected, which always have desc");
                 continue;
             }
             auto hint = cl.links.begin();
             std::uint32_t totac = 0;
             for (const auto& owner : dest.owners) {
-                hint = addLink(cl.links, hint, owner.dest,
-                               weight / dest.totac * owner.numac * share);
+                hint =
+                    addLink(cl.links, hint, owner.dest, weight / dest.totac * owner.numac * share);
                 totac += owner.numac;
             }
             VORL_ASSERT(totac == dest.totac, "accLinks(), totac validation failed");
@@ -146,12 +144,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
     Id furpropnum = 0;
     Size furproplsnum = 0;
     if (CLUSTERS && !propagates.empty()) {
-        VORL_ASSERT(m_proplsnum != 0, "foldLevel(), proplsnum should be defined for non-empty props");
+        VORL_ASSERT(m_proplsnum != 0,
+                    "foldLevel(), proplsnum should be defined for non-empty props");
         // A sorted list of all descendants pays where many items with many links are propagated.
         DesClusters absorbed;
-        const bool sorted = desnum != 0 && m_proplsnum / m_propnum >= desnum &&
-                            m_propnum >= static_cast<double>(8 * desnum) *
-                                             std::log2(static_cast<double>(desnum));
+        const bool sorted =
+            desnum != 0 && m_proplsnum / m_propnum >= desnum &&
+            m_propnum >= static_cast<double>(8 * desnum) * std::log2(static_cast<double>(desnum));
         if (sorted) {
             absorbed.reserve(desnum);
             for (const ClusterT& cl : clusters)
@@ -183,12 +182,12 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
     m_proplsnum = furproplsnum;
 }
 
-#define VORL_INSTANTIATE(NONSYM, LinksT)                                                        \
-    template void HierarchyImpl<NONSYM, LinksT>::foldLevel<false>(const PropagatesT&);          \
-    template void HierarchyImpl<NONSYM, LinksT>::foldLevel<true>(const PropagatesT&);           \
-    template void HierarchyImpl<NONSYM, LinksT>::accLinks<false>(Cluster<LinksT>&);             \
-    template void HierarchyImpl<NONSYM, LinksT>::accLinks<true>(Cluster<LinksT>&);              \
-    template void HierarchyImpl<NONSYM, LinksT>::accLinksProp(Cluster<LinksT>&, Id&, Size&,     \
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                                    \
+    template void HierarchyImpl<NONSYM, LinksT>::foldLevel<false>(const PropagatesT&);      \
+    template void HierarchyImpl<NONSYM, LinksT>::foldLevel<true>(const PropagatesT&);       \
+    template void HierarchyImpl<NONSYM, LinksT>::accLinks<false>(Cluster<LinksT>&);         \
+    template void HierarchyImpl<NONSYM, LinksT>::accLinks<true>(Cluster<LinksT>&);          \
+    template void HierarchyImpl<NONSYM, LinksT>::accLinksProp(Cluster<LinksT>&, Id&, Size&, \
                                                               const DesClusters*);
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)

@@ -59,10 +59,10 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::emcandsGain(ItemT& el,
     return clusterGain(items, gamma);
 }
 
-#define VORL_INSTANTIATE_ITEM(NONSYM, LinksT, ItemT)                             \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::clusterGain(               \
-        const std::vector<ItemT*>&, AccWeight) const;                            \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::emcandsGain(               \
+#define VORL_INSTANTIATE_ITEM(NONSYM, LinksT, ItemT)                                          \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::clusterGain(const std::vector<ItemT*>&, \
+                                                                  AccWeight) const;           \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::emcandsGain(                            \
         ItemT&, const Candidates<ItemT*>&, AccWeight*) const;
 #define VORL_INSTANTIATE(NONSYM, LinksT)                \
     VORL_INSTANTIATE_ITEM(NONSYM, LinksT, Node<LinksT>) \

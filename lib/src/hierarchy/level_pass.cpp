@@ -65,8 +65,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::clusterLevel(IStored<ItemT> first, ISt
 
 template <bool NONSYMMETRIC, class LinksT>
 AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::initItem(NodeT& el) {
-    VORL_ASSERT(!el.m_context,
-                "initItem(), el context should not be defined yet for the nodes");
+    VORL_ASSERT(!el.m_context, "initItem(), el context should not be defined yet for the nodes");
     el.m_context = std::make_unique<Context<NodeT>>();
     const AccWeight weight = linksWeight<NONSYMMETRIC>(el) + el.m_sweight;
     el.m_context->weight = weight;
@@ -138,13 +137,13 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::subSelfWeight(const ClusterT& el)
     return sum;
 }
 
-#define VORL_INSTANTIATE(NONSYM, LinksT)                                                   \
-    template bool HierarchyImpl<NONSYM, LinksT>::clusterLevel<Node<LinksT>>(               \
-        Nodes<LinksT>::iterator, Nodes<LinksT>::iterator, Id);                             \
-    template bool HierarchyImpl<NONSYM, LinksT>::clusterLevel<Cluster<LinksT>>(            \
-        Clusters<LinksT>::iterator, Clusters<LinksT>::iterator, Id);                       \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::initItem(Node<LinksT>&);             \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::initItem(Cluster<LinksT>&);          \
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                          \
+    template bool HierarchyImpl<NONSYM, LinksT>::clusterLevel<Node<LinksT>>(      \
+        Nodes<LinksT>::iterator, Nodes<LinksT>::iterator, Id);                    \
+    template bool HierarchyImpl<NONSYM, LinksT>::clusterLevel<Cluster<LinksT>>(   \
+        Clusters<LinksT>::iterator, Clusters<LinksT>::iterator, Id);              \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::initItem(Node<LinksT>&);    \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::initItem(Cluster<LinksT>&); \
     template AccWeight HierarchyImpl<NONSYM, LinksT>::subSelfWeight(const Cluster<LinksT>&) const;
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)

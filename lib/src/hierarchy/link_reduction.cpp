@@ -11,8 +11,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::reductionCands(RdsCands<ItemT>& rcands
                                                          Id linksMarg, Reduction reduction,
                                                          std::vector<RdsLink<ItemT>>& rlinks) {
     if constexpr (BYWEIGHT && !ItemT::LinkT::IS_WEIGHTED)
-        throw std::domain_error(
-            "reductionCands() should not be called for the unweighed el links");
+        throw std::domain_error("reductionCands() should not be called for the unweighed el links");
     if (linksMarg == 0 || reduction == Reduction::NONE || el.links.size() <= linksMarg) return;
     rlinks.clear();
     rlinks.reserve(el.links.size());
@@ -54,10 +53,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::reduceItems(StoredItems<ItemT>& items,
         std::fprintf(ftrace, message, reduced, overlong, static_cast<unsigned long>(items.size()));
 }
 
-#define VORL_INSTANTIATE(NONSYM, LinksT)                                                  \
-    template void HierarchyImpl<NONSYM, LinksT>::reduceItems<Node<LinksT>>(               \
-        Nodes<LinksT>&, Id, Reduction, const char*);                                      \
-    template void HierarchyImpl<NONSYM, LinksT>::reduceItems<Cluster<LinksT>>(            \
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                       \
+    template void HierarchyImpl<NONSYM, LinksT>::reduceItems<Node<LinksT>>(    \
+        Nodes<LinksT>&, Id, Reduction, const char*);                           \
+    template void HierarchyImpl<NONSYM, LinksT>::reduceItems<Cluster<LinksT>>( \
         Clusters<LinksT>&, Id, Reduction, const char*);
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)

@@ -28,8 +28,7 @@ template <bool NONSYMMETRIC, class LinksT>
 template <class IItemXT>
 AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::modularity(IItemXT first, IItemXT last,
                                                           AccWeight gamma) {
-    VORL_ASSERT(m_weight != 0 && m_weight != WEIGHT_NONE,
-                "modularity(), m_weight must be defined");
+    VORL_ASSERT(m_weight != 0 && m_weight != WEIGHT_NONE, "modularity(), m_weight must be defined");
     if (first == last) return 0;
     const bool initialise = !detail::itemAt(first).m_context;
     AccWeight sum = 0;
@@ -131,23 +130,23 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::avgdynGammaApx(const Items<Cluste
     return sum / m_weight;
 }
 
-#define VORL_INSTANTIATE(NONSYM, LinksT)                                                       \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::modularity(                              \
-        Nodes<LinksT>::iterator, Nodes<LinksT>::iterator, AccWeight);                          \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::modularity(                              \
-        Clusters<LinksT>::iterator, Clusters<LinksT>::iterator, AccWeight);                    \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::modularity(                              \
-        std::vector<Cluster<LinksT>*>::iterator, std::vector<Cluster<LinksT>*>::iterator,      \
-        AccWeight);                                                                            \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::conductance(                             \
-        Ilistptrc<std::vector<Cluster<LinksT>*>>) const;                                       \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::staticGamma(                             \
-        Ilistptrc<std::vector<Cluster<LinksT>*>>, AccWeight*) const;                           \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::dynamicGamma(                            \
-        const std::vector<Node<LinksT>*>&) const;                                              \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::dynamicGamma(                            \
-        const std::vector<Cluster<LinksT>*>&) const;                                           \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::avgdynGammaApx(                          \
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                                  \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::modularity(                         \
+        Nodes<LinksT>::iterator, Nodes<LinksT>::iterator, AccWeight);                     \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::modularity(                         \
+        Clusters<LinksT>::iterator, Clusters<LinksT>::iterator, AccWeight);               \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::modularity(                         \
+        std::vector<Cluster<LinksT>*>::iterator, std::vector<Cluster<LinksT>*>::iterator, \
+        AccWeight);                                                                       \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::conductance(                        \
+        Ilistptrc<std::vector<Cluster<LinksT>*>>) const;                                  \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::staticGamma(                        \
+        Ilistptrc<std::vector<Cluster<LinksT>*>>, AccWeight*) const;                      \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::dynamicGamma(                       \
+        const std::vector<Node<LinksT>*>&) const;                                         \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::dynamicGamma(                       \
+        const std::vector<Cluster<LinksT>*>&) const;                                      \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::avgdynGammaApx(                     \
         const std::vector<Cluster<LinksT>*>&, bool) const;
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)

@@ -144,16 +144,16 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::dropPartClusters(IItemXT first, IItemX
     }
 }
 
-#define VORL_INSTANTIATE_ITER(NONSYM, LinksT, IterT)                                     \
-    template void HierarchyImpl<NONSYM, LinksT>::initNonfilterParts(IterT, IterT);       \
+#define VORL_INSTANTIATE_ITER(NONSYM, LinksT, IterT)                               \
+    template void HierarchyImpl<NONSYM, LinksT>::initNonfilterParts(IterT, IterT); \
     template void HierarchyImpl<NONSYM, LinksT>::dropPartClusters(IterT, IterT);
-#define VORL_INSTANTIATE(NONSYM, LinksT)                                                       \
-    VORL_INSTANTIATE_ITER(NONSYM, LinksT, Nodes<LinksT>::iterator)                             \
-    VORL_INSTANTIATE_ITER(NONSYM, LinksT, Clusters<LinksT>::iterator)                          \
-    VORL_INSTANTIATE_ITER(NONSYM, LinksT, std::vector<Cluster<LinksT>*>::iterator)             \
-    template void HierarchyImpl<NONSYM, LinksT>::clusterPart(Node<LinksT>&,                    \
-                                                             Partition<Node<LinksT>>&);        \
-    template void HierarchyImpl<NONSYM, LinksT>::clusterPart(Cluster<LinksT>&,                 \
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                                \
+    VORL_INSTANTIATE_ITER(NONSYM, LinksT, Nodes<LinksT>::iterator)                      \
+    VORL_INSTANTIATE_ITER(NONSYM, LinksT, Clusters<LinksT>::iterator)                   \
+    VORL_INSTANTIATE_ITER(NONSYM, LinksT, std::vector<Cluster<LinksT>*>::iterator)      \
+    template void HierarchyImpl<NONSYM, LinksT>::clusterPart(Node<LinksT>&,             \
+                                                             Partition<Node<LinksT>>&); \
+    template void HierarchyImpl<NONSYM, LinksT>::clusterPart(Cluster<LinksT>&,          \
                                                              Partition<Cluster<LinksT>>&);
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)

@@ -79,17 +79,16 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::propagateConvert(IItemXT first, IItemX
     }
 }
 
-#define VORL_INSTANTIATE_ITER(NONSYM, LinksT, IterT)                                            \
-    template void HierarchyImpl<NONSYM, LinksT>::propagateConvert(IterT, IterT,                 \
-                                                                  Clusters<LinksT>&);
-#define VORL_INSTANTIATE_ITEM(NONSYM, LinksT, ItemT)                                            \
-    template void HierarchyImpl<NONSYM, LinksT>::propagate(ItemT&, Clusters<LinksT>&);          \
+#define VORL_INSTANTIATE_ITER(NONSYM, LinksT, IterT) \
+    template void HierarchyImpl<NONSYM, LinksT>::propagateConvert(IterT, IterT, Clusters<LinksT>&);
+#define VORL_INSTANTIATE_ITEM(NONSYM, LinksT, ItemT)                                   \
+    template void HierarchyImpl<NONSYM, LinksT>::propagate(ItemT&, Clusters<LinksT>&); \
     template void HierarchyImpl<NONSYM, LinksT>::standalone(ItemT&, Clusters<LinksT>&);
-#define VORL_INSTANTIATE(NONSYM, LinksT)                                            \
-    VORL_INSTANTIATE_ITER(NONSYM, LinksT, Nodes<LinksT>::iterator)                  \
-    VORL_INSTANTIATE_ITER(NONSYM, LinksT, Clusters<LinksT>::iterator)               \
-    VORL_INSTANTIATE_ITER(NONSYM, LinksT, std::vector<Cluster<LinksT>*>::iterator)  \
-    VORL_INSTANTIATE_ITEM(NONSYM, LinksT, Node<LinksT>)                             \
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                           \
+    VORL_INSTANTIATE_ITER(NONSYM, LinksT, Nodes<LinksT>::iterator)                 \
+    VORL_INSTANTIATE_ITER(NONSYM, LinksT, Clusters<LinksT>::iterator)              \
+    VORL_INSTANTIATE_ITER(NONSYM, LinksT, std::vector<Cluster<LinksT>*>::iterator) \
+    VORL_INSTANTIATE_ITEM(NONSYM, LinksT, Node<LinksT>)                            \
     VORL_INSTANTIATE_ITEM(NONSYM, LinksT, Cluster<LinksT>)
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)

@@ -59,12 +59,12 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::membershipTidy(IItemXT first, IItemXT 
     }
 }
 
-#define VORL_INSTANTIATE(NONSYM, LinksT)                                            \
-    template void HierarchyImpl<NONSYM, LinksT>::membershipTidy(                    \
-        Nodes<LinksT>::iterator, Nodes<LinksT>::iterator);                          \
-    template void HierarchyImpl<NONSYM, LinksT>::membershipTidy(                    \
-        Clusters<LinksT>::iterator, Clusters<LinksT>::iterator);                    \
-    template void HierarchyImpl<NONSYM, LinksT>::membershipTidy(                    \
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                                     \
+    template void HierarchyImpl<NONSYM, LinksT>::membershipTidy(Nodes<LinksT>::iterator,     \
+                                                                Nodes<LinksT>::iterator);    \
+    template void HierarchyImpl<NONSYM, LinksT>::membershipTidy(Clusters<LinksT>::iterator,  \
+                                                                Clusters<LinksT>::iterator); \
+    template void HierarchyImpl<NONSYM, LinksT>::membershipTidy(                             \
         std::vector<Cluster<LinksT>*>::iterator, std::vector<Cluster<LinksT>*>::iterator);
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)

@@ -83,9 +83,9 @@ Id reduceLinks(RdsCands<ItemT>& rcands, Size& erased) {
     return static_cast<Id>(rcands.size() - unreduced);
 }
 
-#define VORL_INSTANTIATE(ItemT)                                                                 \
+#define VORL_INSTANTIATE(ItemT)                                                                    \
     template bool droppableLinks(std::vector<ItemT*>&, const ItemT&, std::vector<RdsLink<ItemT>>&, \
-                                 Id, Reduction);                                                \
+                                 Id, Reduction);                                                   \
     template Id reduceLinks(RdsCands<ItemT>&, Size&);
 
 VORL_INSTANTIATE(Node<UnweightedLinks>)

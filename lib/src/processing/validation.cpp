@@ -16,11 +16,10 @@ namespace {
 template <class NodeT, class IterT>
 [[noreturn]] void refuseLink(const NodeT& node, const NodeT& dest, IterT place) {
     const bool atEnd = place == dest.links.end();
-    VORL_TRACE(
-        "> validate(), #%u(%p) has no backlink from #%u(%p) [#%u(%p)] among %lu links: ", node.id,
-        static_cast<const void*>(&node), dest.id, static_cast<const void*>(&dest),
-        atEnd ? ID_NONE : place->dest->id,
-        atEnd ? nullptr : static_cast<const void*>(place->dest), dest.links.size());
+    VORL_TRACE("> validate(), #%u(%p) has no backlink from #%u(%p) [#%u(%p)] among %lu links: ",
+               node.id, static_cast<const void*>(&node), dest.id, static_cast<const void*>(&dest),
+               atEnd ? ID_NONE : place->dest->id,
+               atEnd ? nullptr : static_cast<const void*>(place->dest), dest.links.size());
     for (const auto& ln : dest.links)
         VORL_TRACE(" %u(%p)", ln.dest->id, static_cast<const void*>(ln.dest));
     VORL_TRACE("\n");
@@ -127,9 +126,8 @@ void detail::createBackLinks(NodesT& nodes, StructLinkErrors& created) {
     });
     for (auto it = missing.begin(); it != missing.end();) {
         auto& links = it->first->links;
-        const auto last = std::find_if(it, missing.end(), [&](const auto& pair) {
-            return pair.first != it->first;
-        });
+        const auto last = std::find_if(it, missing.end(),
+                                       [&](const auto& pair) { return pair.first != it->first; });
         const auto middle = static_cast<std::ptrdiff_t>(links.size());
         links.reserve(links.size() + static_cast<std::size_t>(last - it));
         for (; it != last; ++it) links.emplace_back(it->second, LinkWeight{0});
@@ -138,13 +136,13 @@ void detail::createBackLinks(NodesT& nodes, StructLinkErrors& created) {
     }
 }
 
-#define VORL_INSTANTIATE(LinksT)                                                                   \
-    template VORL_API void validate<false>(Nodes<LinksT>&, AccWeight&, Size&, bool);               \
-    template VORL_API void validate<true>(Nodes<LinksT>&, AccWeight&, Size&, bool);                \
-    template void detail::validate<false>(Nodes<LinksT>&, AccWeight&, Size&, bool,                 \
-                                          const StructLinkErrors*);                                \
-    template void detail::validate<true>(Nodes<LinksT>&, AccWeight&, Size&, bool,                  \
-                                         const StructLinkErrors*);                                 \
+#define VORL_INSTANTIATE(LinksT)                                                     \
+    template VORL_API void validate<false>(Nodes<LinksT>&, AccWeight&, Size&, bool); \
+    template VORL_API void validate<true>(Nodes<LinksT>&, AccWeight&, Size&, bool);  \
+    template void detail::validate<false>(Nodes<LinksT>&, AccWeight&, Size&, bool,   \
+                                          const StructLinkErrors*);                  \
+    template void detail::validate<true>(Nodes<LinksT>&, AccWeight&, Size&, bool,    \
+                                         const StructLinkErrors*);                   \
     template void detail::createBackLinks(Nodes<LinksT>&, StructLinkErrors&);
 
 VORL_INSTANTIATE(UnweightedLinks)

@@ -5,8 +5,7 @@
 
 namespace vorl {
 
-void assertionFailed(const char* condition, const char* text, const char* file,
-                     int line) noexcept {
+void assertionFailed(const char* condition, const char* text, const char* file, int line) noexcept {
     std::fprintf(stderr, "%s:%d: %s [%s]\n", file, line, text, condition);
     std::abort();
 }

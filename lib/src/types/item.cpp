@@ -76,8 +76,7 @@ template <class LinksT>
 Id Cluster<LinksT>::m_uid = 0;
 
 template <class LinksT>
-Cluster<LinksT>::Cluster(LevelNum lev, Id ident, Size reserve)
-    : NodeI<LinksT>(ident), levnum(lev) {
+Cluster<LinksT>::Cluster(LevelNum lev, Id ident, Size reserve) : NodeI<LinksT>(ident), levnum(lev) {
     links.reserve(reserve);
 }
 
@@ -123,10 +122,10 @@ void Cluster<LinksT>::tidy() {
     m_context.reset();
 }
 
-#define VORL_INSTANTIATE(LinksT)                 \
+#define VORL_INSTANTIATE(LinksT)                     \
     template struct VORL_API Owner<Cluster<LinksT>>; \
-    template class VORL_API NodeI<LinksT>;        \
-    template class VORL_API Node<LinksT>;         \
+    template class VORL_API NodeI<LinksT>;           \
+    template class VORL_API Node<LinksT>;            \
     template class VORL_API Cluster<LinksT>;
 
 VORL_INSTANTIATE(UnweightedLinks)

@@ -70,8 +70,8 @@ PartCluster<ItemT>::operator PartItemsT() const {
     return result;
 }
 
-#define VORL_INSTANTIATE(ItemT)        \
-    template struct Partition<ItemT>;   \
+#define VORL_INSTANTIATE(ItemT)       \
+    template struct Partition<ItemT>; \
     template struct PartCluster<ItemT>;
 
 VORL_INSTANTIATE(Node<UnweightedLinks>)
