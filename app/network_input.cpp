@@ -134,10 +134,10 @@ private:
             throw fault("the header's number of nodes is " + std::to_string(*header.nodes) +
                         ", at most 4294967295 are possible");
         if (key("edges:")) {
-            header.links = value("edges");
+            header.links = value("links");
             if (header.links) header.directed = false;
         } else if (key("arcs:")) {
-            header.links = value("arcs");
+            header.links = value("links");
             if (header.links) header.directed = true;
         }
         if (key("weighted:")) {
