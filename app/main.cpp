@@ -1,5 +1,6 @@
 // The program vorl: its command line.
 #include "cluster_command.hpp"
+#include "compare_command.hpp"
 #include "errors.hpp"
 
 #include <vorl/types/text.hpp>
@@ -198,6 +199,39 @@ std::vector<std::string> optionNames(const CLI::App& app) {
     return names;
 }
 
+/// The options of `vorl compare`.
+void addCompareOptions(CLI::App& app, CompareCommand& command) {
+    app.add_option("FIRST", command.first, "Clusters, one a line: [id>] node[:share] ...")
+        ->required();
+    app.add_option("SECOND", command.second, "Clusters to compare with; their order is the same")
+        ->required();
+    app.add_option_function<std::string>(
+           "--nodes",
+           [&command](const std::string& name) {
+               command.nodes = choose<NodeSet>({{"union", NodeSet::UNION},
+                                                {"common", NodeSet::COMMON},
+                                                {"first", NodeSet::FIRST},
+                                                {"second", NodeSet::SECOND}},
+                                               "--nodes", name);
+           },
+           "Compare on the nodes of both files together (union, the default), on those that both "
+           "have (common), or on those of the first or the second; a node that a file lacks is in "
+           "no cluster there")
+        ->type_name("SET");
+    app.add_option("--count", command.count,
+                   "Number of nodes of the network, where some are in neither file")
+        ->type_name("N");
+    app.add_option("--exact-pairs", command.omega.exactPairs,
+                   "The omega index is exact up to N pairs of nodes inside the clusters of a file "
+                   "(100000000); above, it is estimated from 5000000 pairs of each, drawn with a "
+                   "fixed seed")
+        ->type_name("N");
+    app.add_flag("--strict", command.strict,
+                 "Refuse files with wrong counts in the header, incomplete shares and the like");
+    app.add_flag("--json", command.json, "The result as one JSON document");
+    app.add_flag("-q,--quiet", command.quiet, "No remarks on the files");
+}
+
 int runProgram(int argc, char** argv) {
     CLI::App app("Clusters a network into a hierarchy of overlapping clusters.", "vorl");
     app.footer(FOOTER);
@@ -210,8 +244,17 @@ int runProgram(int argc, char** argv) {
     CLI::App* cluster = app.add_subcommand("cluster", "Cluster a network");
     cluster->footer(FOOTER);
     addClusterOptions(*cluster, command, levels);
+    CompareCommand compareCommand;
+    CLI::App* compare = app.add_subcommand("compare", "Tell how alike two clusterings are");
+    compare->footer(FOOTER);
+    addCompareOptions(*compare, compareCommand);
+    const std::vector<std::string> commands{"cluster", "compare"};
     try {
         app.parse(argc, argv);
+        if (*compare) {
+            run(compareCommand);
+            return DONE;
+        }
         checkLevels(command, levels);
         run(command);
         return DONE;
@@ -222,16 +265,16 @@ int runProgram(int argc, char** argv) {
         for (const std::string& word : app.remaining(true)) {
             const std::string option = word.substr(0, word.find('='));
             if (option.starts_with("-"))
-                message += suggestion(option, optionNames(*cluster));
+                message += suggestion(option, optionNames(*compare ? *compare : *cluster));
             else
-                message += suggestion(option, {"cluster"});
+                message += suggestion(option, commands);
         }
         std::cerr << "vorl: " << message << "\nRun \"vorl --help\" for help.\n";
     } catch (const CLI::RequiredError& err) {
         std::string message = err.what();
         // An unknown command is told as a missing one.
         for (int i = 1; i < argc && app.get_subcommands().empty(); ++i)
-            message += ": \"" + std::string(argv[i]) + "\"" + suggestion(argv[i], {"cluster"});
+            message += ": \"" + std::string(argv[i]) + "\"" + suggestion(argv[i], commands);
         std::cerr << "vorl: " << message << "\nRun \"vorl --help\" for help.\n";
     } catch (const CLI::ParseError& err) {
         std::cerr << "vorl: " << err.what() << "\nRun \"vorl --help\" for help.\n";

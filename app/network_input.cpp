@@ -2,12 +2,12 @@
 
 #include "errors.hpp"
 #include "text_file.hpp"
+#include "tokens.hpp"
 
 #include <vorl/fileio/iotypes.hpp>
 #include <vorl/fileio/parser_nsl.hpp>
 #include <vorl/types/trace.hpp>
 
-#include <strings.h>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <charconv>
@@ -22,29 +22,6 @@
 namespace vorl::app {
 
 namespace {
-
-/// A piece of the input in a message: short, and without control characters.
-std::string quoted(std::string_view text) {
-    constexpr std::size_t most = 32;
-    std::string shown = "\"";
-    for (char c : text.substr(0, most))
-        shown += static_cast<unsigned char>(c) < 0x20 || c == 0x7F ? '?' : c;
-    return shown + (text.size() > most ? "...\"" : "\"");
-}
-
-std::string_view trimFront(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t");
-    return first == std::string_view::npos ? std::string_view() : text.substr(first);
-}
-
-/// Cuts the first token off the text.
-std::string_view nextToken(std::string_view& text) {
-    text = trimFront(text);
-    const std::size_t end = std::min(text.find_first_of(" \t"), text.size());
-    const std::string_view token = text.substr(0, end);
-    text.remove_prefix(end);
-    return token;
-}
 
 /// The header as the file's comment tells it.
 struct Header {
@@ -103,27 +80,16 @@ private:
     InputError fault(const std::string& what) const { return InputError::at(m_file, m_line, what); }
 
     void checkHeader(std::string_view text) {
-        const auto key = [&text](const char* name) {
-            const std::size_t length = std::strlen(name);
-            if (text.size() < length || strncasecmp(text.data(), name, length) != 0 ||
-                (text.size() > length && text[length] != ' ' && text[length] != '\t'))
-                return false;
-            text = trimFront(text.substr(length));
-            return true;
-        };
+        const auto key = [&text](const char* name) { return takeKey(text, name); };
         const auto value = [&](const char* what) -> std::optional<Size> {
             if (text.empty()) return std::nullopt;
-            const std::size_t end = std::min(text.find_first_of(", \t"), text.size());
-            const std::string_view token = text.substr(0, end);
+            const std::string_view token = takeValue(text);
             Size number = 0;
             const auto [last, err] =
                 std::from_chars(token.data(), token.data() + token.size(), number);
             if (token.empty() || err != std::errc() || last != token.data() + token.size())
                 throw fault(std::string("the header's number of ") + what + " is " + quoted(token) +
                             ", a whole number is expected");
-            text.remove_prefix(end);
-            if (text.starts_with(',')) text.remove_prefix(1);
-            text = trimFront(text);
             return number;
         };
         if (!key("nodes:")) return;

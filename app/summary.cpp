@@ -1,57 +1,13 @@
 #include "summary.hpp"
 
+#include "output_text.hpp"
+
 #include <algorithm>
-#include <cstdio>
 #include <functional>
 
 namespace vorl::app {
 
 namespace {
-
-template <class... ArgsT>
-std::string format(const char* pattern, ArgsT... args) {
-    char text[256];
-    std::snprintf(text, sizeof text, pattern, args...);
-    return text;
-}
-
-/// 9 significant digits, which read back as the same 32-bit number.
-std::string number(double value) { return format("%.9g", value); }
-
-std::string quoted(const std::string& text) {
-    std::string result = "\"";
-    for (char c : text) {
-        if (c == '"' || c == '\\')
-            result += std::string("\\") + c;
-        else if (static_cast<unsigned char>(c) < 0x20)
-            result += format("\\u%04x", static_cast<unsigned>(c));
-        else
-            result += c;
-    }
-    return result + '"';
-}
-
-/// 1234567 as 1,234,567.
-std::string grouped(Size value) {
-    std::string digits = std::to_string(value);
-    for (std::size_t place = digits.size(); place > 3;) digits.insert(place -= 3, 1, ',');
-    return digits;
-}
-
-std::string counted(Size count, const char* thing) {
-    return grouped(count) + " " + thing + (count == 1 ? "" : "s");
-}
-
-std::string bytes(Size size) {
-    const char* const units[] = {"B", "KiB", "MiB", "GiB", "TiB"};
-    double value = static_cast<double>(size);
-    std::size_t unit = 0;
-    while (value >= 1024 && unit + 1 < std::size(units)) {
-        value /= 1024;
-        ++unit;
-    }
-    return format(unit ? "%.1f %s" : "%.0f %s", value, units[unit]);
-}
 
 std::string levelRow(const Summary& summary, std::size_t index) {
     const auto& [clusters, fullsize] = summary.levels[index];
@@ -62,7 +18,7 @@ std::string levelRow(const Summary& summary, std::size_t index) {
 }  // namespace
 
 std::string asJson(const Summary& summary) {
-    std::string text = "{\"network\": {\"file\": " + quoted(summary.file) +
+    std::string text = "{\"network\": {\"file\": " + jsonQuoted(summary.file) +
                        ", \"nodes\": " + std::to_string(summary.nodes) +
                        ", \"links\": " + std::to_string(summary.links) +
                        ", \"directed\": " + (summary.directed ? "true" : "false") +
@@ -79,7 +35,7 @@ std::string asJson(const Summary& summary) {
             ", \"gamma\": " + number(score.gamma) + ", \"egamma\": " + number(score.egamma) +
             ", \"conductance\": " + number(score.conductance) + "}, \"files\": [";
     for (std::size_t i = 0; i < summary.files.size(); ++i)
-        text += (i ? ", " : "") + quoted(summary.files[i]);
+        text += (i ? ", " : "") + jsonQuoted(summary.files[i]);
     text += "], \"seconds\": {\"read\": " + number(summary.readSeconds) +
             ", \"build\": " + number(summary.buildSeconds) +
             ", \"write\": " + number(summary.writeSeconds) +

@@ -1,0 +1,86 @@
+// Reading of clusters for the program, with every fault told by file and line.
+#pragma once
+
+#include <vorl/types/numbers.hpp>
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vorl::app {
+
+/// One way in which a file that makes sense strays from the strict form of the format, in which the
+/// header's counts are right, each cluster has members, and the shares of a node are either all
+/// even or all stated and add up to 1.
+struct Deviation {
+    enum Kind {
+        CLUSTERS_COUNT,    ///< the header tells another number of clusters than the file has
+        NODES_COUNT,       ///< the header tells of fewer nodes than the file has
+        UNTOLD_NUMBERS,    ///< clusters are numbered, the header doesn't tell so
+        EMPTY_CLUSTERS,    ///< numbered clusters without members
+        SHARES_LEFT_OUT,   ///< a node states its share in some of its clusters only
+        SHARES_ROUNDED,    ///< shares add up to 1 but for the rounding to six digits
+        SHARES_UNBALANCED  ///< shares add up to something else
+    };
+    Kind kind;
+    std::size_t line;    ///< the first one concerned
+    std::string found;   ///< such as "the header tells of 3 clusters, the file has 2"
+    std::string remedy;  ///< what is done about it, such as "the latter counts"
+
+    /// Whether it is about shares, which many a use of clusters doesn't look at.
+    bool ofShares() const { return kind >= SHARES_LEFT_OUT; }
+};
+
+/// Clusters of nodes as a file lists them.
+struct ClustersFile {
+    struct Cluster {
+        std::size_t line = 0;   ///< of the file, from 1
+        Id id = ID_NONE;        ///< ID_NONE where clusters aren't numbered
+        std::size_t begin = 0;  ///< of its members
+        std::size_t end = 0;
+    };
+
+    std::string name;
+    std::vector<Cluster> clusters;  ///< in the file's order; those without members are left out
+    std::vector<Id> members;        ///< of all clusters, one behind the other, in the file's order
+    std::vector<Share> shares;      ///< of each member, 0 where none is stated; empty if all are 0
+    std::vector<Id> nodes;          ///< each node once, ascending
+    bool numbered = false;
+    std::optional<Size> toldNodes;  ///< the number of nodes of the network by the header
+    std::vector<Deviation> deviations;
+
+    std::span<const Id> membersOf(const Cluster& cluster) const {
+        return {members.data() + cluster.begin, cluster.end - cluster.begin};
+    }
+
+    /// The share of each member in its cluster; those of a node add up to 1.
+    ///
+    /// A share that isn't stated is the even one, 1 over the number of clusters of the node. Stated
+    /// shares are kept to the last bit where they add up to 1 within the tolerance of `equal`, else
+    /// all shares of the node are scaled. A share of 1 beside other clusters, without any other
+    /// stated one, isn't looked at.
+    std::vector<Share> completeShares() const;
+
+    /// The file in the strict form, with plain lines, which `CnlParser` takes as it is.
+    std::string strictText() const;
+
+    /// What was brought into the strict form, in one line; empty if nothing was.
+    std::string deviationsText(bool withShares = true) const;
+    /// @throws InputError for the first deviation, with file and line
+    void requireStrict() const;
+};
+
+/// Reads a file in the format CNL: a cluster a line, `[id>] node[:share] ...`, with comments that
+/// begin with # and an optional header among those at the top. Carriage returns at line ends and a
+/// byte order mark are accepted. Memory and time go by the size of the file, never by what its
+/// header tells.
+/// @throws InputError with the file and line of the first fault
+ClustersFile readClusters(const std::string& file);
+
+/// As `readClusters`, for a text that is at hand.
+/// @param name  of the file, for messages
+ClustersFile parseClusters(std::string_view text, const std::string& name);
+
+}  // namespace vorl::app

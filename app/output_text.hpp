@@ -1,0 +1,30 @@
+// Pieces of what the program prints, for a person or as JSON.
+#pragma once
+
+#include <vorl/types/numbers.hpp>
+
+#include <cstdio>
+#include <string>
+
+namespace vorl::app {
+
+/// As `snprintf`, for results of less than 256 bytes.
+template <class... ArgsT>
+std::string format(const char* pattern, ArgsT... args) {
+    char text[256];
+    std::snprintf(text, sizeof text, pattern, args...);
+    return text;
+}
+
+/// 9 significant digits, which read back as the same 32-bit number.
+std::string number(double value);
+/// The text as a JSON string.
+std::string jsonQuoted(const std::string& text);
+/// 1234567 as 1,234,567.
+std::string grouped(Size value);
+/// "1 node", "2 nodes".
+std::string counted(Size count, const char* thing);
+/// 1536 as 1.5 KiB.
+std::string bytes(Size size);
+
+}  // namespace vorl::app
