@@ -158,9 +158,7 @@ std::string asText(const Comparison& comparison) {
 
 void run(const CompareCommand& command) {
     const Comparison comparison = compare(command);
-    const std::string text = command.json ? asJson(comparison) : asText(comparison);
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    if (std::fflush(stdout) != 0) throw InputError("standard output: writing failed");
+    print(command.json ? asJson(comparison) : asText(comparison));
 }
 
 }  // namespace vorl::app
