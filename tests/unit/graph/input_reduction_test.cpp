@@ -116,5 +116,20 @@ TEST(InputReduction, KeepsTheWeightOfAGraph) {
     EXPECT_EQ(whole.node(0)->links.size(), 10);
 }
 
+TEST(InputReduction, NamesTheNodeThatIsMissing) {
+    const InpLinks<true> links = threeLight();
+    Graph<true> graph(100, false, false, Reduction::ACCURATE);
+    graph.addNodes({0, 1, 4, 5});
+    const std::string error =
+        errorOf<std::out_of_range>([&] { graph.addNodeLinks<true>(0, links); });
+    EXPECT_TRUE(
+        error.starts_with("acsAddNodeLinks(), the link with non-existent node is used: #2\n"
+                          "acsReduceLinks(), the link with non-existent node is used: #2\n"))
+        << error;
+    // What was moved before stays moved.
+    EXPECT_EQ(graph.node(1)->weight(), 0.5625);
+    EXPECT_TRUE(graph.node(0)->links.empty());
+}
+
 }  // namespace
 }  // namespace vorl::test
