@@ -5,13 +5,17 @@
 #include <vorl/hierarchy/level.hpp>
 #include <vorl/hierarchy/score.hpp>
 #include <vorl/types/item.hpp>
+#include <vorl/types/item_map.hpp>
 #include <vorl/types/options.hpp>
 
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 namespace vorl {
+
+/// Nodes of a cluster with their shares in it, in the order in which unfolding reaches them.
+template <class LinksT>
+using ClusterNodes = ItemMap<const Node<LinksT>, Share>;
 
 /// A bottom-up stack of levels of overlapping clusters over the nodes, its root and its score.
 ///
@@ -43,6 +47,21 @@ public:
     /// The items on top of the hierarchy; a stand-alone node is wrapped in a one-item cluster.
     const RootT& root() const { return m_root; }
     const HierScore& score() const { return m_score; }
+
+    /// Unfolds a cluster into its nodes.
+    /// @param maxshare whether a node or cluster goes only to the owners of its largest share
+    /// @return the nodes, each with the share in (0, 1] that all paths to it add up to
+    ClusterNodes<LinksT> unwrap(const ClusterT& cl, bool maxshare = false) const;
+
+    /// Writes the clusters that the options ask for, and beside them the description of the
+    /// hierarchy (RHB) under the name without its extension and with ".rhb".
+    ///
+    /// A file that can't be opened is reported through perror and left out.
+    /// @throws std::invalid_argument for an undefined structure or format of the output
+    /// @throws std::logic_error where more files were made than the ratio of levels can fill, as
+    ///     the structure per level does from three levels on
+    /// @throws std::ios_base::failure with the name of the file if writing fails
+    void output(const OutputOptions& opts) const;
 
 protected:
     Hierarchy();

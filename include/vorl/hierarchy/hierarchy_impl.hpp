@@ -3,8 +3,8 @@
 #pragma once
 
 #include <vorl/hierarchy/chains.hpp>
-#include <vorl/hierarchy/gamma.hpp>
 #include <vorl/hierarchy/hierarchy.hpp>
+#include <vorl/processing/gamma.hpp>
 #include <vorl/processing/reduction.hpp>
 #include <vorl/processing/weights.hpp>
 #include <vorl/types/options.hpp>

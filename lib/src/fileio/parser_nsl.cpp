@@ -1,96 +1,39 @@
 #include <vorl/fileio/parser_nsl.hpp>
 
-#include <vorl/fileio/parse_number.hpp>
-#include <vorl/types/text.hpp>
-#include <vorl/types/trace.hpp>
+#include "scan.hpp"
 
-#include <strings.h>
+#include <vorl/types/text.hpp>
+
 #include <algorithm>
-#include <cerrno>
-#include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <limits>
 #include <stdexcept>
 
 namespace vorl {
 
 const char* const NslParser::m_spaces = " \t";
 
+using namespace detail;
+
 namespace {
-
-bool isBlank(char c) { return c == ' ' || c == '\t'; }
-bool isBlankOrEnd(char c) { return isBlank(c) || c == '\0'; }
-
-const char* skipBlanks(const char* pos) {
-    while (isBlank(*pos)) ++pos;
-    return pos;
-}
-
-/// Behind the key if it stands at the position and ends there, else null.
-const char* matchKey(const char* pos, const char* key) {
-    const std::size_t length = std::strlen(key);
-    return strncasecmp(pos, key, length) == 0 && isBlankOrEnd(pos[length]) ? pos + length : nullptr;
-}
-
-/// A value of the header.
-/// @param[in,out] pos moves behind the value
-/// @throws std::invalid_argument if it is malformed or doesn't fit
-template <class DestT>
-DestT headerValue(const char*& pos) {
-    char* end;
-    errno = 0;
-    const unsigned long long value = std::strtoull(pos, &end, 10);
-    const bool bad = errno != 0 || !(isBlankOrEnd(*end) || *end == ',');
-    validateVal<DestT>(value, pos, bad,
-                       errno != 0 ? std::strerror(errno) : "Terminating symbol is invalid");
-    pos = end;
-    return static_cast<DestT>(value);
-}
-
-const char* skipSeparator(const char* pos) { return skipBlanks(*pos == ',' ? pos + 1 : pos); }
 
 /// An id of the body.
 /// @param[in,out] pos moves behind the id
 /// @throws std::invalid_argument if it is malformed or not below ID_NONE
 Id parseId(const char*& pos) {
-    // Plain digits, which can't overflow, without a call.
-    unsigned long value = 0;
-    const char* digit = pos;
-    while (*digit >= '0' && *digit <= '9' && digit - pos < 10)
-        value = 10 * value + static_cast<unsigned long>(*digit++ - '0');
-    errno = 0;
-    if (digit == pos || !isBlankOrEnd(*digit)) {
-        char* end;
-        value = std::strtoul(pos, &end, 10);
-        digit = end;
-    }
-    const bool bad = errno != 0 || value >= ID_NONE || !isBlankOrEnd(*digit);
-    if (bad)
-        validateVal<Id>(value, pos, true,
-                        errno != 0 ? std::strerror(errno)
-                                   : "id == ID_NONE or the terminating symbol is invalid");
-    pos = digit;
-    return static_cast<Id>(value);
+    const Number number = scanNumber(pos);
+    if (number.err != 0 || number.value >= ID_NONE || !isBlankOrEnd(*number.end))
+        validateVal<Id>(number.value, pos, true,
+                        number.err != 0 ? std::strerror(number.err)
+                                        : "id == ID_NONE or the terminating symbol is invalid");
+    pos = number.end;
+    return static_cast<Id>(number.value);
 }
 
 /// The weight of a link; 0 reads as the default weight.
 LinkWeight parseWeight(const char* pos, const char* end) {
-    LinkWeight weight = 0;
-    bool plain = *pos >= '0' && *pos <= '9';
-    if (plain) {
-        const auto [last, err] = std::from_chars(pos, end, weight);
-        plain = err == std::errc() && isBlankOrEnd(*last) && std::isnormal(weight);
-    }
-    if (!plain) {
-        errno = 0;
-        weight = std::strtof(pos, nullptr);
-        validateVal<float>(weight, pos, errno != 0, errno != 0 ? std::strerror(errno) : nullptr);
-    }
-    return weight == 0 ? 1 : weight;
+    const Decimal number = scanFloat(pos, end);
+    if (number.err != 0) validateVal<float>(number.value, pos, true, std::strerror(number.err));
+    return number.value == 0 ? 1 : number.value;
 }
 
 }  // namespace
@@ -100,19 +43,8 @@ NslParser::NslParser(const InpOptions& opts)
     if (opts.format != FileFormat::NSE && opts.format != FileFormat::NSA)
         throw std::invalid_argument("NslParser(), NSL format is expected instead of " +
                                     to_string(opts.format) + "\n");
-    m_file.clear();
-    m_file.open(opts.filename);
-    if (!m_file.is_open()) {
-        const int err = errno;
-        std::perror(("NslParser(), error opening the file " + opts.filename).c_str());
-        throw std::ios_base::failure(std::string(std::strerror(err)) + "\n");
-    }
-    std::error_code err;
-    const std::uintmax_t size = std::filesystem::file_size(opts.filename, err);
-    if (err)
-        VORL_TRACE("WARNING filesize(), file size evaluation failed: %s\n", err.message().c_str());
-    else
-        m_size = size;
+    openText(m_file, opts.filename, "NslParser");
+    m_size = textSize(opts.filename);
     header();
 }
 
@@ -133,13 +65,7 @@ bool NslParser::parseHeader(const char* pos) {
     pos = matchKey(pos, "nodes:");
     if (!pos) return false;
     pos = skipBlanks(pos);
-    try {
-        m_ndsnum = headerValue<Id>(pos);
-    } catch (const std::invalid_argument& err) {
-        VORL_TRACE("WARNING header(), the nodes number is invalid, omitted: %s", err.what());
-        return false;
-    }
-    pos = skipSeparator(pos);
+    if (!takeHeaderValue(pos, m_ndsnum, "nodes number")) return false;
 
     const char* edges = matchKey(pos, "edges:");
     const char* arcs = edges ? nullptr : matchKey(pos, "arcs:");
@@ -155,41 +81,21 @@ bool NslParser::parseHeader(const char* pos) {
                 "WARNING header(), specified file format (EDGES) does not match the actual file "
                 "format (ARCS). The actual one is used.\n");
         m_directed = arcs != nullptr;
-        try {
-            m_lnsnum = headerValue<unsigned long>(pos);
-            pos = skipSeparator(pos);
-        } catch (const std::invalid_argument& err) {
-            VORL_TRACE("WARNING header(), the links number value is invalid, omitted: %s",
-                       err.what());
-        }
+        takeHeaderValue(pos, m_lnsnum, "links number value");
     }
-    const char* weighted = matchKey(pos, "weighted:");
-    if (!weighted) return true;
-    weighted = skipBlanks(weighted);
-    if (*weighted == '\0') return true;
-    try {
-        m_weighted = headerValue<unsigned>(weighted) != 0;
-    } catch (const std::invalid_argument& err) {
-        VORL_TRACE("WARNING header(), the weighted value is invalid, omitted: %s", err.what());
-    }
+    const char* key = matchKey(pos, "weighted:");
+    if (!key) return true;
+    key = skipBlanks(key);
+    unsigned weighted = 0;
+    if (*key != '\0' && takeHeaderValue(key, weighted, "weighted value"))
+        m_weighted = weighted != 0;
     return true;
 }
 
 /// The number of nodes that a file of this size may hold; it only sizes the map of ids.
 Id NslParser::estimateNodes() const {
     if (m_size == 0 || m_size == ~Size{0}) return 0;
-    Size rest = m_size % 10;
-    Size tokens = rest / 2;
-    if (m_size > 9) {
-        Size power = 10;
-        Size width = 2;
-        do {
-            ++width;
-            power *= 10;
-            tokens += (m_size - rest) % power / width;
-            rest = m_size % power;
-        } while (m_size >= power && power <= std::numeric_limits<Size>::max() / 10);
-    }
+    Size tokens = estimateTokens(m_size);
     if (m_directed) tokens /= 2;
     const double nodes = std::pow(static_cast<double>(tokens), static_cast<double>(0.78f));
     return static_cast<Id>(std::min(nodes, static_cast<double>(ID_MAX)));

@@ -1,35 +1,35 @@
 #include <vorl/fileio/printer_rhb.hpp>
 
+#include "text_writer.hpp"
+
 #include <algorithm>
-#include <cerrno>
-#include <ios>
 
 namespace vorl {
 
 template <class ItemT>
 void outpel(const ItemT& item, FileWrapper& fout) {
-    std::FILE* file = fout.fdescr();
-    std::fprintf(file, "%u>", item.id);
     const auto& owners = item.owners;
     const bool shares =
         owners.size() >= 2 && std::any_of(owners.begin() + 1, owners.end(), [&](const auto& owner) {
             return owner.numac != owners.front().numac;
         });
+    std::string text;
+    detail::appendId(text, item.id);
+    text += '>';
     for (const auto& owner : owners) {
-        if (shares)
-            std::fprintf(file, " %u:%G", owner.dest->id,
-                         static_cast<double>(static_cast<float>(owner.numac) /
-                                             static_cast<float>(item.totac)));
-        else
-            std::fprintf(file, " %u", owner.dest->id);
+        text += ' ';
+        detail::appendId(text, owner.dest->id);
+        if (!shares) continue;
+        text += ':';
+        detail::appendShare(text, static_cast<float>(owner.numac) / static_cast<float>(item.totac));
     }
-    std::fputc('\n', file);
+    text += '\n';
+    std::fwrite(text.data(), 1, text.size(), fout.fdescr());
 }
 
 template <class LinksT>
 void RhbPrinter<LinksT>::output(FileWrapper& fout) const {
     std::FILE* file = fout.fdescr();
-    errno = 0;
     std::fprintf(file, "/Hierarchy levels:%lu clusters:%lu\n", m_hier.levels().size(),
                  m_hier.score().clusters);
     std::fprintf(file, "\n/Nodes %lu\n", m_hier.nodes().size());
@@ -41,9 +41,7 @@ void RhbPrinter<LinksT>::output(FileWrapper& fout) const {
                      level.fullsize);
         for (const auto& cl : level.clusters) outpel(cl, fout);
     }
-    if (std::fflush(file) != 0 || std::ferror(file))
-        throw std::ios_base::failure("RhbPrinter::output(), writing failed",
-                                     std::error_code(errno ? errno : EIO, std::generic_category()));
+    detail::checkWritten(fout, "RhbPrinter::output()");
 }
 
 #define VORL_INSTANTIATE(LinksT)                                      \

@@ -5,16 +5,6 @@ namespace vorl {
 
 namespace {
 
-/// Share of an item's weight that leaves it, against the smaller side of the cut. Rounding must
-/// not push it out of [0, 1].
-AccWeight cutShare(AccWeight w, AccWeight s, AccWeight weight) {
-    const AccWeight ext = w - s;
-    const AccWeight denom = w > 0.5 * weight ? weight - w : w;
-    if (!(ext > 0)) return 0;
-    if (!(ext < denom)) return 1;
-    return ext / denom;
-}
-
 template <class ItemsT>
 std::uint32_t countItems(Ilistptrc<ItemsT> items) {
     std::uint32_t count = 0;
@@ -56,7 +46,7 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::conductance(Ilistptrc<ItemsT> ite
     for (const ItemsT* els : items)
         for (const auto* el : *els) {
             const AccWeight w = el->m_context->weight;
-            if (less(AccWeight{0}, w)) sum += cutShare(w, el->m_sweight, m_weight);
+            if (less(AccWeight{0}, w)) sum += detail::cutShare(w, el->m_sweight, m_weight);
         }
     VORL_ASSERT(!(sum < 0) && !less(static_cast<AccWeight>(count), sum),
                 "conductance(), conductance validation failed");
@@ -83,7 +73,7 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::staticGamma(Ilistptrc<ItemsT> ite
             const AccWeight w = el->m_context->weight;
             if (!less(AccWeight{0}, w)) continue;
             ww += w * w;
-            if (measure) sum += cutShare(w, el->m_sweight, m_weight);
+            if (measure) sum += detail::cutShare(w, el->m_sweight, m_weight);
         }
     if (measure) {
         VORL_ASSERT(!(sum < 0) && !less(static_cast<AccWeight>(count), sum),

@@ -1,5 +1,5 @@
 /// @file
-/// Estimates of the resolution gamma.
+/// Estimates of the resolution gamma, and the conductance of one item.
 #pragma once
 
 #include <vorl/types/numbers.hpp>
@@ -28,6 +28,16 @@ namespace detail {
 
 /// The total that a dynamic gamma is computed against grows by this factor while it is exceeded.
 inline constexpr AccWeight TOTAL_GROWTH = 1.0009765625;
+
+/// Share of an item's weight w that leaves it, s being inside, against the smaller side of the cut
+/// in a network of the given weight. Rounding must not push it out of [0, 1].
+inline AccWeight cutShare(AccWeight w, AccWeight s, AccWeight weight) {
+    const AccWeight ext = w - s;
+    const AccWeight denom = w > 0.5 * weight ? weight - w : w;
+    if (!(ext > 0)) return 0;
+    if (!(ext < denom)) return 1;
+    return ext / denom;
+}
 
 }  // namespace detail
 

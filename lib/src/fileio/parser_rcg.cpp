@@ -1,0 +1,175 @@
+#include <vorl/fileio/parser_rcg.hpp>
+
+#include "scan.hpp"
+
+#include <vorl/types/text.hpp>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace vorl {
+
+const char* const RcgParser::m_spaces = " \t";
+
+using namespace detail;
+
+namespace {
+
+/// Behind the key and the blanks that may follow it, else null.
+const char* matchValueKey(const char* pos, const char* key) {
+    const std::size_t length = std::strlen(key);
+    if (strncasecmp(pos, key, length) != 0) return nullptr;
+    pos = skipBlanks(pos + length);
+    return *pos == '\0' ? nullptr : pos;
+}
+
+}  // namespace
+
+RcgParser::RcgParser(const InpOptions& opts) : m_shuffle(opts.shuffle), m_sumdups(opts.sumdups) {
+    if (opts.format != FileFormat::RCG)
+        throw std::invalid_argument("RcgParser(), RCG format is expected instead of " +
+                                    to_string(opts.format) + "\n");
+    openText(m_file, opts.filename, "RcgParser");
+    m_size = textSize(opts.filename);
+    header();
+}
+
+void RcgParser::header() {
+    while (std::getline(m_file, m_line)) {
+        const char* pos = skipBlanks(m_line.c_str());
+        if (*pos != '/') continue;
+        if (const char* graph = matchKey(pos, "/graph")) {
+            if (m_bodysect != NONE)
+                throw std::domain_error(
+                    "header(), unexpected section - 'Graph' should be an initial section\n");
+            m_bodysect = GRAPH;
+            graphValues(skipBlanks(graph));
+        } else if (const char* nodes = matchKey(pos, "/nodes")) {
+            if (m_bodysect > GRAPH)
+                throw std::domain_error(
+                    "header(), unexpected section - 'Nodes' should be either initial or following "
+                    "the 'Graph' section\n");
+            m_bodysect = NODES;
+            nodesValues(skipBlanks(nodes));
+        } else if (matchKey(pos, "/edges")) {
+            m_bodysect = EDGES;
+            return;
+        } else if (matchKey(pos, "/arcs")) {
+            m_bodysect = ARCS;
+            m_directed = true;
+            return;
+        } else {
+            throw std::domain_error("ERROR header(), unknown section: " + m_line + "\n");
+        }
+    }
+}
+
+void RcgParser::graphValues(const char* pos) {
+    if (const char* value = matchValueKey(pos, "weighted:")) {
+        m_weighted = headerValue<unsigned>(value, false) != 0;
+        pos = skipBlanks(value);
+    }
+    if (const char* value = matchValueKey(pos, "validated:"))
+        m_validated = headerValue<unsigned>(value, false) != 0;
+}
+
+void RcgParser::nodesValues(const char* pos) {
+    if (*pos == '\0') return;
+    m_ndsnum = headerValue<Id>(pos, false);
+    pos = skipBlanks(pos);
+    if (*pos != '\0') m_startid = headerValue<Id>(pos, false);
+}
+
+template <class GraphT>
+std::shared_ptr<GraphT> RcgParser::build() {
+    // A number that lies must not make the map of ids larger than the file can fill it.
+    const Size expected = m_startid == ID_NONE ? std::min<Size>(m_ndsnum, m_size) : m_ndsnum;
+    GraphT graph(static_cast<Id>(expected), m_shuffle, m_sumdups);
+    if (m_startid != ID_NONE) {
+        StructNodeErrors errors("WARNING build(), the duplicated nodes are skipped: ");
+        graph.addNodes(m_ndsnum, m_startid, &errors);
+        errors.show();
+    }
+    StructLinkErrors errors("WARNING build(), the duplicated links are skipped: ");
+    while (std::getline(m_file, m_line)) {
+        const char* pos = skipBlanks(m_line.c_str());
+        if (*pos == '\0' || *pos == '#') continue;
+        if (*pos == '/') {
+            if (matchKey(pos, "/edges")) {
+                m_bodysect = EDGES;
+            } else if (matchKey(pos, "/arcs")) {
+                m_bodysect = ARCS;
+                m_directed = true;
+            } else {
+                throw std::domain_error("Unknown section is used: " + std::string(pos) + "\n");
+            }
+        } else if (m_bodysect == EDGES || m_bodysect == ARCS) {
+            parseLinks(graph, pos, m_bodysect == ARCS, &errors);
+        }
+    }
+    errors.show();
+    return graph.toSharedPtr();
+}
+
+template <class GraphT>
+void RcgParser::parseLinks(GraphT& graph, const char* line, bool directed,
+                           StructLinkErrors* errors) {
+    const Number source = scanNumber(line);
+    validateVal<Id>(
+        source.value, line,
+        !source.found || source.err != 0 || source.value == ID_NONE || *source.end != '>',
+        "Node id is invalid");
+    const char* pos = skipBlanks(source.end + 1);
+    if (*pos == '\0') {
+        VORL_TRACE("WARNING parseLinks(), no links specified:  %s\n", pos);
+        return;
+    }
+
+    const char* const last = pos + std::strlen(pos);
+    typename GraphT::InpLinksT links;
+    while (*pos != '\0') {
+        const Number dest = scanNumber(pos);
+        const bool ended = isBlankOrEnd(*dest.end) || (GraphT::IS_WEIGHTED && *dest.end == ':');
+        validateVal<Id>(dest.value, pos,
+                        !dest.found || dest.err != 0 || dest.value >= ID_NONE || !ended,
+                        "Parsed dst id is invalid (or equals to ID_NONE)");
+        pos = dest.end;
+        LinkWeight weight = 0;
+        if (*pos == ':') {
+            const Decimal number = scanFloat(++pos, last);
+            validateVal<float>(
+                number.value, pos,
+                !number.found || number.err != 0 || number.value < 0 || !isBlankOrEnd(*number.end),
+                "Parsed weight is invalid (should be a non-negative float)");
+            weight = number.value;
+            pos = number.end;
+        }
+        if (weight == 0)
+            links.emplace_back(static_cast<Id>(dest.value));
+        else
+            links.emplace_back(static_cast<Id>(dest.value), weight);
+        pos = skipBlanks(pos);
+    }
+
+    const Id id = static_cast<Id>(source.value);
+    const auto add = [&]<bool DIRECTED>() {
+        if (m_startid == ID_NONE)
+            graph.template addNodeAndLinks<DIRECTED>(id, links, errors);
+        else
+            graph.template addNodeLinks<DIRECTED>(id, links, errors);
+    };
+    if (directed)
+        add.template operator()<true>();
+    else
+        add.template operator()<false>();
+}
+
+#define VORL_INSTANTIATE(WEIGHTED)                                                    \
+    template VORL_API std::shared_ptr<Graph<WEIGHTED>> RcgParser::build();            \
+    template VORL_API void RcgParser::parseLinks(Graph<WEIGHTED>&, const char*, bool, \
+                                                 StructLinkErrors*);
+
+VORL_INSTANTIATE(false)
+VORL_INSTANTIATE(true)
+
+}  // namespace vorl

@@ -1,0 +1,282 @@
+#include <vorl/fileio/printer_cnl.hpp>
+
+#include "text_writer.hpp"
+
+#include <vorl/types/assert.hpp>
+#include <vorl/types/text.hpp>
+
+#include <algorithm>
+#include <optional>
+#include <stdexcept>
+#include <unordered_map>
+#include <vector>
+
+namespace vorl {
+
+namespace {
+
+/// Members whose id has it are filtered on demand.
+constexpr Id FILTERED = 0x80000000;
+
+/// What a significant cluster's descendants must reach.
+struct Significance {
+    float dens;          ///< density
+    float wgh;           ///< bound of the weight
+    std::uint32_t reqs;  ///< number of descendants that have read the record
+};
+
+/// Whether a cluster passes the bounds of one of its owners.
+bool passes(float density, float weight, const Significance& owner, const SignifclsOptions& opts) {
+    if (less(density, owner.dens)) return false;
+    if (!opts.wrange) return !less(owner.wgh, weight);
+    if (opts.wrstep == 0) return true;
+    return !less(weight, owner.wgh) && !less((1 - opts.wrstep) * owner.wgh / opts.wrstep, weight);
+}
+
+template <class LinksT>
+class Writer {
+public:
+    using ClusterT = Cluster<LinksT>;
+
+    Writer(const Hierarchy<LinksT>& hier, FileWrappers& fouts, ClsOutFmtBase clsfmt,
+           bool fltMembers)
+        : m_hier(hier),
+          m_fouts(fouts),
+          m_fuzzy(isset(clsfmt, ClsOutFmt::SHARED) || isset(clsfmt, ClsOutFmt::EXTENDED)),
+          m_numbered(isset(clsfmt, ClsOutFmt::EXTENDED)),
+          m_maxshare(isset(clsfmt, ClsOutFmt::MAXSHARE)),
+          m_fltMembers(fltMembers) {}
+
+    void root() {
+        header(0, m_hier.root().size());
+        for (const ClusterT* cl : m_hier.root()) print(*cl, 0);
+    }
+
+    void allClusters() {
+        header(0, m_hier.score().clusters);
+        for (const auto& level : m_hier.levels())
+            for (const ClusterT& cl : level.clusters)
+                if (!repeatsDescendant(cl)) print(cl, 0);
+    }
+
+    void levels(LevelNum blev, LevelNum elev, float ratio) {
+        if (ratio < 0 || ratio > 1)
+            throw std::invalid_argument(
+                "output(), levStepRatio validation failed: " + std::to_string(ratio) + "\n");
+        const Size levnum = m_hier.levels().size();
+        const Size files = m_fouts.size();
+        const auto check = [&](bool good) {
+            if (good) return;
+            throw std::invalid_argument("output(), blev (" + std::to_string(blev) +
+                                        ") or the number of fouts (" + std::to_string(files) +
+                                        ") is too large (max = " + std::to_string(levnum) + ")\n");
+        };
+        check(blev < levnum && files <= levnum);
+        if (ratio == 1) {
+            if (elev == LEVEL_NONE) elev = blev + static_cast<LevelNum>(files);
+            check(elev <= levnum && (elev < blev || elev - blev <= files));
+            for (LevelNum i = blev; i < elev; ++i) header(i - blev, m_hier.levels()[i].fullsize);
+            eachLevel(blev, elev);
+        } else {
+            if (elev == LEVEL_NONE) elev = static_cast<LevelNum>(levnum);
+            check(elev <= levnum);
+            const std::vector<LevelNum> levinds = levelsByRatio(blev, elev, ratio);
+            for (Size i = 0; i < levinds.size(); ++i)
+                header(i, m_hier.levels()[levinds[i]].fullsize);
+            listedLevels(levinds, elev);
+        }
+    }
+
+    void significant(ClsOutFmt structure, const SignifclsOptions& opts);
+
+private:
+    void header(Size fout, Size clusters) {
+        std::fprintf(m_fouts[fout].fdescr(),
+                     "# Clusters: %u, Nodes: %lu, Fuzzy: %u, Numbered: %u\n",
+                     static_cast<unsigned>(clusters), m_hier.nodes().size(), unsigned{m_fuzzy},
+                     unsigned{m_numbered});
+    }
+
+    /// Whether a cluster has just the nodes of its only descendant.
+    static bool repeatsDescendant(const ClusterT& cl) {
+        return cl.des.size() < 2 && !cl.owners.empty() &&
+               (cl.des.empty() || cl.des.front()->owners.size() < 2);
+    }
+
+    /// The row of a cluster, made of the members that it unfolds to.
+    const std::string& row(const ClusterT& cl, const ClusterNodes<LinksT>& members) {
+        m_row.clear();
+        if (m_numbered) {
+            detail::appendId(m_row, cl.id);
+            m_row += "> ";
+        }
+        bool any = false;
+        for (const auto& [node, share] : members) {
+            if (m_fltMembers && (node->id & FILTERED)) continue;
+            any = true;
+            detail::appendId(m_row, node->id);
+            if (m_fuzzy) {
+                const Size owners = node->owners.size();
+                if (!equal(share, 1 / static_cast<Share>(owners), owners)) {
+                    m_row += ':';
+                    detail::appendShare(m_row, share);
+                }
+            }
+            m_row += ' ';
+        }
+        if (any) m_row += '\n';
+        return m_row;
+    }
+
+    void put(const std::string& text, Size fout) {
+        std::fwrite(text.data(), 1, text.size(), m_fouts[fout].fdescr());
+    }
+
+    void print(const ClusterT& cl, Size fout) { put(row(cl, m_hier.unwrap(cl, m_maxshare)), fout); }
+
+    /// The level from which on the cluster is a part of another one.
+    static LevelNum topOf(const ClusterT& cl, LevelNum elev) {
+        return cl.owners.empty() ? elev : std::min(cl.owners.front().dest->levnum, elev);
+    }
+
+    void eachLevel(LevelNum blev, LevelNum elev) {
+        for (LevelNum ilev = 0; ilev < elev; ++ilev)
+            for (const ClusterT& cl : m_hier.levels()[ilev].clusters) {
+                const LevelNum top = topOf(cl, elev);
+                LevelNum l = std::max(blev, ilev);
+                if (l >= top) continue;
+                const std::string& text = row(cl, m_hier.unwrap(cl, m_maxshare));
+                for (; l < top; ++l) put(text, l - blev);
+            }
+    }
+
+    std::vector<LevelNum> levelsByRatio(LevelNum blev, LevelNum elev, float ratio) const {
+        const auto fullsize = [this](LevelNum i) {
+            return static_cast<float>(m_hier.levels()[i].fullsize);
+        };
+        std::vector<LevelNum> levinds{blev};
+        float bound = fullsize(blev) * ratio;
+        Size left = m_fouts.size() - 1;
+        LevelNum i = blev + 1;
+        for (; left != 0 && i < elev; ++i) {
+            if (bound < fullsize(i)) continue;
+            levinds.push_back(i);
+            bound = fullsize(i) * ratio;
+            --left;
+        }
+        if (left == 0) return levinds;
+        if (i - 1 == levinds.back() || left != 1)
+            throw std::logic_error(
+                "output(), fouts size exceeds the number of the hierarchy levels\n");
+        levinds.push_back(i - 1);
+        return levinds;
+    }
+
+    void listedLevels(const std::vector<LevelNum>& levinds, LevelNum elev) {
+        Size first = 0;
+        for (LevelNum ilev = 0; ilev < elev; ++ilev) {
+            while (first != levinds.size() && levinds[first] < ilev) ++first;
+            for (const ClusterT& cl : m_hier.levels()[ilev].clusters) {
+                const LevelNum top = topOf(cl, elev);
+                if (first == levinds.size() || levinds[first] >= top) continue;
+                const std::string& text = row(cl, m_hier.unwrap(cl, m_maxshare));
+                for (Size i = first; i != levinds.size() && levinds[i] < top; ++i) put(text, i);
+            }
+        }
+    }
+
+    const Hierarchy<LinksT>& m_hier;
+    FileWrappers& m_fouts;
+    const bool m_fuzzy;
+    const bool m_numbered;
+    const bool m_maxshare;
+    const bool m_fltMembers;
+    std::string m_row;
+};
+
+template <class LinksT>
+void Writer<LinksT>::significant(ClsOutFmt structure, const SignifclsOptions& opts) {
+    opts.validate();
+    const bool all =
+        structure == ClsOutFmt::SIGNIF_OWNADIR || structure == ClsOutFmt::SIGNIF_OWNAHIER;
+    const bool inherit =
+        structure == ClsOutFmt::SIGNIF_OWNSHIER || structure == ClsOutFmt::SIGNIF_OWNAHIER;
+    const auto& levels = m_hier.levels();
+    std::unordered_map<const ClusterT*, Significance> records;
+    records.reserve(levels.size() >= 2 ? levels[1].clusters.size() : m_hier.root().size());
+    header(0, m_hier.score().clusters);
+
+    // The bounds that a cluster takes over where it isn't significant itself.
+    const auto fold = [](float bound, float other, bool larger) {
+        if (bound == 0) return other;
+        return larger ? std::max(bound, other) : std::min(bound, other);
+    };
+    for (auto level = levels.rbegin(); level != levels.rend(); ++level)
+        for (const ClusterT& cl : level->clusters) {
+            if (cl.des.size() < 2 && !cl.owners.empty()) continue;
+            const float weight = static_cast<float>(cl.weight());
+            const float density = static_cast<float>(cl.weight() / cl.nnodes());
+            bool significant = cl.owners.empty();
+            Significance bounds{0, 0, 0};
+            if (!cl.owners.empty()) {
+                Size passed = 0;
+                for (const auto& owner : cl.owners) {
+                    const auto record = records.find(owner.dest);
+                    if (record == records.end())
+                        throw std::out_of_range(
+                            "output(), an owner of a significant cluster has no record\n");
+                    Significance& held = record->second;
+                    if (passed == 0 || all) passed += passes(density, weight, held, opts);
+                    if (inherit) {
+                        bounds.dens = fold(bounds.dens, held.dens, !all);
+                        bounds.wgh = fold(bounds.wgh, held.wgh, all);
+                    }
+                    if (++held.reqs == owner.dest->des.size()) records.erase(record);
+                }
+                significant = passed == (all ? cl.owners.size() : 1);
+            }
+            if (significant || !inherit)
+                bounds = {density * opts.densdrop, weight * opts.wrstep, 0};
+            records.emplace(&cl, bounds);
+            if (!significant) continue;
+            const ClusterNodes<LinksT> members = m_hier.unwrap(cl, m_maxshare);
+            if (cl.owners.empty() || opts.szmin <= members.size()) put(row(cl, members), 0);
+        }
+}
+
+}  // namespace
+
+template <class LinksT>
+void CnlPrinter<LinksT>::output(FileWrappers& fouts, ClsOutFmtBase clsfmt, bool fltMembers,
+                                LevelNum blev, LevelNum elev, float levStepRatio,
+                                const SignifclsOptions* signif) const {
+    if (fouts.empty() || m_hier.levels().empty()) return;
+    if (isset(clsfmt, ClsOutFmt::PURE)) clsfmt = toMask(ClsOutFmt::SIMPLE);
+    Writer<LinksT> writer(m_hier, fouts, clsfmt, fltMembers);
+    const ClsOutFmt structure = toClsOutFmt(clsfmt & toMask(ClsOutFmt::MASK_OUTSTRUCT));
+    switch (structure) {
+        case ClsOutFmt::ROOT: writer.root(); break;
+        case ClsOutFmt::PERLEVEL: writer.levels(0, elev, levStepRatio); break;
+        case ClsOutFmt::CUSTLEVS:
+        case ClsOutFmt::CUSTLEVS_APPROXNUM: writer.levels(blev, elev, levStepRatio); break;
+        case ClsOutFmt::ALLCLS: writer.allClusters(); break;
+        case ClsOutFmt::SIGNIF_OWNSDIR:
+        case ClsOutFmt::SIGNIF_OWNADIR:
+        case ClsOutFmt::SIGNIF_OWNSHIER:
+        case ClsOutFmt::SIGNIF_OWNAHIER:
+        case ClsOutFmt::SIGNIF_DEFAULT:
+            VORL_ASSERT(signif,
+                        "output(), significant clusters output options should be specified");
+            writer.significant(structure, *signif);
+            break;
+        default:
+            throw std::invalid_argument(
+                "output(), undefined ClsOutFmt: " + strClsOutFmt(clsfmt, true) + "\n");
+    }
+    for (const FileWrapper& fout : fouts) detail::checkWritten(fout, "CnlPrinter::output()");
+}
+
+template class CnlPrinter<UnweightedLinks>;
+template class CnlPrinter<WeightedLinks>;
+
+}  // namespace vorl
