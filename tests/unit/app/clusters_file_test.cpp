@@ -2,6 +2,10 @@
 // refused.
 #include "app/clusters_file.hpp"
 #include "app/errors.hpp"
+#include "cli/program.hpp"
+
+#include <vorl/fileio/parser_cnl.hpp>
+#include <vorl/graph.hpp>
 
 #include <gtest/gtest.h>
 
@@ -102,12 +106,26 @@ void expectStrict(const ClustersFile& file) {
         EXPECT_EQ(shares[i] == 1, sums[file.members[i]].second == 1);
 }
 
+/// Loads the clusters onto a path of their nodes; what the library refuses stops the process.
+void expectLoads(const ClustersFile& file) {
+    if (file.nodes.empty()) return;
+    const test::Folder folder;
+    Graph<true> graph;
+    graph.addNodes(file.nodes);
+    for (std::size_t i = 1; i < file.nodes.size(); ++i)
+        graph.addLink<false>(file.nodes[i - 1], file.nodes[i]);
+    Clusters<WeightedLinks> clusters;
+    EXPECT_NO_THROW(loadClusters<CnlParser>(
+        clusters, graph, folder.write("strict.cnl", file.strictText()), Validation::NONE));
+    EXPECT_EQ(clusters.size(), file.clusters.size());
+}
+
 TEST(ClustersFile, StrictTextReadsBack) {
     std::string many;
     std::string manyStated;
-    for (int i = 0; i < 3000; ++i) {
+    for (int i = 0; i < 500; ++i) {
         many += "7 8\n";
-        manyStated += i == 0 ? "7:0.9\n" : "7:0.0001\n";
+        manyStated += i == 0 ? "7:0.9\n" : "7:0.001\n";
     }
     for (const std::string& text : {
              "3> 1:0.5 9\n5> 1\n4> 1:0.166667\n"s,
@@ -122,6 +140,7 @@ TEST(ClustersFile, StrictTextReadsBack) {
          }) {
         const ClustersFile file = parseClusters(text, "a.cnl");
         expectStrict(file);
+        expectLoads(file);
         const ClustersFile again = parseClusters(file.strictText(), "b.cnl");
         EXPECT_TRUE(again.deviations.empty()) << text << again.deviationsText();
         EXPECT_EQ(clustersOf(again), clustersOf(file)) << text;
