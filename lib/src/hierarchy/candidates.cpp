@@ -25,7 +25,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::defineItemCands(ItemT& el, ClustersT& 
                 "empty cands");
     if (el.links.empty()) {
         VORL_ASSERT(
-            !xpropagated(ectx.state) && (ectx.weight == WEIGHT_NONE ||
+            !xpropagated(ectx.state) && (ectx.weight == WEIGHT_NONE || ectx.weight == el.m_sweight ||
                                          equal(ectx.weight, static_cast<AccWeight>(el.m_sweight))),
             "defineItemCands(), a stand-alone item should have its self weight only");
         standalone(el, cls);
