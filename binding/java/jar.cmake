@@ -14,7 +14,7 @@ function(run)
 endfunction()
 
 # Generated code is full of finalizers, which are out of use but still work.
-run(${JAVAC} --release 17 -nowarn -XDignore.symbol.file -d ${TREE} -sourcepath ${SOURCES}
+run(${JAVAC} --release 17 -nowarn -d ${TREE} -sourcepath ${SOURCES}
     ${generated})
 run(${JAVAC} --release 17 -Xlint:all -Werror -cp ${TREE} -d ${TREE} ${written})
 
