@@ -52,7 +52,21 @@ public final class NativeLibrary {
 
     private static void loadPacked(UnsatisfiedLinkError notInstalled) {
         try {
-            System.load(unpack(cacheFolder()).toString());
+            Path cache = cacheFolder();
+            if (cache != null) {
+                System.load(unpack(cache).toString());
+                return;
+            }
+            // A home that can't be written to, as in a container.
+            Path folder = Files.createTempDirectory("vorl");
+            Path file = unpack(folder);
+            try {
+                System.load(file.toString());
+            } finally {
+                // What is loaded stays.
+                for (Path path = file; path.startsWith(folder); path = path.getParent())
+                    Files.delete(path);
+            }
         } catch (IOException | UncheckedIOException err) {
             UnsatisfiedLinkError failure =
                     new UnsatisfiedLinkError(
@@ -64,20 +78,20 @@ public final class NativeLibrary {
         }
     }
 
-    private static Path cacheFolder() throws IOException {
+    /** The folder that keeps unpacked libraries, null if there can be none. */
+    private static Path cacheFolder() {
         String cache = System.getenv("XDG_CACHE_HOME");
         String home = System.getProperty("user.home");
-        Path root = null;
+        Path root;
         if (cache != null && cache.startsWith("/")) root = Path.of(cache);
         else if (home != null && home.startsWith("/")) root = Path.of(home, ".cache");
+        else return null;
         try {
-            if (root != null) return Files.createDirectories(root.resolve("vorl"));
-        } catch (IOException readOnly) {
-            // A home that can't be written to, as in a container.
+            Path folder = Files.createDirectories(root.resolve("vorl"));
+            return Files.isWritable(folder) ? folder : null;
+        } catch (IOException err) {
+            return null;
         }
-        Path folder = Files.createTempDirectory("vorl");
-        folder.toFile().deleteOnExit();
-        return folder;
     }
 
     /** Puts the packed library into a folder under the given one, unless it is there already. */

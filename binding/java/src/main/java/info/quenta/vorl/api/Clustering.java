@@ -30,6 +30,7 @@ public final class Clustering implements AutoCloseable {
     // Fetched when they are first asked for.
     private final Bulk.Rows[] members; // of each level, and of the root
     private final Bulk.Rows[] owners; // of the nodes, and of each level
+    private final long[][] memberIndex; // places of each level's members by their ids
     private long[] nodeIndex;
     private long[] clusterIndex;
     private int[] levelStarts; // place of each level's first cluster among all clusters
@@ -46,6 +47,7 @@ public final class Clustering implements AutoCloseable {
         root = new Level(this, count, Math.toIntExact(sizes[1]), sizes[1]);
         members = new Bulk.Rows[count + 1];
         owners = new Bulk.Rows[count + 1];
+        memberIndex = new long[count + 1][];
     }
 
     /**
@@ -212,6 +214,23 @@ public final class Clustering implements AutoCloseable {
         };
     }
 
+    List<Membership> membershipsAt(int level, long node) {
+        Bulk.Rows rows = members(level);
+        synchronized (this) {
+            if (memberIndex[level] == null) memberIndex[level] = index(rows.others());
+        }
+        long[] index = memberIndex[level];
+        List<Membership> result = new ArrayList<>();
+        List<Cluster> clusters = clusters(level);
+        for (int i = lowerBound(index, node); i < index.length && holds(index[i], node); ++i) {
+            int member = (int) index[i];
+            int cluster = Arrays.binarySearch(rows.starts(), member);
+            if (cluster < 0) cluster = -cluster - 2;
+            result.add(new Membership(clusters.get(cluster), rows.shares()[member]));
+        }
+        return result;
+    }
+
     List<Membership> ownersOf(Cluster cluster) {
         resource.check();
         int place = placeOf(cluster.id());
@@ -273,10 +292,18 @@ public final class Clustering implements AutoCloseable {
     }
 
     private static int find(long[] index, long id) {
-        if (id < 0 || id > Network.MAX_ID) return -1;
-        long key = (long) ((int) id ^ 0x80000000) << 32;
-        int place = Arrays.binarySearch(index, key);
-        if (place < 0) place = -place - 1;
-        return place < index.length && (index[place] ^ key) >>> 32 == 0 ? (int) index[place] : -1;
+        int place = lowerBound(index, id);
+        return place < index.length && holds(index[place], id) ? (int) index[place] : -1;
+    }
+
+    /** The first entry whose id isn't below the given one. */
+    private static int lowerBound(long[] index, long id) {
+        if (id < 0 || id > Network.MAX_ID) return index.length;
+        int place = Arrays.binarySearch(index, (long) ((int) id ^ 0x80000000) << 32);
+        return place < 0 ? -place - 1 : place;
+    }
+
+    private static boolean holds(long entry, long id) {
+        return (int) (entry >> 32) == ((int) id ^ 0x80000000);
     }
 }

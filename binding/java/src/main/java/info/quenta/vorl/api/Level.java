@@ -54,6 +54,19 @@ public final class Level {
         return clustering.clusters(index);
     }
 
+    /**
+     * The clusters of this level that hold a node, and its shares in them. At the root the shares of
+     * each node add up to 1; on a level they may add up to less, as clusters from below are carried
+     * past it.
+     *
+     * @param node id of the node
+     * @return a new list in the order of the clusters; empty if no cluster of the level holds it
+     * @throws IllegalStateException if the clustering is closed
+     */
+    public List<Membership> memberships(long node) {
+        return clustering.membershipsAt(index, node);
+    }
+
     @Override
     public String toString() {
         return "level " + index + " of " + size + " clusters";
