@@ -201,18 +201,6 @@ const char* fault(Graph<WEIGHTED>& graph) {
     return nullptr;
 }
 
-/// Directs the trace for as long as it lives.
-class TraceScope {
-public:
-    explicit TraceScope(bool on) : m_former(std::exchange(ftrace, on ? ftrace : nullptr)) {}
-    TraceScope(const TraceScope&) = delete;
-    TraceScope& operator=(const TraceScope&) = delete;
-    ~TraceScope() { ftrace = m_former; }
-
-private:
-    std::FILE* m_former;
-};
-
 }  // namespace
 
 }  // namespace vorl::java
@@ -263,14 +251,16 @@ JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_nodes(JNIEnv* env, jclass, jl
 }
 
 JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_cluster(JNIEnv* env, jclass, jlong graph,
-                                                           jboolean weighted, jlong options,
-                                                           jboolean trace) {
+                                                           jboolean weighted, jlong options) {
     return guarded(env, [&] {
-        const TraceScope scope(trace);
         return onGraph(graph, weighted, [options](auto& gr) {
             return clustered(gr, *reinterpret_cast<const ClusterOptions*>(options));
         });
     });
+}
+
+JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_trace(JNIEnv*, jclass, jlong stream) {
+    return reinterpret_cast<jlong>(std::exchange(ftrace, reinterpret_cast<std::FILE*>(stream)));
 }
 
 JNIEXPORT jlongArray JNICALL Java_info_quenta_vorl_Bulk_sizes(JNIEnv* env, jclass, jlong hierarchy,

@@ -72,21 +72,17 @@ public final class Bulk {
         return count;
     }
 
-    /**
-     * Clusters a copy of the network, which stays as it is.
-     *
-     * @param trace whether the trace goes on where it goes; else nothing is traced
-     */
-    public static Hierarchy cluster(Graph graph, ClusterOptions options, boolean trace) {
-        long handle = cluster(Graph.getCPtr(graph), true, ClusterOptions.getCPtr(options), trace);
+    /** Clusters a copy of the network, which stays as it is. */
+    public static Hierarchy cluster(Graph graph, ClusterOptions options) {
+        long handle = cluster(Graph.getCPtr(graph), true, ClusterOptions.getCPtr(options));
         keep(graph);
         keep(options);
         return new HierarchyPtr(handle, true);
     }
 
     /** As for weighted links. */
-    public static SHierarchy cluster(SGraph graph, ClusterOptions options, boolean trace) {
-        long handle = cluster(SGraph.getCPtr(graph), false, ClusterOptions.getCPtr(options), trace);
+    public static SHierarchy cluster(SGraph graph, ClusterOptions options) {
+        long handle = cluster(SGraph.getCPtr(graph), false, ClusterOptions.getCPtr(options));
         keep(graph);
         keep(options);
         return new SHierarchyPtr(handle, true);
@@ -138,6 +134,14 @@ public final class Bulk {
         return rows(out);
     }
 
+    /**
+     * Directs the trace of the library to a stream.
+     *
+     * @param stream what an earlier call returned, or 0 for no trace
+     * @return the stream up to now
+     */
+    public static native long trace(long stream);
+
     private static Rows rows(Object[] out) {
         return new Rows((int[]) out[0], (int[]) out[1], (int[]) out[2], (float[]) out[3]);
     }
@@ -160,7 +164,7 @@ public final class Bulk {
 
     private static native long nodes(long graph, boolean weighted);
 
-    private static native long cluster(long graph, boolean weighted, long options, boolean trace);
+    private static native long cluster(long graph, boolean weighted, long options);
 
     private static native long[] sizes(long hierarchy, boolean weighted);
 

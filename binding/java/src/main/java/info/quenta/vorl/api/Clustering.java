@@ -139,6 +139,7 @@ public final class Clustering implements AutoCloseable {
     public void write(Path file, OutputOptions options) {
         Path target = file.toAbsolutePath();
         resource.callAlone(
+                false,
                 hierarchy -> {
                     if (levels.isEmpty())
                         throw new VorlException("the clustering has no levels, nothing to write");

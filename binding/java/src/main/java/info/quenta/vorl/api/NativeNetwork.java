@@ -15,7 +15,7 @@ interface NativeNetwork {
 
     boolean directed();
 
-    NativeHierarchy cluster(ClusterOptions options, boolean trace);
+    NativeHierarchy cluster(ClusterOptions options);
 
     void delete();
 
@@ -41,8 +41,8 @@ interface NativeNetwork {
         }
 
         @Override
-        public NativeHierarchy cluster(ClusterOptions options, boolean trace) {
-            return new NativeHierarchy.Weighted(Bulk.cluster(graph, options, trace));
+        public NativeHierarchy cluster(ClusterOptions options) {
+            return new NativeHierarchy.Weighted(Bulk.cluster(graph, options));
         }
 
         @Override
@@ -73,8 +73,8 @@ interface NativeNetwork {
         }
 
         @Override
-        public NativeHierarchy cluster(ClusterOptions options, boolean trace) {
-            return new NativeHierarchy.Unweighted(Bulk.cluster(graph, options, trace));
+        public NativeHierarchy cluster(ClusterOptions options) {
+            return new NativeHierarchy.Unweighted(Bulk.cluster(graph, options));
         }
 
         @Override

@@ -9,9 +9,9 @@ import info.quenta.vorl.RcgParser;
 import info.quenta.vorl.SGraph;
 import info.quenta.vorl.vorl;
 
+import java.io.UncheckedIOException;
 import java.nio.file.Files;
 import java.nio.file.NoSuchFileException;
-import java.io.UncheckedIOException;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.Arrays;
@@ -51,6 +51,7 @@ public final class Network implements AutoCloseable {
         if (!Files.exists(file))
             throw new UncheckedIOException(new NoSuchFileException(file.toString()));
         return Resource.alone(
+                false,
                 () -> {
                     InpOptions options = new InpOptions();
                     try {
@@ -115,10 +116,11 @@ public final class Network implements AutoCloseable {
      */
     public Clustering cluster(Options options) {
         return resource.callAlone(
+                options.trace(),
                 network -> {
                     ClusterOptions record = options.toNative();
                     try {
-                        return new Clustering(network.cluster(record, options.trace()));
+                        return new Clustering(network.cluster(record));
                     } finally {
                         record.delete();
                     }

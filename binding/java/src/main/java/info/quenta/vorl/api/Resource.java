@@ -1,5 +1,7 @@
 package info.quenta.vorl.api;
 
+import info.quenta.vorl.Bulk;
+
 import java.lang.ref.Cleaner;
 import java.util.function.Consumer;
 import java.util.function.Function;
@@ -57,16 +59,23 @@ final class Resource<T> {
     }
 
     /** As {@link #call}, while no other thread is in a call of this kind. */
-    <R> R callAlone(Function<T, R> operation) {
+    <R> R callAlone(boolean trace, Function<T, R> operation) {
         synchronized (state) {
             check();
-            return alone(() -> operation.apply(state.object));
+            return alone(trace, () -> operation.apply(state.object));
         }
     }
 
-    static <R> R alone(Supplier<R> operation) {
+    /** Calls the operation alone, and without a trace unless one is wanted. */
+    static <R> R alone(boolean trace, Supplier<R> operation) {
         synchronized (LIBRARY) {
-            return translated(operation);
+            if (trace) return translated(operation);
+            long stream = Bulk.trace(0);
+            try {
+                return translated(operation);
+            } finally {
+                Bulk.trace(stream);
+            }
         }
     }
 
