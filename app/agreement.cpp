@@ -211,12 +211,11 @@ double omegaOf(const TogetherCounts& x, const TogetherCounts& y, double disagree
 double exactOmega(const Cover& x, const Cover& y) {
     const auto nodes = static_cast<Id>(x.nodes());
     std::array<const Cover*, 2> covers{&x, &y};
-    std::array<std::vector<std::uint32_t>, 2> times;
+    std::vector<std::array<std::uint32_t, 2>> times(nodes);  // that each is with the node
     std::array<std::vector<Size>, 2> counts;
     // Where the members of each cluster stand that come behind the node of the walk.
     std::array<std::vector<std::uint32_t>, 2> behind;
     for (std::size_t side = 0; side < 2; ++side) {
-        times[side].resize(nodes);
         behind[side].resize(covers[side]->clusters());
         counts[side].resize(1);
     }
@@ -226,14 +225,15 @@ double exactOmega(const Cover& x, const Cover& y) {
         for (std::size_t side = 0; side < 2; ++side)
             for (Id cluster : covers[side]->clustersOf(node))
                 for (Id partner : covers[side]->members(cluster).subspan(++behind[side][cluster])) {
-                    if (times[0][partner] == 0 && times[1][partner] == 0)
-                        partners.push_back(partner);
-                    ++times[side][partner];
+                    auto& both = times[partner];
+                    if (both[0] == 0 && both[1] == 0) partners.push_back(partner);
+                    ++both[side];
                 }
         for (Id partner : partners) {
-            disagree += times[0][partner] != times[1][partner];
+            const auto both = std::exchange(times[partner], {});
+            disagree += both[0] != both[1];
             for (std::size_t side = 0; side < 2; ++side) {
-                const std::uint32_t count = std::exchange(times[side][partner], 0);
+                const std::uint32_t count = both[side];
                 if (counts[side].size() <= count) counts[side].resize(count + 1);
                 ++counts[side][count];
             }

@@ -1,17 +1,16 @@
 #include "cluster_command.hpp"
 
-#include "errors.hpp"
-#include "output_file.hpp"
+#include "output_text.hpp"
+#include "output_tree.hpp"
 #include "summary.hpp"
 
-#include <vorl/fileio/printer_rhb.hpp>
 #include <vorl/processing/validation.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <sys/resource.h>
 #include <chrono>
 #include <cstdio>
-#include <system_error>
+#include <optional>
 
 namespace vorl::app {
 
@@ -45,24 +44,14 @@ void describe(const Hierarchy<LinksT>& hier, Summary& summary) {
     for (const auto* cl : hier.root()) summary.rootSizes.push_back(cl->nnodes());
 }
 
-template <class LinksT>
-void writeHierarchy(const Hierarchy<LinksT>& hier, const std::string& name) {
-    OutputFile file(name);
-    FileWrapper stream(file.stream(), false);
-    try {
-        RhbPrinter<LinksT>(hier).output(stream);
-    } catch (const std::ios_base::failure& err) {
-        throw InputError(name + ": " + err.code().message());
-    }
-    file.commit();
-}
-
 }  // namespace
 
 void run(const ClusterCommand& command) {
     ftrace = command.trace ? stderr : nullptr;
     if (command.trace) std::setvbuf(stderr, nullptr, _IOFBF, 1 << 16);
 
+    std::optional<OutputTree> files;
+    if (!command.output.file.empty()) files.emplace(command.output.file);
     Stopwatch watch;
     Summary summary;
     summary.file = command.read.file;
@@ -72,9 +61,7 @@ void run(const ClusterCommand& command) {
     summary.directed = network.directed;
     summary.weighted = network.weighted;
     summary.readSeconds = watch.lap();
-    if (!command.quiet)
-        for (const std::string& warning : network.warnings)
-            std::fprintf(stderr, "vorl: %s: %s\n", command.read.file.c_str(), warning.c_str());
+    if (!command.quiet) showWarnings(network, command.read);
 
     std::visit(
         [&](auto& graph) {
@@ -87,9 +74,9 @@ void run(const ClusterCommand& command) {
             const auto hier = graph->buildHierarchy(command.build);
             summary.buildSeconds = watch.lap();
             describe(*hier, summary);
-            if (!command.output.empty()) {
-                writeHierarchy(*hier, command.output);
-                summary.files.push_back(command.output);
+            if (files) {
+                writeHierarchy(*hier, command.output, files->path());
+                summary.files = files->commit();
                 summary.writeSeconds = watch.lap();
             }
         },
@@ -101,8 +88,7 @@ void run(const ClusterCommand& command) {
         text = asJson(summary);
     else if (!command.quiet)
         text = asText(summary);
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    if (std::fflush(stdout) != 0) throw InputError("standard output: writing failed");
+    print(text);
 }
 
 }  // namespace vorl::app

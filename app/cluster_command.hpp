@@ -1,18 +1,17 @@
 // The command `vorl cluster`.
 #pragma once
 
+#include "hierarchy_files.hpp"
 #include "network_input.hpp"
 
 #include <vorl/types/options.hpp>
-
-#include <string>
 
 namespace vorl::app {
 
 struct ClusterCommand {
     ReadOptions read;
     ClusterOptions build;
-    std::string output;  ///< file to write; nothing is written where it is empty
+    OutputRequest output;
     bool json = false;
     bool trace = false;
     bool quiet = false;

@@ -89,7 +89,10 @@ NodeShares sharesOf(const ClustersFile& file, std::span<const std::uint32_t> mem
         for (std::size_t i = 0; i < count && !result.even; ++i)
             if (const Share share = file.shares[members[i]]; share != 0) result.shares[i] = share;
     }
-    if (!equal(accumulated(result.shares), 1, count)) {
+    // Beside a smaller stated share one of exactly 1 would count as not stated.
+    const bool whole = count > 1 && std::find(result.shares.begin(), result.shares.end(),
+                                              Share{1}) != result.shares.end();
+    if (whole || !equal(accumulated(result.shares), 1, count)) {
         result.sum = 0;
         for (Share share : result.shares) result.sum += static_cast<double>(share);
         result.scaled = true;

@@ -1,6 +1,5 @@
 #include "compare_command.hpp"
 
-#include "clusters_file.hpp"
 #include "errors.hpp"
 #include "output_text.hpp"
 
@@ -37,49 +36,12 @@ ClustersFile read(const std::string& file, const CompareCommand& command) {
     return clusters;
 }
 
-std::vector<Id> chosenNodes(const ClustersFile& first, const ClustersFile& second, NodeSet set) {
-    std::vector<Id> nodes;
-    switch (set) {
-        case NodeSet::UNION:
-            std::set_union(first.nodes.begin(), first.nodes.end(), second.nodes.begin(),
-                           second.nodes.end(), std::back_inserter(nodes));
-            break;
-        case NodeSet::COMMON:
-            std::set_intersection(first.nodes.begin(), first.nodes.end(), second.nodes.begin(),
-                                  second.nodes.end(), std::back_inserter(nodes));
-            break;
-        case NodeSet::FIRST: nodes = first.nodes; break;
-        case NodeSet::SECOND: nodes = second.nodes; break;
-    }
-    return nodes;
-}
-
-/// The clusters with the nodes numbered by their place in the list, without all other nodes.
-/// @throws InputError if none is left
-Cover numbered(const ClustersFile& file, const std::vector<Id>& nodes, Size count) {
-    std::vector<std::size_t> ends;
-    std::vector<Id> members;
-    ends.reserve(file.clusters.size());
-    members.reserve(file.members.size());
-    for (const auto& cluster : file.clusters) {
-        for (Id id : file.membersOf(cluster)) {
-            const auto place = std::lower_bound(nodes.begin(), nodes.end(), id);
-            if (place != nodes.end() && *place == id)
-                members.push_back(static_cast<Id>(place - nodes.begin()));
-        }
-        ends.push_back(members.size());
-    }
-    if (members.empty())
-        throw InputError(file.name + ": none of the nodes to compare is in a cluster");
-    return Cover(std::max<Size>(nodes.size(), count), ends, members);
-}
-
 Comparison compare(const CompareCommand& command) {
     const ClustersFile first = read(command.first, command);
     const ClustersFile second = read(command.second, command);
     const std::vector<Id> nodes = chosenNodes(first, second, command.nodes);
     const auto compared = [&](const ClustersFile& file) {
-        Compared result{file.name, numbered(file, nodes, command.count), 0, 0};
+        Compared result{file.name, coverOf(file, nodes, command.count), 0, 0};
         result.nodes = result.cover.coveredNodes();
         return result;
     };
@@ -139,7 +101,7 @@ std::string asText(const Comparison& comparison) {
 
     const Agreement& agreement = comparison.agreement;
     const auto row = [&text](const char* name, double value, const std::string& note) {
-        text += format("%-12s  %9.6f", name, value) + "  " + note + "\n";
+        text += format("%-13s  %9.6f", name, value) + "  " + note + "\n";
     };
     row("overlap NMI", agreement.nmiMax, "over the larger entropy (McDaid et al.)");
     row("overlap NMI", agreement.nmiLfk, "form of Lancichinetti et al.");
@@ -156,11 +118,44 @@ std::string asText(const Comparison& comparison) {
 
 }  // namespace
 
+std::vector<Id> chosenNodes(const ClustersFile& first, const ClustersFile& second, NodeSet set) {
+    std::vector<Id> nodes;
+    switch (set) {
+        case NodeSet::UNION:
+            std::set_union(first.nodes.begin(), first.nodes.end(), second.nodes.begin(),
+                           second.nodes.end(), std::back_inserter(nodes));
+            break;
+        case NodeSet::COMMON:
+            std::set_intersection(first.nodes.begin(), first.nodes.end(), second.nodes.begin(),
+                                  second.nodes.end(), std::back_inserter(nodes));
+            break;
+        case NodeSet::FIRST: nodes = first.nodes; break;
+        case NodeSet::SECOND: nodes = second.nodes; break;
+    }
+    return nodes;
+}
+
+Cover coverOf(const ClustersFile& file, const std::vector<Id>& nodes, Size count) {
+    std::vector<std::size_t> ends;
+    std::vector<Id> members;
+    ends.reserve(file.clusters.size());
+    members.reserve(file.members.size());
+    for (const auto& cluster : file.clusters) {
+        for (Id id : file.membersOf(cluster)) {
+            const auto place = std::lower_bound(nodes.begin(), nodes.end(), id);
+            if (place != nodes.end() && *place == id)
+                members.push_back(static_cast<Id>(place - nodes.begin()));
+        }
+        ends.push_back(members.size());
+    }
+    if (members.empty())
+        throw InputError(file.name + ": none of the nodes to compare is in a cluster");
+    return Cover(std::max<Size>(nodes.size(), count), ends, members);
+}
+
 void run(const CompareCommand& command) {
     const Comparison comparison = compare(command);
-    const std::string text = command.json ? asJson(comparison) : asText(comparison);
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    if (std::fflush(stdout) != 0) throw InputError("standard output: writing failed");
+    print(command.json ? asJson(comparison) : asText(comparison));
 }
 
 }  // namespace vorl::app

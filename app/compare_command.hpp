@@ -2,8 +2,10 @@
 #pragma once
 
 #include "agreement.hpp"
+#include "clusters_file.hpp"
 
 #include <string>
+#include <vector>
 
 namespace vorl::app {
 
@@ -21,6 +23,15 @@ struct CompareCommand {
     bool json = false;
     bool quiet = false;
 };
+
+/// The chosen nodes of two files, ascending.
+std::vector<Id> chosenNodes(const ClustersFile& first, const ClustersFile& second, NodeSet set);
+
+/// The clusters of a file without all other nodes; a node bears the number of its place in the
+/// list.
+/// @param count  number of nodes of the cover, if it is larger than that of the list
+/// @throws InputError if none of the nodes is in a cluster
+Cover coverOf(const ClustersFile& file, const std::vector<Id>& nodes, Size count = 0);
 
 /// Reads, compares and reports.
 /// @throws InputError

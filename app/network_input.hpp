@@ -1,6 +1,8 @@
 // Reading of a network for the program, with every fault told by file and line.
 #pragma once
 
+#include "network_text.hpp"
+
 #include <vorl/graph.hpp>
 #include <vorl/types/options.hpp>
 
@@ -12,7 +14,7 @@
 namespace vorl::app {
 
 struct ReadOptions {
-    std::string file;
+    std::string file;                         ///< "-" for the standard input
     FileFormat format = FileFormat::UNKNOWN;  ///< told from the name where unknown
     bool unweighted = false;
     bool sumDuplicates = false;
@@ -30,7 +32,14 @@ struct Network {
     std::vector<std::string> warnings;  ///< what the user should know of the file
 };
 
+/// The format of a network, by the options or by its name; ".gz" and ".zst" at its end don't count.
+/// @throws UsageError if neither tells
+FileFormat networkFormat(const ReadOptions& options);
+
 /// @throws InputError with the file and line of the first fault
 Network readNetwork(const ReadOptions& options);
+
+/// Prints what the user should know of the file to the standard error stream.
+void showWarnings(const Network& network, const ReadOptions& options);
 
 }  // namespace vorl::app

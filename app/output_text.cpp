@@ -1,5 +1,7 @@
 #include "output_text.hpp"
 
+#include "errors.hpp"
+
 #include <iterator>
 
 namespace vorl::app {
@@ -38,6 +40,11 @@ std::string bytes(Size size) {
         ++unit;
     }
     return format(unit ? "%.1f %s" : "%.0f %s", value, units[unit]);
+}
+
+void print(const std::string& text) {
+    const bool whole = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    if (!whole || std::fflush(stdout) != 0) throw InputError("standard output: writing failed");
 }
 
 }  // namespace vorl::app

@@ -27,4 +27,8 @@ std::string counted(Size count, const char* thing);
 /// 1536 as 1.5 KiB.
 std::string bytes(Size size);
 
+/// Writes to the standard output.
+/// @throws InputError if that fails
+void print(const std::string& text);
+
 }  // namespace vorl::app

@@ -86,7 +86,12 @@ std::string asText(const Summary& summary) {
             "conductance   %.6f\nbest gamma    %.6f (at which the root would be the best "
             "partition)\n",
             static_cast<double>(score.conductance), static_cast<double>(score.egamma));
-    for (const std::string& file : summary.files) text += "written       " + file + "\n";
+    constexpr std::size_t mostFiles = 6;
+    const std::size_t files = summary.files.size();
+    for (std::size_t i = 0; i < std::min(files, mostFiles); ++i)
+        text += "written       " + summary.files[i] + "\n";
+    if (files > mostFiles)
+        text += "              and " + counted(files - mostFiles, "other") + "\n";
     text += format("time          %.3g s reading, %.3g s clustering", summary.readSeconds,
                    summary.buildSeconds);
     if (!summary.files.empty()) text += format(", %.3g s writing", summary.writeSeconds);

@@ -1,6 +1,7 @@
 #include "text_file.hpp"
 
 #include "errors.hpp"
+#include "unpack.hpp"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -13,11 +14,12 @@ namespace vorl::app {
 
 TextFile::TextFile(const std::string& name) {
     const auto fail = [&name](int err) { return InputError(name + ": " + std::strerror(err)); };
-    const int file = open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    const int file =
+        name == STANDARD_INPUT ? dup(STDIN_FILENO) : open(name.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) throw fail(errno);
     struct stat info {};
     int err = fstat(file, &info) != 0 ? errno : S_ISDIR(info.st_mode) ? EISDIR : 0;
-    if (err == 0 && S_ISREG(info.st_mode) && info.st_size > 0) {
+    if (err == 0 && S_ISREG(info.st_mode) && info.st_size > 0 && name != STANDARD_INPUT) {
         void* data =
             mmap(nullptr, static_cast<std::size_t>(info.st_size), PROT_READ, MAP_PRIVATE, file, 0);
         if (data != MAP_FAILED) {
@@ -37,10 +39,27 @@ TextFile::TextFile(const std::string& name) {
     }
     close(file);
     if (err != 0) throw fail(err);
+
+    const Packing packing = packingOf(text());
+    if (packing == Packing::NONE) return;
+    std::string unpacked;
+    try {
+        unpacked = unpack(text(), packing, name);
+    } catch (...) {
+        unmap();
+        throw;
+    }
+    unmap();
+    m_buffer = std::move(unpacked);
+    m_data = m_buffer.data();
+    m_size = m_buffer.size();
 }
 
-TextFile::~TextFile() {
+TextFile::~TextFile() { unmap(); }
+
+void TextFile::unmap() {
     if (m_mapped) munmap(const_cast<char*>(m_data), m_size);
+    m_mapped = false;
 }
 
 }  // namespace vorl::app

@@ -71,7 +71,8 @@ INSTANTIATE_TEST_SUITE_P(
                  ":2: the header tells of 1 links, the file has 2"},
         BadInput{"headerNodes", "# Nodes: 2, Edges: 2\n1 2\n2 3\n",
                  ":1: the header tells of 2 nodes, the file has 3"},
-        BadInput{"headerHuge", "# Nodes: 4294967295\n1 2\n", ":1: the header tells of 4294967295"},
+        BadInput{"headerHuge", "# Nodes: 4294967295\n1 2\n",
+                 ":1: the header's number of nodes is 4294967295, at most"},
         BadInput{"headerHuge2", "# Nodes: 4294967294, Edges: 1\n1 2\n",
                  ":1: the header tells of 4294967294 nodes, the file has 2"},
         BadInput{"headerWord", "# Nodes: many\n1 2\n", ":1: the header's number of nodes is "},
@@ -98,10 +99,22 @@ TEST(Usage, IsToldWithCodeTwo) {
         {"cluster x.nse --speedup corse", "did you mean coarse?"},
         {"cluster x.nse --reduction mean,skipnodes", "did you mean skip-nodes?"},
         {"cluster x.nse --validation no", "is none of none, severe, standard"},
-        {"cluster x.nse --format csv", "is none of nsa, nse"},
+        {"cluster x.nse --format csv", "is none of nsa, nse, rcg"},
         {"cluster x.dat", "the format can't be told from the name"},
-        {"cluster x.nse -o y", "--levels hierarchy"},
-        {"cluster x.nse -o y --levels root", "comes with a later version"},
+        {"cluster x.nse -o y.rhb", "take another extension, or --levels hierarchy"},
+        {"cluster x.nse --levels root", "--levels needs a file to write"},
+        {"cluster x.nse -o y --levels around", "--clusters N"},
+        {"cluster x.nse -o y --min-size 3", "--min-size goes with --levels significant only"},
+        {"cluster x.nse -o y --levels root --level-max 3", "--levels per-level only"},
+        {"cluster x.nse -o y --levels per-level --level-min 4 --level-max 3", "must not be above"},
+        {"cluster x.nse -o y --levels per-level --level-step 2", "--level-step: \"2\""},
+        {"cluster x.nse -o y --levels significant --weight-step 0.6", "is at most 0.5"},
+        {"cluster x.nse -o y --levels significant --min-size-by root3", "did you mean root2?"},
+        {"cluster x.nse -o y --shares all", "is none of full, none, uneven"},
+        {"evaluate x.nse", "CLUSTERS is required"},
+        {"evaluate x.nse y.cnl --gamma -1", "--gamma: \"-1\""},
+        {"info - ", "the format can't be told from the name"},
+        {"convert x.nse y", "y: the format can't be told from the name"},
         {"cluster x.nse --levels hierachy", "did you mean hierarchy?"},
     };
     for (const auto& usage : cases) {
@@ -132,11 +145,16 @@ TEST(SystemFaults, AreTold) {
     fails("cluster " + (folder / "none.nse").string(), "none.nse: No such file or directory");
     fails("cluster " + folder.path().string() + " --format nse", ": Is a directory");
     const std::string write = "cluster " + network + " --levels hierarchy -o ";
-    fails(write + (folder / "no/such/out").string(), "No such file or directory");
+    fails(write + folder.write("file", "") + "/out", "Not a directory");
     fails(write + folder.path().string(), "Is a directory");
     fails(write + "/dev/full", "/dev/full: No space left on device");
-    const Outcome full = vorl("cluster " + network + " --json 1>/dev/full", "exec 3>&1;");
-    EXPECT_NE(full.code, -1);
+    fails("convert " + network + " /dev/full --to rcg", "/dev/full: No space left on device");
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
+    for (const char* command : {"cluster ", "info "})
+        EXPECT_EQ(std::system((std::string(VORL_BINARY " ") + command + network +
+                               " >/dev/full 2>/dev/null")
+                                  .c_str()),
+                  1 << 8);
 }
 
 }  // namespace

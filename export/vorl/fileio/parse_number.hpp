@@ -7,7 +7,7 @@
 namespace vorl {
 
 /// Accepts a parsed value that fits DestT.
-/// @param text where it was parsed, may be null
+/// @param text where it was parsed; null leaves the text and the value out of the message
 /// @param bad whether parsing failed
 /// @param message what is wrong, may be null
 /// @throws std::invalid_argument "Invalid format of val or out of range conversion of '…"

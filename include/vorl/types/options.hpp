@@ -99,21 +99,12 @@ public:
 };
 
 /// Options of `Hierarchy::output`.
-struct VORL_API OutputOptions {
+struct OutputOptions {
     ClsOutFmtBase clsfmt = 0;  ///< output structure, filtering and file format
-    /// One of them is live: `custlevs` when `anycustlevs(clsfmt)`, `signifcls` when
-    /// `anysignif(clsfmt)`. The caller sets the one that `clsfmt` calls for.
-    union {
-        CustlevsOptions custlevs;
-        mutable SignifclsExtoptions signifcls;
-    };
+    CustlevsOptions custlevs;               ///< counts when `anycustlevs(clsfmt)`
+    mutable SignifclsExtoptions signifcls;  ///< counts when `anysignif(clsfmt)`
     std::string clsfile = "clusters.cnl";  ///< base name of the output file
     bool fltMembers = false;  ///< leave out the members whose id has the bit 0x80000000
-
-    OutputOptions();
-    OutputOptions(const OutputOptions&) = delete;
-    OutputOptions& operator=(const OutputOptions&) = delete;
-    ~OutputOptions();
 };
 
 /// Options of the parsers of networks.

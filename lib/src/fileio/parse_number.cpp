@@ -29,8 +29,8 @@ void validateVal(SrcT value, const char* text, bool bad, const char* message) {
     if (!bad && (std::is_floating_point_v<SrcT> || value <= std::numeric_limits<DestT>::max()))
         return;
     std::string error = "Invalid format of val or out of range conversion of '";
-    if (text) error += std::string(text).substr(0, TEXT_MAX);
-    error += "' with the value = " + number(value);
+    if (text)
+        error += std::string(text).substr(0, TEXT_MAX) + "' with the value = " + number(value);
     if (message) error += std::string(": ") + message;
     throw std::invalid_argument(error + "\n");
 }

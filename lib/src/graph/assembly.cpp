@@ -3,6 +3,7 @@
 
 #include <vorl/processing/links_margin.hpp>
 
+#include <algorithm>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -61,7 +62,16 @@ bool storeLinks(Node<Links<Link<LinkWeight, WEIGHTED>>>* node,
     if constexpr (DIRECTED && WEIGHTED) {
         if (linksMarg != 0 && linksMarg < links.size()) {
             reduced = links;
-            acsReduceLinks(*node, reduced, idnodes, reduction, linksMarg, sumdups, errors);
+            try {
+                acsReduceLinks(*node, reduced, idnodes, reduction, linksMarg, sumdups, errors);
+            } catch (const std::out_of_range&) {
+                // Links are looked up from the front, and none is erased before all were found.
+                const auto missing = std::find_if(
+                    reduced.begin(), reduced.end(),
+                    [&](const InpLink<WEIGHTED>& ln) { return !idnodes.contains(ln.id); });
+                current = missing->id;
+                throw;
+            }
             stored = &reduced;
         }
     }

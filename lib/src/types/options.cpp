@@ -123,8 +123,4 @@ void SignifclsExtoptions::setClszminf(SzFnName name) {
     }
 }
 
-OutputOptions::OutputOptions() {}
-
-OutputOptions::~OutputOptions() {}
-
 }  // namespace vorl

@@ -1,0 +1,72 @@
+#include "convert_command.hpp"
+
+#include "errors.hpp"
+#include "output_text.hpp"
+#include "output_tree.hpp"
+#include "text_file.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <unordered_set>
+
+namespace vorl::app {
+
+namespace {
+
+void checkFormat(const ConvertCommand& command, FileFormat format, const NetworkFacts& facts,
+                 Size linked) {
+    const auto refuse = [&](const std::string& what) {
+        throw InputError(command.read.file + ": " + what);
+    };
+    if (format == FileFormat::NSE && facts.arcs != 0)
+        refuse("the network has arcs, which the format nse can't hold; nsa or rcg can");
+    if (format != FileFormat::RCG && facts.firstId && *facts.nodes > linked)
+        refuse(counted(*facts.nodes - linked, "node") +
+               " without a link can't be told in the formats nse and nsa");
+}
+
+void write(const std::string& text, const std::string& name) {
+    OutputTree files(name);
+    std::error_code err;
+    std::filesystem::create_directories(std::filesystem::path(files.path()).parent_path(), err);
+    std::FILE* const file = std::fopen(files.path().c_str(), "w");
+    if (!file) throw InputError(name + ": " + std::strerror(errno));
+    errno = 0;
+    const bool whole = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    if (std::fclose(file) != 0 || !whole)
+        throw InputError(name + ": " + std::strerror(errno ? errno : EIO));
+    files.commit();
+}
+
+}  // namespace
+
+void run(const ConvertCommand& command) {
+    FileFormat format = command.format;
+    if (format == FileFormat::UNKNOWN)
+        format = networkFormat({.file = command.output, .format = FileFormat::UNKNOWN});
+    const FileFormat inputFormat = networkFormat(command.read);
+    const TextFile file(command.read.file);
+    const auto scan = [&](const LinkVisitor& visit) {
+        return scanNetwork(file.text(), command.read.file, inputFormat, !command.read.unweighted,
+                           visit);
+    };
+    std::unordered_set<Id> linked;
+    NetworkFacts facts = scan([&](const RawLink& ln) {
+        linked.insert(ln.src);
+        linked.insert(ln.dst);
+    });
+    checkFormat(command, format, facts, linked.size());
+    facts.nodes = std::max<Size>(facts.nodes.value_or(0), linked.size());
+
+    NetworkWriter writer(format, facts);
+    scan([&](const RawLink& ln) { writer.add(ln); });
+    write(writer.take(), command.output);
+    if (!command.quiet)
+        print(command.output + ": " + counted(*facts.nodes, "node") + ", " +
+              counted(facts.links(), "link") + "\n");
+}
+
+}  // namespace vorl::app

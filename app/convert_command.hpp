@@ -1,0 +1,21 @@
+// The command `vorl convert`.
+#pragma once
+
+#include "network_input.hpp"
+
+#include <string>
+
+namespace vorl::app {
+
+struct ConvertCommand {
+    ReadOptions read;
+    std::string output;
+    FileFormat format = FileFormat::UNKNOWN;  ///< of the output, told from its name where unknown
+    bool quiet = false;
+};
+
+/// Writes a network in another format: the same links, in the same order, with the same weights.
+/// @throws InputError, also if the format can't hold the network; UsageError
+void run(const ConvertCommand& command);
+
+}  // namespace vorl::app

@@ -1,0 +1,92 @@
+#include "evaluate_command.hpp"
+
+#include "clusters_file.hpp"
+#include "errors.hpp"
+#include "memory_file.hpp"
+#include "output_text.hpp"
+
+#include <vorl/shared/operations.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <variant>
+#include <vector>
+
+namespace vorl::app {
+
+namespace {
+
+/// @throws InputError for the first member that the network doesn't have
+template <class GraphT>
+void requireNodes(const ClustersFile& clusters, GraphT& graph, const std::string& network) {
+    std::vector<Id> ids;
+    ids.reserve(graph.nodes().size());
+    for (const auto& node : graph.nodes()) ids.push_back(node.id);
+    std::sort(ids.begin(), ids.end());
+    if (std::includes(ids.begin(), ids.end(), clusters.nodes.begin(), clusters.nodes.end())) return;
+    for (const auto& cluster : clusters.clusters)
+        for (const Id id : clusters.membersOf(cluster))
+            if (!std::binary_search(ids.begin(), ids.end(), id))
+                throw InputError::at(
+                    clusters.name, cluster.line,
+                    "the node " + std::to_string(id) + " isn't in the network " + network);
+}
+
+std::string asText(const EvaluateCommand& command, Size clusters, Size nodes,
+                   const Intrinsics& measures) {
+    const auto row = [](const char* name, float value, const std::string& note) {
+        return format("%-13s %.6f", name, static_cast<double>(value)) + note + "\n";
+    };
+    return command.clusters + ": " + counted(clusters, "cluster") + " of " +
+           counted(nodes, "node") + "\n\n" + row("conductance", measures.cdn, "") +
+           row("modularity", measures.mod,
+               " at gamma " + format("%.6g", static_cast<double>(command.gamma))) +
+           row("best gamma", measures.gamma,
+               " (at which the clusters would be the best partition)") +
+           row("modularity", measures.sgmod, " at the best gamma");
+}
+
+std::string asJson(Size clusters, Size nodes, const Intrinsics& measures) {
+    return "{\"clusters\": " + std::to_string(clusters) + ", \"nodes\": " + std::to_string(nodes) +
+           ", \"conductance\": " + number(static_cast<double>(measures.cdn)) +
+           ", \"modularity\": " + number(static_cast<double>(measures.mod)) +
+           ", \"gamma\": " + number(static_cast<double>(measures.gamma)) +
+           ", \"modularity_at_gamma\": " + number(static_cast<double>(measures.sgmod)) + "}\n";
+}
+
+}  // namespace
+
+void run(const EvaluateCommand& command) {
+    Network network = readNetwork(command.read);
+    if (!command.quiet) showWarnings(network, command.read);
+    auto clusters = std::make_unique<ClustersFile>(readClusters(command.clusters));
+    if (command.strict) clusters->requireStrict();
+    if (clusters->clusters.empty())
+        throw InputError(command.clusters + ": there are no clusters, at least one is expected");
+    const auto remark = [&](const std::string& text) {
+        if (!command.quiet)
+            std::fprintf(stderr, "vorl: %s: %s\n", command.clusters.c_str(), text.c_str());
+    };
+    if (const std::string deviations = clusters->deviationsText(); !deviations.empty())
+        remark(deviations);
+    if (const Size left = network.nodes - clusters->nodes.size();
+        clusters->nodes.size() < network.nodes)
+        remark(counted(left, "node") + " of the network " + (left == 1 ? "is" : "are") +
+               " in no cluster");
+
+    std::visit(
+        [&](auto& graph) {
+            requireNodes(*clusters, *graph, command.read.file);
+            const MemoryFile file(clusters->strictText());
+            clusters.reset();
+            Intrinsics measures;
+            const Size count = evaluateClusters(measures, *graph, file.name(),
+                                                static_cast<AccWeight>(command.gamma));
+            print(command.json ? asJson(count, network.nodes, measures)
+                               : asText(command, count, network.nodes, measures));
+        },
+        network.graph);
+}
+
+}  // namespace vorl::app

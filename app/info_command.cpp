@@ -1,0 +1,210 @@
+#include "info_command.hpp"
+
+#include "output_text.hpp"
+#include "text_file.hpp"
+
+#include <algorithm>
+#include <numeric>
+#include <unordered_map>
+#include <vector>
+
+namespace vorl::app {
+
+namespace {
+
+/// Sets of nodes that are joined link by link.
+class Components {
+public:
+    void resize(std::size_t count) {
+        const std::size_t former = m_parents.size();
+        m_parents.resize(count);
+        std::iota(m_parents.begin() + static_cast<std::ptrdiff_t>(former), m_parents.end(),
+                  static_cast<Id>(former));
+    }
+
+    Id find(Id node) {
+        while (m_parents[node] != node) node = m_parents[node] = m_parents[m_parents[node]];
+        return node;
+    }
+
+    // The lower number leads, so that nothing depends on the order of the links.
+    void join(Id a, Id b) {
+        a = find(a);
+        b = find(b);
+        m_parents[std::max(a, b)] = std::min(a, b);
+    }
+
+private:
+    std::vector<Id> m_parents;
+};
+
+/// What the links of a file amount to.
+struct NetworkInfo {
+    NetworkFacts facts;
+    Size nodes = 0;
+    Size isolated = 0;  ///< nodes without a link to another one
+    Size selfLinks = 0;
+    Size repeated = 0;  ///< links that stand in the file again
+    LinkWeight weightMin = 0;
+    LinkWeight weightMax = 0;
+    Size degreeMin = 0;
+    Size degreeMax = 0;
+    double degreeMean = 0;
+    double degreeMedian = 0;
+    Size components = 0;
+    Size largest = 0;  ///< nodes of the largest component
+};
+
+/// Gathers the links; degrees count the links to other nodes in the file, repeats left out.
+class Survey {
+public:
+    void add(const RawLink& ln) {
+        const Id src = number(ln.src);
+        const Id dst = number(ln.dst);
+        m_min = m_links.empty() && m_selfLinks == 0 ? ln.weight : std::min(m_min, ln.weight);
+        m_max = std::max(m_max, ln.weight);
+        if (src == dst) {
+            ++m_selfLinks;
+            m_selves.push_back(src);
+            return;
+        }
+        const bool swap = !ln.arc && dst < src;
+        m_links.push_back(swap ? Size{dst} << 32 | src : Size{src} << 32 | dst);
+    }
+
+    NetworkInfo result(const NetworkFacts& facts) {
+        NetworkInfo info;
+        info.facts = facts;
+        info.weightMin = m_min;
+        info.weightMax = m_max;
+        info.selfLinks = m_selfLinks;
+        info.repeated = dropRepeats(m_links) + dropRepeats(m_selves);
+        info.nodes = m_numbers.size();
+        if (facts.nodes) info.nodes = std::max<Size>(info.nodes, *facts.nodes);
+        measureDegrees(info);
+        measureComponents(info);
+        return info;
+    }
+
+private:
+    Id number(Id id) {
+        return m_numbers.emplace(id, static_cast<Id>(m_numbers.size())).first->second;
+    }
+
+    template <class VecT>
+    static Size dropRepeats(VecT& values) {
+        std::sort(values.begin(), values.end());
+        const auto last = std::unique(values.begin(), values.end());
+        const Size dropped = static_cast<Size>(values.end() - last);
+        values.erase(last, values.end());
+        return dropped;
+    }
+
+    static Id source(Size link) { return static_cast<Id>(link >> 32); }
+    static Id target(Size link) { return static_cast<Id>(link); }
+
+    void measureDegrees(NetworkInfo& info) const {
+        std::vector<Size> degrees(m_numbers.size());
+        for (const Size link : m_links) {
+            ++degrees[source(link)];
+            ++degrees[target(link)];
+        }
+        const Size linkless = info.nodes - m_numbers.size();
+        info.isolated =
+            linkless + static_cast<Size>(std::count(degrees.begin(), degrees.end(), Size{0}));
+        std::sort(degrees.begin(), degrees.end());
+        // Nodes that are only announced come before all others.
+        const auto at = [&](Size place) {
+            return place < linkless ? Size{0} : degrees[place - linkless];
+        };
+        info.degreeMin = at(0);
+        info.degreeMax = at(info.nodes - 1);
+        info.degreeMean = 2 * static_cast<double>(m_links.size()) / static_cast<double>(info.nodes);
+        info.degreeMedian = static_cast<double>(at((info.nodes - 1) / 2) + at(info.nodes / 2)) / 2;
+    }
+
+    void measureComponents(NetworkInfo& info) const {
+        Components components;
+        components.resize(m_numbers.size());
+        for (const Size link : m_links) components.join(source(link), target(link));
+        std::vector<Size> sizes(m_numbers.size());
+        for (Id node = 0; node < m_numbers.size(); ++node) ++sizes[components.find(node)];
+        info.components =
+            info.nodes - m_numbers.size() +
+            static_cast<Size>(std::count_if(sizes.begin(), sizes.end(), [](Size s) { return s; }));
+        info.largest = *std::max_element(sizes.begin(), sizes.end());
+    }
+
+    std::unordered_map<Id, Id> m_numbers;
+    std::vector<Size> m_links;
+    std::vector<Id> m_selves;
+    Size m_selfLinks = 0;
+    LinkWeight m_min = 0;
+    LinkWeight m_max = 0;
+};
+
+const char* kind(const NetworkFacts& facts) {
+    if (!facts.directed()) return "edges";
+    return facts.edges == 0 ? "arcs" : "edges and arcs";
+}
+
+std::string asText(const std::string& file, const NetworkInfo& info) {
+    const NetworkFacts& facts = info.facts;
+    const auto row = [](const char* name, const std::string& value) {
+        return format("%-15s ", name) + value + "\n";
+    };
+    std::string links = grouped(facts.links()) + " " + kind(facts);
+    if (facts.edges != 0 && facts.arcs != 0)
+        links = counted(facts.edges, "edge") + " and " + counted(facts.arcs, "arc");
+    return file + "\n\n" +
+           row("nodes", grouped(info.nodes) + ", " + grouped(info.isolated) +
+                            " of them without a link to another one") +
+           row("links", links) +
+           row("", grouped(info.selfLinks) + " of them to the node itself, " +
+                       grouped(info.repeated) + " repeated") +
+           row("weights", facts.weighted
+                              ? format("%g to %g, in all %g", static_cast<double>(info.weightMin),
+                                       static_cast<double>(info.weightMax), facts.weight)
+                              : "none") +
+           row("degrees", format("%llu to %llu, mean %.3f, median %g",
+                                 static_cast<unsigned long long>(info.degreeMin),
+                                 static_cast<unsigned long long>(info.degreeMax), info.degreeMean,
+                                 info.degreeMedian)) +
+           row("components",
+               grouped(info.components) + ", the largest has " + counted(info.largest, "node"));
+}
+
+std::string asJson(const std::string& file, const NetworkInfo& info) {
+    const NetworkFacts& facts = info.facts;
+    const auto flag = [](bool value) { return value ? "true" : "false"; };
+    return "{\"file\": " + jsonQuoted(file) + ", \"nodes\": " + std::to_string(info.nodes) +
+           ", \"edges\": " + std::to_string(facts.edges) +
+           ", \"arcs\": " + std::to_string(facts.arcs) +
+           ", \"directed\": " + flag(facts.directed()) + ", \"weighted\": " + flag(facts.weighted) +
+           ", \"weight\": {\"sum\": " + number(facts.weight) +
+           ", \"min\": " + number(static_cast<double>(info.weightMin)) +
+           ", \"max\": " + number(static_cast<double>(info.weightMax)) +
+           "}, \"degree\": {\"min\": " + std::to_string(info.degreeMin) +
+           ", \"max\": " + std::to_string(info.degreeMax) +
+           ", \"mean\": " + number(info.degreeMean) + ", \"median\": " + number(info.degreeMedian) +
+           "}, \"components\": " + std::to_string(info.components) +
+           ", \"largest_component\": " + std::to_string(info.largest) +
+           ", \"isolated_nodes\": " + std::to_string(info.isolated) +
+           ", \"self_links\": " + std::to_string(info.selfLinks) +
+           ", \"repeated_links\": " + std::to_string(info.repeated) + "}\n";
+}
+
+}  // namespace
+
+void run(const InfoCommand& command) {
+    const FileFormat format = networkFormat(command.read);
+    const TextFile file(command.read.file);
+    Survey survey;
+    const NetworkFacts facts =
+        scanNetwork(file.text(), command.read.file, format, !command.read.unweighted,
+                    [&](const RawLink& ln) { survey.add(ln); });
+    const NetworkInfo info = survey.result(facts);
+    print(command.json ? asJson(command.read.file, info) : asText(command.read.file, info));
+}
+
+}  // namespace vorl::app

@@ -1,0 +1,17 @@
+// The command `vorl info`.
+#pragma once
+
+#include "network_input.hpp"
+
+namespace vorl::app {
+
+struct InfoCommand {
+    ReadOptions read;
+    bool json = false;
+};
+
+/// Tells what the file of a network holds.
+/// @throws InputError, UsageError
+void run(const InfoCommand& command);
+
+}  // namespace vorl::app

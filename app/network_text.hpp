@@ -1,0 +1,77 @@
+// The text of a network: its check, line by line, and its writing.
+#pragma once
+
+#include <vorl/types/flags.hpp>
+#include <vorl/types/numbers.hpp>
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vorl::app {
+
+/// A link as a line tells it.
+struct RawLink {
+    Id src;
+    Id dst;
+    LinkWeight weight;
+    bool arc;
+};
+
+/// What a text tells of its network beside the links.
+struct NetworkFacts {
+    bool plain = true;     ///< no byte order mark and no carriage returns
+    bool weighted = true;  ///< whether links may have weights
+    Size edges = 0;
+    Size arcs = 0;
+    AccWeight weight = 0;        ///< sum of the links' weights
+    std::size_t headerLine = 0;  ///< line that tells of the nodes, 0 if none does
+    std::optional<Size> nodes;   ///< number of nodes that it tells
+    std::optional<Id> firstId;   ///< the nodes are numbered through from it
+    Size linkless = 0;           ///< nodes that are named without any link
+    bool toldDirected = false;   ///< the links are arcs even if there are none
+
+    Size links() const { return edges + arcs; }
+    bool directed() const { return toldDirected || arcs != 0; }
+};
+
+using LinkVisitor = std::function<void(const RawLink&)>;
+
+/// Checks the text of a network. What passes is taken by the library's parsers.
+/// @param name of the file, for messages
+/// @param format RCG, NSE or NSA
+/// @param readWeights whether links may have weights, if the text allows for them
+/// @param visit is given each link
+/// @throws InputError with the file and line of the first fault
+NetworkFacts scanNetwork(std::string_view text, const std::string& name, FileFormat format,
+                         bool readWeights, const LinkVisitor& visit = {});
+
+/// Builds the text of a network, link by link.
+///
+/// Links of one source that follow each other share a line where the format allows for it, so that
+/// the nodes appear in the same order in every format.
+class NetworkWriter {
+public:
+    /// @param format RCG, NSE or NSA
+    /// @param facts of the network to be written
+    NetworkWriter(FileFormat format, const NetworkFacts& facts);
+
+    void add(const RawLink& ln);
+    /// Ends the text and gives it away.
+    std::string take();
+
+private:
+    void startSection(bool arcs);
+
+    FileFormat m_format;
+    bool m_weighted;
+    std::string m_text;
+    std::optional<bool> m_arcs;  ///< the open section is one of arcs
+    std::optional<Id> m_src;     ///< source of the open line
+};
+
+/// The text without byte order mark and carriage returns at line ends.
+std::string normalised(std::string_view text);
+
+}  // namespace vorl::app

@@ -1,0 +1,383 @@
+#include "options.hpp"
+
+#include "errors.hpp"
+
+#include <algorithm>
+#include <map>
+
+namespace vorl::app {
+
+namespace {
+
+/// Number of edits that turn one word into the other.
+std::size_t distance(const std::string& a, const std::string& b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i);
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            const std::size_t replaced = diagonal + (a[i - 1] != b[j - 1]);
+            diagonal = row[j];
+            row[j] = std::min({row[j] + 1, row[j - 1] + 1, replaced});
+        }
+    }
+    return row.back();
+}
+
+}  // namespace
+
+std::string suggestion(const std::string& word, const std::vector<std::string>& words) {
+    const auto nearest = std::min_element(
+        words.begin(), words.end(),
+        [&](const auto& a, const auto& b) { return distance(word, a) < distance(word, b); });
+    if (nearest == words.end() || distance(word, *nearest) > 1 + nearest->size() / 3) return "";
+    return " (did you mean " + *nearest + "?)";
+}
+
+namespace {
+
+template <class ValueT>
+using Choices = std::map<std::string, ValueT>;
+
+/// The value of a name.
+/// @throws CLI::ValidationError that tells the names, and the nearest one
+template <class ValueT>
+ValueT choose(const Choices<ValueT>& choices, const std::string& option, const std::string& name) {
+    const auto it = choices.find(name);
+    if (it != choices.end()) return it->second;
+    std::vector<std::string> names;
+    std::string all;
+    for (const auto& choice : choices) {
+        names.push_back(choice.first);
+        all += (all.empty() ? "" : ", ") + choice.first;
+    }
+    throw CLI::ValidationError(option,
+                               "\"" + name + "\" is none of " + all + suggestion(name, names));
+}
+
+float toFloat(const std::string& option, const std::string& text, float low, float high) {
+    float value = 0;
+    if (!CLI::detail::lexical_cast(text, value) || !(value >= low && value <= high))
+        throw CLI::ValidationError(
+            option,
+            "\"" + text + "\" isn't a number " +
+                (low < -1e30f ? "of at most " : "from " + CLI::detail::to_string(low) + " to ") +
+                CLI::detail::to_string(high));
+    return value;
+}
+
+Reduction toReduction(const std::string& text) {
+    const Choices<Reduction> cores{{"none", Reduction::NONE},
+                                   {"accurate", Reduction::ACCURATE},
+                                   {"mean", Reduction::MEAN},
+                                   {"severe", Reduction::SEVERE}};
+    const Choices<Reduction> flags{{"skip-nodes", Reduction::SKIP_NODES},
+                                   {"skip-clusters", Reduction::SKIP_CLUSTERS},
+                                   {"by-weight", Reduction::CRITERIA_WEIGHT}};
+    const std::vector<std::string> words = CLI::detail::split(text, ',');
+    Reduction reduction = choose(cores, "--reduction", words.front());
+    for (std::size_t i = 1; i < words.size(); ++i)
+        reduction |= choose(flags, "--reduction", words[i]);
+    return reduction;
+}
+
+FileFormat toFormat(const std::string& option, const std::string& name) {
+    return choose<FileFormat>(
+        {{"nse", FileFormat::NSE}, {"nsa", FileFormat::NSA}, {"rcg", FileFormat::RCG}}, option,
+        name);
+}
+
+/// The network and how it is read.
+void addReadOptions(CLI::App& app, ReadOptions& read) {
+    app.add_option(
+           "NETWORK", read.file,
+           "The network, one link a line: src dst [weight], or in sections (rcg); it may be "
+           "compressed by gzip or zstd, - is the standard input")
+        ->required();
+    const char* group = "Input";
+    app.add_option_function<std::string>(
+           "--format",
+           [&read](const std::string& name) { read.format = toFormat("--format", name); },
+           "nse (edges), nsa (arcs) or rcg (sections); told from the name if not given")
+        ->type_name("FORMAT")
+        ->group(group);
+    app.add_flag("--unweighted", read.unweighted, "Each link weighs 1")->group(group);
+}
+
+/// What is done with repeated links and the order of nodes.
+void addAssemblyOptions(CLI::App& app, ReadOptions& read) {
+    const char* group = "Input";
+    app.add_flag("--sum-duplicates", read.sumDuplicates,
+                 "Add up the weights of repeated links instead of keeping the first")
+        ->group(group);
+    app.add_flag("--shuffle", read.shuffle,
+                 "Create the nodes in random order; runs differ then where there are ties")
+        ->group(group);
+}
+
+/// What is written, and where.
+void addOutputOptions(CLI::App& app, OutputRequest& request) {
+    const char* group = "Output";
+    app.add_option("-o,--output", request.file,
+                   "File to write; the description of the hierarchy goes beside it, as .rhb")
+        ->type_name("FILE")
+        ->group(group);
+    app.add_option_function<std::string>(
+           "--levels",
+           [&request](const std::string& name) {
+               request.levels = choose<Levels>({{"all", Levels::ALL},
+                                                {"root", Levels::ROOT},
+                                                {"per-level", Levels::PER_LEVEL},
+                                                {"around", Levels::AROUND},
+                                                {"significant", Levels::SIGNIFICANT},
+                                                {"hierarchy", Levels::HIERARCHY}},
+                                               "--levels", name);
+           },
+           "What to write: all clusters, each once (default); root; per-level (a file for each "
+           "level); around (the levels that bracket --clusters N); significant; hierarchy (its "
+           "description alone)")
+        ->type_name("WHAT")
+        ->group(group);
+    app.add_option_function<std::string>(
+           "--shares",
+           [&request](const std::string& name) {
+               request.format = choose<ClsOutFmt>({{"none", ClsOutFmt::SIMPLE},
+                                                   {"uneven", ClsOutFmt::SHARED},
+                                                   {"full", ClsOutFmt::EXTENDED}},
+                                                  "--shares", name);
+           },
+           "none, uneven (where they aren't even) or full (default: uneven shares and cluster ids)")
+        ->type_name("FORM")
+        ->group(group);
+    app.add_flag("--max-share", request.maxShare,
+                 "A node goes only to the clusters of its largest share")
+        ->group(group);
+
+    group = "Levels to write";
+    app.add_option("--clusters", request.clusters, "Wanted number of clusters, of around")
+        ->type_name("N")
+        ->group(group);
+    app.add_option("--level-min", request.levelMin, "First level of per-level; 0 is the lowest")
+        ->type_name("N")
+        ->group(group);
+    app.add_option("--level-max", request.levelMax, "Last level of per-level")
+        ->type_name("N")
+        ->group(group);
+    app.add_option_function<std::string>(
+           "--level-step",
+           [&request](const std::string& text) {
+               request.levelStep = toFloat("--level-step", text, 0, 1);
+           },
+           "Of per-level, each level with at most this ratio of the clusters of the one before; 1 "
+           "(default) takes every level")
+        ->type_name("RATIO")
+        ->group(group);
+
+    group = "Significant clusters";
+    app.add_option_function<std::string>(
+           "--density-drop",
+           [&request](const std::string& text) {
+               request.densityDrop = toFloat("--density-drop", text, 0, 1);
+           },
+           "The least density, as a ratio of that of the owner (0.865)")
+        ->type_name("RATIO")
+        ->group(group);
+    app.add_option_function<std::string>(
+           "--weight-step",
+           [&request](const std::string& text) {
+               request.weightStep = toFloat("--weight-step", text, 0, 1e30f);
+           },
+           "The weight, as a ratio of that of the owner: the least one with a range, else the "
+           "largest (0.135)")
+        ->type_name("RATIO")
+        ->group(group);
+    app.add_flag_function(
+           "--weight-range,!--no-weight-range",
+           [&request](std::int64_t count) { request.weightRange = count > 0; },
+           "The weight has to lie between the weight step and 1 minus it (default)")
+        ->group(group);
+    app.add_option("--min-size", request.minSize, "The least number of nodes")
+        ->type_name("N")
+        ->group(group);
+    app.add_option_function<std::string>(
+           "--min-size-by",
+           [&request](const std::string& name) {
+               request.minSizeBy = choose<SzFnName>({{"root2", SzFnName::CLSSZ_ROOT2},
+                                                     {"root4", SzFnName::CLSSZ_ROOT4},
+                                                     {"log2", SzFnName::CLSSZ_LOG2},
+                                                     {"loge", SzFnName::CLSSZ_LOGE}},
+                                                    "--min-size-by", name);
+           },
+           "The least number of nodes from that of the network: root2, root4, log2 or loge")
+        ->type_name("FUNCTION")
+        ->group(group);
+}
+
+}  // namespace
+
+void addClusterOptions(CLI::App& app, ClusterCommand& command) {
+    addReadOptions(app, command.read);
+    addAssemblyOptions(app, command.read);
+    ClusterOptions& build = command.build;
+    const char* group = "Clustering";
+    app.add_option_function<std::string>(
+           "--gamma",
+           [&build](const std::string& text) {
+               build.gamma = text == "auto" ? -1.f : toFloat("--gamma", text, 0, 1);
+           },
+           "Resolution: auto finds it by itself (default); 0 to 1")
+        ->group(group);
+    app.add_option("--root-max", build.rootMax,
+                   "Merge on until the root has no more than N items; 0 means no limit")
+        ->type_name("N")
+        ->group(group);
+    app.add_option_function<std::string>(
+           "--reduction",
+           [&build](const std::string& text) { build.reduction = toReduction(text); },
+           "Drop the lightest links of items with many: none (default), accurate, mean or severe, "
+           "then any of ,skip-nodes ,skip-clusters ,by-weight")
+        ->group(group);
+    app.add_option_function<std::string>(
+           "--speedup",
+           [&build](const std::string& name) {
+               build.speedup = choose<Speedup>({{"none", Speedup::NONE},
+                                                {"coarse", Speedup::COARSE},
+                                                {"orderdep", Speedup::ORDERDEP}},
+                                               "--speedup", name);
+           },
+           "none (default), coarse or orderdep: candidates depend on the order of the items")
+        ->group(group);
+    app.add_option_function<std::string>(
+           "--validation",
+           [&build](const std::string& name) {
+               build.validation = choose<Validation>({{"none", Validation::NONE},
+                                                      {"standard", Validation::STANDARD},
+                                                      {"severe", Validation::SEVERE}},
+                                                     "--validation", name);
+           },
+           "Check of the links: none, standard (default) or severe")
+        ->group(group);
+    app.add_option_function<std::string>(
+           "--gain-margin",
+           [&build](const std::string& text) {
+               build.gainMarg = toFloat("--gain-margin", text, -3e38f, 1);
+           },
+           "Stop at a level that raises the modularity by no more than this; with "
+           "--trace-modularity only")
+        ->group(group);
+    app.add_option_function<std::string>(
+           "--filter-margin",
+           [&build](const std::string& text) {
+               build.filterMarg = toFloat("--filter-margin", text, 0, 1);
+           },
+           "Filter margin of the candidates, 0 to 1; changes no result")
+        ->group(group);
+    app.add_flag("--trace-modularity", build.modtrace, "Compute the modularity of each level")
+        ->group(group);
+
+    addOutputOptions(app, command.output);
+    group = "Report";
+    app.add_flag("--json", command.json, "The summary as one JSON document")->group(group);
+    app.add_flag("-t,--trace", command.trace, "The trace of the library on standard error")
+        ->group(group);
+    app.add_flag("-q,--quiet", command.quiet, "No summary, no warnings")->group(group);
+}
+
+void addEvaluateOptions(CLI::App& app, EvaluateCommand& command) {
+    addReadOptions(app, command.read);
+    app.add_option("CLUSTERS", command.clusters, "The clusters, one a line: [id>] node[:share] ...")
+        ->required();
+    addAssemblyOptions(app, command.read);
+    app.add_option_function<std::string>(
+           "--gamma",
+           [&command](const std::string& text) {
+               command.gamma = toFloat("--gamma", text, 0, 1e30f);
+           },
+           "Resolution of the modularity; 1 if not given")
+        ->type_name("G");
+    app.add_flag("--strict", command.strict,
+                 "Refuse files with wrong counts in the header, incomplete shares and the like");
+    app.add_flag("--json", command.json, "The result as one JSON document");
+    app.add_flag("-q,--quiet", command.quiet, "No remarks on the files");
+}
+
+void addInfoOptions(CLI::App& app, InfoCommand& command) {
+    addReadOptions(app, command.read);
+    app.add_flag("--json", command.json, "The result as one JSON document");
+}
+
+void addConvertOptions(CLI::App& app, ConvertCommand& command) {
+    addReadOptions(app, command.read);
+    app.add_option("OUT", command.output, "The file to write")->required();
+    app.add_option_function<std::string>(
+           "--to", [&command](const std::string& name) { command.format = toFormat("--to", name); },
+           "Format of the file to write: nse, nsa or rcg; told from its name if not given")
+        ->type_name("FORMAT");
+    app.add_flag("-q,--quiet", command.quiet, "No report");
+}
+
+/// The options of `vorl compare`.
+void addCompareOptions(CLI::App& app, CompareCommand& command) {
+    app.add_option("FIRST", command.first, "Clusters, one a line: [id>] node[:share] ...")
+        ->required();
+    app.add_option("SECOND", command.second, "Clusters to compare with; their order is the same")
+        ->required();
+    app.add_option_function<std::string>(
+           "--nodes",
+           [&command](const std::string& name) {
+               command.nodes = choose<NodeSet>({{"union", NodeSet::UNION},
+                                                {"common", NodeSet::COMMON},
+                                                {"first", NodeSet::FIRST},
+                                                {"second", NodeSet::SECOND}},
+                                               "--nodes", name);
+           },
+           "Compare on the nodes of both files together (union, the default), on those that both "
+           "have (common), or on those of the first or the second; a node that a file lacks is in "
+           "no cluster there")
+        ->type_name("SET");
+    app.add_option("--count", command.count,
+                   "Number of nodes of the network, where some are in neither file")
+        ->type_name("N");
+    app.add_option("--exact-pairs", command.omega.exactPairs,
+                   "The omega index is exact up to N pairs of nodes inside the clusters of a file "
+                   "(100000000); above, it is estimated from 5000000 pairs of each, drawn with a "
+                   "fixed seed")
+        ->type_name("N");
+    app.add_flag("--strict", command.strict,
+                 "Refuse files with wrong counts in the header, incomplete shares and the like");
+    app.add_flag("--json", command.json, "The result as one JSON document");
+    app.add_flag("-q,--quiet", command.quiet, "No remarks on the files");
+}
+
+void checkOptions(const CLI::App& app, const ClusterCommand& command) {
+    const OutputRequest& request = command.output;
+    const auto given = [&](const char* option) { return app.count(option) != 0; };
+    const auto needs = [&](std::initializer_list<const char*> options, Levels levels,
+                           const char* name) {
+        for (const char* option : options)
+            if (given(option) && request.levels != levels)
+                throw UsageError(std::string(option) + " goes with --levels " + name + " only");
+    };
+    needs({"--density-drop", "--weight-step", "--weight-range", "--min-size", "--min-size-by"},
+          Levels::SIGNIFICANT, "significant");
+    needs({"--level-min", "--level-max", "--level-step"}, Levels::PER_LEVEL, "per-level");
+    needs({"--clusters"}, Levels::AROUND, "around");
+    if (request.levels == Levels::AROUND && !given("--clusters"))
+        throw UsageError("--levels around needs the wanted number of clusters, --clusters N");
+    if (given("--min-size") && given("--min-size-by"))
+        throw UsageError("--min-size and --min-size-by exclude each other");
+    if (request.levelMin && request.levelMax && *request.levelMin > *request.levelMax)
+        throw UsageError("--level-min must not be above --level-max");
+    if (request.weightStep && request.weightRange.value_or(true) && *request.weightStep > 0.5f)
+        throw UsageError("--weight-step is at most 0.5, or needs --no-weight-range");
+    if (request.weightStep && !request.weightRange.value_or(true) && *request.weightStep == 0)
+        throw UsageError("--weight-step is above 0 with --no-weight-range");
+    for (const char* option : {"--levels", "--shares", "--max-share"})
+        if (request.file.empty() && given(option))
+            throw UsageError(std::string(option) + " needs a file to write, --output FILE");
+    if (request.file.ends_with(".rhb") && request.levels != Levels::HIERARCHY)
+        throw UsageError("the clusters and the description of the hierarchy can't both be " +
+                         request.file + "; take another extension, or --levels hierarchy");
+}
+
+}  // namespace vorl::app

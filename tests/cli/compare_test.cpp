@@ -1,0 +1,112 @@
+// `vorl compare` as a user runs it.
+#include "cli/program.hpp"
+
+#include <gtest/gtest.h>
+
+namespace vorl::test {
+namespace {
+
+bool tells(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+TEST(Compare, JsonTellsTheMeasures) {
+    const Folder folder;
+    const std::string halves = folder.write("halves.cnl", "# Clusters: 2\n10 11 12\n13 14 15\n");
+    const std::string thirds = folder.write("thirds.cnl", "3> 15 14\n1> 13 12\n2> 11 10\n");
+    const Outcome run = vorl("compare --json " + halves + " " + thirds);
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(run.out, "{\"first\": {\"file\": \"" + halves +
+                           "\", \"clusters\": 2, \"nodes\": 6, \"shared_nodes\": 0, "
+                           "\"nodes_only_here\": 0}, \"second\": {\"file\": \"" +
+                           thirds +
+                           "\", \"clusters\": 3, \"nodes\": 6, \"shared_nodes\": 0, "
+                           "\"nodes_only_here\": 0}, \"nodes\": 6, \"nmi_max\": 0.333333333333, "
+                           "\"nmi_lfk\": 0.39624062518, \"f1\": 0.733333333333, \"omega\": "
+                           "0.242424242424, \"omega_samples\": 0, \"ari\": 0.242424242424, "
+                           "\"nmi\": 0.515803742979}\n");
+    EXPECT_TRUE(tells(run.err, thirds + ": the clusters are numbered")) << run.err;
+    EXPECT_EQ(vorl("compare -q " + halves + " " + thirds).err, "");
+    const Outcome strict = vorl("compare --strict " + halves + " " + thirds);
+    EXPECT_EQ(strict.code, 1);
+    EXPECT_TRUE(tells(strict.err, thirds + ":1: the clusters are numbered")) << strict.err;
+    EXPECT_EQ(strict.out, "");
+}
+
+TEST(Compare, NodesOfOneFileOnly) {
+    const Folder folder;
+    const std::string files = folder.write("a.cnl", "1 2 3\n4 5 6\n6 7\n") + " " +
+                              folder.write("b.cnl", "1 2 3\n4 5\n8 9\n");
+    const Outcome text = vorl("compare " + files);
+    EXPECT_EQ(text.code, 0);
+    EXPECT_EQ(text.err, "");
+    EXPECT_TRUE(tells(text.out, "a.cnl: 3 clusters of 7 nodes, 1 of them in several\n"));
+    EXPECT_TRUE(tells(text.out,
+                      "Compared on 9 nodes: 2 in the first file only, 2 in the second "
+                      "file only;\nwhere a node is missing it counts as in no cluster\n"))
+        << text.out;
+    EXPECT_TRUE(tells(text.out, "these aren't two partitions"));
+    EXPECT_TRUE(tells(vorl("compare --count 1000 " + files).out,
+                      "Compared on 1,000 nodes: 2 in the first file only, 2 in the second file "
+                      "only, 991 in neither;"));
+    const struct {
+        const char* nodes;
+        const char* json;
+    } cases[] = {
+        {"union", "\"nodes\": 9, \"nmi_max\""},
+        {"common", "\"nodes\": 5, \"nmi_max\": 1, \"nmi_lfk\": 1, \"f1\": 1, \"omega\": 1, "},
+        {"first", "\"nodes_only_here\": 2}, \"second\""},
+        {"second", "\"nodes_only_here\": 2}, \"nodes\": 7, "},
+    };
+    for (const auto& expected : cases) {
+        const Outcome run = vorl("compare --json " + files + " --nodes " + expected.nodes);
+        EXPECT_TRUE(tells(run.out, expected.json)) << expected.nodes << run.out;
+    }
+}
+
+TEST(Compare, SampledOmegaIsSaid) {
+    const Folder folder;
+    const std::string files =
+        folder.write("a.cnl", "1 2 3 4\n4 5 6\n") + " " + folder.write("b.cnl", "1 2 3\n4 5 6\n");
+    EXPECT_TRUE(tells(vorl("compare " + files).out, "exact\n"));
+    const Outcome run = vorl("compare --exact-pairs 8 " + files);
+    EXPECT_TRUE(tells(run.out, "estimated from 5,000,000 pairs drawn of each file\n")) << run.out;
+    EXPECT_EQ(run.out, vorl("compare --exact-pairs 8 " + files).out);
+}
+
+TEST(Compare, FaultsAreTold) {
+    const Folder folder;
+    const std::string good = folder.write("good.cnl", "1 2\n3\n");
+    const std::string empty = folder.write("empty.cnl", "");
+    const std::string bad = folder.write("bad.cnl", "1 2\n3 3\n");
+    const std::string apart = folder.write("apart.cnl", "8 9\n");
+    const struct {
+        std::string arguments;
+        int code;
+        std::string message;
+    } cases[] = {
+        {good + " " + bad, 1, bad + ":2: node 3 stands twice in the line"},
+        {empty + " " + good, 1, empty + ": there are no clusters"},
+        {good + " " + (folder / "none.cnl").string(), 1, "none.cnl: No such file or directory"},
+        {good + " " + folder.path().string(), 1, ": Is a directory"},
+        {good + " " + apart + " --nodes common", 1, "none of the nodes to compare is in a cluster"},
+        {good, 2, "SECOND is required"},
+        {good + " " + good + " --node first", 2, "did you mean --nodes?"},
+        {good + " " + good + " --nodes frist", 2, "did you mean first?"},
+        {good + " " + good + " --count -1", 2, "--count"},
+        {good + " " + good + " --exact-pairs x", 2, "--exact-pairs"},
+    };
+    for (const auto& fault : cases) {
+        const Outcome run = vorl("compare " + fault.arguments);
+        EXPECT_EQ(run.code, fault.code) << fault.arguments << run.err;
+        EXPECT_TRUE(tells(run.err, fault.message)) << fault.arguments << run.err;
+        EXPECT_EQ(run.out, "");
+    }
+    // The comment sign takes the place of the redirections.
+    const std::string err = (folder / "err").string();
+    EXPECT_EQ(vorl("compare " + good + " " + good + " >/dev/full 2>" + err + " #").code, 1);
+    EXPECT_EQ(contents(err), "vorl: standard output: writing failed\n");
+}
+
+}  // namespace
+}  // namespace vorl::test

@@ -1,0 +1,227 @@
+// The reader of the plain network format: header, body, faults and estimates.
+#include <vorl/fileio/parser_nsl.hpp>
+
+#include "support/folder.hpp"
+#include "support/trace.hpp"
+
+#include <gtest/gtest.h>
+
+#include <ios>
+#include <memory>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+
+namespace vorl::test {
+namespace {
+
+/// A text read as a file.
+template <bool WEIGHTED = true>
+struct Read {
+    bool weighted = false;
+    bool directed = false;
+    std::shared_ptr<Graph<WEIGHTED>> graph;
+    std::string trace;
+
+    explicit Read(const std::string& text, FileFormat format = FileFormat::NSE,
+                  bool sumdups = false) {
+        const Folder folder;
+        Trace traced;
+        InpOptions options;
+        options.format = format;
+        options.filename = folder.write("network", text);
+        options.sumdups = sumdups;
+        NslParser parser(options);
+        weighted = parser.weighted();
+        directed = parser.directed();
+        graph = parser.build<Graph<WEIGHTED>>();
+        trace = traced.take();
+    }
+
+    /// "source>dest:weight" of all links, and the self weights.
+    std::string links() const {
+        std::string result;
+        char part[48];
+        for (const auto& node : graph->nodes()) {
+            for (const auto& ln : node.links) {
+                std::snprintf(part, sizeof part, "%u>%u:%G ", node.id, ln.dest->id,
+                              double{ln.weight});
+                result += part;
+            }
+            if (node.weight() == 0) continue;
+            std::snprintf(part, sizeof part, "%u=%G ", node.id, node.weight());
+            result += part;
+        }
+        return result;
+    }
+};
+
+struct Header {
+    const char* text;
+    FileFormat format;
+    bool directed;
+    bool weighted;
+    const char* trace;
+};
+
+std::ostream& operator<<(std::ostream& out, const Header& header) { return out << header.text; }
+
+class NslHeader : public testing::TestWithParam<Header> {};
+
+TEST_P(NslHeader, IsRead) {
+    const Header& header = GetParam();
+    const Read<> read(header.text + std::string("\n0 1 0.5\n0 2\n"), header.format);
+    EXPECT_EQ(read.directed, header.directed);
+    EXPECT_EQ(read.weighted, header.weighted);
+    EXPECT_EQ(read.trace, header.trace);
+    EXPECT_EQ(read.links(), header.directed ? "0>1:0.5 0>2:1 " : "0>1:0.5 0>2:1 1>0:0.5 2>0:1 ");
+}
+
+constexpr FileFormat NSE = FileFormat::NSE;
+constexpr FileFormat NSA = FileFormat::NSA;
+constexpr const char* EDGES_USED =
+    "WARNING header(), specified file format (ARCS) does not match the actual file format (EDGES). "
+    "The actual one is used.\n";
+constexpr const char* ARCS_USED =
+    "WARNING header(), specified file format (EDGES) does not match the actual file format (ARCS). "
+    "The actual one is used.\n";
+constexpr const char* COUNT_IS_5 =
+    "The number of links specified in the header (5) does not correspond to the actual number of "
+    "links(2)\n";
+
+INSTANTIATE_TEST_SUITE_P(
+    , NslHeader,
+    testing::Values(
+        Header{"", NSE, false, true, ""}, Header{"# a comment\n\n#", NSA, true, true, ""},
+        Header{"# Nodes: 3, Edges: 2, Weighted: 0", NSE, false, false, ""},
+        Header{" #\tnOdEs:\t3 ARCS: 2 weighted:\t7 and more", NSA, true, true, ""},
+        Header{"#Nodes: 3 Weighted: 0", NSA, true, false, ""},
+        Header{"# Nodes:", NSE, false, true, ""}, Header{"# Nodes: 3,", NSE, false, true, ""},
+        Header{"# Nodes: 3, Weighted:", NSE, false, true, ""},
+        Header{"# Nodes: 3, Links: 2, Weighted: 0", NSE, false, true, ""},
+        Header{"# Nodes: 3 , Weighted: 0", NSE, false, true, ""},
+        // The flavour of the file is the actual one, where a number follows.
+        Header{"# Nodes: 3, Edges: 2", NSA, false, true, EDGES_USED},
+        Header{"# Nodes: 3, Arcs: 2, Weighted: 0", NSE, true, false, ARCS_USED},
+        Header{"# Nodes: 3, Arcs: \t", NSE, false, true, ""},
+        Header{"# Nodes: 3, Edges: 5", NSE, false, true, COUNT_IS_5},
+        Header{"# Nodes: 3, Edges: 5, Weighted: 0", NSE, false, false, COUNT_IS_5},
+        // What doesn't begin with the number of nodes is a plain comment, as is all behind the
+        // header or behind the first link.
+        Header{"# Edges: 5", NSA, true, true, ""}, Header{"# Nodes:5", NSE, false, true, ""},
+        Header{"## Nodes: 3, Weighted: 0", NSE, false, true, ""},
+        Header{"# Nodes: 3\n# Nodes: 3, Weighted: 0", NSE, false, true, ""},
+        Header{"# text\n# Nodes: 3, Weighted: 0", NSE, false, false, ""},
+        // Bad values.
+        Header{"# Nodes: 3x, Edges: 5\n# Nodes: 3, Weighted: 0", NSE, false, false,
+               "WARNING header(), the nodes number is invalid, omitted: Invalid format of val or "
+               "out of range conversion of '3x, Edges: 5' with the value = 3: Terminating symbol "
+               "is invalid\n"},
+        Header{"# Nodes: 4294967296", NSE, false, true,
+               "WARNING header(), the nodes number is invalid, omitted: Invalid format of val or "
+               "out of range conversion of '4294967296' with the value = 4294967296: Terminating "
+               "symbol is invalid\n"},
+        Header{"# Nodes: 3, Arcs: 18446744073709551616, Weighted: 0", NSA, true, true,
+               "WARNING header(), the links number value is invalid, omitted: Invalid format of "
+               "val or out of range conversion of '18446744073709551616, ' with the value = "
+               "18446744073709551615: Numerical result out of range\n"},
+        Header{"# Nodes: 3, Edges: 2, Weighted: no", NSE, false, true,
+               "WARNING header(), the weighted value is invalid, omitted: Invalid format of val or "
+               "out of range conversion of 'no' with the value = 0: Terminating symbol is "
+               "invalid\n"}));
+
+TEST(NslBody, SkipsBlanksAndComments) {
+    const Read<> read(
+        " \t7\t8 2.5 and more\n\n  # 1 2\n \t\n7 9 1e-1\n7 1\t\n9 8 0x1p-2\n#\n1 9 -3");
+    EXPECT_EQ(read.links(),
+              "7>8:2.5 7>9:0.1 7>1:1 8>7:2.5 8>9:0.25 9>7:0.1 9>8:0.25 9>1:-3 1>7:1 1>9:-3 ");
+    EXPECT_EQ(read.trace, "");
+    EXPECT_EQ(Read<>("").links() + Read<>("\n\n#").links(), "");
+    EXPECT_EQ(Read<>("# Nodes: 9, Edges: 0").graph->nodes().size(), 0);
+}
+
+TEST(NslBody, ReadsTheDefaultWeightFromNoneZeroAndWords) {
+    EXPECT_EQ(Read<>("0 1 0\n0 2 abc\n0 3 -0.0\n0 4 0.5x\n0 5 .5\n", NSA).links(),
+              "0>1:1 0>2:1 0>3:1 0>4:0.5 0>5:0.5 ");
+    // Unweighted, the third column isn't looked at.
+    EXPECT_EQ(Read<false>("0 1 1e99\n0 2 7\n", NSA).links(), "0>1:1 0>2:1 ");
+}
+
+TEST(NslBody, HandsOverLinksBySource) {
+    constexpr const char* text = "0 1 2\n0 2 3\n0 1 4\n3 3 5\n0 2 6\n0 1 7\n3 3 5\n";
+    EXPECT_EQ(Read<>(text, NSA).links(), "0>1:2 0>2:3 3=10 ");
+    EXPECT_EQ(Read<>(text, NSA).trace,
+              "WARNING build(), the duplicated links are skipped:  0->1 0->2 0->1 3->3\n");
+    EXPECT_EQ(Read<>(text, NSA, true).links(), "0>1:13 0>2:3 3=20 ");
+    // Both ends of a repeated edge are told. The number of links counts repeated lines too.
+    const Read<false> edges("# Nodes: 2, Edges: 2\n1 2\n2 1\n");
+    EXPECT_EQ(edges.trace, "WARNING build(), the duplicated links are skipped:  1->2 2->1\n");
+    EXPECT_FALSE(edges.graph->directed());
+    EXPECT_TRUE(Read<>(text, NSA).graph->directed());
+    EXPECT_FALSE(Read<>("1 1\n", NSA).graph->directed());
+}
+
+TEST(NslBody, RefusesWhatIsNoLink) {
+    const auto refused = [](const std::string& text) {
+        return errorOf<std::invalid_argument>([&] { Read<>("0 1\n" + text); });
+    };
+    const std::string words = "Invalid format of val or out of range conversion of '";
+    const std::string reason = ": id == ID_NONE or the terminating symbol is invalid\n";
+    EXPECT_EQ(refused("4294967295 1\n"),
+              words + "4294967295 1' with the value = 4294967295" + reason);
+    EXPECT_EQ(refused("2 1,\n"), words + "1,' with the value = 1" + reason);
+    EXPECT_EQ(refused("x 1\n"), words + "x 1' with the value = 0" + reason);
+    EXPECT_EQ(refused("2 #3\n"), words + "#3' with the value = 0" + reason);
+    EXPECT_EQ(refused("2 -1\n"), words + "-1' with the value = 18446744073709551615" + reason);
+    EXPECT_EQ(refused("3 99999999999999999999999\n"),
+              words +
+                  "9999999999999999999999' with the value = 18446744073709551615: Numerical "
+                  "result out of range\n");
+    EXPECT_TRUE(refused("2 1 1e99\n")
+                    .ends_with("with the value = inf: Numerical result out of "
+                               "range\n"));
+    EXPECT_EQ(Read<>("4294967294 00000000000000000003\n", NSA).links(), "4294967294>3:1 ");
+    EXPECT_EQ(errorOf<std::domain_error>([] { Read<>("0 1\n 5 \t\n"); }),
+              "ERROR build(), The dest id is expected:  5 \t\n");
+}
+
+TEST(NslFile, MustBeThereAndOfTheFormat) {
+    InpOptions options;
+    options.filename = "/nonexistent/network.rcg";
+    options.format = FileFormat::RCG;
+    EXPECT_EQ(errorOf<std::invalid_argument>([&] { NslParser parser(options); }),
+              "NslParser(), NSL format is expected instead of RCG\n");
+    options.format = NSE;
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(errorOf<std::ios_base::failure>([&] {
+                    NslParser parser(options);
+                }).starts_with("No such file or directory\n"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "NslParser(), error opening the file /nonexistent/network.rcg: No such file or "
+              "directory\n");
+}
+
+TEST(NslFile, SizesTheMapOfIds) {
+    const auto buckets = [](const Read<>& read) {
+        Graph<true>::IdNodesT idnodes;
+        read.graph->release(&idnodes);
+        return idnodes.bucket_count();
+    };
+    const auto expected = [](Id nodesNum) {
+        Graph<true>::IdNodesT idnodes;
+        idnodes.reserve(nodesNum);
+        return idnodes.bucket_count();
+    };
+    // 1234 bytes: 4 / 2 + 30 / 3 + 200 / 4 + 1000 / 5 = 262 tokens, to the power of 0.78 are 76.96
+    // nodes; of arcs half as many tokens, 44.8 nodes.
+    std::string text = "0 1\n#";
+    text.resize(1234, 'x');
+    EXPECT_EQ(buckets(Read<>(text)), expected(76));
+    EXPECT_EQ(buckets(Read<>(text, NSA)), expected(44));
+    // The header knows better, but no file holds more nodes than bytes.
+    EXPECT_EQ(buckets(Read<>("# Nodes: 500\n" + text)), expected(500));
+    EXPECT_EQ(buckets(Read<>("# Nodes: 4000000000\n0 1\n")), expected(24));
+}
+
+}  // namespace
+}  // namespace vorl::test
