@@ -236,8 +236,7 @@ JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_addLinks(JNIEnv* env, jclass, 
 JNIEXPORT jstring JNICALL Java_info_quenta_vorl_Bulk_fault(JNIEnv* env, jclass, jlong graph,
                                                            jboolean weighted) {
     return guarded(env, [&] {
-        const char* const text =
-            onGraph(graph, weighted, [](auto& gr) { return java::fault(gr); });
+        const char* const text = onGraph(graph, weighted, [](auto& gr) { return java::fault(gr); });
         return text ? env->NewStringUTF(text) : nullptr;
     });
 }
