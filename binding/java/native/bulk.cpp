@@ -1,0 +1,316 @@
+// Native methods of info.quenta.vorl.Bulk: whole networks and levels in one call.
+#include "frame.hpp"
+
+#include <vorl/graph.hpp>
+#include <vorl/hierarchy/cluster.hpp>
+#include <vorl/processing/validation.hpp>
+#include <vorl/types/trace.hpp>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <stdexcept>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace vorl::java {
+
+namespace {
+
+template <class T>
+T& object(jlong handle) {
+    return **reinterpret_cast<std::shared_ptr<T>*>(handle);
+}
+
+/// Calls the operation for the graph of a handle.
+template <class OperationT>
+auto onGraph(jlong handle, jboolean weighted, OperationT operation) {
+    return weighted ? operation(object<Graph<true>>(handle))
+                    : operation(object<Graph<false>>(handle));
+}
+
+/// Calls the operation for the hierarchy of a handle.
+template <class OperationT>
+auto onHierarchy(jlong handle, jboolean weighted, OperationT operation) {
+    return weighted ? operation(object<Hierarchy<WeightedLinks>>(handle))
+                    : operation(object<Hierarchy<UnweightedLinks>>(handle));
+}
+
+/// Runs a native method; what it throws goes to Java.
+template <class OperationT>
+auto guarded(JNIEnv* env, OperationT operation) -> decltype(operation()) {
+    try {
+        return operation();
+    } catch (...) {
+        rethrow(env);
+        return decltype(operation())();
+    }
+}
+
+jsize length(std::size_t size) {
+    if (size > static_cast<std::size_t>(std::numeric_limits<jsize>::max()))
+        throw std::length_error("the level has more members than a Java array can hold");
+    return static_cast<jsize>(size);
+}
+
+/// Stores the values as an array of Java.
+/// @return false if Java raised an exception
+bool store(JNIEnv* env, jobjectArray out, jsize place, const std::vector<jint>& values) {
+    const jintArray array = env->NewIntArray(length(values.size()));
+    if (!array) return false;
+    env->SetIntArrayRegion(array, 0, length(values.size()), values.data());
+    env->SetObjectArrayElement(out, place, array);
+    env->DeleteLocalRef(array);
+    return !env->ExceptionCheck();
+}
+
+bool store(JNIEnv* env, jobjectArray out, jsize place, const std::vector<jfloat>& values) {
+    const jfloatArray array = env->NewFloatArray(length(values.size()));
+    if (!array) return false;
+    env->SetFloatArrayRegion(array, 0, length(values.size()), values.data());
+    env->SetObjectArrayElement(out, place, array);
+    env->DeleteLocalRef(array);
+    return !env->ExceptionCheck();
+}
+
+/// The elements of an array of Java, for reading.
+class Ints {
+public:
+    Ints(JNIEnv* env, jintArray array)
+        : m_env(env), m_array(array), m_data(env->GetIntArrayElements(array, nullptr)) {
+        if (!m_data) throw std::bad_alloc();
+    }
+    Ints(const Ints&) = delete;
+    Ints& operator=(const Ints&) = delete;
+    ~Ints() { m_env->ReleaseIntArrayElements(m_array, m_data, JNI_ABORT); }
+
+    Id operator[](jsize i) const { return static_cast<Id>(m_data[i]); }
+
+private:
+    JNIEnv* m_env;
+    jintArray m_array;
+    jint* m_data;
+};
+
+class Floats {
+public:
+    Floats(JNIEnv* env, jfloatArray array)
+        : m_env(env),
+          m_array(array),
+          m_data(array ? env->GetFloatArrayElements(array, nullptr) : nullptr) {
+        if (array && !m_data) throw std::bad_alloc();
+    }
+    Floats(const Floats&) = delete;
+    Floats& operator=(const Floats&) = delete;
+    ~Floats() {
+        if (m_data) m_env->ReleaseFloatArrayElements(m_array, m_data, JNI_ABORT);
+    }
+
+    LinkWeight operator[](jsize i) const { return m_data ? m_data[i] : 1; }
+
+private:
+    JNIEnv* m_env;
+    jfloatArray m_array;
+    jfloat* m_data;
+};
+
+/// A list of items with, for each of them, a run of other items and their shares.
+struct Rows {
+    std::vector<jint> ids;
+    std::vector<jint> starts{0};  ///< where each run starts, and where the last one ends
+    std::vector<jint> others;
+    std::vector<jfloat> shares;
+
+    void add(Id id, Share share) {
+        others.push_back(static_cast<jint>(id));
+        shares.push_back(share);
+    }
+    void end(Id id) {
+        ids.push_back(static_cast<jint>(id));
+        starts.push_back(length(others.size()));
+    }
+    void store(JNIEnv* env, jobjectArray out) const {
+        java::store(env, out, 0, ids) && java::store(env, out, 1, starts) &&
+            java::store(env, out, 2, others) && java::store(env, out, 3, shares);
+    }
+};
+
+template <class LinksT>
+void addMembers(Rows& rows, const Hierarchy<LinksT>& hier, const Cluster<LinksT>& cl) {
+    for (const auto& [node, share] : hier.unwrap(cl)) rows.add(node->id, share);
+    rows.end(cl.id);
+}
+
+template <class ItemT>
+void addOwners(Rows& rows, const ItemT& item) {
+    for (const auto& owner : item.owners)
+        rows.add(owner.dest->id, item.owners.size() == 1 ? Share{1}
+                                                         : static_cast<Share>(owner.numac) /
+                                                               static_cast<Share>(item.totac));
+    rows.end(item.id);
+}
+
+/// A copy of the nodes; clustering takes the nodes that it is given.
+template <class LinksT>
+Nodes<LinksT> copied(const Nodes<LinksT>& nodes) {
+    Nodes<LinksT> copies;
+    std::unordered_map<const Node<LinksT>*, Node<LinksT>*> copyOf;
+    copyOf.reserve(nodes.size());
+    for (const Node<LinksT>& node : nodes) {
+        Node<LinksT>& copy = copies.emplace_back(node.id, node.links.size());
+        copy.m_sweight = node.m_sweight;
+        copyOf.emplace(&node, &copy);
+    }
+    auto copy = copies.begin();
+    for (const Node<LinksT>& node : nodes) {
+        for (const auto& ln : node.links) copy->links.emplace_back(copyOf.at(ln.dest), ln.weight);
+        ++copy;
+    }
+    return copies;
+}
+
+template <bool WEIGHTED>
+jlong clustered(Graph<WEIGHTED>& graph, const ClusterOptions& options) {
+    using LinksT = typename Graph<WEIGHTED>::LinksT;
+    Nodes<LinksT> nodes = copied<LinksT>(graph.nodes());
+    // The engine needs the back links of arcs, which it leaves to the validation.
+    if (graph.directed() && options.validation == Validation::NONE) {
+        AccWeight weight = 0;
+        Size links = 0;
+        validate<true>(nodes, weight, links);
+    }
+    auto hier = cluster<LinksT>(nodes, !graph.directed(), options);
+    return reinterpret_cast<jlong>(new std::shared_ptr<Hierarchy<LinksT>>(std::move(hier)));
+}
+
+/// What is wrong with the network, null if it can be clustered.
+template <bool WEIGHTED>
+const char* fault(Graph<WEIGHTED>& graph) {
+    AccWeight total = 0;
+    for (const auto& node : graph.nodes()) {
+        if (!(node.m_sweight >= 0)) return "a self link has a weight that isn't a positive number";
+        total += node.m_sweight;
+        for (const auto& ln : node.links) {
+            if (!(ln.weight >= 0)) return "a link has a weight that isn't a positive number";
+            total += ln.weight;
+        }
+    }
+    if (total == 0) return "the network has no links, or they weigh nothing";
+    if (total > std::numeric_limits<float>::max()) return "the weights add up to more than 3.4e38";
+    return nullptr;
+}
+
+}  // namespace
+
+}  // namespace vorl::java
+
+using namespace vorl;
+using namespace vorl::java;
+
+extern "C" {
+
+JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_addLinks(JNIEnv* env, jclass, jlong graph,
+                                                           jboolean weighted, jboolean directed,
+                                                           jintArray sources, jintArray targets,
+                                                           jfloatArray weights, jint count) {
+    guarded(env, [&] {
+        const Ints src(env, sources);
+        const Ints dst(env, targets);
+        const Floats weight(env, weights);
+        onGraph(graph, weighted, [&](auto& gr) {
+            std::vector<Id> ends(2);
+            for (jsize i = 0; i < count; ++i) {
+                ends[0] = src[i];
+                ends[1] = dst[i];
+                gr.addNodes(ends);
+                if (directed)
+                    gr.template addLink<true>(src[i], dst[i], weight[i]);
+                else
+                    gr.template addLink<false>(src[i], dst[i], weight[i]);
+            }
+        });
+    });
+}
+
+JNIEXPORT jstring JNICALL Java_info_quenta_vorl_Bulk_fault(JNIEnv* env, jclass, jlong graph,
+                                                           jboolean weighted) {
+    return guarded(env, [&] {
+        const char* const text = onGraph(graph, weighted, [](auto& gr) { return java::fault(gr); });
+        return text ? env->NewStringUTF(text) : nullptr;
+    });
+}
+
+JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_nodes(JNIEnv* env, jclass, jlong graph,
+                                                         jboolean weighted) {
+    return guarded(env, [&] {
+        return onGraph(graph, weighted,
+                       [](auto& gr) { return static_cast<jlong>(gr.nodes().size()); });
+    });
+}
+
+JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_cluster(JNIEnv* env, jclass, jlong graph,
+                                                           jboolean weighted, jlong options) {
+    return guarded(env, [&] {
+        return onGraph(graph, weighted, [options](auto& gr) {
+            return clustered(gr, *reinterpret_cast<const ClusterOptions*>(options));
+        });
+    });
+}
+
+JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_trace(JNIEnv*, jclass, jlong stream) {
+    return reinterpret_cast<jlong>(std::exchange(ftrace, reinterpret_cast<std::FILE*>(stream)));
+}
+
+JNIEXPORT jlongArray JNICALL Java_info_quenta_vorl_Bulk_sizes(JNIEnv* env, jclass, jlong hierarchy,
+                                                              jboolean weighted) {
+    return guarded(env, [&]() -> jlongArray {
+        const auto sizes = onHierarchy(hierarchy, weighted, [](const auto& hier) {
+            std::vector<jlong> result{static_cast<jlong>(hier.nodes().size()),
+                                      static_cast<jlong>(hier.root().size())};
+            for (const auto& level : hier.levels()) {
+                result.push_back(static_cast<jlong>(level.clusters.size()));
+                result.push_back(static_cast<jlong>(level.fullsize));
+            }
+            return result;
+        });
+        const jlongArray array = env->NewLongArray(length(sizes.size()));
+        if (array) env->SetLongArrayRegion(array, 0, length(sizes.size()), sizes.data());
+        return array;
+    });
+}
+
+JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_members(JNIEnv* env, jclass, jlong hierarchy,
+                                                          jboolean weighted, jint level,
+                                                          jobjectArray out) {
+    guarded(env, [&] {
+        Rows rows;
+        onHierarchy(hierarchy, weighted, [&](const auto& hier) {
+            const auto& levels = hier.levels();
+            const auto index = static_cast<std::size_t>(level);
+            if (index == levels.size())
+                for (const auto* cl : hier.root()) addMembers(rows, hier, *cl);
+            else
+                for (const auto& cl : levels.at(index).clusters) addMembers(rows, hier, cl);
+        });
+        rows.store(env, out);
+    });
+}
+
+JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_owners(JNIEnv* env, jclass, jlong hierarchy,
+                                                         jboolean weighted, jint level,
+                                                         jobjectArray out) {
+    guarded(env, [&] {
+        Rows rows;
+        onHierarchy(hierarchy, weighted, [&](const auto& hier) {
+            if (level < 0)
+                for (const auto& node : hier.nodes()) addOwners(rows, node);
+            else
+                for (const auto& cl : hier.levels().at(static_cast<std::size_t>(level)).clusters)
+                    addOwners(rows, cl);
+        });
+        rows.store(env, out);
+    });
+}
+
+}  // extern "C"

@@ -1,0 +1,23 @@
+// How values and exceptions travel between the library and Java.
+#pragma once
+
+#include <jni.h>
+
+namespace vorl::java {
+
+/// Raises a Java exception in place of a pending one.
+/// @param type name of the class with slashes
+void raise(JNIEnv* env, const char* type, const char* text);
+
+/// Turns the C++ exception being handled into a Java exception with its text: OutOfMemoryError
+/// where memory ran out, else RuntimeException.
+void rethrow(JNIEnv* env);
+
+/// The low 64 bits of a java.math.BigInteger.
+/// @return false if Java raised an exception
+bool fromBigInteger(JNIEnv* env, jobject number, unsigned long long& value);
+
+/// @return null if Java raised an exception
+jobject toBigInteger(JNIEnv* env, unsigned long long value);
+
+}  // namespace vorl::java

@@ -1,0 +1,85 @@
+package info.quenta.vorl.api;
+
+import info.quenta.vorl.Bulk;
+import info.quenta.vorl.ClusterOptions;
+import info.quenta.vorl.Graph;
+import info.quenta.vorl.SGraph;
+
+/** A native network of either kind. */
+interface NativeNetwork {
+    void addLinks(boolean directed, int[] src, int[] dst, float[] weights, int count);
+
+    String fault();
+
+    long nodes();
+
+    boolean directed();
+
+    NativeHierarchy cluster(ClusterOptions options);
+
+    void delete();
+
+    record Weighted(Graph graph) implements NativeNetwork {
+        @Override
+        public void addLinks(boolean directed, int[] src, int[] dst, float[] weights, int count) {
+            Bulk.addLinks(graph, directed, src, dst, weights, count);
+        }
+
+        @Override
+        public String fault() {
+            return Bulk.fault(graph);
+        }
+
+        @Override
+        public long nodes() {
+            return Bulk.nodes(graph);
+        }
+
+        @Override
+        public boolean directed() {
+            return graph.directed();
+        }
+
+        @Override
+        public NativeHierarchy cluster(ClusterOptions options) {
+            return new NativeHierarchy.Weighted(Bulk.cluster(graph, options));
+        }
+
+        @Override
+        public void delete() {
+            graph.delete();
+        }
+    }
+
+    record Unweighted(SGraph graph) implements NativeNetwork {
+        @Override
+        public void addLinks(boolean directed, int[] src, int[] dst, float[] weights, int count) {
+            Bulk.addLinks(graph, directed, src, dst, count);
+        }
+
+        @Override
+        public String fault() {
+            return Bulk.fault(graph);
+        }
+
+        @Override
+        public long nodes() {
+            return Bulk.nodes(graph);
+        }
+
+        @Override
+        public boolean directed() {
+            return graph.directed();
+        }
+
+        @Override
+        public NativeHierarchy cluster(ClusterOptions options) {
+            return new NativeHierarchy.Unweighted(Bulk.cluster(graph, options));
+        }
+
+        @Override
+        public void delete() {
+            graph.delete();
+        }
+    }
+}

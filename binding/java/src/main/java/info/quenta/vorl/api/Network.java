@@ -1,0 +1,350 @@
+package info.quenta.vorl.api;
+
+import info.quenta.vorl.ClusterOptions;
+import info.quenta.vorl.FileFormat;
+import info.quenta.vorl.Graph;
+import info.quenta.vorl.InpOptions;
+import info.quenta.vorl.NslParser;
+import info.quenta.vorl.RcgParser;
+import info.quenta.vorl.SGraph;
+import info.quenta.vorl.vorl;
+
+import java.io.UncheckedIOException;
+import java.nio.file.Files;
+import java.nio.file.NoSuchFileException;
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.List;
+
+/**
+ * A network: nodes with ids, joined by edges or arcs, weighted or not.
+ *
+ * <p>It doesn't change, and can be clustered any number of times.
+ */
+public final class Network implements AutoCloseable {
+    /** The largest id of a node. */
+    public static final long MAX_ID = 0xFFFFFFFEL;
+
+    private final Resource<NativeNetwork> resource;
+
+    private Network(NativeNetwork network) {
+        this.resource = new Resource<>(this, "network", network, NativeNetwork::delete);
+        String fault = resource.call(NativeNetwork::fault);
+        if (fault != null) {
+            close();
+            throw new VorlException(fault);
+        }
+    }
+
+    /**
+     * Reads a file of links. Its format is told from the name: NSE ({@code .nse}, {@code .ncol}),
+     * NSA ({@code .nsa}) or RCG ({@code .rcg}, {@code .hig}).
+     *
+     * @param file the file
+     * @return the network, to be closed
+     * @throws UncheckedIOException if there is no such file
+     * @throws VorlException if the format is unknown, or the file holds no network that can be
+     *     clustered
+     */
+    public static Network read(Path file) {
+        if (!Files.exists(file))
+            throw new UncheckedIOException(new NoSuchFileException(file.toString()));
+        return Resource.alone(
+                false,
+                () -> {
+                    InpOptions options = new InpOptions();
+                    try {
+                        options.setFilename(file.toString());
+                        options.setFormat(vorl.inpFileFmt(file.toString()));
+                        return new Network(parse(options));
+                    } finally {
+                        options.delete();
+                    }
+                });
+    }
+
+    private static NativeNetwork parse(InpOptions options) {
+        FileFormat format = options.getFormat();
+        if (format == FileFormat.UNKNOWN)
+            throw new VorlException(
+                    options.getFilename() + ": the format can't be told from the name");
+        if (format == FileFormat.NSE || format == FileFormat.NSA) {
+            NslParser parser = new NslParser(options);
+            try {
+                // Arcs keep their direction in the weighted form only.
+                if (parser.weighted() || format == FileFormat.NSA)
+                    return new NativeNetwork.Weighted(parser.build());
+                return new NativeNetwork.Unweighted(parser.sbuild());
+            } finally {
+                parser.delete();
+            }
+        }
+        RcgParser parser = new RcgParser(options);
+        try {
+            if (parser.weighted()) return new NativeNetwork.Weighted(parser.build());
+            return new NativeNetwork.Unweighted(parser.sbuild());
+        } finally {
+            parser.delete();
+        }
+    }
+
+    /**
+     * Starts a network that is built link by link.
+     *
+     * @return a new builder
+     */
+    public static Builder builder() {
+        return new Builder();
+    }
+
+    /**
+     * Clusters the network with the default options.
+     *
+     * @return the clustering, to be closed
+     */
+    public Clustering cluster() {
+        return cluster(Options.defaults());
+    }
+
+    /**
+     * Clusters the network. Only one thread at a time clusters; others wait.
+     *
+     * @param options how
+     * @return the clustering, to be closed; it outlives the network
+     * @throws VorlException if the library refuses the network or the options
+     */
+    public Clustering cluster(Options options) {
+        return resource.callAlone(
+                options.trace(),
+                network -> {
+                    ClusterOptions record = options.toNative();
+                    try {
+                        return new Clustering(network.cluster(record));
+                    } finally {
+                        record.delete();
+                    }
+                });
+    }
+
+    /**
+     * The number of nodes.
+     *
+     * @return a positive number
+     */
+    public long nodeCount() {
+        return resource.call(NativeNetwork::nodes);
+    }
+
+    /**
+     * Whether the network holds arcs.
+     *
+     * @return false if all links are edges
+     */
+    public boolean directed() {
+        return resource.call(NativeNetwork::directed);
+    }
+
+    /** Frees the native memory; closing twice is harmless. */
+    @Override
+    public void close() {
+        resource.close();
+    }
+
+    /**
+     * Collects links. Nodes come into being with their first link; of repeated links the first one
+     * counts. An edge and an arc of weight 1 are meant where no weight is given.
+     */
+    public static final class Builder {
+        private static final float[] NO_WEIGHTS = {};
+
+        /** Consecutive links of one kind. */
+        private record Run(int start, boolean directed) {}
+
+        private int[] src = new int[16];
+        private int[] dst = new int[16];
+        private float[] weights = NO_WEIGHTS; // empty while all weigh 1
+        private int count;
+        private final List<Run> runs = new ArrayList<>();
+
+        private Builder() {}
+
+        /**
+         * Adds an edge.
+         *
+         * @param a one end, from 0 to {@link Network#MAX_ID}
+         * @param b the other end; the same for a self link
+         * @return this builder
+         * @throws IllegalArgumentException if an id is out of range
+         */
+        public Builder edge(long a, long b) {
+            return add(false, a, b, 1);
+        }
+
+        /**
+         * Adds a weighted edge.
+         *
+         * @param a one end
+         * @param b the other end
+         * @param weight not negative
+         * @return this builder
+         * @throws IllegalArgumentException if an id or the weight is out of range
+         */
+        public Builder edge(long a, long b, double weight) {
+            return add(false, a, b, weight);
+        }
+
+        /**
+         * Adds an arc.
+         *
+         * @param from its source
+         * @param to its destination
+         * @return this builder
+         * @throws IllegalArgumentException if an id is out of range
+         */
+        public Builder arc(long from, long to) {
+            return add(true, from, to, 1);
+        }
+
+        /**
+         * Adds a weighted arc.
+         *
+         * @param from its source
+         * @param to its destination
+         * @param weight not negative
+         * @return this builder
+         * @throws IllegalArgumentException if an id or the weight is out of range
+         */
+        public Builder arc(long from, long to, double weight) {
+            return add(true, from, to, weight);
+        }
+
+        /**
+         * Adds many edges.
+         *
+         * @param a ends
+         * @param b the other ends
+         * @return this builder
+         * @throws IllegalArgumentException if an id is out of range or the lengths differ
+         */
+        public Builder edges(long[] a, long[] b) {
+            return addAll(false, a, b, null);
+        }
+
+        /**
+         * Adds many weighted edges.
+         *
+         * @param a ends
+         * @param b the other ends
+         * @param weights not negative
+         * @return this builder
+         * @throws IllegalArgumentException if a value is out of range or the lengths differ
+         */
+        public Builder edges(long[] a, long[] b, float[] weights) {
+            return addAll(false, a, b, weights.clone());
+        }
+
+        /**
+         * Adds many arcs.
+         *
+         * @param from sources
+         * @param to destinations
+         * @return this builder
+         * @throws IllegalArgumentException if an id is out of range or the lengths differ
+         */
+        public Builder arcs(long[] from, long[] to) {
+            return addAll(true, from, to, null);
+        }
+
+        /**
+         * Adds many weighted arcs.
+         *
+         * @param from sources
+         * @param to destinations
+         * @param weights not negative
+         * @return this builder
+         * @throws IllegalArgumentException if a value is out of range or the lengths differ
+         */
+        public Builder arcs(long[] from, long[] to, float[] weights) {
+            return addAll(true, from, to, weights.clone());
+        }
+
+        /**
+         * Makes the network of the links so far; the builder can be used on.
+         *
+         * @return the network, to be closed
+         * @throws VorlException if there are no links, or they weigh nothing
+         */
+        public Network build() {
+            boolean arcs = runs.stream().anyMatch(Run::directed);
+            NativeNetwork network =
+                    weights.length > 0 || arcs
+                            ? new NativeNetwork.Weighted(new Graph())
+                            : new NativeNetwork.Unweighted(new SGraph());
+            for (int i = 0; i < runs.size(); ++i) {
+                Run run = runs.get(i);
+                int end = i + 1 < runs.size() ? runs.get(i + 1).start : count;
+                float[] part =
+                        weights.length == 0 ? null : Arrays.copyOfRange(weights, run.start, end);
+                network.addLinks(
+                        run.directed,
+                        Arrays.copyOfRange(src, run.start, end),
+                        Arrays.copyOfRange(dst, run.start, end),
+                        part,
+                        end - run.start);
+            }
+            return new Network(network);
+        }
+
+        private Builder addAll(boolean directed, long[] from, long[] to, float[] given) {
+            if (from.length != to.length || (given != null && given.length != to.length))
+                throw new IllegalArgumentException("the arrays have different lengths");
+            for (int i = 0; i < from.length; ++i) {
+                checkId(from[i]);
+                checkId(to[i]);
+                if (given != null) checkWeight(given[i]);
+            }
+            for (int i = 0; i < from.length; ++i)
+                add(directed, from[i], to[i], given == null ? 1 : given[i]);
+            return this;
+        }
+
+        private Builder add(boolean directed, long from, long to, double weight) {
+            int source = checkId(from);
+            int target = checkId(to);
+            float value = checkWeight(weight);
+            if (count == src.length) {
+                int size = Math.addExact(count, count >> 1);
+                src = Arrays.copyOf(src, size);
+                dst = Arrays.copyOf(dst, size);
+            }
+            if (weights.length == 0 ? value != 1 : weights.length < src.length) {
+                int known = weights.length;
+                weights = Arrays.copyOf(weights, src.length);
+                Arrays.fill(weights, known, weights.length, 1);
+            }
+            if (runs.isEmpty() || runs.get(runs.size() - 1).directed != directed)
+                runs.add(new Run(count, directed));
+            src[count] = source;
+            dst[count] = target;
+            if (weights.length > 0) weights[count] = value;
+            ++count;
+            return this;
+        }
+
+        private static int checkId(long id) {
+            if (id < 0 || id > MAX_ID)
+                throw new IllegalArgumentException(
+                        "the id is " + id + ", 0 to " + MAX_ID + " is expected");
+            return (int) id;
+        }
+
+        private static float checkWeight(double weight) {
+            float value = (float) weight;
+            if (!(value >= 0) || Float.isInfinite(value))
+                throw new IllegalArgumentException(
+                        "the weight is " + weight + ", a number of at least 0 is expected");
+            return value;
+        }
+    }
+}

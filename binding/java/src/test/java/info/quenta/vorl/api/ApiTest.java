@@ -1,0 +1,305 @@
+package info.quenta.vorl.api;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import info.quenta.vorl.Settings;
+
+import java.io.UncheckedIOException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.HashMap;
+import java.util.List;
+import java.util.Map;
+import java.util.NoSuchElementException;
+import java.util.TreeMap;
+import java.util.stream.LongStream;
+
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.io.TempDir;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.ValueSource;
+
+class ApiTest {
+    @TempDir Path folder;
+
+    /** Two triangles that are joined by one edge. */
+    private static Network.Builder triangles() {
+        return Network.builder()
+                .edges(new long[] {0, 1, 2, 3, 4, 5}, new long[] {1, 2, 0, 4, 5, 3})
+                .edge(2, 3);
+    }
+
+    /** The members of all clusters by level, with their shares. */
+    private static List<List<List<Member>>> shape(Clustering clustering) {
+        return clustering.levels().stream()
+                .map(level -> level.clusters().stream().map(Cluster::members).map(List::copyOf).toList())
+                .toList();
+    }
+
+    @Test
+    void clustersWhatIsBuiltByHand() {
+        try (Network network = triangles().build();
+                Clustering clustering = network.cluster(Options.builder().gamma(1).build())) {
+            assertEquals(6, network.nodeCount());
+            assertFalse(network.directed());
+            assertEquals(14, clustering.weight());
+            assertEquals(2, clustering.root().size());
+            List<Long> first =
+                    clustering.root().clusters().get(0).members().stream()
+                            .map(Member::node)
+                            .sorted()
+                            .toList();
+            assertEquals(List.of(0L, 1L, 2L), first);
+            Score score = clustering.score();
+            assertEquals(5f / 14, score.modularity(), 1e-6);
+            assertEquals(
+                    clustering.levels().stream().mapToInt(Level::size).sum(), score.clusters());
+        }
+    }
+
+    @ParameterizedTest
+    @ValueSource(strings = {"karate.nse", "lesmis.nse", "jazz.nse", "celegansneural.nsa"})
+    void walksAgree(String name) throws Exception {
+        try (Network network = Network.read(Settings.data(name));
+                Clustering clustering = network.cluster()) {
+            // The shares of each node at the root add up to 1.
+            Map<Long, Float> shares = new HashMap<>();
+            for (Cluster cluster : clustering.root().clusters())
+                for (Member member : cluster.members())
+                    shares.merge(member.node(), member.share(), Float::sum);
+            assertEquals(clustering.nodeCount(), shares.size());
+            for (float sum : shares.values()) assertEquals(1, sum, 1e-4);
+
+            // What climbs from a node along its owners is what the root says of the node.
+            for (long node : shares.keySet()) {
+                Map<Cluster, Double> reached = new HashMap<>();
+                climb(clustering.memberships(node), 1, reached);
+                List<Membership> told = clustering.root().memberships(node);
+                assertEquals(reached.size(), told.size());
+                for (Membership m : told)
+                    assertEquals(reached.get(m.cluster()), m.share(), 1e-4, "node " + node);
+            }
+
+            // A cluster holds a node if and only if the node's own list holds the cluster.
+            for (Level level : clustering.levels())
+                for (Cluster cluster : level.clusters()) {
+                    assertEquals(level.index(), cluster.level());
+                    Member some = cluster.members().get(cluster.size() / 2);
+                    assertTrue(
+                            level.memberships(some.node())
+                                    .contains(new Membership(cluster, some.share())));
+                }
+        }
+    }
+
+    private static void climb(
+            List<Membership> memberships, double share, Map<Cluster, Double> reached) {
+        for (Membership m : memberships) {
+            List<Membership> owners = m.cluster().owners();
+            if (owners.isEmpty()) reached.merge(m.cluster(), share * m.share(), Double::sum);
+            else climb(owners, share * m.share(), reached);
+        }
+    }
+
+    @Test
+    void aNetworkCanBeClusteredAgain() {
+        Clustering first;
+        try (Network network = Network.read(Settings.data("lesmis.nse"))) {
+            first = network.cluster();
+            try (Clustering second = network.cluster();
+                    Clustering coarse = network.cluster(Options.builder().gamma(0).build())) {
+                assertEquals(shape(first), shape(second));
+                assertEquals(first.score(), second.score());
+                assertEquals(1, coarse.root().size());
+            }
+        }
+        assertTrue(first.root().size() > 1); // outlives the network
+        first.close();
+    }
+
+    @Test
+    void whatIsBuiltEqualsWhatIsRead() throws Exception {
+        for (String name : List.of("lesmis.nse", "celegansneural.nsa", "karate.nse")) {
+            Network.Builder builder = Network.builder();
+            for (String line : Files.readAllLines(Settings.data(name))) {
+                if (line.isBlank() || line.startsWith("#")) continue;
+                String[] part = line.trim().split("\\s+");
+                double weight = part.length > 2 ? Double.parseDouble(part[2]) : 1;
+                if (name.endsWith("nsa"))
+                    builder.arc(Long.parseLong(part[0]), Long.parseLong(part[1]), weight);
+                else builder.edge(Long.parseLong(part[0]), Long.parseLong(part[1]), weight);
+            }
+            try (Network read = Network.read(Settings.data(name));
+                    Network built = builder.build();
+                    Clustering one = read.cluster();
+                    Clustering other = built.cluster()) {
+                assertEquals(read.directed(), built.directed());
+                assertEquals(one.weight(), other.weight());
+                assertEquals(shape(one), shape(other), name);
+            }
+        }
+    }
+
+    @Test
+    void idsHaveTheWholeRange() {
+        try (Network network =
+                        Network.builder().edge(0, Network.MAX_ID).edge(0x80000000L, 5, 2).build();
+                Clustering clustering = network.cluster()) {
+            TreeMap<Long, Integer> clusters = new TreeMap<>();
+            for (long node : new long[] {0, 5, 0x80000000L, Network.MAX_ID})
+                clusters.put(node, clustering.root().memberships(node).size());
+            assertEquals(Map.of(0L, 1, 5L, 1, 0x80000000L, 1, Network.MAX_ID, 1), clusters);
+            assertEquals(Network.MAX_ID,
+                    clustering.memberships(Network.MAX_ID).get(0).cluster().members().stream()
+                            .mapToLong(Member::node).max().getAsLong());
+            for (long unknown : new long[] {1, 6, -1, 0xFFFFFFFFL, Long.MIN_VALUE})
+                assertThrows(NoSuchElementException.class, () -> clustering.memberships(unknown));
+        }
+    }
+
+    @Test
+    void writesWhatCanBeReadBack() throws Exception {
+        try (Network network = Network.read(Settings.data("jazz.nse"));
+                Clustering clustering = network.cluster()) {
+            Path file = folder.resolve("new/jazz.cnl");
+            clustering.write(file, OutputOptions.of(OutputOptions.Clusters.ROOT));
+            List<String> rows =
+                    Files.readAllLines(file).stream().filter(l -> !l.startsWith("#")).toList();
+            assertEquals(clustering.root().size(), rows.size());
+            List<Cluster> clusters = clustering.root().clusters();
+            for (int i = 0; i < rows.size(); ++i) {
+                String[] part = rows.get(i).trim().split(" ");
+                assertEquals(clusters.get(i).id() + ">", part[0]);
+                List<Long> ids =
+                        List.of(part).subList(1, part.length).stream()
+                                .map(text -> Long.parseLong(text.split(":")[0]))
+                                .toList();
+                assertEquals(clusters.get(i).members().stream().map(Member::node).toList(), ids);
+            }
+            assertTrue(Files.readString(folder.resolve("new/jazz.rhb")).startsWith("/Hierarchy "));
+
+            Path simple = folder.resolve("simple.cnl");
+            clustering.write(
+                    simple,
+                    OutputOptions.of(OutputOptions.Clusters.SIGNIFICANT)
+                            .shares(OutputOptions.Shares.NONE)
+                            .maxShare(true));
+            assertFalse(Files.readString(simple).replaceFirst("#.*\n", "").contains(":"));
+            Path denied = Files.createFile(folder.resolve("file")).resolve("x.cnl");
+            assertThrows(
+                    UncheckedIOException.class,
+                    () -> clustering.write(denied, OutputOptions.of(OutputOptions.Clusters.ALL)));
+        }
+    }
+
+    @Test
+    void badInputIsRefused() throws Exception {
+        assertThrows(UncheckedIOException.class, () -> Network.read(folder.resolve("none.nse")));
+        assertRefused("x.txt", "1 2\n", "the format can't be told from the name");
+        assertRefused("x.nse", "1 two\n", "Invalid format of val");
+        assertRefused("x.nse", "# a comment\n", "no links");
+        assertRefused("x.nse", "1 2 -5\n", "a link has a weight");
+        assertRefused("x.nse", "1 2 nan\n", "a link has a weight");
+        assertRefused("x.rcg", "/Wrong\n", "section");
+        Network.Builder builder = Network.builder();
+        for (long id : new long[] {-1, Network.MAX_ID + 1, Long.MAX_VALUE})
+            assertThrows(IllegalArgumentException.class, () -> builder.edge(id, 1));
+        for (double weight : new double[] {-1, Double.NaN, Double.POSITIVE_INFINITY, 1e39})
+            assertThrows(IllegalArgumentException.class, () -> builder.edge(1, 2, weight));
+        assertThrows(
+                IllegalArgumentException.class, () -> builder.arcs(new long[1], new long[2]));
+        assertThrows(VorlException.class, builder::build); // nothing of it was taken
+        assertThrows(VorlException.class, () -> Network.builder().edge(1, 2, 0).build());
+        assertThrows(
+                VorlException.class,
+                () -> Network.builder().edge(1, 2, 3e38).edge(2, 3, 3e38).build());
+        assertThrows(IllegalArgumentException.class, () -> Options.builder().gamma(1.5));
+        assertThrows(IllegalArgumentException.class, () -> Options.builder().rootMax(65535));
+    }
+
+    private void assertRefused(String name, String text, String reason) throws Exception {
+        Path file = folder.resolve(name);
+        Files.writeString(file, text);
+        String message = assertThrows(VorlException.class, () -> Network.read(file)).getMessage();
+        assertTrue(message.contains(reason), message);
+    }
+
+    @Test
+    void unusualNetworksAreClustered() {
+        List<Network.Builder> all =
+                List.of(
+                        Network.builder().edge(1, 1),
+                        Network.builder().edge(1, 2),
+                        Network.builder().arc(1, 2).arc(2, 1, 3).edge(2, 3).edge(3, 3, 2),
+                        Network.builder().edge(1, 2, 0).edge(2, 3, 1).edge(4, 5, 0),
+                        Network.builder().edge(1, 2).edge(1, 2).edge(2, 1).edge(3, 4),
+                        triangles().arcs(new long[] {9}, new long[] {0}, new float[] {0.5f}));
+        for (Network.Builder builder : all)
+            for (Options.Validation validation : Options.Validation.values())
+                try (Network network = builder.build();
+                        Clustering clustering =
+                                network.cluster(Options.builder().validation(validation).build())) {
+                    long members =
+                            clustering.root().clusters().stream()
+                                    .flatMap(c -> c.members().stream())
+                                    .mapToLong(Member::node)
+                                    .distinct()
+                                    .count();
+                    assertEquals(network.nodeCount(), members);
+                }
+    }
+
+    @Test
+    void useAfterCloseIsAnIllegalState() {
+        Network network = triangles().build();
+        Clustering clustering = network.cluster();
+        Level level = clustering.levels().get(0);
+        Cluster cluster = clustering.root().clusters().get(0);
+        Cluster owned = clustering.memberships(0).get(0).cluster();
+        network.close();
+        network.close();
+        clustering.close();
+        clustering.close();
+        assertThrows(IllegalStateException.class, network::cluster);
+        assertThrows(IllegalStateException.class, network::nodeCount);
+        assertThrows(IllegalStateException.class, clustering::levels);
+        assertThrows(IllegalStateException.class, clustering::root);
+        assertThrows(IllegalStateException.class, clustering::score);
+        assertThrows(IllegalStateException.class, () -> clustering.memberships(0));
+        assertThrows(
+                IllegalStateException.class,
+                () -> clustering.write(folder, OutputOptions.of(OutputOptions.Clusters.ALL)));
+        assertThrows(IllegalStateException.class, level::clusters);
+        assertThrows(IllegalStateException.class, cluster::members);
+        assertThrows(IllegalStateException.class, owned::size);
+        assertThrows(IllegalStateException.class, owned::owners);
+    }
+
+    @Test
+    void threadsMayClusterAndCloseAtOnce() throws Exception {
+        try (Network network = Network.read(Settings.data("jazz.nse"));
+                Clustering expected = network.cluster()) {
+            var shape = shape(expected);
+            var failures = new java.util.concurrent.ConcurrentLinkedQueue<Throwable>();
+            List<Thread> threads =
+                    LongStream.range(0, 4)
+                            .mapToObj(
+                                    i ->
+                                            new Thread(
+                                                    () -> {
+                                                        try (Clustering one = network.cluster()) {
+                                                            assertEquals(shape, shape(one));
+                                                        } catch (Throwable err) {
+                                                            failures.add(err);
+                                                        }
+                                                    }))
+                            .toList();
+            threads.forEach(Thread::start);
+            for (Thread thread : threads) thread.join();
+            assertEquals(List.of(), List.copyOf(failures));
+        }
+    }
+}
