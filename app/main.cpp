@@ -101,6 +101,7 @@ int runProgram(int argc, char** argv) {
 int main(int argc, char** argv) {
     using namespace vorl::app;
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     vorl::ftrace = nullptr;
     std::string message;
     try {

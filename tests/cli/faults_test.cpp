@@ -151,9 +151,9 @@ TEST(SystemFaults, AreTold) {
     fails("convert " + network + " /dev/full --to rcg", "/dev/full: No space left on device");
     EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
     for (const char* command : {"cluster ", "info "})
-        EXPECT_EQ(std::system((std::string(VORL_BINARY " ") + command + network +
-                               " >/dev/full 2>/dev/null")
-                                  .c_str()),
+        EXPECT_EQ(std::system(
+                      (std::string(VORL_BINARY " ") + command + network + " >/dev/full 2>/dev/null")
+                          .c_str()),
                   1 << 8);
 }
 

@@ -24,10 +24,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::defineItemCands(ItemT& el, ClustersT& 
                 "defineItemCands(), el should be non-xinterlevprop undefined clusterable with "
                 "empty cands");
     if (el.links.empty()) {
-        VORL_ASSERT(
-            !xpropagated(ectx.state) && (ectx.weight == WEIGHT_NONE ||
-                                         equal(ectx.weight, static_cast<AccWeight>(el.m_sweight))),
-            "defineItemCands(), a stand-alone item should have its self weight only");
+        VORL_ASSERT(!xpropagated(ectx.state) &&
+                        (ectx.weight == WEIGHT_NONE || ectx.weight == el.m_sweight ||
+                         equal(ectx.weight, static_cast<AccWeight>(el.m_sweight))),
+                    "defineItemCands(), a stand-alone item should have its self weight only");
         standalone(el, cls);
         return;
     }

@@ -102,7 +102,8 @@ AccWeight maxChainsGain(Chains<ItemT>& chains, Partitions<ItemT>* parts) {
     for (Chain<ItemT>& chain : chains) {
         const Size n = 4 * chain.items.size();
         if (less(chain.gain, gmax, n)) continue;
-        if (less(gmax, chain.gain, n)) {
+        // A sum beyond the range of 32 bits compares with nothing.
+        if (gmax == GAIN_NONE || less(gmax, chain.gain, n)) {
             gmax = chain.gain;
             if (parts) parts->clear();
         }

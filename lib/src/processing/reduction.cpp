@@ -63,6 +63,8 @@ Id reduceLinks(RdsCands<ItemT>& rcands, Size& erased) {
         }
         auto& links = el->links;
         auto ln = findDest(links.begin(), links.end(), agreed.front());
+        // Nodes are reduced ahead of the validation, so that a destination may still be repeated.
+        while (ln != links.begin() && std::prev(ln)->dest == agreed.front()) --ln;
         auto next = agreed.begin();
         auto kept = ln;
         for (; next != agreed.end(); ++ln) {

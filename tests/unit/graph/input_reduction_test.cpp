@@ -85,6 +85,14 @@ TEST(InputReduction, CountsSelfLinksApart) {
     Reduced selfTop{0.5f, 0.6f, 0.7f, 0.8f, 3, 3, 3, 3, 3, 100};
     selfTop.links[6].id = 0;
     EXPECT_EQ(selfTop(5, Reduction::ACCURATE), 3);
+    // Neither that one nor a self link that the limit comes down to protects by its weight: the
+    // sums are 10 (1 + sqrt(2 / 13) + sqrt(6 / 13)) = 20.7 and, with the counter at 4 and not at 3,
+    // 4.625 sqrt(8 / 13) more, 24.3; the dropped links reach 24.0 with the seventh.
+    Reduced selfLimit{2.625f, 2.875f, 3.25f, 3.375f, 3.625f, 4,  4.25f, 4.5f,
+                      4.625f, 10,     10,    10,     10,     10, 10};
+    selfLimit.links[9].id = 0;
+    selfLimit.links[11].id = 0;
+    EXPECT_EQ(selfLimit(3, Reduction::SEVERE), 8);
     // One that is dropped counts twice, a repeat only where repeats are summed.
     for (bool sumdups : {false, true}) {
         Reduced reduced{1, 1.125f, 1.25f, 1.5f, 3, 3, 3, 3, 3, 100};

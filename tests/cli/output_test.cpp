@@ -1,0 +1,288 @@
+// The files that `vorl cluster` writes, and their way back through the other commands.
+#include "cli/program.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <set>
+#include <vector>
+
+namespace vorl::test {
+namespace {
+
+const std::string DATA = VORL_DATA_DIR "/";
+
+/// The text of a value in a JSON document, the first one of its name behind a position.
+std::string value(const std::string& json, const std::string& name, std::size_t from = 0) {
+    const std::string key = "\"" + name + "\": ";
+    const std::size_t place = json.find(key, from);
+    if (place == std::string::npos) return "";
+    const std::size_t begin = place + key.size();
+    return json.substr(begin, json.find_first_of(",}]", begin) - begin);
+}
+
+/// The numbers of items at the heights of the levels.
+std::vector<std::size_t> fullsizes(const std::string& json) {
+    std::vector<std::size_t> sizes;
+    for (std::size_t place = 0; (place = json.find("\"fullsize\": ", place)) != std::string::npos;)
+        sizes.push_back(std::stoul(json.substr(place += 12)));
+    return sizes;
+}
+
+/// The rows of a file of clusters, without its header.
+std::vector<std::string> rows(const std::filesystem::path& file) {
+    std::istringstream text(contents(file));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);)
+        if (!line.starts_with("#")) lines.push_back(line);
+    return lines;
+}
+
+/// In how many rows each node stands.
+std::map<std::string, int> memberships(const std::vector<std::string>& lines) {
+    std::map<std::string, int> counts;
+    for (const std::string& line : lines) {
+        std::istringstream words(line);
+        for (std::string word; words >> word;)
+            if (word.back() != '>') ++counts[word.substr(0, word.find(':'))];
+    }
+    return counts;
+}
+
+std::string ring(int nodes) {
+    std::string text;
+    for (int i = 0; i < nodes; ++i)
+        text += std::to_string(i) + " " + std::to_string((i + 1) % nodes) + "\n";
+    return text;
+}
+
+TEST(Output, EachLevelHasOneRightFile) {
+    const Folder folder;
+    std::vector<std::string> networks{DATA + "karate.nse", DATA + "jazz.nse",
+                                      DATA + "celegansneural.nsa"};
+    for (int nodes : {2, 3, 4, 5, 7, 10, 16, 24})
+        networks.push_back(folder.write("ring" + std::to_string(nodes) + ".nse", ring(nodes)));
+    std::set<std::size_t> counts;
+    for (const std::string& network : networks) {
+        const std::string name = "out" + std::to_string(counts.size());
+        const std::string file = (folder / (name + ".cnl")).string();
+        const Outcome run =
+            vorl("cluster " + network + " --gamma 1 --json --levels per-level -o " + file);
+        ASSERT_EQ(run.code, 0) << run.err;
+        const std::vector<std::size_t> sizes = fullsizes(run.out);
+        counts.insert(sizes.size());
+        std::vector<std::filesystem::path> files;
+        for (const auto& entry : std::filesystem::directory_iterator(folder / name))
+            files.push_back(entry.path());
+        std::sort(files.begin(), files.end());
+        ASSERT_EQ(files.size(), sizes.size()) << network;
+        for (std::size_t i = 0; i < sizes.size(); ++i) {
+            EXPECT_EQ(rows(files[i]).size(), sizes[i]) << network << files[i];
+            EXPECT_EQ(memberships(rows(files[i])).size(), std::stoul(value(run.out, "nodes")));
+        }
+        EXPECT_TRUE(std::filesystem::exists(folder / (name + ".rhb")));
+        std::filesystem::remove_all(folder / name);
+    }
+    EXPECT_GE(counts.size(), 5u);
+}
+
+TEST(Output, LevelsAreSelected) {
+    const Folder folder;
+    // The heights of these levels have 17, 13, 10, 7, 6, 5 and 4 items.
+    const auto levels = [&](const std::string& options) {
+        std::filesystem::remove_all(folder / "out");
+        const Outcome run = vorl("cluster " + DATA + "karate.nse -q " + options + " -o " +
+                                 (folder / "out.cnl").string());
+        EXPECT_EQ(run.code, 0) << run.err;
+        std::set<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder / "out"))
+            names.insert(entry.path().stem().string().substr(4));
+        return names;
+    };
+    using Names = std::set<std::string>;
+    EXPECT_EQ(levels("--levels per-level --level-min 2 --level-max 4"), (Names{"2", "3", "4"}));
+    EXPECT_EQ(levels("--levels per-level --level-step 0.7"), (Names{"0", "2", "3", "6"}));
+    EXPECT_EQ(levels("--levels around --clusters 8"), (Names{"2", "3"}));
+    EXPECT_EQ(levels("--levels around --clusters 7"), (Names{"2", "3", "4"}));
+    EXPECT_EQ(levels("--levels around --clusters 30"), (Names{"0"}));
+    EXPECT_EQ(levels("--levels around --clusters 1"), (Names{"6"}));
+    EXPECT_EQ(vorl("cluster " + DATA + "karate.nse --levels per-level --level-min 7 -o " +
+                   (folder / "none").string())
+                  .code,
+              1);
+    EXPECT_FALSE(std::filesystem::exists(folder / "none"));
+}
+
+TEST(Output, SharesAreWrittenAsAsked) {
+    const Folder folder;
+    const auto written = [&](const std::string& options) {
+        const std::string file = (folder / "out.cnl").string();
+        EXPECT_EQ(vorl("cluster " + DATA + "power.nse -q --levels all -o " + file + options).code,
+                  0);
+        return contents(file);
+    };
+    const std::string full = written("");
+    EXPECT_NE(full.find("Fuzzy: 1, Numbered: 1\n"), std::string::npos);
+    EXPECT_NE(full.find(':', full.find('\n')), std::string::npos);
+    EXPECT_NE(full.find("> "), std::string::npos);
+    const std::string uneven = written(" --shares uneven");
+    EXPECT_NE(uneven.find("Fuzzy: 1, Numbered: 0\n"), std::string::npos);
+    EXPECT_NE(uneven.find(':', uneven.find('\n')), std::string::npos);
+    EXPECT_EQ(uneven.find('>'), std::string::npos);
+    const std::string none = written(" --shares none");
+    EXPECT_NE(none.find("Fuzzy: 0, Numbered: 0\n"), std::string::npos);
+    EXPECT_EQ(none.find(':', none.find('\n')), std::string::npos);
+    const auto entries = [&](const std::string& text) {
+        return std::count(text.begin(), text.end(), ' ');
+    };
+    EXPECT_LT(entries(written(" --shares none --max-share")), entries(none));
+}
+
+TEST(Output, SignificantClustersObeyTheirBounds) {
+    const Folder folder;
+    const auto count = [&](const std::string& options) {
+        const std::string file = (folder / "out.cnl").string();
+        const Outcome run =
+            vorl("cluster " + DATA + "jazz.nse -q --levels significant -o " + file + " " + options);
+        EXPECT_EQ(run.code, 0) << run.err;
+        return rows(file).size();
+    };
+    const std::size_t plain = count("");
+    EXPECT_EQ(count("--min-size 1"), plain);
+    EXPECT_LT(count("--min-size-by root2"), plain);
+    EXPECT_EQ(count("--min-size-by root2"), count("--min-size 14"));
+    const std::size_t root =
+        std::stoul(value(vorl("cluster " + DATA + "jazz.nse --json").out, "root"));
+    // The root is always significant.
+    EXPECT_EQ(count("--min-size 199"), root);
+    EXPECT_GE(count("--density-drop 0 --weight-step 1 --no-weight-range"), plain);
+}
+
+TEST(Output, RootIsMeasuredAsTheBuildDoes) {
+    const Folder folder;
+    const std::string file = (folder / "root.cnl").string();
+    for (const char* network : {"karate.nse", "dolphins.nse", "football.nse", "lesmis.nse",
+                                "jazz.nse", "power.nse", "celegansneural.nsa"}) {
+        const Outcome build =
+            vorl("cluster " + DATA + network + " --gamma 1 --json --levels root -o " + file);
+        ASSERT_EQ(build.code, 0) << build.err;
+        const auto counts = memberships(rows(file));
+        const bool overlaps =
+            std::any_of(counts.begin(), counts.end(), [](const auto& c) { return c.second > 1; });
+        const Outcome run = vorl("evaluate " + DATA + network + " " + file + " --json -q");
+        ASSERT_EQ(run.code, 0) << run.err;
+        const std::map<std::string, std::string> names{
+            {"modularity", "modularity"}, {"conductance", "conductance"}, {"gamma", "egamma"}};
+        for (const auto& [measured, built] : names) {
+            const std::string expected = value(build.out, built);
+            if (!overlaps)
+                EXPECT_EQ(value(run.out, measured), expected) << network << measured;
+            else
+                EXPECT_NEAR(std::stod(value(run.out, measured)), std::stod(expected), 1e-6)
+                    << network << measured;
+        }
+    }
+}
+
+TEST(Output, WhatIsWrittenCanBeReadBack) {
+    const Folder folder;
+    const std::string file = (folder / "out.cnl").string();
+    for (const char* levels : {"all", "root", "significant"})
+        for (const char* shares : {"none", "uneven", "full"}) {
+            const std::string options = std::string(" --levels ") + levels + " --shares " + shares;
+            ASSERT_EQ(vorl("cluster " + DATA + "power.nse -q -o " + file + options).code, 0);
+            const Outcome run = vorl("evaluate " + DATA + "power.nse " + file);
+            EXPECT_EQ(run.code, 0) << options << run.err;
+            EXPECT_EQ(vorl("compare -q " + file + " " + file).code, 0) << options;
+            if (levels == std::string("all")) {
+                EXPECT_NE(run.err.find("the header tells of"), std::string::npos) << run.err;
+                EXPECT_EQ(vorl("evaluate --strict " + DATA + "power.nse " + file).code, 1);
+            }
+        }
+}
+
+TEST(Evaluate, TellsFaultsOfTheClusters) {
+    const Folder folder;
+    const auto evaluate = [&](const std::string& text, const std::string& options = "") {
+        return vorl("evaluate " + DATA + "karate.nse " + folder.write("c.cnl", text) + options);
+    };
+    EXPECT_NE(evaluate("1 2\n3 99\n").err.find("c.cnl:2: the node 99 isn't in the network"),
+              std::string::npos);
+    EXPECT_EQ(evaluate("1 2\n3 99\n").code, 1);
+    EXPECT_EQ(evaluate("\n# none\n").code, 1);
+    EXPECT_NE(evaluate("1 2 3\n4 5 6\n").err.find("28 nodes of the network are in no cluster"),
+              std::string::npos);
+    // One cluster of all nodes has all weight inside.
+    std::string all;
+    for (int i = 1; i <= 34; ++i) all += std::to_string(i) + " ";
+    const std::string json = evaluate(all + "\n", " --json --gamma 0.5").out;
+    EXPECT_EQ(json,
+              "{\"clusters\": 1, \"nodes\": 34, \"conductance\": 1, \"modularity\": 0.5, "
+              "\"gamma\": 1, \"modularity_at_gamma\": 0}\n");
+}
+
+TEST(Evaluate, ClustersWithoutACutAreNoFault) {
+    const Folder folder;
+    const std::string network = folder.write("n.nse", "1 2\n2 3\n3 1\n4 5\n5 6\n6 4\n7 7 0\n");
+    const Outcome run =
+        vorl("evaluate " + network + " " + folder.write("c.cnl", "1 2 3\n4 5 6\n7\n") + " --json");
+    EXPECT_EQ(run.code, 0) << run.err;
+    EXPECT_EQ(value(run.out, "conductance"), "0");
+}
+
+TEST(Convert, LosesNothing) {
+    const Folder folder;
+    const auto clustered = [](const std::string& file) {
+        const std::string json = vorl("cluster " + file + " --json").out;
+        return json.substr(json.find("\"levels\""),
+                           json.find("\"files\"") - json.find("\"levels\""));
+    };
+    const std::string mixed = folder.write(
+        "mixed.rcg",
+        "/Graph weighted:1\n/Nodes 5 1\n/Edges\n1> 2:0.1 3:1e38\n/Arcs\n3> 4 5:1e-7\n");
+    for (const std::string& network :
+         {DATA + "karate.nse", DATA + "celegansneural.nsa", DATA + "lesmis.nse"}) {
+        const std::string suffix = network.substr(network.rfind('.'));
+        const std::string sections = (folder / "a.rcg").string();
+        const std::string back = (folder / ("b" + suffix)).string();
+        const std::string again = (folder / "c.rcg").string();
+        ASSERT_EQ(vorl("convert -q " + network + " " + sections).code, 0);
+        ASSERT_EQ(vorl("convert -q " + sections + " " + back).code, 0);
+        ASSERT_EQ(vorl("convert -q " + back + " " + again).code, 0);
+        EXPECT_EQ(contents(sections), contents(again));
+        EXPECT_EQ(clustered(network), clustered(sections)) << network;
+        EXPECT_EQ(clustered(network), clustered(back)) << network;
+    }
+    ASSERT_EQ(vorl("convert -q " + mixed + " " + (folder / "d.nsa").string()).code, 0);
+    EXPECT_EQ(contents(folder / "d.nsa"),
+              "# Nodes: 5, Weighted: 1\n1 2 0.1\n2 1 0.1\n1 3 1e+38\n3 1 1e+38\n3 4 1\n"
+              "3 5 1e-07\n");
+    const Outcome refused = vorl("convert " + mixed + " " + (folder / "e.nse").string());
+    EXPECT_EQ(refused.code, 1);
+    EXPECT_NE(refused.err.find("arcs, which the format nse can't hold"), std::string::npos);
+    const std::string alone = folder.write("alone.rcg", "/Nodes 4 0\n/Edges\n0> 1\n");
+    EXPECT_NE(vorl("convert " + alone + " " + (folder / "f.nse").string())
+                  .err.find("2 nodes without a link"),
+              std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(folder / "f.nse"));
+}
+
+TEST(Info, TellsWhatTheFileHolds) {
+    const Folder folder;
+    const std::string file = folder.write(
+        "n.rcg", "/Nodes 9 0\n/Edges\n0> 1:2 2:0.5 0:4\n1> 0:1 2\n3> 4\n/Arcs\n4> 3 3\n5> 6\n");
+    EXPECT_EQ(vorl("info --json " + file).out,
+              "{\"file\": \"" + file +
+                  "\", \"nodes\": 9, \"edges\": 6, \"arcs\": 3, \"directed\": true, \"weighted\": "
+                  "true, \"weight\": {\"sum\": 12.5, \"min\": 0.5, \"max\": 4}, \"degree\": "
+                  "{\"min\": 0, \"max\": 2, \"mean\": 1.33333333, \"median\": 2}, "
+                  "\"components\": 5, \"largest_component\": 3, \"isolated_nodes\": 2, "
+                  "\"self_links\": 1, \"repeated_links\": 2}\n");
+    EXPECT_NE(vorl("info " + DATA + "celegansneural.nsa").out.find("2,345 arcs"),
+              std::string::npos);
+}
+
+}  // namespace
+}  // namespace vorl::test
