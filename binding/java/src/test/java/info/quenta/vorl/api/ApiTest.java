@@ -239,7 +239,7 @@ class ApiTest {
 
     @Test
     void aClusteringWithoutLevelsCanBeDescribed() throws Exception {
-        try (Network network = Network.builder().edge(1, 1, 5).edge(1, 2, 0).build();
+        try (Network network = Network.builder().edge(1, 1, 5).edge(1, 2).build();
              Clustering clustering = network.cluster()) {
             assertTrue(clustering.levels().isEmpty());
             Path file = folder.resolve("new/lone.rhb");
