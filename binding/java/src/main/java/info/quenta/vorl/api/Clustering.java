@@ -80,6 +80,12 @@ public final class Clustering implements AutoCloseable {
      */
     public List<Membership> memberships(long node) {
         resource.check();
+        int place = requireNode(node);
+        return memberships(owners(NODES), place);
+    }
+
+    /** The place of a node among all nodes. */
+    private int requireNode(long node) {
         Bulk.Rows rows = owners(NODES);
         synchronized (this) {
             if (nodeIndex == null)
@@ -88,7 +94,7 @@ public final class Clustering implements AutoCloseable {
         int place = find(nodeIndex, node);
         if (place < 0)
             throw new NoSuchElementException("no node has the id " + node);
-        return memberships(rows, place);
+        return place;
     }
 
     /**
@@ -232,6 +238,8 @@ public final class Clustering implements AutoCloseable {
                 cluster = -cluster - 2;
             result.add(new Membership(clusters.get(cluster), rows.shares()[member]));
         }
+        if (result.isEmpty())
+            requireNode(node);
         return result;
     }
 

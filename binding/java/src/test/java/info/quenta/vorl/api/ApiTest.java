@@ -165,8 +165,11 @@ class ApiTest {
                     .mapToLong(Member::node)
                     .max()
                     .getAsLong());
-            for (long unknown : new long[] {1, 6, -1, 0xFFFFFFFFL, Long.MIN_VALUE})
+            for (long unknown : new long[] {1, 6, -1, 0xFFFFFFFFL, Long.MIN_VALUE}) {
                 assertThrows(NoSuchElementException.class, () -> clustering.memberships(unknown));
+                assertThrows(
+                    NoSuchElementException.class, () -> clustering.root().memberships(unknown));
+            }
         }
     }
 
