@@ -102,7 +102,15 @@ enum class SzFnName {
     CLSSZ_LOGE = 0x13
 };
 
-enum class FileFormat { UNKNOWN = 0, RCG = 1, DEFAULT_INPUT = 1, NSE = 2, NSA = 3, CNL = 4, RHB = 5 };
+enum class FileFormat {
+    UNKNOWN = 0,
+    RCG = 1,
+    DEFAULT_INPUT = 1,
+    NSE = 2,
+    NSA = 3,
+    CNL = 4,
+    RHB = 5
+};
 
 enum class ClsOutFmt {
     NONE = 0,

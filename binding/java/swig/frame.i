@@ -41,6 +41,16 @@ using vorl::State;
   }
 %}
 
+// Fields that are records or lists are set by value.
+%typemap(check) SWIGTYPE *links, SWIGTYPE *des, SWIGTYPE *nids, SWIGTYPE *lids, SWIGTYPE *custlevs,
+                SWIGTYPE *signifcls, SWIGTYPE *ndshares %{
+  if (!$1) {
+    SWIG_JavaThrowException(jenv, SWIG_JavaNullPointerException,
+                            "Attempt to dereference null $*1_type");
+    return $null;
+  }
+%}
+
 // What is moved from stays with its owner in Java.
 %typemap(in) SWIGTYPE && %{
   $1 = *($&1_ltype)&$input;
@@ -135,7 +145,8 @@ using vorl::State;
     return PROXY.getCPtr(obj);
   }
 %}
-%typemap(javadestruct, methodname="delete", methodmodifiers="public synchronized") vorl::shared_ptr<TYPE> {
+%typemap(javadestruct, methodname="delete",
+         methodmodifiers="public synchronized") vorl::shared_ptr<TYPE> {
     long handle = swigDisown();
     if (handle != 0) $imclassname.delete_$javaclassname(handle);
     super.delete();

@@ -126,12 +126,13 @@ public:
             return *(self->begin() + vorl::java::checkedIndex(index, self->size()));
         }
         T doSet(jint index, const T& value) throw(std::out_of_range) {
-            return std::exchange(
-                *(self->begin() + vorl::java::checkedIndex(index, self->size())), static_cast<T>(value));
+            const auto place = self->begin() + vorl::java::checkedIndex(index, self->size());
+            return std::exchange(*place, static_cast<T>(value));
         }
         void doRemoveRange(jint fromIndex, jint toIndex) throw(std::out_of_range) {
-            const auto last = vorl::java::checkedIndex(toIndex, self->size() + 1);
-            const auto first = vorl::java::checkedIndex(fromIndex, static_cast<std::size_t>(last) + 1);
+            using vorl::java::checkedIndex;
+            const auto last = checkedIndex(toIndex, self->size() + 1);
+            const auto first = checkedIndex(fromIndex, static_cast<std::size_t>(last) + 1);
             self->erase(self->begin() + first, self->begin() + last);
         }
     }

@@ -7,9 +7,7 @@ package info.quenta.vorl;
  * travel as ints whose bits are those of the unsigned id.
  */
 public final class Bulk {
-    static {
-        NativeLibrary.load();
-    }
+    static { NativeLibrary.load(); }
 
     private Bulk() {}
 
@@ -33,7 +31,7 @@ public final class Bulk {
      * @param count how many elements of the arrays are used
      */
     public static void addLinks(
-            Graph graph, boolean directed, int[] src, int[] dst, float[] weights, int count) {
+        Graph graph, boolean directed, int[] src, int[] dst, float[] weights, int count) {
         addLinks(Graph.getCPtr(graph), true, directed, src, dst, weights, count);
         keep(graph);
     }
@@ -147,18 +145,10 @@ public final class Bulk {
     }
 
     /** Keeps the object from being collected, and its handle from being freed, up to here. */
-    private static void keep(Object object) {
-        java.lang.ref.Reference.reachabilityFence(object);
-    }
+    private static void keep(Object object) { java.lang.ref.Reference.reachabilityFence(object); }
 
-    private static native void addLinks(
-            long graph,
-            boolean weighted,
-            boolean directed,
-            int[] src,
-            int[] dst,
-            float[] weights,
-            int count);
+    private static native void addLinks(long graph, boolean weighted, boolean directed, int[] src,
+        int[] dst, float[] weights, int count);
 
     private static native String fault(long graph, boolean weighted);
 

@@ -36,7 +36,8 @@ public final class NativeLibrary {
      * @throws UnsatisfiedLinkError if there is none that can be loaded
      */
     public static synchronized void load() {
-        if (loaded) return;
+        if (loaded)
+            return;
         String path = System.getProperty("vorl.library.path");
         if (path != null) {
             System.load(Path.of(path).toAbsolutePath().toString());
@@ -69,9 +70,8 @@ public final class NativeLibrary {
             }
         } catch (IOException | UncheckedIOException err) {
             UnsatisfiedLinkError failure =
-                    new UnsatisfiedLinkError(
-                            "the native library of the jar can't be unpacked: " + err
-                                    + "; -Dvorl.library.path= names another one");
+                new UnsatisfiedLinkError("the native library of the jar can't be unpacked: " + err
+                    + "; -Dvorl.library.path= names another one");
             failure.initCause(err);
             failure.addSuppressed(notInstalled);
             throw failure;
@@ -83,9 +83,12 @@ public final class NativeLibrary {
         String cache = System.getenv("XDG_CACHE_HOME");
         String home = System.getProperty("user.home");
         Path root;
-        if (cache != null && cache.startsWith("/")) root = Path.of(cache);
-        else if (home != null && home.startsWith("/")) root = Path.of(home, ".cache");
-        else return null;
+        if (cache != null && cache.startsWith("/"))
+            root = Path.of(cache);
+        else if (home != null && home.startsWith("/"))
+            root = Path.of(home, ".cache");
+        else
+            return null;
         try {
             Path folder = Files.createDirectories(root.resolve("vorl"));
             return Files.isWritable(folder) ? folder : null;
@@ -100,7 +103,8 @@ public final class NativeLibrary {
         String hash = new String(resource(RESOURCE + ".sha256"), StandardCharsets.US_ASCII).trim();
         Path folder = cache.resolve(hash);
         Path file = folder.resolve("lib" + NAME + ".so");
-        if (holds(file, hash)) return file;
+        if (holds(file, hash))
+            return file;
         createPrivate(folder);
         Path unfinished = Files.createTempFile(folder, "lib", ".part");
         try {
@@ -119,10 +123,9 @@ public final class NativeLibrary {
     private static void createPrivate(Path folder) throws IOException {
         if (!Files.isDirectory(folder, LinkOption.NOFOLLOW_LINKS))
             try {
-                Files.createDirectory(
-                        folder,
-                        PosixFilePermissions.asFileAttribute(
-                                PosixFilePermissions.fromString("rwx------")));
+                Files.createDirectory(folder,
+                    PosixFilePermissions.asFileAttribute(
+                        PosixFilePermissions.fromString("rwx------")));
             } catch (java.nio.file.FileAlreadyExistsException another) {
                 // Another JVM was faster.
             }
@@ -130,7 +133,7 @@ public final class NativeLibrary {
 
     private static boolean holds(Path file, String hash) throws IOException {
         return Files.isRegularFile(file, LinkOption.NOFOLLOW_LINKS)
-                && hash.equals(sha256(Files.readAllBytes(file)));
+            && hash.equals(sha256(Files.readAllBytes(file)));
     }
 
     private static String sha256(byte[] bytes) {
@@ -143,7 +146,8 @@ public final class NativeLibrary {
 
     private static byte[] resource(String name) throws IOException {
         try (InputStream in = NativeLibrary.class.getResourceAsStream(name)) {
-            if (in == null) throw new IOException("the jar holds no " + name);
+            if (in == null)
+                throw new IOException("the jar holds no " + name);
             return in.readAllBytes();
         }
     }

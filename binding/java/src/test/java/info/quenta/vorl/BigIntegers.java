@@ -7,7 +7,5 @@ final class BigIntegers {
 
     private BigIntegers() {}
 
-    static BigInteger of(long value) {
-        return BigInteger.valueOf(value);
-    }
+    static BigInteger of(long value) { return BigInteger.valueOf(value); }
 }

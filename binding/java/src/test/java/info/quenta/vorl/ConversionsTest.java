@@ -10,7 +10,6 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.math.BigInteger;
 import java.util.List;
-
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.function.Executable;
 import org.junit.jupiter.params.ParameterizedTest;
@@ -18,10 +17,10 @@ import org.junit.jupiter.params.provider.ValueSource;
 
 class ConversionsTest {
     @ParameterizedTest
-    @ValueSource(
-            strings = {"0", "1", "127", "128", "255", "256", "9223372036854775807", "9223372036854775808",
-                "18446744073709551615"})
-    void unsignedNumbersComeBackAsTheyWent(String text) {
+    @ValueSource(strings = {"0", "1", "127", "128", "255", "256", "9223372036854775807",
+                     "9223372036854775808", "18446744073709551615"})
+    void
+    unsignedNumbersComeBackAsTheyWent(String text) {
         BigInteger value = new BigInteger(text);
         HierScore score = new HierScore();
         score.setNodesLinks(value);
@@ -35,7 +34,7 @@ class ConversionsTest {
         score.setClusters(BigInteger.ONE.negate());
         assertEquals(BigIntegers.MAX, score.getClusters());
         assertArrayEquals(
-                new byte[] {0, -1, -1, -1, -1, -1, -1, -1, -1}, score.getClusters().toByteArray());
+            new byte[] {0, -1, -1, -1, -1, -1, -1, -1, -1}, score.getClusters().toByteArray());
         score.setClusters(BigInteger.ONE.shiftLeft(64).add(BigInteger.TEN));
         assertEquals(BigInteger.TEN, score.getClusters());
     }
@@ -145,24 +144,20 @@ class ConversionsTest {
         refused("null string", type, () -> vorl.ensureDir(null));
         refused("null string", type, () -> vorl.inpFileFmt(null));
         refused("BigInteger null", type, () -> new HierScore().setClusters(null));
-        refused("Attempt to dereference null State", type, () -> vorl.to_string((SWIGTYPE_p_State) null));
-        refused(
-                "Attempt to dereference null Clustering",
-                type,
-                () -> vorl.to_string((SWIGTYPE_p_Clustering) null));
-        refused(
-                "Attempt to dereference null vorl::shared_ptr< vorl::Graph< true > >",
-                type,
-                () -> vorl.loadClusters(new RawMembership().getClusters(), (GraphPtr) null, "x.cnl"));
-        refused(
-                "vorl::ClusterOptions const & reference is null",
-                type,
-                () -> new Graph().buildHierarchy(null));
-        refused(
-                "std::vector< vorl::Link< vorl::LinkWeight,true > > const & reference is null",
-                type,
-                () -> new Arcs((Arcs) null));
-        refused("vorl::LinkSrcDstId && reference is null", type, () -> new StructLinkErrors("").add(null));
+        refused("Attempt to dereference null State", type,
+            () -> vorl.to_string((SWIGTYPE_p_State) null));
+        refused("Attempt to dereference null Clustering", type,
+            () -> vorl.to_string((SWIGTYPE_p_Clustering) null));
+        refused("Attempt to dereference null vorl::shared_ptr< vorl::Graph< true > >", type,
+            () -> vorl.loadClusters(new RawMembership().getClusters(), (GraphPtr) null, "x.cnl"));
+        refused("vorl::ClusterOptions const & reference is null", type,
+            () -> new Graph().buildHierarchy(null));
+        refused("std::vector< vorl::Link< vorl::LinkWeight,true > > const & reference is null",
+            type, () -> new Arcs((Arcs) null));
+        refused("Attempt to dereference null vorl::SignifclsExtoptions", type,
+            () -> new OutputOptions().setSignifcls(null));
+        refused("vorl::LinkSrcDstId && reference is null", type,
+            () -> new StructLinkErrors("").add(null));
     }
 
     @Test
@@ -181,7 +176,8 @@ class ConversionsTest {
         refused(range, type, () -> arcs.removeRange(0, 2));
         refused("vector count must be positive", type, () -> new Ids(-1));
         refused("vector count must be positive", type, () -> new Ids(-1, 5));
-        assertEquals("vector::reserve", assertThrows(type, () -> arcs.reserve(BigIntegers.MAX)).getMessage());
+        assertEquals("vector::reserve",
+            assertThrows(type, () -> arcs.reserve(BigIntegers.MAX)).getMessage());
         assertEquals(1, arcs.size());
     }
 
@@ -192,9 +188,8 @@ class ConversionsTest {
         graph.addNodes(2);
         refused("The hierarchy has not been constructed", type, graph::hierarchy);
         Throwable unknown = assertThrows(type, () -> graph.addEdge(0, 9));
-        assertTrue(
-                unknown.getMessage()
-                        .startsWith("addLink(), the link with non-existent node is used: #0.9\n"));
+        assertTrue(unknown.getMessage().startsWith(
+            "addLink(), the link with non-existent node is used: #0.9\n"));
         assertThrows(type, () -> graph.node(9));
         refused("NodeI(), overflow of id\n", type, () -> new Node(0xFFFFFFFFL));
         ClusterOptions options = new ClusterOptions();
@@ -204,7 +199,8 @@ class ConversionsTest {
         assertEquals(traced, vorl.traceBuffered());
         InpOptions input = new InpOptions();
         input.setFormat(FileFormat.RCG);
-        refused("NslParser(), NSL format is expected instead of RCG\n", type, () -> new NslParser(input));
+        refused("NslParser(), NSL format is expected instead of RCG\n", type,
+            () -> new NslParser(input));
         // More than the machine can give.
         assertThrows(Throwable.class, () -> new Ids().reserve(BigIntegers.of(1L << 60)));
     }

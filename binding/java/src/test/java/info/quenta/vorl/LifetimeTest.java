@@ -5,7 +5,6 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.nio.file.Files;
 import java.nio.file.Path;
-
 import org.junit.jupiter.api.Test;
 
 class LifetimeTest {
@@ -72,7 +71,8 @@ class LifetimeTest {
 
     private static long residentKilobytes() throws Exception {
         for (String line : Files.readAllLines(Path.of("/proc/self/status")))
-            if (line.startsWith("VmRSS:")) return Long.parseLong(line.replaceAll("\\D", ""));
+            if (line.startsWith("VmRSS:"))
+                return Long.parseLong(line.replaceAll("\\D", ""));
         throw new AssertionError("no VmRSS");
     }
 
@@ -82,9 +82,11 @@ class LifetimeTest {
             vorlJNI.InpLinks_reserve(links, null, BigIntegers.of(8));
             vorlJNI.delete_InpLinks(links);
             long options = vorlJNI.new_OutputOptions();
-            vorlJNI.OutputOptions_clsfile_set(options, null, "a name that is longer than a pointer");
+            vorlJNI.OutputOptions_clsfile_set(
+                options, null, "a name that is longer than a pointer");
             vorlJNI.delete_OutputOptions(options);
-            if (i % 16 == 0) clusterOnce();
+            if (i % 16 == 0)
+                clusterOnce();
         }
     }
 

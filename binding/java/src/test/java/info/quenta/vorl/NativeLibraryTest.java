@@ -11,7 +11,6 @@ import java.util.ArrayList;
 import java.util.List;
 import java.util.Map;
 import java.util.stream.Stream;
-
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 
@@ -30,19 +29,14 @@ class NativeLibraryTest {
     private List<String> command(String... options) {
         List<String> command = new ArrayList<>(List.of(Settings.tool("java")));
         command.addAll(List.of(options));
-        command.addAll(
-                List.of(
-                        "-cp",
-                        Settings.path("jar") + ":" + Settings.path("classes"),
-                        Probe.class.getName()));
+        command.addAll(List.of(
+            "-cp", Settings.path("jar") + ":" + Settings.path("classes"), Probe.class.getName()));
         return command;
     }
 
     private Settings.Outcome probe(Path cache, String... options) throws Exception {
-        return Settings.run(
-                folder,
-                Map.of("XDG_CACHE_HOME", cache.toString()),
-                command(options).toArray(String[]::new));
+        return Settings.run(folder, Map.of("XDG_CACHE_HOME", cache.toString()),
+            command(options).toArray(String[] ::new));
     }
 
     private static List<Path> files(Path root) throws Exception {
@@ -59,18 +53,16 @@ class NativeLibraryTest {
         for (int i = 0; i < 4; ++i) {
             logs.add(folder.resolve("log" + i));
             processes.add(
-                    Settings.process(
-                                    logs.get(i), Map.of("XDG_CACHE_HOME", cache.toString()), command())
-                            .start());
+                Settings.process(logs.get(i), Map.of("XDG_CACHE_HOME", cache.toString()), command())
+                    .start());
         }
         for (int i = 0; i < 4; ++i)
             assertEquals("mask 227\n", Settings.outcome(processes.get(i), logs.get(i)).text());
         List<Path> unpacked = files(cache);
         assertEquals(1, unpacked.size(), unpacked.toString());
-        assertEquals(
-                "rwx------",
-                PosixFilePermissions.toString(
-                        Files.getPosixFilePermissions(unpacked.get(0).getParent())));
+        assertEquals("rwx------",
+            PosixFilePermissions.toString(
+                Files.getPosixFilePermissions(unpacked.get(0).getParent())));
     }
 
     @Test
@@ -89,7 +81,8 @@ class NativeLibraryTest {
         Path cache = folder.resolve("cache");
         Path library = Settings.path("library");
         assertEquals("mask 227\n", probe(cache, "-Dvorl.library.path=" + library).text());
-        assertEquals("mask 227\n", probe(cache, "-Djava.library.path=" + library.getParent()).text());
+        assertEquals(
+            "mask 227\n", probe(cache, "-Djava.library.path=" + library.getParent()).text());
         assertTrue(Files.notExists(cache));
         Settings.Outcome missing = probe(cache, "-Dvorl.library.path=/nowhere/lib.so");
         assertNotEquals(0, missing.code());

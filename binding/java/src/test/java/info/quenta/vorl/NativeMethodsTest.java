@@ -10,7 +10,6 @@ import java.util.Arrays;
 import java.util.List;
 import java.util.Map;
 import java.util.TreeSet;
-
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 
@@ -24,20 +23,21 @@ class NativeMethodsTest {
         List<String> published = Files.readAllLines(Settings.path("methods"));
         assertEquals(771, published.size());
 
-        Settings.Outcome symbols =
-                Settings.run(
-                        folder, Map.of(), "nm", "-D", "--defined-only", Settings.path("library").toString());
+        Settings.Outcome symbols = Settings.run(
+            folder, Map.of(), "nm", "-D", "--defined-only", Settings.path("library").toString());
         assertEquals(0, symbols.code(), symbols.text());
         TreeSet<String> exported = new TreeSet<>();
         for (String line : symbols.text().split("\n")) {
             String name = line.substring(line.lastIndexOf(' ') + 1);
-            if (name.startsWith(PREFIX)) exported.add(name.substring(PREFIX.length()).replace("_1", "_"));
+            if (name.startsWith(PREFIX))
+                exported.add(name.substring(PREFIX.length()).replace("_1", "_"));
         }
         assertEquals(new TreeSet<>(published), exported);
 
         TreeSet<String> declared = new TreeSet<>();
         for (Method method : vorlJNI.class.getDeclaredMethods())
-            if (Modifier.isNative(method.getModifiers())) declared.add(method.getName());
+            if (Modifier.isNative(method.getModifiers()))
+                declared.add(method.getName());
         assertEquals(exported, declared);
     }
 
@@ -47,14 +47,9 @@ class NativeMethodsTest {
         assertEquals(0xFFFF, vorlJNI.COUPLING_MAX_get());
         assertEquals(-Float.MAX_VALUE, vorlJNI.WEIGHT_NONE_get());
         assertEquals(List.of(2, 8), List.of((int) vorlJNI.rbmin_get(), (int) vorlJNI.rbmax_get()));
-        assertEquals(
-                List.of("rcg hig", "nse nsl ncol ll", "nsa", "cnl", "rhb"),
-                List.of(
-                        vorlJNI.RCG_get(),
-                        vorlJNI.NSE_get(),
-                        vorlJNI.NSA_get(),
-                        vorlJNI.CNL_get(),
-                        vorlJNI.RHB_get()));
+        assertEquals(List.of("rcg hig", "nse nsl ncol ll", "nsa", "cnl", "rhb"),
+            List.of(vorlJNI.RCG_get(), vorlJNI.NSE_get(), vorlJNI.NSA_get(), vorlJNI.CNL_get(),
+                vorlJNI.RHB_get()));
         assertEquals(BigIntegers.of(8), vorlJNI.StructErrors_ERRORS_MAX_get());
         assertEquals(0x3E0A9555, Float.floatToRawIntBits(vorlJNI.SignifclsOptions_dropRatio_get()));
         assertEquals(0xC5, vorlJNI.ClsOutFmt_DEFAULT_get());
@@ -63,14 +58,10 @@ class NativeMethodsTest {
         assertEquals(0x12, vorlJNI.SzFnName_CLSSZ_LOG2_get());
         assertEquals(0xAA, vorlJNI.Validation_STANDARD_get());
         assertEquals(1, vorlJNI.FileFormat_DEFAULT_INPUT_get());
-        assertEquals(
-                List.of(true, true, true, false, false),
-                Arrays.asList(
-                        vorlJNI.Arc_IS_WEIGHTED_get(),
-                        vorlJNI.Graph_IS_WEIGHTED_get(),
-                        vorlJNI.InpLink_IS_WEIGHTED_get(),
-                        vorlJNI.SArc_IS_WEIGHTED_get(),
-                        vorlJNI.SGraph_IS_WEIGHTED_get()));
+        assertEquals(List.of(true, true, true, false, false),
+            Arrays.asList(vorlJNI.Arc_IS_WEIGHTED_get(), vorlJNI.Graph_IS_WEIGHTED_get(),
+                vorlJNI.InpLink_IS_WEIGHTED_get(), vorlJNI.SArc_IS_WEIGHTED_get(),
+                vorlJNI.SGraph_IS_WEIGHTED_get()));
         assertEquals(1f, vorlJNI.SArc_weight_get());
     }
 

@@ -19,33 +19,32 @@ public final class Settings {
         return Path.of(System.getProperty("vorl.test." + name));
     }
 
-    public static Path data(String name) {
-        return path("data").resolve(name);
-    }
+    public static Path data(String name) { return path("data").resolve(name); }
 
     public static String tool(String name) {
         return Path.of(System.getProperty("java.home"), "bin", name).toString();
     }
 
-    public static ProcessBuilder process(Path log, Map<String, String> environment, List<String> command) {
+    public static ProcessBuilder process(
+        Path log, Map<String, String> environment, List<String> command) {
         ProcessBuilder builder =
-                new ProcessBuilder(command).redirectErrorStream(true).redirectOutput(log.toFile());
+            new ProcessBuilder(command).redirectErrorStream(true).redirectOutput(log.toFile());
         builder.environment().putAll(environment);
         return builder;
     }
 
-    public static Outcome outcome(Process process, Path log) throws IOException, InterruptedException {
+    public static Outcome outcome(Process process, Path log)
+        throws IOException, InterruptedException {
         if (!process.waitFor(120, TimeUnit.SECONDS)) {
             process.destroyForcibly();
             throw new IOException("the process doesn't end");
         }
         return new Outcome(
-                process.exitValue(),
-                new String(Files.readAllBytes(log), StandardCharsets.UTF_8));
+            process.exitValue(), new String(Files.readAllBytes(log), StandardCharsets.UTF_8));
     }
 
     public static Outcome run(Path folder, Map<String, String> environment, String... command)
-            throws IOException, InterruptedException {
+        throws IOException, InterruptedException {
         Path log = Files.createTempFile(folder, "run", ".log");
         return outcome(process(log, environment, List.of(command)).start(), log);
     }

@@ -1,7 +1,6 @@
 package info.quenta.vorl.api;
 
 import info.quenta.vorl.Bulk;
-
 import java.util.AbstractList;
 import java.util.List;
 
@@ -26,18 +25,14 @@ public final class Cluster {
      *
      * @return from 0 on
      */
-    public long id() {
-        return id;
-    }
+    public long id() { return id; }
 
     /**
      * The level that the cluster was formed on.
      *
      * @return its index in {@link Clustering#levels}
      */
-    public int level() {
-        return level;
-    }
+    public int level() { return level; }
 
     /**
      * The nodes of the cluster.
@@ -53,9 +48,8 @@ public final class Cluster {
             @Override
             public Member get(int index) {
                 java.util.Objects.checkIndex(index, count);
-                return new Member(
-                        Integer.toUnsignedLong(all.others()[start + index]),
-                        all.shares()[start + index]);
+                return new Member(Integer.toUnsignedLong(all.others()[start + index]),
+                    all.shares()[start + index]);
             }
 
             @Override
@@ -82,21 +76,18 @@ public final class Cluster {
      * @return a new list; empty for a cluster of the root
      * @throws IllegalStateException if the clustering is closed
      */
-    public List<Membership> owners() {
-        return clustering.ownersOf(this);
-    }
+    public List<Membership> owners() { return clustering.ownersOf(this); }
 
     private synchronized Bulk.Rows rows() {
         clustering.check();
-        if (rows == null) rows = clustering.members(level);
+        if (rows == null)
+            rows = clustering.members(level);
         return rows;
     }
 
     @Override
     public boolean equals(Object other) {
-        return other instanceof Cluster that
-                && that.clustering == clustering
-                && that.id == id;
+        return other instanceof Cluster that && that.clustering == clustering && that.id == id;
     }
 
     @Override

@@ -2,7 +2,6 @@ package info.quenta.vorl.api;
 
 import info.quenta.vorl.Bulk;
 import info.quenta.vorl.HierScore;
-
 import java.io.IOException;
 import java.io.UncheckedIOException;
 import java.nio.file.Files;
@@ -16,8 +15,8 @@ import java.util.NoSuchElementException;
 /**
  * A hierarchy of overlapping clusters over the nodes of a network.
  *
- * <p>What is asked for a level is fetched in one call and kept, so walking over it is cheap. Threads
- * may share a clustering.
+ * <p>What is asked for a level is fetched in one call and kept, so walking over it is cheap.
+ * Threads may share a clustering.
  */
 public final class Clustering implements AutoCloseable {
     private static final int NODES = -1;
@@ -83,10 +82,12 @@ public final class Clustering implements AutoCloseable {
         resource.check();
         Bulk.Rows rows = owners(NODES);
         synchronized (this) {
-            if (nodeIndex == null) nodeIndex = index(rows.ids());
+            if (nodeIndex == null)
+                nodeIndex = index(rows.ids());
         }
         int place = find(nodeIndex, node);
-        if (place < 0) throw new NoSuchElementException("no node has the id " + node);
+        if (place < 0)
+            throw new NoSuchElementException("no node has the id " + node);
         return memberships(rows, place);
     }
 
@@ -96,16 +97,11 @@ public final class Clustering implements AutoCloseable {
      * @return its score
      */
     public Score score() {
-        return resource.call(
-                hierarchy -> {
-                    HierScore score = hierarchy.score();
-                    return new Score(
-                            score.getModularity(),
-                            score.getGamma(),
-                            score.getEgamma(),
-                            score.getConductance(),
-                            score.getClusters().longValueExact());
-                });
+        return resource.call(hierarchy -> {
+            HierScore score = hierarchy.score();
+            return new Score(score.getModularity(), score.getGamma(), score.getEgamma(),
+                score.getConductance(), score.getClusters().longValueExact());
+        });
     }
 
     /**
@@ -123,9 +119,7 @@ public final class Clustering implements AutoCloseable {
      *
      * @return a positive number
      */
-    public double weight() {
-        return resource.call(NativeHierarchy::weight);
-    }
+    public double weight() { return resource.call(NativeHierarchy::weight); }
 
     /**
      * Writes clusters into a file; folders that are missing are created. Beside a file of clusters
@@ -138,21 +132,20 @@ public final class Clustering implements AutoCloseable {
      */
     public void write(Path file, OutputOptions options) {
         Path target = file.toAbsolutePath();
-        resource.callAlone(
-                false,
-                hierarchy -> {
-                    if (levels.isEmpty())
-                        throw new VorlException("the clustering has no levels, nothing to write");
-                    makeFile(target);
-                    if (!options.describesHierarchyOnly()) makeFile(description(target));
-                    info.quenta.vorl.OutputOptions record = options.toNative(target);
-                    try {
-                        hierarchy.output(record);
-                    } finally {
-                        record.delete();
-                    }
-                    return null;
-                });
+        resource.callAlone(false, hierarchy -> {
+            if (levels.isEmpty())
+                throw new VorlException("the clustering has no levels, nothing to write");
+            makeFile(target);
+            if (!options.describesHierarchyOnly())
+                makeFile(description(target));
+            info.quenta.vorl.OutputOptions record = options.toNative(target);
+            try {
+                hierarchy.output(record);
+            } finally {
+                record.delete();
+            }
+            return null;
+        });
     }
 
     private static Path description(Path file) {
@@ -177,14 +170,13 @@ public final class Clustering implements AutoCloseable {
         resource.close();
     }
 
-    void check() {
-        resource.check();
-    }
+    void check() { resource.check(); }
 
     Bulk.Rows members(int level) {
         resource.check();
         synchronized (members) {
-            if (members[level] == null) members[level] = resource.call(h -> h.members(level));
+            if (members[level] == null)
+                members[level] = resource.call(h -> h.members(level));
             return members[level];
         }
     }
@@ -192,7 +184,8 @@ public final class Clustering implements AutoCloseable {
     private Bulk.Rows owners(int level) {
         synchronized (owners) {
             int place = level + 1;
-            if (owners[place] == null) owners[place] = resource.call(h -> h.owners(level));
+            if (owners[place] == null)
+                owners[place] = resource.call(h -> h.owners(level));
             return owners[place];
         }
     }
@@ -205,7 +198,7 @@ public final class Clustering implements AutoCloseable {
             public Cluster get(int place) {
                 long id = Integer.toUnsignedLong(rows.ids()[place]);
                 return new Cluster(
-                        Clustering.this, id, level < levels.size() ? level : levelOf(id), rows, place);
+                    Clustering.this, id, level < levels.size() ? level : levelOf(id), rows, place);
             }
 
             @Override
@@ -218,7 +211,8 @@ public final class Clustering implements AutoCloseable {
     List<Membership> membershipsAt(int level, long node) {
         Bulk.Rows rows = members(level);
         synchronized (this) {
-            if (memberIndex[level] == null) memberIndex[level] = index(rows.others());
+            if (memberIndex[level] == null)
+                memberIndex[level] = index(rows.others());
         }
         long[] index = memberIndex[level];
         List<Membership> result = new ArrayList<>();
@@ -226,7 +220,8 @@ public final class Clustering implements AutoCloseable {
         for (int i = lowerBound(index, node); i < index.length && holds(index[i], node); ++i) {
             int member = (int) index[i];
             int cluster = Arrays.binarySearch(rows.starts(), member);
-            if (cluster < 0) cluster = -cluster - 2;
+            if (cluster < 0)
+                cluster = -cluster - 2;
             result.add(new Membership(clusters.get(cluster), rows.shares()[member]));
         }
         return result;
@@ -243,8 +238,7 @@ public final class Clustering implements AutoCloseable {
         for (int i = rows.starts()[item]; i < rows.starts()[item + 1]; ++i) {
             long id = Integer.toUnsignedLong(rows.others()[i]);
             int level = levelOf(id);
-            Cluster cluster =
-                    new Cluster(this, id, level, null, placeOf(id) - levelStarts[level]);
+            Cluster cluster = new Cluster(this, id, level, null, placeOf(id) - levelStarts[level]);
             result.add(new Membership(cluster, rows.shares()[i]));
         }
         return result;
@@ -253,7 +247,8 @@ public final class Clustering implements AutoCloseable {
     /** The place of a cluster among those of all levels. */
     private int placeOf(long id) {
         synchronized (this) {
-            if (clusterIndex == null) indexClusters();
+            if (clusterIndex == null)
+                indexClusters();
         }
         return find(clusterIndex, id);
     }
@@ -265,7 +260,8 @@ public final class Clustering implements AutoCloseable {
 
     private int[] levelStarts() {
         synchronized (this) {
-            if (clusterIndex == null) indexClusters();
+            if (clusterIndex == null)
+                indexClusters();
             return levelStarts;
         }
     }
@@ -299,7 +295,8 @@ public final class Clustering implements AutoCloseable {
 
     /** The first entry whose id isn't below the given one. */
     private static int lowerBound(long[] index, long id) {
-        if (id < 0 || id > Network.MAX_ID) return index.length;
+        if (id < 0 || id > Network.MAX_ID)
+            return index.length;
         int place = Arrays.binarySearch(index, (long) ((int) id ^ 0x80000000) << 32);
         return place < 0 ? -place - 1 : place;
     }

@@ -21,18 +21,14 @@ public final class Level {
      *
      * @return 0 for the bottom level, the number of levels for the root
      */
-    public int index() {
-        return index;
-    }
+    public int index() { return index; }
 
     /**
      * The number of clusters.
      *
      * @return the size of {@link #clusters}
      */
-    public int size() {
-        return size;
-    }
+    public int size() { return size; }
 
     /**
      * The number of items that the hierarchy has at this height: the clusters of the level, and
@@ -40,9 +36,7 @@ public final class Level {
      *
      * @return at least {@link #size}
      */
-    public long itemCount() {
-        return items;
-    }
+    public long itemCount() { return items; }
 
     /**
      * The clusters, in the order in which they were formed.
@@ -50,22 +44,18 @@ public final class Level {
      * @return an immutable list
      * @throws IllegalStateException if the clustering is closed
      */
-    public List<Cluster> clusters() {
-        return clustering.clusters(index);
-    }
+    public List<Cluster> clusters() { return clustering.clusters(index); }
 
     /**
-     * The clusters of this level that hold a node, and its shares in them. At the root the shares of
-     * each node add up to 1; on a level they may add up to less, as clusters from below are carried
-     * past it.
+     * The clusters of this level that hold a node, and its shares in them. At the root the shares
+     * of each node add up to 1; on a level they may add up to less, as clusters from below are
+     * carried past it.
      *
      * @param node id of the node
      * @return a new list in the order of the clusters; empty if no cluster of the level holds it
      * @throws IllegalStateException if the clustering is closed
      */
-    public List<Membership> memberships(long node) {
-        return clustering.membershipsAt(index, node);
-    }
+    public List<Membership> memberships(long node) { return clustering.membershipsAt(index, node); }
 
     @Override
     public String toString() {

@@ -8,7 +8,6 @@ import info.quenta.vorl.NslParser;
 import info.quenta.vorl.RcgParser;
 import info.quenta.vorl.SGraph;
 import info.quenta.vorl.vorl;
-
 import java.io.UncheckedIOException;
 import java.nio.file.Files;
 import java.nio.file.NoSuchFileException;
@@ -50,25 +49,23 @@ public final class Network implements AutoCloseable {
     public static Network read(Path file) {
         if (!Files.exists(file))
             throw new UncheckedIOException(new NoSuchFileException(file.toString()));
-        return Resource.alone(
-                false,
-                () -> {
-                    InpOptions options = new InpOptions();
-                    try {
-                        options.setFilename(file.toString());
-                        options.setFormat(vorl.inpFileFmt(file.toString()));
-                        return new Network(parse(options));
-                    } finally {
-                        options.delete();
-                    }
-                });
+        return Resource.alone(false, () -> {
+            InpOptions options = new InpOptions();
+            try {
+                options.setFilename(file.toString());
+                options.setFormat(vorl.inpFileFmt(file.toString()));
+                return new Network(parse(options));
+            } finally {
+                options.delete();
+            }
+        });
     }
 
     private static NativeNetwork parse(InpOptions options) {
         FileFormat format = options.getFormat();
         if (format == FileFormat.UNKNOWN)
             throw new VorlException(
-                    options.getFilename() + ": the format can't be told from the name");
+                options.getFilename() + ": the format can't be told from the name");
         if (format == FileFormat.NSE || format == FileFormat.NSA) {
             NslParser parser = new NslParser(options);
             try {
@@ -82,7 +79,8 @@ public final class Network implements AutoCloseable {
         }
         RcgParser parser = new RcgParser(options);
         try {
-            if (parser.weighted()) return new NativeNetwork.Weighted(parser.build());
+            if (parser.weighted())
+                return new NativeNetwork.Weighted(parser.build());
             return new NativeNetwork.Unweighted(parser.sbuild());
         } finally {
             parser.delete();
@@ -94,18 +92,14 @@ public final class Network implements AutoCloseable {
      *
      * @return a new builder
      */
-    public static Builder builder() {
-        return new Builder();
-    }
+    public static Builder builder() { return new Builder(); }
 
     /**
      * Clusters the network with the default options.
      *
      * @return the clustering, to be closed
      */
-    public Clustering cluster() {
-        return cluster(Options.defaults());
-    }
+    public Clustering cluster() { return cluster(Options.defaults()); }
 
     /**
      * Clusters the network. Only one thread at a time clusters; others wait.
@@ -115,16 +109,14 @@ public final class Network implements AutoCloseable {
      * @throws VorlException if the library refuses the network or the options
      */
     public Clustering cluster(Options options) {
-        return resource.callAlone(
-                options.trace(),
-                network -> {
-                    ClusterOptions record = options.toNative();
-                    try {
-                        return new Clustering(network.cluster(record));
-                    } finally {
-                        record.delete();
-                    }
-                });
+        return resource.callAlone(options.trace(), network -> {
+            ClusterOptions record = options.toNative();
+            try {
+                return new Clustering(network.cluster(record));
+            } finally {
+                record.delete();
+            }
+        });
     }
 
     /**
@@ -132,18 +124,14 @@ public final class Network implements AutoCloseable {
      *
      * @return a positive number
      */
-    public long nodeCount() {
-        return resource.call(NativeNetwork::nodes);
-    }
+    public long nodeCount() { return resource.call(NativeNetwork::nodes); }
 
     /**
      * Whether the network holds arcs.
      *
      * @return false if all links are edges
      */
-    public boolean directed() {
-        return resource.call(NativeNetwork::directed);
-    }
+    public boolean directed() { return resource.call(NativeNetwork::directed); }
 
     /** Frees the native memory; closing twice is harmless. */
     @Override
@@ -177,9 +165,7 @@ public final class Network implements AutoCloseable {
          * @return this builder
          * @throws IllegalArgumentException if an id is out of range
          */
-        public Builder edge(long a, long b) {
-            return add(false, a, b, 1);
-        }
+        public Builder edge(long a, long b) { return add(false, a, b, 1); }
 
         /**
          * Adds a weighted edge.
@@ -190,9 +176,7 @@ public final class Network implements AutoCloseable {
          * @return this builder
          * @throws IllegalArgumentException if an id or the weight is out of range
          */
-        public Builder edge(long a, long b, double weight) {
-            return add(false, a, b, weight);
-        }
+        public Builder edge(long a, long b, double weight) { return add(false, a, b, weight); }
 
         /**
          * Adds an arc.
@@ -202,9 +186,7 @@ public final class Network implements AutoCloseable {
          * @return this builder
          * @throws IllegalArgumentException if an id is out of range
          */
-        public Builder arc(long from, long to) {
-            return add(true, from, to, 1);
-        }
+        public Builder arc(long from, long to) { return add(true, from, to, 1); }
 
         /**
          * Adds a weighted arc.
@@ -227,9 +209,7 @@ public final class Network implements AutoCloseable {
          * @return this builder
          * @throws IllegalArgumentException if an id is out of range or the lengths differ
          */
-        public Builder edges(long[] a, long[] b) {
-            return addAll(false, a, b, null);
-        }
+        public Builder edges(long[] a, long[] b) { return addAll(false, a, b, null); }
 
         /**
          * Adds many weighted edges.
@@ -252,9 +232,7 @@ public final class Network implements AutoCloseable {
          * @return this builder
          * @throws IllegalArgumentException if an id is out of range or the lengths differ
          */
-        public Builder arcs(long[] from, long[] to) {
-            return addAll(true, from, to, null);
-        }
+        public Builder arcs(long[] from, long[] to) { return addAll(true, from, to, null); }
 
         /**
          * Adds many weighted arcs.
@@ -277,21 +255,16 @@ public final class Network implements AutoCloseable {
          */
         public Network build() {
             boolean arcs = runs.stream().anyMatch(Run::directed);
-            NativeNetwork network =
-                    weights.length > 0 || arcs
-                            ? new NativeNetwork.Weighted(new Graph())
-                            : new NativeNetwork.Unweighted(new SGraph());
+            NativeNetwork network = weights.length > 0 || arcs
+                ? new NativeNetwork.Weighted(new Graph())
+                : new NativeNetwork.Unweighted(new SGraph());
             for (int i = 0; i < runs.size(); ++i) {
                 Run run = runs.get(i);
                 int end = i + 1 < runs.size() ? runs.get(i + 1).start : count;
                 float[] part =
-                        weights.length == 0 ? null : Arrays.copyOfRange(weights, run.start, end);
-                network.addLinks(
-                        run.directed,
-                        Arrays.copyOfRange(src, run.start, end),
-                        Arrays.copyOfRange(dst, run.start, end),
-                        part,
-                        end - run.start);
+                    weights.length == 0 ? null : Arrays.copyOfRange(weights, run.start, end);
+                network.addLinks(run.directed, Arrays.copyOfRange(src, run.start, end),
+                    Arrays.copyOfRange(dst, run.start, end), part, end - run.start);
             }
             return new Network(network);
         }
@@ -302,7 +275,8 @@ public final class Network implements AutoCloseable {
             for (int i = 0; i < from.length; ++i) {
                 checkId(from[i]);
                 checkId(to[i]);
-                if (given != null) checkWeight(given[i]);
+                if (given != null)
+                    checkWeight(given[i]);
             }
             for (int i = 0; i < from.length; ++i)
                 add(directed, from[i], to[i], given == null ? 1 : given[i]);
@@ -327,7 +301,8 @@ public final class Network implements AutoCloseable {
                 runs.add(new Run(count, directed));
             src[count] = source;
             dst[count] = target;
-            if (weights.length > 0) weights[count] = value;
+            if (weights.length > 0)
+                weights[count] = value;
             ++count;
             return this;
         }
@@ -335,7 +310,7 @@ public final class Network implements AutoCloseable {
         private static int checkId(long id) {
             if (id < 0 || id > MAX_ID)
                 throw new IllegalArgumentException(
-                        "the id is " + id + ", 0 to " + MAX_ID + " is expected");
+                    "the id is " + id + ", 0 to " + MAX_ID + " is expected");
             return (int) id;
         }
 
@@ -343,7 +318,7 @@ public final class Network implements AutoCloseable {
             float value = (float) weight;
             if (!(value >= 0) || Float.isInfinite(value))
                 throw new IllegalArgumentException(
-                        "the weight is " + weight + ", a number of at least 0 is expected");
+                    "the weight is " + weight + ", a number of at least 0 is expected");
             return value;
         }
     }

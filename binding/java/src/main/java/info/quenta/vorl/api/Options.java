@@ -15,9 +15,7 @@ public final class Options {
 
         private final info.quenta.vorl.Validation value;
 
-        Validation(info.quenta.vorl.Validation value) {
-            this.value = value;
-        }
+        Validation(info.quenta.vorl.Validation value) { this.value = value; }
     }
 
     /** Whether candidates may depend on the order of the items. */
@@ -29,9 +27,7 @@ public final class Options {
 
         private final info.quenta.vorl.Speedup value;
 
-        Speedup(info.quenta.vorl.Speedup value) {
-            this.value = value;
-        }
+        Speedup(info.quenta.vorl.Speedup value) { this.value = value; }
     }
 
     /** Whether the lightest links of items with many links are dropped. */
@@ -47,40 +43,30 @@ public final class Options {
 
         private final info.quenta.vorl.Reduction value;
 
-        Reduction(info.quenta.vorl.Reduction value) {
-            this.value = value;
-        }
+        Reduction(info.quenta.vorl.Reduction value) { this.value = value; }
     }
 
     private static final Options DEFAULTS = builder().build();
 
     private final Builder values;
 
-    private Options(Builder values) {
-        this.values = values;
-    }
+    private Options(Builder values) { this.values = values; }
 
     /**
      * The defaults.
      *
      * @return options with all defaults
      */
-    public static Options defaults() {
-        return DEFAULTS;
-    }
+    public static Options defaults() { return DEFAULTS; }
 
     /**
      * Starts from the defaults.
      *
      * @return a new builder
      */
-    public static Builder builder() {
-        return new Builder();
-    }
+    public static Builder builder() { return new Builder(); }
 
-    boolean trace() {
-        return values.trace;
-    }
+    boolean trace() { return values.trace; }
 
     /** The native record, to be deleted by the caller. */
     ClusterOptions toNative() {
@@ -117,13 +103,15 @@ public final class Options {
          * @throws IllegalArgumentException if it is above 1 or not a number
          */
         public Builder gamma(double gamma) {
-            if (!(gamma <= 1)) throw new IllegalArgumentException("gamma is " + gamma + ", at most 1 is expected");
+            if (!(gamma <= 1))
+                throw new IllegalArgumentException("gamma is " + gamma + ", at most 1 is expected");
             this.gamma = (float) gamma;
             return this;
         }
 
         /**
-         * Merge on until the root has no more than this many clusters; 0 (the default) for no limit.
+         * Merge on until the root has no more than this many clusters; 0 (the default) for no
+         * limit.
          *
          * @param rootMax from 0 to 65534
          * @return this builder
@@ -131,7 +119,8 @@ public final class Options {
          */
         public Builder rootMax(int rootMax) {
             if (rootMax < 0 || rootMax > 65534)
-                throw new IllegalArgumentException("rootMax is " + rootMax + ", 0 to 65534 is expected");
+                throw new IllegalArgumentException(
+                    "rootMax is " + rootMax + ", 0 to 65534 is expected");
             this.rootMax = rootMax;
             return this;
         }
@@ -179,7 +168,7 @@ public final class Options {
         public Builder gainMargin(double gainMargin) {
             if (!(gainMargin <= 1))
                 throw new IllegalArgumentException(
-                        "gainMargin is " + gainMargin + ", at most 1 is expected");
+                    "gainMargin is " + gainMargin + ", at most 1 is expected");
             this.gainMargin = (float) gainMargin;
             return this;
         }

@@ -2,7 +2,6 @@ package info.quenta.vorl.api;
 
 import info.quenta.vorl.ClsOutFmt;
 import info.quenta.vorl.SignifclsExtoptions;
-
 import java.nio.file.Path;
 import java.util.Objects;
 
@@ -21,9 +20,7 @@ public final class OutputOptions {
 
         private final ClsOutFmt value;
 
-        Clusters(ClsOutFmt value) {
-            this.value = value;
-        }
+        Clusters(ClsOutFmt value) { this.value = value; }
     }
 
     /** Which shares of nodes are written. */
@@ -37,9 +34,7 @@ public final class OutputOptions {
 
         private final ClsOutFmt value;
 
-        Shares(ClsOutFmt value) {
-            this.value = value;
-        }
+        Shares(ClsOutFmt value) { this.value = value; }
     }
 
     private final Clusters clusters;
@@ -86,14 +81,14 @@ public final class OutputOptions {
     info.quenta.vorl.OutputOptions toNative(Path file) {
         info.quenta.vorl.OutputOptions options = new info.quenta.vorl.OutputOptions();
         int mask = clusters.value.swigValue() | shares.value.swigValue();
-        if (maxShare) mask |= ClsOutFmt.MAXSHARE.swigValue();
+        if (maxShare)
+            mask |= ClsOutFmt.MAXSHARE.swigValue();
         options.setClsfmt((short) mask);
         options.setClsfile(file.toString());
-        if (clusters == Clusters.SIGNIFICANT) options.setSignifcls(new SignifclsExtoptions());
+        if (clusters == Clusters.SIGNIFICANT)
+            options.setSignifcls(new SignifclsExtoptions());
         return options;
     }
 
-    boolean describesHierarchyOnly() {
-        return clusters == Clusters.HIERARCHY;
-    }
+    boolean describesHierarchyOnly() { return clusters == Clusters.HIERARCHY; }
 }

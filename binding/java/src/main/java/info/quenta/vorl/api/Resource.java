@@ -1,7 +1,6 @@
 package info.quenta.vorl.api;
 
 import info.quenta.vorl.Bulk;
-
 import java.lang.ref.Cleaner;
 import java.util.function.Consumer;
 import java.util.function.Function;
@@ -29,7 +28,8 @@ final class Resource<T> {
 
         @Override
         public synchronized void run() {
-            if (object != null) free.accept(object);
+            if (object != null)
+                free.accept(object);
             object = null;
         }
     }
@@ -40,52 +40,49 @@ final class Resource<T> {
         this.cleanable = CLEANER.register(owner, state);
     }
 
-    void close() {
-        cleanable.clean();
-    }
+    void close() { cleanable.clean(); }
 
-    void check() {
-        synchronized (state) {
-            if (state.object == null) throw new IllegalStateException("the " + name + " is closed");
-        }
-    }
+    void check(){synchronized (state){
+        if (state.object == null) throw new IllegalStateException("the " + name + " is closed");
+}
+}
 
-    /** Calls the operation; the object isn't freed meanwhile. */
-    <R> R call(Function<T, R> operation) {
-        synchronized (state) {
-            check();
-            return translated(() -> operation.apply(state.object));
-        }
-    }
+/** Calls the operation; the object isn't freed meanwhile. */
+<R> R call(Function<T, R> operation){synchronized (state){check();
+return translated(() -> operation.apply(state.object));
+}
+}
 
-    /** As {@link #call}, while no other thread is in a call of this kind. */
-    <R> R callAlone(boolean trace, Function<T, R> operation) {
-        synchronized (state) {
-            check();
-            return alone(trace, () -> operation.apply(state.object));
-        }
+/** As {@link #call}, while no other thread is in a call of this kind. */
+<R> R callAlone(boolean trace, Function<T, R> operation) {
+    synchronized (state) {
+        check();
+        return alone(trace, () -> operation.apply(state.object));
     }
+}
 
-    /** Calls the operation alone, and without a trace unless one is wanted. */
-    static <R> R alone(boolean trace, Supplier<R> operation) {
-        synchronized (LIBRARY) {
-            if (trace) return translated(operation);
-            long stream = Bulk.trace(0);
-            try {
-                return translated(operation);
-            } finally {
-                Bulk.trace(stream);
-            }
-        }
-    }
-
-    private static <R> R translated(Supplier<R> operation) {
+/** Calls the operation alone, and without a trace unless one is wanted. */
+static <R> R alone(boolean trace, Supplier<R> operation) {
+    synchronized (LIBRARY) {
+        if (trace)
+            return translated(operation);
+        long stream = Bulk.trace(0);
         try {
-            return operation.get();
-        } catch (RuntimeException err) {
-            // The native methods throw the class itself.
-            if (err.getClass() == RuntimeException.class) throw new VorlException(err);
-            throw err;
+            return translated(operation);
+        } finally {
+            Bulk.trace(stream);
         }
     }
+}
+
+private static <R> R translated(Supplier<R> operation) {
+    try {
+        return operation.get();
+    } catch (RuntimeException err) {
+        // The native methods throw the class itself.
+        if (err.getClass() == RuntimeException.class)
+            throw new VorlException(err);
+        throw err;
+    }
+}
 }

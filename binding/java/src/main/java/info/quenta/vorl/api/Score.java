@@ -10,4 +10,4 @@ package info.quenta.vorl.api;
  * @param clusters number of clusters formed on all levels
  */
 public record Score(
-        float modularity, float gamma, float estimatedGamma, float conductance, long clusters) {}
+    float modularity, float gamma, float estimatedGamma, float conductance, long clusters) {}

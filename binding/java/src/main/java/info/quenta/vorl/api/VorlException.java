@@ -4,9 +4,7 @@ package info.quenta.vorl.api;
 public class VorlException extends RuntimeException {
     private static final long serialVersionUID = 1;
 
-    VorlException(String message) {
-        super(message);
-    }
+    VorlException(String message) { super(message); }
 
     VorlException(RuntimeException cause) {
         super(cause.getMessage() == null ? null : cause.getMessage().strip(), cause);

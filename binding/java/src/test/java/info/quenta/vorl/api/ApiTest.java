@@ -6,7 +6,6 @@ import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import info.quenta.vorl.Settings;
-
 import java.io.UncheckedIOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -16,7 +15,6 @@ import java.util.Map;
 import java.util.NoSuchElementException;
 import java.util.TreeMap;
 import java.util.stream.LongStream;
-
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 import org.junit.jupiter.params.ParameterizedTest;
@@ -28,35 +26,40 @@ class ApiTest {
     /** Two triangles that are joined by one edge. */
     private static Network.Builder triangles() {
         return Network.builder()
-                .edges(new long[] {0, 1, 2, 3, 4, 5}, new long[] {1, 2, 0, 4, 5, 3})
-                .edge(2, 3);
+            .edges(new long[] {0, 1, 2, 3, 4, 5}, new long[] {1, 2, 0, 4, 5, 3})
+            .edge(2, 3);
     }
 
     /** The members of all clusters by level, with their shares. */
     private static List<List<List<Member>>> shape(Clustering clustering) {
-        return clustering.levels().stream()
-                .map(level -> level.clusters().stream().map(Cluster::members).map(List::copyOf).toList())
-                .toList();
+        return clustering.levels()
+            .stream()
+            .map(
+                level -> level.clusters().stream().map(Cluster::members).map(List::copyOf).toList())
+            .toList();
     }
 
     @Test
     void clustersWhatIsBuiltByHand() {
         try (Network network = triangles().build();
-                Clustering clustering = network.cluster(Options.builder().gamma(1).build())) {
+             Clustering clustering = network.cluster(Options.builder().gamma(1).build())) {
             assertEquals(6, network.nodeCount());
             assertFalse(network.directed());
             assertEquals(14, clustering.weight());
             assertEquals(2, clustering.root().size());
-            List<Long> first =
-                    clustering.root().clusters().get(0).members().stream()
-                            .map(Member::node)
-                            .sorted()
-                            .toList();
+            List<Long> first = clustering.root()
+                                   .clusters()
+                                   .get(0)
+                                   .members()
+                                   .stream()
+                                   .map(Member::node)
+                                   .sorted()
+                                   .toList();
             assertEquals(List.of(0L, 1L, 2L), first);
             Score score = clustering.score();
             assertEquals(5f / 14, score.modularity(), 1e-6);
             assertEquals(
-                    clustering.levels().stream().mapToInt(Level::size).sum(), score.clusters());
+                clustering.levels().stream().mapToInt(Level::size).sum(), score.clusters());
         }
     }
 
@@ -64,7 +67,7 @@ class ApiTest {
     @ValueSource(strings = {"karate.nse", "lesmis.nse", "jazz.nse", "celegansneural.nsa"})
     void walksAgree(String name) throws Exception {
         try (Network network = Network.read(Settings.data(name));
-                Clustering clustering = network.cluster()) {
+             Clustering clustering = network.cluster()) {
             // The shares of each node at the root add up to 1.
             Map<Long, Float> shares = new HashMap<>();
             for (Cluster cluster : clustering.root().clusters())
@@ -88,19 +91,20 @@ class ApiTest {
                 for (Cluster cluster : level.clusters()) {
                     assertEquals(level.index(), cluster.level());
                     Member some = cluster.members().get(cluster.size() / 2);
-                    assertTrue(
-                            level.memberships(some.node())
-                                    .contains(new Membership(cluster, some.share())));
+                    assertTrue(level.memberships(some.node())
+                                   .contains(new Membership(cluster, some.share())));
                 }
         }
     }
 
     private static void climb(
-            List<Membership> memberships, double share, Map<Cluster, Double> reached) {
+        List<Membership> memberships, double share, Map<Cluster, Double> reached) {
         for (Membership m : memberships) {
             List<Membership> owners = m.cluster().owners();
-            if (owners.isEmpty()) reached.merge(m.cluster(), share * m.share(), Double::sum);
-            else climb(owners, share * m.share(), reached);
+            if (owners.isEmpty())
+                reached.merge(m.cluster(), share * m.share(), Double::sum);
+            else
+                climb(owners, share * m.share(), reached);
         }
     }
 
@@ -110,7 +114,7 @@ class ApiTest {
         try (Network network = Network.read(Settings.data("lesmis.nse"))) {
             first = network.cluster();
             try (Clustering second = network.cluster();
-                    Clustering coarse = network.cluster(Options.builder().gamma(0).build())) {
+                 Clustering coarse = network.cluster(Options.builder().gamma(0).build())) {
                 assertEquals(shape(first), shape(second));
                 assertEquals(first.score(), second.score());
                 assertEquals(1, coarse.root().size());
@@ -125,17 +129,17 @@ class ApiTest {
         for (String name : List.of("lesmis.nse", "celegansneural.nsa", "karate.nse")) {
             Network.Builder builder = Network.builder();
             for (String line : Files.readAllLines(Settings.data(name))) {
-                if (line.isBlank() || line.startsWith("#")) continue;
+                if (line.isBlank() || line.startsWith("#"))
+                    continue;
                 String[] part = line.trim().split("\\s+");
                 double weight = part.length > 2 ? Double.parseDouble(part[2]) : 1;
                 if (name.endsWith("nsa"))
                     builder.arc(Long.parseLong(part[0]), Long.parseLong(part[1]), weight);
-                else builder.edge(Long.parseLong(part[0]), Long.parseLong(part[1]), weight);
+                else
+                    builder.edge(Long.parseLong(part[0]), Long.parseLong(part[1]), weight);
             }
-            try (Network read = Network.read(Settings.data(name));
-                    Network built = builder.build();
-                    Clustering one = read.cluster();
-                    Clustering other = built.cluster()) {
+            try (Network read = Network.read(Settings.data(name)); Network built = builder.build();
+                 Clustering one = read.cluster(); Clustering other = built.cluster()) {
                 assertEquals(read.directed(), built.directed());
                 assertEquals(one.weight(), other.weight());
                 assertEquals(shape(one), shape(other), name);
@@ -146,15 +150,21 @@ class ApiTest {
     @Test
     void idsHaveTheWholeRange() {
         try (Network network =
-                        Network.builder().edge(0, Network.MAX_ID).edge(0x80000000L, 5, 2).build();
-                Clustering clustering = network.cluster()) {
+                 Network.builder().edge(0, Network.MAX_ID).edge(0x80000000L, 5, 2).build();
+             Clustering clustering = network.cluster()) {
             TreeMap<Long, Integer> clusters = new TreeMap<>();
             for (long node : new long[] {0, 5, 0x80000000L, Network.MAX_ID})
                 clusters.put(node, clustering.root().memberships(node).size());
             assertEquals(Map.of(0L, 1, 5L, 1, 0x80000000L, 1, Network.MAX_ID, 1), clusters);
             assertEquals(Network.MAX_ID,
-                    clustering.memberships(Network.MAX_ID).get(0).cluster().members().stream()
-                            .mapToLong(Member::node).max().getAsLong());
+                clustering.memberships(Network.MAX_ID)
+                    .get(0)
+                    .cluster()
+                    .members()
+                    .stream()
+                    .mapToLong(Member::node)
+                    .max()
+                    .getAsLong());
             for (long unknown : new long[] {1, 6, -1, 0xFFFFFFFFL, Long.MIN_VALUE})
                 assertThrows(NoSuchElementException.class, () -> clustering.memberships(unknown));
         }
@@ -163,35 +173,34 @@ class ApiTest {
     @Test
     void writesWhatCanBeReadBack() throws Exception {
         try (Network network = Network.read(Settings.data("jazz.nse"));
-                Clustering clustering = network.cluster()) {
+             Clustering clustering = network.cluster()) {
             Path file = folder.resolve("new/jazz.cnl");
             clustering.write(file, OutputOptions.of(OutputOptions.Clusters.ROOT));
             List<String> rows =
-                    Files.readAllLines(file).stream().filter(l -> !l.startsWith("#")).toList();
+                Files.readAllLines(file).stream().filter(l -> !l.startsWith("#")).toList();
             assertEquals(clustering.root().size(), rows.size());
             List<Cluster> clusters = clustering.root().clusters();
             for (int i = 0; i < rows.size(); ++i) {
                 String[] part = rows.get(i).trim().split(" ");
                 assertEquals(clusters.get(i).id() + ">", part[0]);
-                List<Long> ids =
-                        List.of(part).subList(1, part.length).stream()
-                                .map(text -> Long.parseLong(text.split(":")[0]))
-                                .toList();
+                List<Long> ids = List.of(part)
+                                     .subList(1, part.length)
+                                     .stream()
+                                     .map(text -> Long.parseLong(text.split(":")[0]))
+                                     .toList();
                 assertEquals(clusters.get(i).members().stream().map(Member::node).toList(), ids);
             }
             assertTrue(Files.readString(folder.resolve("new/jazz.rhb")).startsWith("/Hierarchy "));
 
             Path simple = folder.resolve("simple.cnl");
-            clustering.write(
-                    simple,
-                    OutputOptions.of(OutputOptions.Clusters.SIGNIFICANT)
-                            .shares(OutputOptions.Shares.NONE)
-                            .maxShare(true));
+            clustering.write(simple,
+                OutputOptions.of(OutputOptions.Clusters.SIGNIFICANT)
+                    .shares(OutputOptions.Shares.NONE)
+                    .maxShare(true));
             assertFalse(Files.readString(simple).replaceFirst("#.*\n", "").contains(":"));
             Path denied = Files.createFile(folder.resolve("file")).resolve("x.cnl");
-            assertThrows(
-                    UncheckedIOException.class,
-                    () -> clustering.write(denied, OutputOptions.of(OutputOptions.Clusters.ALL)));
+            assertThrows(UncheckedIOException.class,
+                () -> clustering.write(denied, OutputOptions.of(OutputOptions.Clusters.ALL)));
         }
     }
 
@@ -209,13 +218,11 @@ class ApiTest {
             assertThrows(IllegalArgumentException.class, () -> builder.edge(id, 1));
         for (double weight : new double[] {-1, Double.NaN, Double.POSITIVE_INFINITY, 1e39})
             assertThrows(IllegalArgumentException.class, () -> builder.edge(1, 2, weight));
-        assertThrows(
-                IllegalArgumentException.class, () -> builder.arcs(new long[1], new long[2]));
+        assertThrows(IllegalArgumentException.class, () -> builder.arcs(new long[1], new long[2]));
         assertThrows(VorlException.class, builder::build); // nothing of it was taken
         assertThrows(VorlException.class, () -> Network.builder().edge(1, 2, 0).build());
         assertThrows(
-                VorlException.class,
-                () -> Network.builder().edge(1, 2, 3e38).edge(2, 3, 3e38).build());
+            VorlException.class, () -> Network.builder().edge(1, 2, 3e38).edge(2, 3, 3e38).build());
         assertThrows(IllegalArgumentException.class, () -> Options.builder().gamma(1.5));
         assertThrows(IllegalArgumentException.class, () -> Options.builder().rootMax(65535));
     }
@@ -230,24 +237,23 @@ class ApiTest {
     @Test
     void unusualNetworksAreClustered() {
         List<Network.Builder> all =
-                List.of(
-                        Network.builder().edge(1, 1),
-                        Network.builder().edge(1, 2),
-                        Network.builder().arc(1, 2).arc(2, 1, 3).edge(2, 3).edge(3, 3, 2),
-                        Network.builder().edge(1, 2, 0).edge(2, 3, 1).edge(4, 5, 0),
-                        Network.builder().edge(1, 2).edge(1, 2).edge(2, 1).edge(3, 4),
-                        triangles().arcs(new long[] {9}, new long[] {0}, new float[] {0.5f}));
+            List.of(Network.builder().edge(1, 1), Network.builder().edge(1, 2),
+                Network.builder().arc(1, 2).arc(2, 1, 3).edge(2, 3).edge(3, 3, 2),
+                Network.builder().edge(1, 2, 0).edge(2, 3, 1).edge(4, 5, 0),
+                Network.builder().edge(1, 2).edge(1, 2).edge(2, 1).edge(3, 4),
+                triangles().arcs(new long[] {9}, new long[] {0}, new float[] {0.5f}));
         for (Network.Builder builder : all)
             for (Options.Validation validation : Options.Validation.values())
                 try (Network network = builder.build();
-                        Clustering clustering =
-                                network.cluster(Options.builder().validation(validation).build())) {
-                    long members =
-                            clustering.root().clusters().stream()
-                                    .flatMap(c -> c.members().stream())
-                                    .mapToLong(Member::node)
-                                    .distinct()
-                                    .count();
+                     Clustering clustering =
+                         network.cluster(Options.builder().validation(validation).build())) {
+                    long members = clustering.root()
+                                       .clusters()
+                                       .stream()
+                                       .flatMap(c -> c.members().stream())
+                                       .mapToLong(Member::node)
+                                       .distinct()
+                                       .count();
                     assertEquals(network.nodeCount(), members);
                 }
     }
@@ -269,34 +275,54 @@ class ApiTest {
         assertThrows(IllegalStateException.class, clustering::root);
         assertThrows(IllegalStateException.class, clustering::score);
         assertThrows(IllegalStateException.class, () -> clustering.memberships(0));
-        assertThrows(
-                IllegalStateException.class,
-                () -> clustering.write(folder, OutputOptions.of(OutputOptions.Clusters.ALL)));
+        assertThrows(IllegalStateException.class,
+            () -> clustering.write(folder, OutputOptions.of(OutputOptions.Clusters.ALL)));
         assertThrows(IllegalStateException.class, level::clusters);
         assertThrows(IllegalStateException.class, cluster::members);
         assertThrows(IllegalStateException.class, owned::size);
         assertThrows(IllegalStateException.class, owned::owners);
     }
 
+    private static long residentMegabytes() throws Exception {
+        for (String line : Files.readAllLines(Path.of("/proc/self/status")))
+            if (line.startsWith("VmRSS:"))
+                return Long.parseLong(line.replaceAll("\\D", "")) / 1024;
+        throw new AssertionError("no VmRSS");
+    }
+
+    @Test
+    void whatIsNotClosedIsFreedByTheCollector() throws Exception {
+        long[] a = LongStream.range(0, 50_000).toArray();
+        long[] b = LongStream.range(1, 50_001).toArray();
+        Network.Builder builder = Network.builder().edges(a, b);
+        long before = residentMegabytes();
+        for (int i = 0; i < 100; ++i) { // some 10 MiB each
+            builder.build();
+            System.gc();
+        }
+        for (int i = 0; i < 50 && residentMegabytes() - before > 200; ++i) {
+            System.gc();
+            Thread.sleep(100);
+        }
+        long grown = residentMegabytes() - before;
+        assertTrue(grown <= 200, "grown by " + grown + " MiB");
+    }
+
     @Test
     void threadsMayClusterAndCloseAtOnce() throws Exception {
         try (Network network = Network.read(Settings.data("jazz.nse"));
-                Clustering expected = network.cluster()) {
+             Clustering expected = network.cluster()) {
             var shape = shape(expected);
             var failures = new java.util.concurrent.ConcurrentLinkedQueue<Throwable>();
-            List<Thread> threads =
-                    LongStream.range(0, 4)
-                            .mapToObj(
-                                    i ->
-                                            new Thread(
-                                                    () -> {
-                                                        try (Clustering one = network.cluster()) {
-                                                            assertEquals(shape, shape(one));
-                                                        } catch (Throwable err) {
-                                                            failures.add(err);
-                                                        }
-                                                    }))
-                            .toList();
+            List<Thread> threads = LongStream.range(0, 4)
+                                       .mapToObj(i -> new Thread(() -> {
+                                           try (Clustering one = network.cluster()) {
+                                               assertEquals(shape, shape(one));
+                                           } catch (Throwable err) {
+                                               failures.add(err);
+                                           }
+                                       }))
+                                       .toList();
             threads.forEach(Thread::start);
             for (Thread thread : threads) thread.join();
             assertEquals(List.of(), List.copyOf(failures));

@@ -4,11 +4,9 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import info.quenta.vorl.Settings;
-
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.Map;
-
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.condition.EnabledIfSystemProperty;
 import org.junit.jupiter.api.io.TempDir;
@@ -24,9 +22,9 @@ class WholeRunTest {
 
         public static void main(String[] args) {
             try (Network network = Network.read(Path.of(args[0]));
-                    Clustering clustering = network.cluster()) {
+                 Clustering clustering = network.cluster()) {
                 clustering.write(
-                        Path.of(args[1]), OutputOptions.of(OutputOptions.Clusters.HIERARCHY));
+                    Path.of(args[1]), OutputOptions.of(OutputOptions.Clusters.HIERARCHY));
             }
         }
     }
@@ -34,36 +32,18 @@ class WholeRunTest {
     @ParameterizedTest
     @EnabledIfSystemProperty(named = "vorl.test.program", matches = ".+")
     @ValueSource(
-            strings = {"karate.nse", "lesmis.nse", "jazz.nse", "power.nse", "celegansneural.nsa"})
-    void resultsAreThoseOfTheProgram(String name) throws Exception {
+        strings = {"karate.nse", "lesmis.nse", "jazz.nse", "power.nse", "celegansneural.nsa"})
+    void
+    resultsAreThoseOfTheProgram(String name) throws Exception {
         Path network = Settings.data(name);
         Path ours = folder.resolve("java.rhb");
         Path theirs = folder.resolve("program.rhb");
         String classes = Settings.path("classes") + ":" + Settings.path("jar");
-        Settings.Outcome run =
-                Settings.run(
-                        folder,
-                        Map.of(),
-                        Settings.tool("java"),
-                        "-Xcheck:jni",
-                        "-cp",
-                        classes,
-                        Run.class.getName(),
-                        network.toString(),
-                        ours.toString());
+        Settings.Outcome run = Settings.run(folder, Map.of(), Settings.tool("java"), "-Xcheck:jni",
+            "-cp", classes, Run.class.getName(), network.toString(), ours.toString());
         assertEquals(new Settings.Outcome(0, ""), run);
-        run =
-                Settings.run(
-                        folder,
-                        Map.of(),
-                        Settings.path("program").toString(),
-                        "cluster",
-                        network.toString(),
-                        "-q",
-                        "--levels",
-                        "hierarchy",
-                        "-o",
-                        theirs.toString());
+        run = Settings.run(folder, Map.of(), Settings.path("program").toString(), "cluster",
+            network.toString(), "-q", "--levels", "hierarchy", "-o", theirs.toString());
         assertEquals(new Settings.Outcome(0, ""), run);
         assertTrue(Files.size(ours) > 100);
         assertEquals(-1, Files.mismatch(ours, theirs));
@@ -73,32 +53,14 @@ class WholeRunTest {
     void theExampleRunsAsItsUserWouldRunIt() throws Exception {
         String jar = Settings.path("jar").toString();
         Path source = Settings.path("examples").resolve("Communities.java");
-        Settings.Outcome run =
-                Settings.run(
-                        folder,
-                        Map.of(),
-                        Settings.tool("javac"),
-                        "-cp",
-                        jar,
-                        "-d",
-                        folder.toString(),
-                        source.toString());
+        Settings.Outcome run = Settings.run(folder, Map.of(), Settings.tool("javac"), "-cp", jar,
+            "-d", folder.toString(), source.toString());
         assertEquals(new Settings.Outcome(0, ""), run);
-        run =
-                Settings.run(
-                        folder,
-                        Map.of(),
-                        Settings.tool("java"),
-                        "-cp",
-                        jar + ":" + folder,
-                        "Communities",
-                        Settings.data("karate.nse").toString(),
-                        "9");
-        assertEquals(
-                new Settings.Outcome(
-                        0,
-                        "34 nodes, 7 levels, 4 clusters at the root, modularity 0.4126\n"
-                                + "1.00 of node 9 in cluster 24 with 11 nodes\n"),
-                run);
+        run = Settings.run(folder, Map.of(), Settings.tool("java"), "-cp", jar + ":" + folder,
+            "Communities", Settings.data("karate.nse").toString(), "9");
+        assertEquals(new Settings.Outcome(0,
+                         "34 nodes, 7 levels, 4 clusters at the root, modularity 0.4126\n"
+                             + "1.00 of node 9 in cluster 24 with 11 nodes\n"),
+            run);
     }
 }
