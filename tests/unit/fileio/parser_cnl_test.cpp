@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <ios>
 #include <memory>
 #include <ostream>
 #include <stdexcept>
@@ -109,10 +108,6 @@ INSTANTIATE_TEST_SUITE_P(
                "WARNING header(), the nodes number is invalid, omitted: Invalid format of val or "
                "out of range conversion of '4294967296, Fuzzy: 0' with the value = 4294967296: "
                "Terminating symbol is invalid\n"},
-        Header{"# Clusters: 2, Nodes: Fuzzy: 0", false, false,
-               "WARNING header(), the nodes number is invalid, omitted: Invalid format of val or "
-               "out of range conversion of 'Fuzzy: 0' with the value = 0: Terminating symbol is "
-               "invalid\n"},
         Header{"# Clusters: 2, Fuzzy: Numbered: 1", true, true,
                "WARNING header(), the fuzzy value is invalid, omitted: Invalid format of val or "
                "out of range conversion of 'Numbered: 1' with the value = 0: Terminating symbol "
@@ -142,14 +137,6 @@ TEST(CnlBody, MakesOwnersOfTheNodes) {
     EXPECT_EQ(std::next(clusters.begin())->id, clusters.front().id + 1);
     EXPECT_EQ(Read("").clusters() + Read("# Clusters: 0\n").clusters(), "");
     EXPECT_EQ(Read("# Clusters: 2, Numbered: 1\n5>1\n6> \n").clusters(), "1 | | ");
-}
-
-TEST(CnlBody, KeepsSharesInOrderInLongLists) {
-    std::string text;
-    for (int i = 0; i < 14; ++i) text += "0:0.0" + std::to_string(i % 9 + 1) + "\n";
-    EXPECT_EQ(Read(text).shares(0),
-              "0:0.01 1:0.02 2:0.03 3:0.04 4:0.05 5:0.06 6:0.07 7:0.08 8:0.09 9:0.01 10:0.02 "
-              "11:0.03 12:0.04 13:0.05 ");
 }
 
 TEST(CnlBody, RefusesWhatIsNoMember) {
@@ -187,16 +174,6 @@ TEST(CnlBodyDeathTest, KeepsToTheHeader) {
                  "build\\(\\), nodes size validation failed");
     EXPECT_EQ(Read("# Clusters: 2, Nodes: 1\n1:0.5 2\n1:0.5 2\n").clusters(), "1 2 | 1 2 | ");
     EXPECT_DEATH(Read("1:0.5 1:0.5\n"), "insorted\\(\\), elements must be unique");
-}
-
-TEST(CnlFile, MustBeThere) {
-    testing::internal::CaptureStderr();
-    EXPECT_TRUE(errorOf<std::ios_base::failure>([] {
-                    CnlParser parser("/nonexistent/clusters.cnl");
-                }).starts_with("No such file or directory\n"));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "CnlParser(), error opening the file /nonexistent/clusters.cnl: No such file or "
-              "directory\n");
 }
 
 }  // namespace

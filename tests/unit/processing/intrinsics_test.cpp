@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <stdexcept>
+#include <vector>
 
 namespace vorl::test {
 namespace {
@@ -69,17 +70,6 @@ TEST(IntrinsicMeasures, OfArcsCountBothDirections) {
     EXPECT_EQ(arcs.cdn, edges.cdn);
     EXPECT_EQ(arcs.mod, edges.mod);
     EXPECT_EQ(arcs.gamma, edges.gamma);
-}
-
-TEST(IntrinsicMeasures, FindSelfLinksInLongLists) {
-    std::vector<Ln> links;
-    for (std::size_t src = 0; src < 13; ++src)
-        for (std::size_t dst = 0; dst < 13; ++dst) links.push_back({src, dst, 1});
-    ClustersT clusters = make(std::vector<AccWeight>(13), links);
-    const Intrinsics intr = measure(clusters, 13 * 14);
-    EXPECT_FLOAT_EQ(intr.cdn, 12.f / 14);
-    EXPECT_FLOAT_EQ(intr.mod, 2.f / 14 - 1.f / 13);
-    for (const auto& cl : clusters) EXPECT_EQ(cl.links.size(), 12);
 }
 
 TEST(IntrinsicMeasures, AreThoseAskedFor) {
