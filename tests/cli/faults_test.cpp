@@ -1,86 +1,10 @@
-// `vorl` on bad input, wrong usage and faults of the system: message and exit code, no output.
+// `vorl` on wrong usage and faults of the system: message, exit code, nothing left behind.
 #include "cli/program.hpp"
 
 #include <gtest/gtest.h>
 
-#include <ostream>
-
 namespace vorl::test {
 namespace {
-
-using namespace std::string_literals;
-
-struct BadInput {
-    const char* name;
-    std::string text;
-    const char* message;  ///< behind the file's name
-};
-
-std::ostream& operator<<(std::ostream& out, const BadInput& bad) { return out << bad.name; }
-
-class BadNetwork : public testing::TestWithParam<BadInput> {};
-
-TEST_P(BadNetwork, IsToldByFileAndLine) {
-    const BadInput& bad = GetParam();
-    const Folder folder;
-    for (const char* name : {"net.nse", "net.nsa"}) {
-        const std::string file = folder.write(name, bad.text);
-        const std::string output = (folder / "out.rhb").string();
-        const Outcome run = vorl("cluster " + file + " --levels hierarchy -o " + output);
-        EXPECT_EQ(run.code, 1) << run.err;
-        EXPECT_NE(run.err.find(file + bad.message), std::string::npos) << run.err;
-        EXPECT_EQ(run.out, "");
-        EXPECT_FALSE(std::filesystem::exists(output));
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , BadNetwork,
-    testing::Values(
-        BadInput{"empty", "", ": the file is empty"},
-        BadInput{"onlyComments", "# nothing\n#\n", ":2: the file ends without a link"},
-        BadInput{"onlyHeader", "# Nodes: 3, Edges: 0\n", ":1: the file ends without a link"},
-        BadInput{"singleId", "1 2\n3\n", ":2: a single id, a source and a destination"},
-        BadInput{"singleIdBlanks", "1 2\n3 \t\n", ":2: a single id"},
-        BadInput{"words", "1 2\n\nhello world\n", ":3: the source is \"hello\", an id"},
-        BadInput{"wordDest", "1 x\n", ":1: the destination is \"x\", an id"},
-        BadInput{"idNone", "1 4294967295\n", ":1: the destination is \"4294967295\", an id below"},
-        BadInput{"idHuge", "99999999999999999999999 1\n", ":1: the source is \"999"},
-        BadInput{"idNegative", "1 2\n-1 2\n", ":2: the source is \"-1\""},
-        BadInput{"idPlus", "+1 2\n", ":1: the source is \"+1\""},
-        BadInput{"idHex", "0x10 2\n", ":1: the source is \"0x10\""},
-        BadInput{"idFloat", "1.5 2\n", ":1: the source is \"1.5\""},
-        BadInput{"weightNegative", "1 2 -0.5\n", ":1: the weight is \"-0.5\", it must not"},
-        BadInput{"weightMinusZero", "1 2 -0\n", ":1: the weight is \"-0\", it must not"},
-        BadInput{"weightNan", "1 2 nan\n", ":1: the weight is \"nan\", a number"},
-        BadInput{"weightInf", "1 2 1\n2 3 inf\n", ":2: the weight is \"inf\", 0 or a number"},
-        BadInput{"weightBig", "1 2 1e39\n", ":1: the weight is \"1e39\", 0 or a number"},
-        BadInput{"weightOverflow", "1 2 1e400\n", ":1: the weight is \"1e400\", 0 or a number"},
-        BadInput{"weightTiny", "1 2 1e-45\n", ":1: the weight is \"1e-45\", 0 or a number"},
-        BadInput{"weightWord", "1 2 abc\n", ":1: the weight is \"abc\", a number"},
-        BadInput{"weightTail", "1 2 1.5x\n", ":1: the weight is \"1.5x\", a number"},
-        BadInput{"weightsSum", "1 2 3e38\n2 3 3e38\n", ": the weights add up to more"},
-        BadInput{"binary",
-                 "\x7F"
-                 "ELF\0\0\0\1"s,
-                 ":1: a NUL byte"},
-        BadInput{"binaryLater", "1 2\n2 \0 3\n"s, ":2: a NUL byte"},
-        BadInput{"headerLinks", "# Nodes: 3, Edges: 5\n1 2\n2 3\n",
-                 ":1: the header tells of 5 links, the file has 2"},
-        BadInput{"headerArcs", "#\n# nodes: 3 arcs: 1\n1 2\n2 3\n",
-                 ":2: the header tells of 1 links, the file has 2"},
-        BadInput{"headerNodes", "# Nodes: 2, Edges: 2\n1 2\n2 3\n",
-                 ":1: the header tells of 2 nodes, the file has 3"},
-        BadInput{"headerHuge", "# Nodes: 4294967295\n1 2\n",
-                 ":1: the header's number of nodes is 4294967295, at most"},
-        BadInput{"headerHuge2", "# Nodes: 4294967294, Edges: 1\n1 2\n",
-                 ":1: the header tells of 4294967294 nodes, the file has 2"},
-        BadInput{"headerWord", "# Nodes: many\n1 2\n", ":1: the header's number of nodes is "},
-        BadInput{"headerBadLinks", "# Nodes: 2, Edges: -1\n1 2\n",
-                 ":1: the header's number of links is \"-1\""},
-        BadInput{"longLine", "1 2\n" + std::string(1 << 20, 'x') + "\n",
-                 ":2: the source is \"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...\""}),
-    [](const auto& param) { return param.param.name; });
 
 TEST(Usage, IsToldWithCodeTwo) {
     const struct {
