@@ -1,5 +1,6 @@
 #include "cluster_command.hpp"
 
+#include "errors.hpp"
 #include "output_text.hpp"
 #include "output_tree.hpp"
 #include "summary.hpp"
@@ -44,6 +45,16 @@ void describe(const Hierarchy<LinksT>& hier, Summary& summary) {
     for (const auto* cl : hier.root()) summary.rootSizes.push_back(cl->nnodes());
 }
 
+void checkOutput(const ClusterCommand& command, const OutputTree& files) {
+    if (files.isStandardOutput() && command.json)
+        throw UsageError("the clusters and the summary can't both go to the standard output");
+    if (!files.isDevice())
+        checkTargets(command.output, command.read.file);
+    else if (goesToFolder(command.output))
+        throw UsageError(command.output.file +
+                         " can't hold the files of several levels, give the name of a file");
+}
+
 }  // namespace
 
 void run(const ClusterCommand& command) {
@@ -51,7 +62,10 @@ void run(const ClusterCommand& command) {
     if (command.trace) std::setvbuf(stderr, nullptr, _IOFBF, 1 << 16);
 
     std::optional<OutputTree> files;
-    if (!command.output.file.empty()) files.emplace(command.output.file);
+    if (!command.output.file.empty()) {
+        files.emplace(command.output.file, goesToFolder(command.output));
+        checkOutput(command, *files);
+    }
     Stopwatch watch;
     Summary summary;
     summary.file = command.read.file;
@@ -86,7 +100,7 @@ void run(const ClusterCommand& command) {
     std::string text;
     if (command.json)
         text = asJson(summary);
-    else if (!command.quiet)
+    else if (!command.quiet && !(files && files->isStandardOutput()))
         text = asText(summary);
     print(text);
 }

@@ -1,12 +1,14 @@
 #include "hierarchy_files.hpp"
 
 #include "errors.hpp"
+#include "output_tree.hpp"
 
 #include <vorl/fileio/iotypes.hpp>
 #include <vorl/fileio/printer_cnl.hpp>
 #include <vorl/fileio/printer_rhb.hpp>
 #include <vorl/types/text.hpp>
 
+#include <unistd.h>
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -128,7 +130,7 @@ void write(const Hierarchy<LinksT>& hier, const OutputRequest& request, const fs
     ClsOutFmtBase format = toMask(request.format);
     if (request.maxShare) format |= ClsOutFmt::MAXSHARE;
     // The library knows no way to write all levels, or those around a number, for any hierarchy.
-    if (request.levels == Levels::PER_LEVEL || request.levels == Levels::AROUND) {
+    if (goesToFolder(request)) {
         format |= ClsOutFmt::CUSTLEVS;
         writeLevels(hier,
                     request.levels == Levels::AROUND ? levelsAround(hier, *request.clusters)
@@ -158,6 +160,25 @@ void write(const Hierarchy<LinksT>& hier, const OutputRequest& request, const fs
 }
 
 }  // namespace
+
+void checkTargets(const OutputRequest& request, const std::string& input) {
+    const fs::path file = request.file;
+    const fs::path description = file.parent_path() / (file.stem().string() + ".rhb");
+    std::error_code err;
+    if (fs::is_directory(description, err))
+        throw InputError(description.string() + ": " + std::strerror(EISDIR));
+    requireOther(description.string(), input);
+    if (!goesToFolder(request)) {
+        requireOther(request.file, input);
+        return;
+    }
+    const fs::path folder = file.parent_path() / file.stem();
+    if (!fs::exists(folder, err)) return;
+    if (!fs::is_directory(folder, err))
+        throw InputError(folder.string() + ": it isn't a folder, which the files of levels need");
+    if (access(folder.c_str(), W_OK | X_OK) != 0)
+        throw InputError(folder.string() + ": " + std::strerror(errno));
+}
 
 template <class LinksT>
 void writeHierarchy(const Hierarchy<LinksT>& hier, const OutputRequest& request,

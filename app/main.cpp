@@ -5,6 +5,8 @@
 #include <vorl/types/text.hpp>
 #include <vorl/types/trace.hpp>
 
+#include <fcntl.h>
+#include <unistd.h>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
@@ -94,12 +96,22 @@ int runProgram(int argc, char** argv) {
     return WRONG_USAGE;
 }
 
+/// Takes the places of standard streams that are closed, lest a file that the program writes gets
+/// the number of one, and with it what goes to the stream.
+void holdStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(stream, F_GETFD) < 0)
+            // Opened the wrong way, so that a use of it fails as before.
+            static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+}
+
 }  // namespace
 
 }  // namespace vorl::app
 
 int main(int argc, char** argv) {
     using namespace vorl::app;
+    holdStandardStreams();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     vorl::ftrace = nullptr;
