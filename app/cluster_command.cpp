@@ -9,8 +9,10 @@
 #include <vorl/types/trace.hpp>
 
 #include <sys/resource.h>
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 
 namespace vorl::app {
@@ -55,6 +57,19 @@ void checkOutput(const ClusterCommand& command, const OutputTree& files) {
                          " can't hold the files of several levels, give the name of a file");
 }
 
+/// Tells of files that were in the folder of the levels before, lest they be taken for levels.
+void tellOtherFiles(const std::string& file, const std::vector<std::string>& written) {
+    const std::filesystem::path path = file;
+    const std::filesystem::path folder = path.parent_path() / path.stem();
+    Size others = 0;
+    std::error_code err;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, err))
+        others += std::find(written.begin(), written.end(), entry.path().string()) == written.end();
+    if (others != 0)
+        std::fprintf(stderr, "vorl: %s: %s that this run didn't write stood there already\n",
+                     folder.c_str(), counted(others, "file").c_str());
+}
+
 }  // namespace
 
 void run(const ClusterCommand& command) {
@@ -92,6 +107,8 @@ void run(const ClusterCommand& command) {
                 writeHierarchy(*hier, command.output, files->path());
                 summary.files = files->commit();
                 summary.writeSeconds = watch.lap();
+                if (goesToFolder(command.output) && !command.quiet)
+                    tellOtherFiles(command.output.file, summary.files);
             }
         },
         network.graph);

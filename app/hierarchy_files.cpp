@@ -161,18 +161,32 @@ void write(const Hierarchy<LinksT>& hier, const OutputRequest& request, const fs
 
 }  // namespace
 
+namespace {
+
+/// @throws InputError if there can't be a file of that name
+void requirePossible(const fs::path& path) {
+    std::error_code err;
+    const fs::file_status status = fs::status(path, err);
+    if (fs::is_directory(status)) throw InputError(path.string() + ": " + std::strerror(EISDIR));
+    if (err && status.type() != fs::file_type::not_found)
+        throw InputError(path.string() + ": " + err.message());
+}
+
+}  // namespace
+
 void checkTargets(const OutputRequest& request, const std::string& input) {
     const fs::path file = request.file;
     const fs::path description = file.parent_path() / (file.stem().string() + ".rhb");
-    std::error_code err;
-    if (fs::is_directory(description, err))
-        throw InputError(description.string() + ": " + std::strerror(EISDIR));
+    requirePossible(description);
     requireOther(description.string(), input);
     if (!goesToFolder(request)) {
         requireOther(request.file, input);
         return;
     }
+    std::error_code err;
     const fs::path folder = file.parent_path() / file.stem();
+    requirePossible(file.parent_path() /
+                    (file.stem().string() + "_65535" + file.extension().string()));
     if (!fs::exists(folder, err)) return;
     if (!fs::is_directory(folder, err))
         throw InputError(folder.string() + ": it isn't a folder, which the files of levels need");

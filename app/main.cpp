@@ -84,6 +84,12 @@ int runProgram(int argc, char** argv) {
         complain(message);
     } catch (const CLI::RequiredError& err) {
         std::string message = err.what();
+        if (const auto subs = app.get_subcommands(); !subs.empty())
+            for (const std::string& word : app.remaining(true))
+                if (word.starts_with("-"))
+                    message +=
+                        "; \"" + word + "\" is no option" +
+                        suggestion(word.substr(0, word.find('=')), optionNames(*subs.front()));
         // An unknown command is told as a missing one.
         for (int i = 1; i < argc && app.get_subcommands().empty(); ++i)
             message += ": \"" + std::string(argv[i]) + "\"" + suggestion(argv[i], names);
