@@ -13,6 +13,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <system_error>
 #include <thread>
 
 namespace vorl::app {
@@ -57,7 +58,11 @@ public:
                 sigaddset(&m_signals, signal);
         }
         pthread_sigmask(SIG_BLOCK, &m_signals, &m_former);
-        m_thread = std::thread([this] { watch(); });
+        try {
+            m_thread = std::thread([this] { watch(); });
+        } catch (const std::system_error& err) {
+            throw InputError("no thread can be started: " + err.code().message());
+        }
     }
 
     ~SignalWatch() {

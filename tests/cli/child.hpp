@@ -26,8 +26,13 @@ public:
         words.push_back(nullptr);
         const std::string out = (m_folder / "out").string();
         const std::string err = (m_folder / "err").string();
+        // Opened here, for it may lie where a child without rights can't go.
+        const int program = open(VORL_BINARY, O_RDONLY | O_CLOEXEC);
         m_pid = fork();
-        if (m_pid != 0) return;
+        if (m_pid != 0) {
+            close(program);
+            return;
+        }
         const auto redirect = [](const std::string& file, int stream) {
             dup2(open(file.c_str(), O_WRONLY | O_CREAT, 0600), stream);
         };
@@ -36,7 +41,7 @@ public:
         // A test may itself run where they are ignored.
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
         if (prepare) prepare();
-        execv(VORL_BINARY, words.data());
+        fexecve(program, words.data(), environ);
         _exit(127);
     }
     Child(const Child&) = delete;
