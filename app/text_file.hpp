@@ -10,6 +10,10 @@ namespace vorl::app {
 /// The name that stands for the standard input.
 inline constexpr const char* STANDARD_INPUT = "-";
 
+/// Half of the machine's memory, in bytes: a device may go on forever, and a few packed kilobytes
+/// may unpack to any size.
+std::size_t textLimit();
+
 /// @throws UsageError if both files are the standard input, which is read once
 void requireOneStandardInput(const std::string& first, const std::string& second);
 
@@ -18,15 +22,17 @@ void requireOneStandardInput(const std::string& first, const std::string& second
 class TextFile {
 public:
     /// @param name of the file, "-" for the standard input
-    /// @throws InputError if the file can't be read or unpacked
-    explicit TextFile(const std::string& name);
+    /// @param most bytes of the file and of what it unpacks to
+    /// @throws InputError if the file can't be read or unpacked, or is larger
+    explicit TextFile(const std::string& name, std::size_t most = textLimit());
 
     std::string_view text() const { return m_text; }
     /// Whether the library can read the same text under the file's name.
     bool plain() const { return m_plain; }
 
 private:
-    int readAll(int file);
+    /// Reads at most one byte more than asked for.
+    int readAll(int file, std::size_t most);
 
     std::string m_text;
     bool m_regular = false;

@@ -3,7 +3,6 @@
 #include "errors.hpp"
 #include "output_text.hpp"
 
-#include <unistd.h>
 #include <zlib.h>
 #include <zstd.h>
 #include <algorithm>
@@ -104,13 +103,6 @@ Packing packingOf(std::string_view data) {
     if (data.starts_with("\x1F\x8B")) return Packing::GZIP;
     if (data.starts_with("\x28\xB5\x2F\xFD")) return Packing::ZSTD;
     return Packing::NONE;
-}
-
-std::size_t unpackLimit() {
-    const long pages = sysconf(_SC_PHYS_PAGES);
-    const long size = sysconf(_SC_PAGESIZE);
-    if (pages <= 0 || size <= 0) return std::numeric_limits<std::size_t>::max();
-    return static_cast<std::size_t>(pages) / 2 * static_cast<std::size_t>(size);
 }
 
 std::string unpack(std::string_view data, Packing packing, const std::string& file,

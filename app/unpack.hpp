@@ -11,14 +11,11 @@ enum class Packing { NONE, GZIP, ZSTD };
 /// How a text is compressed, told by its first bytes.
 Packing packingOf(std::string_view data);
 
-/// Half of the machine's memory, in bytes: a few kilobytes may unpack to any size.
-std::size_t unpackLimit();
-
 /// The unpacked text; what follows the packed data must be packed in the same way.
 /// @param file name for messages
 /// @param most bytes that it may unpack to
 /// @throws InputError if the data is damaged, ends early, or unpacks to more
 std::string unpack(std::string_view data, Packing packing, const std::string& file,
-                   std::size_t most = unpackLimit());
+                   std::size_t most);
 
 }  // namespace vorl::app

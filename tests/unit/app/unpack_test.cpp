@@ -1,6 +1,7 @@
 #include "app/unpack.hpp"
 
 #include "app/errors.hpp"
+#include "app/text_file.hpp"
 #include "cli/packed.hpp"
 
 #include <gtest/gtest.h>
@@ -16,6 +17,8 @@ struct Case {
     std::string (*pack)(const std::string&);
 };
 
+constexpr std::size_t MOST = 1 << 24;
+
 const Case CASES[] = {{Packing::GZIP, test::gzip}, {Packing::ZSTD, test::zstd}};
 
 std::string network() {
@@ -29,10 +32,10 @@ TEST(Unpack, NoDamageGoesUnnoticed) {
     for (const Case& c : CASES) {
         const std::string packed = c.pack(text);
         EXPECT_EQ(packingOf(packed), c.packing);
-        EXPECT_EQ(unpack(packed, c.packing, "f"), text);
+        EXPECT_EQ(unpack(packed, c.packing, "f", MOST), text);
         for (std::size_t size = 0; size < packed.size(); ++size)
             EXPECT_THROW(
-                unpack(std::string_view(packed).substr(0, size), c.packing, "f") + "accepted",
+                unpack(std::string_view(packed).substr(0, size), c.packing, "f", MOST) + "accepted",
                 InputError)
                 << size;
         for (std::size_t bit = 0; bit < 8 * packed.size(); ++bit) {
@@ -40,7 +43,7 @@ TEST(Unpack, NoDamageGoesUnnoticed) {
             damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << bit % 8));
             // Bits of the header that tell of no contents change nothing.
             try {
-                EXPECT_EQ(unpack(damaged, c.packing, "f"), text) << bit;
+                EXPECT_EQ(unpack(damaged, c.packing, "f", MOST), text) << bit;
             } catch (const InputError&) {
             }
         }
@@ -55,7 +58,7 @@ TEST(Unpack, PiecesAreJoined) {
         std::string packed;
         for (std::size_t begin = 0; begin < text.size(); begin += 99'999)
             packed += c.pack(text.substr(begin, 99'999)) + c.pack("");
-        EXPECT_TRUE(unpack(packed, c.packing, "f") == text);
+        EXPECT_TRUE(unpack(packed, c.packing, "f", MOST) == text);
     }
 }
 
@@ -73,7 +76,21 @@ TEST(Unpack, SizeIsLimited) {
                 << err.what();
         }
     }
-    EXPECT_GT(unpackLimit(), std::size_t{1} << 26);
+}
+
+TEST(TextFile, EndlessOnesAreRefused) {
+    try {
+        const TextFile file("/dev/zero", 1'000'000);
+        FAIL() << "nothing thrown";
+    } catch (const InputError& err) {
+        EXPECT_STREQ(err.what(),
+                     "/dev/zero: there are more than 976.6 KiB, which is too much here");
+    }
+    const std::string name = VORL_DATA_DIR "/karate.nse";
+    const std::size_t size = network().size();
+    EXPECT_EQ(TextFile(name, size).text(), network());
+    EXPECT_THROW(TextFile(name, size - 1), InputError);
+    EXPECT_GT(textLimit(), std::size_t{1} << 26);
 }
 
 }  // namespace
