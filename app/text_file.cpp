@@ -49,8 +49,9 @@ int TextFile::readAll(int file, std::size_t most) {
     m_regular = S_ISREG(info.st_mode);
     constexpr std::size_t block = 1 << 16;
     std::size_t size = 0;
-    const std::size_t first = m_regular ? static_cast<std::size_t>(info.st_size) + 1 : block;
-    m_text.resize(std::min(first, most + 1));
+    if (m_regular && static_cast<std::size_t>(info.st_size) > most) return EFBIG;
+    m_text.resize(m_regular ? static_cast<std::size_t>(info.st_size) + 1
+                            : std::min(block, most + 1));
     ssize_t count = 0;
     while (size <= most && (count = read(file, m_text.data() + size, m_text.size() - size)) != 0) {
         if (count < 0 && errno != EINTR) return errno;
