@@ -142,8 +142,8 @@ def networks(folder, data, quick, files):
     yield bundled(folder, data, "netscience.nse", "co-authors, weighted, many components")
     yield bundled(folder, data, "power.nse", "power grid")
     for label, nodes in sizes:
-        yield planted(folder, "planted-" + label, "planted communities, 0.3 of the links leave them",
-                      nodes, nodes)
+        yield planted(folder, "planted-" + label,
+                      "planted communities, 0.3 of the links leave them", nodes, nodes)
     nodes, label = (3000, "30k") if quick else (100000, "1m")
     yield planted(folder, "mixed-" + label, "planted communities, 0.5 of the links leave them",
                   nodes, mu=0.5)

@@ -5,6 +5,7 @@ import platform
 import re
 import statistics
 import sys
+import textwrap
 
 import chart
 
@@ -57,7 +58,7 @@ class Figures:
         self.base = max(run["base"] for run in good)
         judged = [run for run in good if "root" in run]
         self.clusters = int(statistics.median(run["root"]["clusters"] for run in judged))
-        self.levels = max(len(run["levels"]) for run in judged)
+        self.levels = max(run["height"] for run in judged)
 
         def root(measure):
             found = [run["root"].get(measure) for run in judged]
@@ -79,9 +80,15 @@ class Page:
         self.options = options
         self.networks = networks
         self.runs = runs
-        self.titles = {"vorl": "vorl", **titles}
-        self.names = [name for name in self.titles
-                      if any(run["contender"] == name for run in runs)]
+        self.versions = {run["contender"]: run["version"] for run in runs}
+        self.names = [name for name in ("vorl", *titles) if name in self.versions]
+        self.titles = {"vorl": "vorl"}
+        for name in self.names[1:]:
+            title, source = titles[name]
+            title += " " + self.versions[name]
+            if title in self.titles.values():
+                title += " (%s)" % source
+            self.titles[name] = title
         self.figures = {}
         for network in networks:
             for name in self.names:
@@ -99,6 +106,10 @@ class Page:
     def line(self, text=""):
         self.lines.append(text)
 
+    def prose(self, text):
+        self.line(textwrap.fill(text, 100, subsequent_indent="  " if text[:2] == "- " else "",
+                                break_long_words=False, break_on_hyphens=False))
+
     def table(self, head, rows):
         self.line("| " + " | ".join(head) + " |")
         self.line("|---" + "|---:" * (len(head) - 1) + "|")
@@ -113,29 +124,27 @@ class Page:
         self.line("## Measured")
         self.line()
         if self.options.quick:
-            self.line("**Small networks only** (`--quick`): fixed costs weigh heavily here, and "
-                      "nothing follows from these figures for large networks.")
+            self.prose("**Small networks only** (`--quick`): fixed costs weigh heavily here, and "
+                       "nothing follows from these figures for large networks.")
             self.line()
-        self.line("- When: %s to %s" % (dates[0], dates[-1]))
-        self.line("- Command: `%s`" % " ".join(["./dev bench peers"] + words))
-        self.line("- Machine: " + machine())
-        self.line("- Load of the machine when a run began, 1 being the run before itself: %.1f in "
-                  "the median, %.1f at most%s" %
-                  (statistics.median(loads), max(loads),
-                   ". **Others were at work: the times are rough.**"
-                   if statistics.median(loads) > 1.5 else ""))
-        versions = {run["contender"]: run["version"] for run in self.runs}
-        self.line("- vorl: " + versions["vorl"])
-        self.line("- Peers: " + ", ".join("%s %s" % (self.titles[name], versions[name])
-                                          for name in self.names if name != "vorl"))
+        self.prose("- When: %s to %s" % (dates[0], dates[-1]))
+        self.prose("- Command: `%s`" % " ".join(["./dev bench peers"] + words))
+        self.prose("- Machine: " + machine())
+        self.prose("- Load of the machine when a run began, 1 being the run before itself: %.1f in "
+                   "the median, %.1f at most%s" %
+                   (statistics.median(loads), max(loads),
+                    ". **Others were at work: the times are rough.**"
+                    if statistics.median(loads) > 1.5 else ""))
+        self.prose("- Program: " + self.versions["vorl"])
+        self.prose("- Peers: " + "; ".join(self.titles[name] for name in self.names[1:]))
         counts = sorted({found.runs for found in self.figures.values() if found.runs})
-        self.line("- Runs of each program on each network: " + " or ".join(map(str, counts)))
+        self.prose("- Runs of each program on each network: " + " or ".join(map(str, counts)))
         spreads = sorted(found.spread for found in self.figures.values()
                          if found.runs > 1 and found.both > 0.1)
         if spreads:
-            self.line("- Slowest to fastest run of one program on one network, where it takes over "
-                      "0.1 s: %.2f in the median, %.2f at most" %
-                      (statistics.median(spreads), spreads[-1]))
+            self.prose("- Slowest to fastest run of one program on one network, where it takes "
+                       "over 0.1 s: %.2f in the median, %.2f at most" %
+                       (statistics.median(spreads), spreads[-1]))
         self.line()
 
     def growth(self):
@@ -144,8 +153,8 @@ class Page:
             return
         self.line("### Time against size")
         self.line()
-        self.line("Networks with planted communities, 0.3 of the links leave them. In brackets: how "
-                  "many times as long as vorl.")
+        self.prose("Networks with planted communities, 0.3 of the links leave them. In brackets: "
+                   "how many times as long as vorl.")
         self.line()
         picture = chart.draw([
             (title, [(self.titles[name], points) for name in self.names
@@ -178,7 +187,7 @@ class Page:
                              "%.0f" % (1e9 * found.both / records),
                              "%.0f" % (found.peak / records),
                              "%.0f" % ((found.peak - network.file.stat().st_size) / records)])
-        self.line("vorl, for each link record (an edge is two):")
+        self.prose("vorl, for each link record (an edge is two):")
         self.line()
         self.table(["Links", "ns to cluster", "ns with reading", "bytes at the peak",
                     "bytes above the size of the file"], rows)
@@ -186,10 +195,11 @@ class Page:
     def losses(self):
         self.line("### Where vorl loses")
         self.line()
-        self.line("Each peer that is at least %g times as fast, takes %g times less memory, has a "
-                  "modularity higher by %g or an overlapping NMI higher by %g. Memory counts what "
-                  "the interpreter and the modules of a peer take before it reads." %
-                  (SAME_TIME, SAME_MEMORY, SAME_MODULARITY, SAME_AGREEMENT))
+        self.prose("The best peer of those that are more than %g times as fast, take more than %g "
+                   "times less memory, or have a modularity higher by more than %g or an "
+                   "overlapping NMI higher by more than %g, and how many do. Memory counts what "
+                   "the interpreter and the modules of a peer take before it reads." %
+                   (SAME_TIME, SAME_MEMORY, SAME_MODULARITY, SAME_AGREEMENT))
         self.line()
         rows = []
         for network in self.networks:
@@ -199,33 +209,34 @@ class Page:
                              self.figures[network.name, "vorl"].failed] + [""] * 4)
                 continue
 
-            def beaten(better, show):
-                found = [(show(other), self.titles[name]) for name in self.names
-                         if name != "vorl" and (other := self.at(network, name)) and better(other)]
-                return "<br>".join("%s %s" % (title, text) for text, title in found)
+            def beaten(gain, margin, show):
+                """`gain` tells how much better another one is, in the sense of the margin."""
+                found = [(gain(other), self.titles[name]) for name in self.names[1:]
+                         if (other := self.at(network, name)) and gain(other) > margin]
+                if not found:
+                    return ""
+                best, title = max(found)
+                return "%s %s; %d of %d peers" % (title, show % best, len(found), peers)
 
+            peers = sum(self.at(network, name) is not None for name in self.names[1:])
             rows.append([
                 network.name,
-                beaten(lambda other: other.cluster * SAME_TIME < vorl.cluster,
-                       lambda other: "%.2g times as fast" % (vorl.cluster / other.cluster)),
-                beaten(lambda other: other.both * SAME_TIME < vorl.both,
-                       lambda other: "%.2g times as fast" % (vorl.both / other.both)),
-                beaten(lambda other: other.peak * SAME_MEMORY < vorl.peak,
-                       lambda other: "%.0f %% of it" % (100 * other.peak / vorl.peak)),
-                beaten(lambda other: other.modularity > vorl.modularity + SAME_MODULARITY,
-                       lambda other: "+%.3f" % (other.modularity - vorl.modularity)),
-                beaten(lambda other: vorl.best_nmi is not None and
-                       other.best_nmi > vorl.best_nmi + SAME_AGREEMENT,
-                       lambda other: "+%.3f" % (other.best_nmi - vorl.best_nmi))])
+                beaten(lambda other: vorl.cluster / other.cluster, SAME_TIME, "%.3g times"),
+                beaten(lambda other: vorl.both / other.both, SAME_TIME, "%.3g times"),
+                beaten(lambda other: vorl.peak / other.peak, SAME_MEMORY, "%.3g times"),
+                beaten(lambda other: other.modularity - vorl.modularity, SAME_MODULARITY,
+                       "+%.3f"),
+                beaten(lambda other: other.best_nmi - vorl.best_nmi, SAME_AGREEMENT, "+%.3f")
+                if network.truth else "–"])
         self.table(["Network", "Clustering", "With reading", "Memory", "Modularity of the root",
                     "NMI of the best level"], rows)
 
     def network(self, network):
         self.line("### %s" % network.name)
         self.line()
-        self.line("%s nodes, %s %s: %s." % (grouped(network.nodes), grouped(network.links),
-                                            "arcs" if network.directed else "edges",
-                                            network.about))
+        self.prose("%s nodes, %s %s: %s." % (grouped(network.nodes), grouped(network.links),
+                                             "arcs" if network.directed else "edges",
+                                             network.about))
         self.line()
         head = ["Program", "Read, s", "Cluster, s", "Both, s", "Cluster, × vorl", "Both, × vorl",
                 "Peak, MiB", "of it before", "Clusters", "Levels", "Modularity",

@@ -9,6 +9,7 @@ import hashlib
 import json
 import os
 import pathlib
+import re
 import shutil
 import signal
 import subprocess
@@ -42,6 +43,14 @@ CONTENDERS = {
 }
 
 
+# The peak memory of a process covers that of its parent at the fork, so the parent is a small one.
+LAUNCH = ["/bin/sh", "-c", '"$@"; exit $?', "sh"]
+
+
+# A level is judged if it has less than this share of the clusters of the one judged before.
+LEVEL_STEP = 0.95
+
+
 class Failed(Exception):
     pass
 
@@ -54,8 +63,8 @@ def execute(command, core, limit=None):
 
     environment = dict(os.environ, OMP_NUM_THREADS="1", PYTHONDONTWRITEBYTECODE="1")
     with tempfile.TemporaryFile("w+") as out, tempfile.TemporaryFile("w+") as err:
-        process = subprocess.Popen(list(map(str, command)), stdin=subprocess.DEVNULL, stdout=out,
-                                   stderr=err, preexec_fn=settle, env=environment)
+        process = subprocess.Popen(LAUNCH + list(map(str, command)), stdin=subprocess.DEVNULL,
+                                   stdout=out, stderr=err, preexec_fn=settle, env=environment)
         late = threading.Event()
 
         def stop():
@@ -111,9 +120,17 @@ class Bench:
                 print("%s is left out: %s" % (name, error), flush=True)
         return chosen
 
+    def program(self):
+        """A hash of the code and the constants of vorl, but for the revision that it tells."""
+        with tempfile.NamedTemporaryFile() as parts:
+            execute(["objcopy", "-O", "binary", "-j", ".text", "-j", ".rodata", self.vorl,
+                     parts.name], self.options.core)
+            data = re.sub(rb"\d+/[0-9a-f]{12}", b"", pathlib.Path(parts.name).read_bytes())
+        return hashlib.sha256(data).hexdigest()[:16]
+
     def start(self):
         """Takes up the records of an earlier run with the same program."""
-        program = hashlib.sha256(self.vorl.read_bytes()).hexdigest()[:16]
+        program = self.program()
         if self.records.exists():
             lines = self.records.read_text().splitlines()
             head = json.loads(lines[0])
@@ -146,7 +163,16 @@ class Bench:
         return measures
 
     def levels(self, network, folder):
-        return [self.quality(network, file) for file in sorted(folder.glob("**/*.cnl"))]
+        """Measures of the levels from the finest one up, but of those that are much alike."""
+        files = sorted(folder.glob("**/*.cnl"))
+        found, last = [], None
+        for file in files:
+            with open(file) as lines:
+                count = sum(not line.startswith("#") for line in lines)
+            if last is None or count < LEVEL_STEP * last or file == files[-1]:
+                found.append(self.quality(network, file))
+                last = count
+        return {"levels": found, "height": len(files)}
 
     def run_vorl(self, network, repeat, scratch):
         text, cpu = execute([self.vorl, "cluster", network.file, "--json"], self.options.core,
@@ -161,7 +187,7 @@ class Bench:
                 execute([self.vorl, "cluster", network.file, "-q", "-o", output, "--levels", what],
                         self.options.core)
             record["root"] = self.quality(network, root)
-            record["levels"] = self.levels(network, levels)
+            record.update(self.levels(network, levels))
         return record
 
     def run_peer(self, contender, network, repeat, scratch):
@@ -170,7 +196,7 @@ class Bench:
                              repeat + 1], self.options.core, self.options.limit)
         record = json.loads(text)
         record["cpu"] = cpu
-        record["levels"] = self.levels(network, scratch)
+        record.update(self.levels(network, scratch))
         record["root"] = record["levels"][-1]
         return record
 
@@ -207,8 +233,7 @@ class Bench:
                 for contender in contenders:
                     if contender == "vorl" or not network.directed or CONTENDERS[contender][3]:
                         self.measure(contender, network, repeat)
-        titles = {name: "%s (%s)" % (title, source)
-                  for name, (source, _, title, _) in CONTENDERS.items()}
+        titles = {name: (title, source) for name, (source, _, title, _) in CONTENDERS.items()}
         report.write(self.options.out, self.options, measured, titles, self.done)
         print("written: %s, %s" % (self.options.out, self.options.out.with_suffix(".svg")))
 
@@ -218,8 +243,8 @@ def parse():
     parser = argparse.ArgumentParser(prog="./dev bench peers", description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("networks", nargs="*", type=pathlib.Path, metavar="NETWORK",
-                        help="further files of links, .nse or .nsa, each link once; NAME.cnl beside "
-                        "one is its truth")
+                        help="further files of links, .nse or .nsa, each link once; NAME.cnl "
+                        "beside one is its truth")
     parser.add_argument("--quick", action="store_true", help="small networks only")
     parser.add_argument("--repeat", type=int, default=3, help="runs of each program (3)")
     parser.add_argument("--limit", type=float, default=1800, metavar="S",
