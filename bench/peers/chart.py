@@ -6,7 +6,7 @@ HEIGHT = 560
 PANEL, TOP, LEFT, GAP = 370, 60, 70, 70
 BOTTOM = 500
 COLOURS = ["#1b6ca8", "#c1440e", "#5b8c2a", "#7a4fa3", "#b8860b", "#008080", "#8b4557", "#606060",
-           "#d36ba6", "#3e5622", "#a0522d", "#4682b4", "#999966"]
+           "#d36ba6"]
 INK, PALE = "#222", "#ddd"
 
 
@@ -15,10 +15,28 @@ def label(power):
 
 
 def decades(values):
-    return math.floor(math.log10(min(values))), math.ceil(math.log10(max(values)))
+    """The powers of 10 around the values, which may lie a little above the upper one."""
+    low, high = math.log10(min(values)), math.log10(max(values))
+    return math.floor(low), max(math.floor(low) + 1, math.ceil(high - 0.03))
 
 
-def panel(out, left, title, series, across, up):
+def styles(names):
+    """Colour, dashes and whether to draw bold; versions of one method share their colour."""
+    found, methods = {}, []
+    for name in names:
+        method = name.rsplit(" ", 1)[0]
+        if name == "vorl":
+            found[name] = INK, "", True
+        elif method in methods:
+            colour = COLOURS[methods.index(method) % len(COLOURS)]
+            found[name] = colour, " stroke-dasharray='5 3'", False
+        else:
+            found[name] = COLOURS[len(methods) % len(COLOURS)], "", False
+            methods.append(method)
+    return found
+
+
+def panel(out, left, title, series, across, up, style):
     def x(value):
         return left + (math.log10(value) - across[0]) / (across[1] - across[0]) * PANEL
 
@@ -39,10 +57,8 @@ def panel(out, left, title, series, across, up):
                    (left - 8, at + 4, label(power)))
     out.append("<text x='%d' y='%d' text-anchor='middle'>links</text>" %
                (left + PANEL // 2, BOTTOM + 42))
-    for index, (name, points) in enumerate(series):
-        bold = name == "vorl"
-        colour = INK if bold else COLOURS[(index - 1) % len(COLOURS)]
-        dash = "" if index <= 9 else " stroke-dasharray='5 3'"
+    for name, points in series:
+        colour, dash, bold = style[name]
         path = " ".join("%s%.1f %.1f" % ("L" if i else "M", x(links), y(seconds))
                         for i, (links, seconds) in enumerate(points))
         out.append("<path d='%s' fill='none' stroke='%s' stroke-width='%s'%s/>" %
@@ -52,12 +68,9 @@ def panel(out, left, title, series, across, up):
                        (x(links), y(seconds), 4 if bold else 2.5, colour))
 
 
-def legend(out, left, names):
-    for index, name in enumerate(names):
+def legend(out, left, style):
+    for index, (name, (colour, dash, bold)) in enumerate(style.items()):
         at = TOP + 10 + 22 * index
-        bold = name == "vorl"
-        colour = INK if bold else COLOURS[(index - 1) % len(COLOURS)]
-        dash = "" if index <= 9 else " stroke-dasharray='5 3'"
         out.append("<path d='M%d %d h22' stroke='%s' stroke-width='%s'%s/>" %
                    (left, at - 4, colour, 3 if bold else 2, dash))
         out.append("<text x='%d' y='%d'%s>%s</text>" %
@@ -75,7 +88,7 @@ def draw(panels):
         return None
     across = decades([links for links, _ in points])
     up = decades([seconds for _, seconds in points])
-    names = [name for name, _ in panels[0][1]]
+    style = styles([name for name, _ in panels[0][1]])
     width = LEFT + len(panels) * (PANEL + GAP) + 230
     out = ["<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 %d %d' font-size='12' "
            "font-family='sans-serif' fill='%s'>" % (width, HEIGHT, INK),
@@ -83,7 +96,8 @@ def draw(panels):
            "<text x='20' y='%d' transform='rotate(-90 20 %d)' text-anchor='middle'>seconds</text>" %
            ((TOP + BOTTOM) // 2, (TOP + BOTTOM) // 2)]
     for index, (title, series) in enumerate(panels):
-        panel(out, LEFT + index * (PANEL + GAP), title, series, across, up)
-    legend(out, LEFT + len(panels) * (PANEL + GAP) - 30, names)
+        panel(out, LEFT + index * (PANEL + GAP), title, series, across, up,
+              style)
+    legend(out, LEFT + len(panels) * (PANEL + GAP) - 30, style)
     out.append("</svg>")
     return "\n".join(out) + "\n"

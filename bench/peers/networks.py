@@ -131,28 +131,34 @@ def bundled(folder, data, name, about):
     return prepared(folder, pathlib.Path(name).stem, about, data / name)
 
 
-def networks(folder, data, quick, files):
-    """All that is to be measured, the small ones first; made files stay in the folder."""
+def networks(folder, data, quick, largest, files):
+    """All that is to be measured, the small ones first; made files stay in the folder.
+
+    Those are left out that have about `largest` links or more.
+    """
     folder.mkdir(parents=True, exist_ok=True)
-    sizes = [("10k", 1000), ("30k", 3000), ("100k", 10000)]
-    if not quick:
-        sizes += [("300k", 30000), ("1m", 100000), ("3m", 300000), ("10m", 1000000)]
     yield bundled(folder, data, "football.nse", "games of football teams, known conferences")
     yield bundled(folder, data, "celegansneural.nsa", "neurons, weighted arcs")
     yield bundled(folder, data, "netscience.nse", "co-authors, weighted, many components")
     yield bundled(folder, data, "power.nse", "power grid")
+    sizes = [("10k", 1000), ("30k", 3000), ("100k", 10000)]
+    if not quick:
+        sizes += [("300k", 30000), ("1m", 100000), ("3m", 300000), ("10m", 1000000)]
     for label, nodes in sizes:
-        yield planted(folder, "planted-" + label,
-                      "planted communities, 0.3 of the links leave them", nodes, nodes)
+        if 10 * nodes < largest:
+            yield planted(folder, "planted-" + label,
+                          "planted communities, 0.3 of the links leave them", nodes, nodes)
     nodes, label = (3000, "30k") if quick else (100000, "1m")
-    yield planted(folder, "mixed-" + label, "planted communities, 0.5 of the links leave them",
-                  nodes, mu=0.5)
-    yield planted(folder, "overlap-" + label,
-                  "planted communities, a tenth of the nodes belongs to two of them", nodes,
-                  overlapping=nodes // 10)
+    if 10 * nodes < largest:
+        yield planted(folder, "mixed-" + label, "planted communities, 0.5 of the links leave them",
+                      nodes, mu=0.5)
+        yield planted(folder, "overlap-" + label,
+                      "planted communities, a tenth of the nodes belongs to two of them", nodes,
+                      overlapping=nodes // 10)
     scale, label = (12, "50k") if quick else (16, "900k")
-    yield heavy_tailed(folder, "rmat-" + label, "a few hubs with most of the links, no communities",
-                       scale, 16)
+    if 16 << scale < largest:
+        yield heavy_tailed(folder, "rmat-" + label,
+                           "a few hubs with most of the links, no communities", scale, 16)
     for file in files:
         yield prepared(folder, file.stem, "file of the caller", file)
 

@@ -7,6 +7,7 @@ that a stopped run goes on where it was; a new build of vorl starts afresh.
 import argparse
 import hashlib
 import json
+import math
 import os
 import pathlib
 import re
@@ -226,7 +227,8 @@ class Bench:
         contenders = ["vorl"] + self.contenders()
         measured = []
         for network in networks.networks(self.options.folder / "networks", ROOT / "data",
-                                         self.options.quick, self.options.networks):
+                                         self.options.quick, self.options.largest,
+                                         self.options.networks):
             measured.append(network)
             networks.warm(network)
             for repeat in range(self.options.repeat):
@@ -246,6 +248,8 @@ def parse():
                         help="further files of links, .nse or .nsa, each link once; NAME.cnl "
                         "beside one is its truth")
     parser.add_argument("--quick", action="store_true", help="small networks only")
+    parser.add_argument("--below", type=float, default=math.inf, dest="largest", metavar="LINKS",
+                        help="leave out the made networks with that many links or more")
     parser.add_argument("--repeat", type=int, default=3, help="runs of each program (3)")
     parser.add_argument("--limit", type=float, default=1800, metavar="S",
                         help="seconds after which a run is stopped (1800)")
