@@ -10,7 +10,6 @@ import json
 import math
 import os
 import pathlib
-import re
 import shutil
 import signal
 import subprocess
@@ -25,6 +24,7 @@ import worker
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 WORKER = pathlib.Path(worker.__file__).resolve()
 
+PROGRAM = ROOT / "build/bench/vorl"
 DEBIAN = "/usr/bin/python3"
 # Contender: where its package comes from, its method, its title, whether it takes arcs.
 CONTENDERS = {
@@ -122,12 +122,17 @@ class Bench:
         return chosen
 
     def program(self):
-        """A hash of the code and the constants of vorl, but for the revision that it tells."""
-        with tempfile.NamedTemporaryFile() as parts:
-            execute(["objcopy", "-O", "binary", "-j", ".text", "-j", ".rodata", self.vorl,
-                     parts.name], self.options.core)
-            data = re.sub(rb"\d+/[0-9a-f]{12}", b"", pathlib.Path(parts.name).read_bytes())
-        return hashlib.sha256(data).hexdigest()[:16]
+        """A hash of what the program is made of, so that a commit elsewhere doesn't count."""
+        parts = [self.vorl]
+        if self.vorl == PROGRAM:
+            parts = [ROOT / "CMakeLists.txt", ROOT / "CMakePresets.json"]
+            for folder in ("include", "export", "lib", "app"):
+                parts += sorted(file for file in (ROOT / folder).rglob("*") if file.is_file())
+        digest = hashlib.sha256()
+        for part in parts:
+            digest.update(b"%s %d\n" % (part.name.encode(), part.stat().st_size))
+            digest.update(part.read_bytes())
+        return digest.hexdigest()[:16]
 
     def start(self):
         """Takes up the records of an earlier run with the same program."""
@@ -261,7 +266,7 @@ def parse():
     parser.add_argument("--fresh", action="store_true", help="forget the runs of before")
     parser.add_argument("--out", type=pathlib.Path, default=ROOT / "docs/performance.md",
                         help="the page to write; the picture goes beside it")
-    parser.add_argument("--vorl", type=pathlib.Path, default=ROOT / "build/bench/vorl")
+    parser.add_argument("--vorl", type=pathlib.Path, default=PROGRAM)
     parser.add_argument("--venv", type=pathlib.Path, default=folder / "venv",
                         help="virtual environment with the packages of PyPI")
     options = parser.parse_args()
