@@ -49,7 +49,7 @@ LAUNCH = ["/bin/sh", "-c", '"$@"; exit $?', "sh"]
 
 
 # A level is judged if it has less than this share of the clusters of the one judged before.
-LEVEL_STEP = 0.95
+LEVEL_STEP = 0.9
 
 
 class Failed(Exception):
