@@ -273,6 +273,9 @@ def parse():
     options.folder = folder
     if options.repeat < 1:
         parser.error("--repeat must be at least 1")
+    for file in options.networks:
+        if file.suffix not in (".nse", ".nsa") or not file.is_file():
+            parser.error("%s: a file of links, .nse or .nsa, is expected" % file)
     if options.fresh:
         shutil.rmtree(folder / ("quick" if options.quick else "full"), ignore_errors=True)
     return options
