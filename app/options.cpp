@@ -265,6 +265,7 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
            },
            "Stop at a level that raises the modularity by no more than this; with "
            "--trace-modularity only")
+        ->type_name("X")
         ->group(group);
     app.add_option_function<std::string>(
            "--filter-margin",
@@ -272,6 +273,7 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
                build.filterMarg = toFloat("--filter-margin", text, 0, 1);
            },
            "Filter margin of the candidates, 0 to 1; changes no result")
+        ->type_name("X")
         ->group(group);
     app.add_flag("--trace-modularity", build.modtrace, "Compute the modularity of each level")
         ->group(group);

@@ -100,9 +100,9 @@ void printMan(const CommandLine& line) {
                  ".SH NAME\nvorl \\- cluster a network into a hierarchy of overlapping clusters\n"
                  ".SH SYNOPSIS\n";
     for (const auto& command : line.commands) {
-        std::cout << ".B vorl " << command.app->get_name() << "\n.RI [ OPTIONS ]";
+        std::cout << "\\fBvorl " << command.app->get_name() << "\\fR [\\fIOPTIONS\\fR]";
         for (const Entry& item : entries(*command.app))
-            if (item.argument) std::cout << " " << item.names.front();
+            if (item.argument) std::cout << " \\fI" << item.names.front() << "\\fR";
         std::cout << "\n.br\n";
     }
     std::cout << ".B vorl\n\\fB\\-\\-help\\fR | \\fB\\-\\-version\\fR\n"

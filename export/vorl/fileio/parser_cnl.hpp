@@ -88,8 +88,9 @@ extern template std::shared_ptr<RawMembership<WeightedLinks>> CnlParser::build(
 /// @throws std::string if the shares of a node don't add up to 1
 /// @throws as the parser and `validate`
 template <class ParserT, class GraphT>
-AccWeight loadClusters(Clusters<typename GraphT::LinksT>& clusters, GraphT& graph,
-                       const std::string& filename, Validation validation = Validation::STANDARD);
+VORL_API AccWeight loadClusters(Clusters<typename GraphT::LinksT>& clusters, GraphT& graph,
+                                const std::string& filename,
+                                Validation validation = Validation::STANDARD);
 
 extern template AccWeight loadClusters<CnlParser>(Clusters<UnweightedLinks>&, Graph<false>&,
                                                   const std::string&, Validation);
