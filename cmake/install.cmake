@@ -4,6 +4,14 @@ include(CMakePackageConfigHelpers)
 set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vorl)
 install(TARGETS vorl EXPORT vorlTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+get_target_property(type vorl TYPE)
+get_target_property(lto vorl INTERPROCEDURAL_OPTIMIZATION)
+if(lto AND type STREQUAL "STATIC_LIBRARY" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # The compiler's intermediate code serves only this very compiler, and slows each link down.
+  install(CODE "set(archive \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:vorl>\")
+    execute_process(COMMAND ${CMAKE_STRIP} -R .gnu.lto_* -R .gnu.debuglto_* -N __gnu_lto_v1
+                            \${archive} COMMAND_ERROR_IS_FATAL ANY)")
+endif()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/vorl ${PROJECT_SOURCE_DIR}/export/vorl
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT vorlTargets NAMESPACE vorl:: DESTINATION ${config_dir})

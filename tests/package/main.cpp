@@ -1,5 +1,5 @@
 // Calls what the library exports, so that a symbol that isn't exported fails to link, and checks
-// that the answers are those of the library: stranger NETWORK.nse FOLDER
+// that the answers are those of the library: main NETWORK.nse FOLDER
 #include <vorl/fileio/iotypes.hpp>
 #include <vorl/fileio/parse_number.hpp>
 #include <vorl/fileio/parser_cnl.hpp>
@@ -112,7 +112,7 @@ void useTheRest(const std::string& folder) {
     check(!traceBuffered(), "trace");
     check(to_string(State::PROPAGATED) + to_string(Clustering::FUZZY_OVP) +
                   to_string(SzFnName::CLSSZ_LOG2) + to_string(LevMargKind::LEVID) +
-                  to_string(ClsOutFmt::ROOT) + to_string(Reduction::MEAN) +
+                  to_string(toClsOutFmt(0x91)) + to_string(Reduction::MEAN) +
                   to_string(Speedup::COARSE) + to_string(Validation::SEVERE) +
                   to_string(IntrinsicsFlags::GAMMA) + to_string(FileFormat::NSA) +
                   strClsOutFmt(0x91) + toYesNo(true) + pad("1", 3) !=

@@ -1,5 +1,5 @@
 # Builds the stranger's project in WORK with vorl from FROM, and runs it:
-# cmake -DFROM=find_package|pkg-config|SOURCE -DPREFIX=... -DWORK=... -DCOMPILER=... -DDATA=... -P run.cmake
+# cmake -DFROM=find_package|pkg-config|FOLDER -DPREFIX=... -DWORK=... -DCOMPILER=... -DSOURCE=... -P run.cmake
 #
 # From a source folder the library is built as a shared one, installed, and found again there.
 function(run)
@@ -8,6 +8,7 @@ function(run)
     list(JOIN ARGV " " command)
     message(FATAL_ERROR "${command}\n${out}")
   endif()
+  set(out "${out}" PARENT_SCOPE)
 endfunction()
 
 function(build from prefix work)
@@ -20,7 +21,18 @@ function(build from prefix work)
       -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_CXX_FLAGS=-O0
       -DCMAKE_INSTALL_PREFIX=${work}/prefix ${ARGN})
   run(${CMAKE_COMMAND} --build ${work}/program)
-  run(${work}/program/stranger ${DATA}/karate.nse ${work}/out)
+  run(${work}/program/main ${SOURCE}/data/karate.nse ${work}/out)
+
+  # The example is told in the docs with what it prints.
+  run(${work}/program/communities)
+  file(READ ${SOURCE}/docs/cpp.md document)
+  file(READ ${SOURCE}/examples/cpp/communities.cpp code)
+  foreach(text IN ITEMS "${code}" "${out}")
+    string(FIND "${document}" "${text}" position)
+    if(position EQUAL -1)
+      message(FATAL_ERROR "docs/cpp.md doesn't hold\n${text}")
+    endif()
+  endforeach()
 endfunction()
 
 if(NOT IS_DIRECTORY "${FROM}")

@@ -83,6 +83,7 @@ extern template std::shared_ptr<RawMembership<WeightedLinks>> CnlParser::build(
 ///
 /// @param[out] clusters takes the clusters; to be handed over empty
 /// @param graph the network; spent by the call
+/// @param filename a file in the format CNL
 /// @param validation whether and how the links are validated beforehand
 /// @return total weight of the network, both directions counted
 /// @throws std::string if the shares of a node don't add up to 1
