@@ -53,9 +53,10 @@ set(CPACK_PACKAGE_NAME vorl)
 set(CPACK_PACKAGE_CONTACT "The developers of vorl")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "hierarchical overlapping clustering of networks")
 set(CPACK_PACKAGE_DESCRIPTION
-    "vorl clusters a large network into a hierarchy of overlapping clusters: a program, a C++
-library with its headers and, where built, the Java binding. The resolution is found by itself, and
-the result is the same on every run and machine.")
+    "vorl clusters a large network into a hierarchy of overlapping clusters: a
+program, a C++ library with its headers and, where built, the Java binding.
+The resolution is found by itself, and the result is the same on every run
+and machine.")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION science)

@@ -49,7 +49,11 @@ for command in cluster evaluate info convert compare; do
 done
 
 if command -v zsh >/dev/null; then zsh -n "$share/zsh/site-functions/_vorl"; fi
-if command -v fish >/dev/null; then fish -n "$share/fish/vendor_completions.d/vorl.fish"; fi
+if command -v fish >/dev/null; then
+    offered=$(fish --no-config -c "source $share/fish/vendor_completions.d/vorl.fish
+        complete -C 'vorl cluster --validation s'" | cut -f 1 | sort | tr '\n' ' ')
+    [ "$offered" = "severe standard " ] || fail "fish offers \"$offered\""
+fi
 if command -v man >/dev/null; then
     warnings=$(LC_ALL=C MANWIDTH=100 man -l --warnings=w -Tutf8 "$share/man/man1/vorl.1" 2>&1 >/dev/null)
     [ -z "$warnings" ] || fail "$warnings"
