@@ -2,7 +2,6 @@
 #include "errors.hpp"
 #include "options.hpp"
 
-#include <vorl/types/text.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <fcntl.h>
@@ -16,9 +15,6 @@ namespace vorl::app {
 
 namespace {
 
-constexpr const char* FOOTER =
-    "Exit codes: 0 done, 1 the input or the file system is at fault, 2 wrong usage.";
-
 std::vector<std::string> optionNames(const CLI::App& app) {
     std::vector<std::string> names;
     for (const CLI::Option* option : app.get_options())
@@ -26,48 +22,20 @@ std::vector<std::string> optionNames(const CLI::App& app) {
     return names;
 }
 
-/// A command with its options and what it does.
-struct Command {
-    CLI::App* app;
-    std::function<void()> run;
-};
-
 int runProgram(int argc, char** argv) {
-    CLI::App app("Clusters a network into a hierarchy of overlapping clusters.", "vorl");
-    app.footer(FOOTER);
-    app.set_version_flag("--version",
-                         std::string("vorl ") + VORL_VERSION + " (r-" + libBuild().rev() + ")");
-    app.require_subcommand(1);
-
-    ClusterCommand cluster;
-    EvaluateCommand evaluate;
-    InfoCommand info;
-    ConvertCommand convert;
-    CompareCommand compare;
-    std::vector<Command> commands;
+    CommandLine line;
+    CLI::App& app = line.app;
     std::vector<std::string> names;
-    const auto add = [&](const char* name, const char* description, auto addOptions,
-                         auto& command) {
-        CLI::App* const sub = app.add_subcommand(name, description);
-        sub->footer(FOOTER);
-        addOptions(*sub, command);
-        commands.push_back({sub, [&command] { run(command); }});
-        names.push_back(name);
-        return sub;
-    };
-    CLI::App* const clusterApp = add("cluster", "Cluster a network", addClusterOptions, cluster);
-    add("evaluate", "Measure clusters of a network", addEvaluateOptions, evaluate);
-    add("info", "Tell what the file of a network holds", addInfoOptions, info);
-    add("convert", "Write a network in another format", addConvertOptions, convert);
-    add("compare", "Tell how alike two clusterings are", addCompareOptions, compare);
+    for (const auto& command : line.commands) names.push_back(command.app->get_name());
 
     const auto complain = [](const std::string& message) {
         std::cerr << "vorl: " << message << "\nRun \"vorl --help\" for help.\n";
     };
     try {
         app.parse(argc, argv);
-        if (*clusterApp) checkOptions(*clusterApp, cluster);
-        for (const Command& command : commands)
+        if (const CLI::App* cluster = line.commands.front().app; *cluster)
+            checkOptions(*cluster, line.cluster);
+        for (const auto& command : line.commands)
             if (*command.app) command.run();
         return DONE;
     } catch (const CLI::Success& success) {
