@@ -31,6 +31,13 @@ Arena::~Arena() {
     for (const Range& range : m_ranges) munmap(reinterpret_cast<void*>(range.begin), range.size);
 }
 
+std::size_t Arena::offset(const void* place) const {
+    const auto address = reinterpret_cast<std::uintptr_t>(place);
+    auto range = m_ranges.rbegin();
+    while (address < range->begin) ++range;
+    return range->before + (address - range->begin);
+}
+
 void* Arena::grow(std::size_t size, std::size_t alignment) {
     const auto place = [&] { return (m_next + alignment - 1) & ~(alignment - 1); };
     if (m_next == 0 || place() + size > m_end || !commit(place() + size)) {
@@ -58,7 +65,9 @@ void Arena::reserve(std::size_t least) {
                     munmap(reinterpret_cast<void*>(begin + own), size - own);
                     size = own;
                 }
-                m_ranges.push_back({begin, size});
+                const std::size_t before =
+                    m_ranges.empty() ? 0 : m_ranges.back().before + m_ranges.back().size;
+                m_ranges.push_back({begin, size, before});
                 m_next = m_committed = begin;
                 m_end = begin + size;
                 return;
