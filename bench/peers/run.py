@@ -288,6 +288,7 @@ def parse():
 
 
 if __name__ == "__main__":
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     try:
         Bench(parse()).run()
     except KeyboardInterrupt:
