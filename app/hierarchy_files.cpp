@@ -1,11 +1,15 @@
 #include "hierarchy_files.hpp"
 
 #include "errors.hpp"
+#include "output_tree.hpp"
 
 #include <vorl/shared/operations.hpp>
 #include <vorl/types/text.hpp>
 
+#include <unistd.h>
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <ios>
 #include <vector>
@@ -41,7 +45,7 @@ void write(const Hierarchy<LinksT>& hier, const OutputRequest& request, const fs
     ClsOutFmtBase format = toMask(request.format);
     if (request.maxShare) format |= ClsOutFmt::MAXSHARE;
     // The library knows no way to write all levels, or those around a number, for any hierarchy.
-    if (request.levels == Levels::PER_LEVEL || request.levels == Levels::AROUND) {
+    if (goesToFolder(request)) {
         writeLevels(hier,
                     request.levels == Levels::AROUND ? levelsAround(hier, *request.clusters)
                                                      : levelsInRange(hier, request),
@@ -68,7 +72,36 @@ void write(const Hierarchy<LinksT>& hier, const OutputRequest& request, const fs
             throw InputError(request.file + ": " + file.filename().string() + " can't be created");
 }
 
+/// @throws InputError if there can't be a file of that name
+void requirePossible(const fs::path& path) {
+    std::error_code err;
+    const fs::file_status status = fs::status(path, err);
+    if (fs::is_directory(status)) throw InputError(path.string() + ": " + std::strerror(EISDIR));
+    if (err && status.type() != fs::file_type::not_found)
+        throw InputError(path.string() + ": " + err.message());
+}
+
 }  // namespace
+
+void checkTargets(const OutputRequest& request, const std::string& input) {
+    const fs::path file = request.file;
+    const fs::path description = file.parent_path() / (file.stem().string() + ".rhb");
+    requirePossible(description);
+    requireOther(description.string(), input);
+    if (!goesToFolder(request)) {
+        requireOther(request.file, input);
+        return;
+    }
+    std::error_code err;
+    const fs::path folder = file.parent_path() / file.stem();
+    requirePossible(file.parent_path() /
+                    (file.stem().string() + "_65535" + file.extension().string()));
+    if (!fs::exists(folder, err)) return;
+    if (!fs::is_directory(folder, err))
+        throw InputError(folder.string() + ": it isn't a folder, which the files of levels need");
+    if (access(folder.c_str(), W_OK | X_OK) != 0)
+        throw InputError(folder.string() + ": " + std::strerror(errno));
+}
 
 template <class LinksT>
 void writeHierarchy(const Hierarchy<LinksT>& hier, const OutputRequest& request,

@@ -2,9 +2,10 @@
 #include "errors.hpp"
 #include "options.hpp"
 
-#include <vorl/types/text.hpp>
 #include <vorl/types/trace.hpp>
 
+#include <fcntl.h>
+#include <unistd.h>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
@@ -14,9 +15,6 @@ namespace vorl::app {
 
 namespace {
 
-constexpr const char* FOOTER =
-    "Exit codes: 0 done, 1 the input or the file system is at fault, 2 wrong usage.";
-
 std::vector<std::string> optionNames(const CLI::App& app) {
     std::vector<std::string> names;
     for (const CLI::Option* option : app.get_options())
@@ -24,48 +22,20 @@ std::vector<std::string> optionNames(const CLI::App& app) {
     return names;
 }
 
-/// A command with its options and what it does.
-struct Command {
-    CLI::App* app;
-    std::function<void()> run;
-};
-
 int runProgram(int argc, char** argv) {
-    CLI::App app("Clusters a network into a hierarchy of overlapping clusters.", "vorl");
-    app.footer(FOOTER);
-    app.set_version_flag("--version",
-                         std::string("vorl ") + VORL_VERSION + " (r-" + libBuild().rev() + ")");
-    app.require_subcommand(1);
-
-    ClusterCommand cluster;
-    EvaluateCommand evaluate;
-    InfoCommand info;
-    ConvertCommand convert;
-    CompareCommand compare;
-    std::vector<Command> commands;
+    CommandLine line;
+    CLI::App& app = line.app;
     std::vector<std::string> names;
-    const auto add = [&](const char* name, const char* description, auto addOptions,
-                         auto& command) {
-        CLI::App* const sub = app.add_subcommand(name, description);
-        sub->footer(FOOTER);
-        addOptions(*sub, command);
-        commands.push_back({sub, [&command] { run(command); }});
-        names.push_back(name);
-        return sub;
-    };
-    CLI::App* const clusterApp = add("cluster", "Cluster a network", addClusterOptions, cluster);
-    add("evaluate", "Measure clusters of a network", addEvaluateOptions, evaluate);
-    add("info", "Tell what the file of a network holds", addInfoOptions, info);
-    add("convert", "Write a network in another format", addConvertOptions, convert);
-    add("compare", "Tell how alike two clusterings are", addCompareOptions, compare);
+    for (const auto& command : line.commands) names.push_back(command.app->get_name());
 
     const auto complain = [](const std::string& message) {
         std::cerr << "vorl: " << message << "\nRun \"vorl --help\" for help.\n";
     };
     try {
         app.parse(argc, argv);
-        if (*clusterApp) checkOptions(*clusterApp, cluster);
-        for (const Command& command : commands)
+        if (const CLI::App* cluster = line.commands.front().app; *cluster)
+            checkOptions(*cluster, line.cluster);
+        for (const auto& command : line.commands)
             if (*command.app) command.run();
         return DONE;
     } catch (const CLI::Success& success) {
@@ -82,6 +52,12 @@ int runProgram(int argc, char** argv) {
         complain(message);
     } catch (const CLI::RequiredError& err) {
         std::string message = err.what();
+        if (const auto subs = app.get_subcommands(); !subs.empty())
+            for (const std::string& word : app.remaining(true))
+                if (word.starts_with("-"))
+                    message +=
+                        "; \"" + word + "\" is no option" +
+                        suggestion(word.substr(0, word.find('=')), optionNames(*subs.front()));
         // An unknown command is told as a missing one.
         for (int i = 1; i < argc && app.get_subcommands().empty(); ++i)
             message += ": \"" + std::string(argv[i]) + "\"" + suggestion(argv[i], names);
@@ -94,12 +70,22 @@ int runProgram(int argc, char** argv) {
     return WRONG_USAGE;
 }
 
+/// Takes the places of standard streams that are closed, lest a file that the program writes gets
+/// the number of one, and with it what goes to the stream.
+void holdStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(stream, F_GETFD) < 0)
+            // Opened the wrong way, so that a use of it fails as before.
+            static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+}
+
 }  // namespace
 
 }  // namespace vorl::app
 
 int main(int argc, char** argv) {
     using namespace vorl::app;
+    holdStandardStreams();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     vorl::ftrace = nullptr;

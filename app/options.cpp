@@ -2,12 +2,19 @@
 
 #include "errors.hpp"
 
+#include <vorl/types/text.hpp>
+
 #include <algorithm>
-#include <map>
+#include <charconv>
+#include <limits>
 
 namespace vorl::app {
 
 namespace {
+
+constexpr const char* DESCRIPTION = "Clusters a network into a hierarchy of overlapping clusters.";
+constexpr const char* FOOTER =
+    "Exit codes: 0 done, 1 the input or the file system is at fault, 2 wrong usage.";
 
 /// Number of edits that turn one word into the other.
 std::size_t distance(const std::string& a, const std::string& b) {
@@ -37,22 +44,39 @@ std::string suggestion(const std::string& word, const std::vector<std::string>& 
 namespace {
 
 template <class ValueT>
-using Choices = std::map<std::string, ValueT>;
+using Choices = std::vector<std::pair<std::string, ValueT>>;
+
+/// The names, in their order.
+template <class ValueT>
+std::string joined(const Choices<ValueT>& choices, const char* separator) {
+    std::string names;
+    for (const auto& choice : choices) names += (names.empty() ? "" : separator) + choice.first;
+    return names;
+}
 
 /// The value of a name.
 /// @throws CLI::ValidationError that tells the names, and the nearest one
 template <class ValueT>
 ValueT choose(const Choices<ValueT>& choices, const std::string& option, const std::string& name) {
-    const auto it = choices.find(name);
-    if (it != choices.end()) return it->second;
     std::vector<std::string> names;
-    std::string all;
     for (const auto& choice : choices) {
+        if (choice.first == name) return choice.second;
         names.push_back(choice.first);
-        all += (all.empty() ? "" : ", ") + choice.first;
     }
-    throw CLI::ValidationError(option,
-                               "\"" + name + "\" is none of " + all + suggestion(name, names));
+    throw CLI::ValidationError(
+        option, "\"" + name + "\" is none of " + joined(choices, ", ") + suggestion(name, names));
+}
+
+/// An option that takes one of some names. They are its type, from which the help, the manual page
+/// and the completions have them.
+template <class ValueT, class StoreT>
+CLI::Option* addChoice(CLI::App& app, const std::string& option, const Choices<ValueT>& choices,
+                       StoreT store, const std::string& description) {
+    return app
+        .add_option_function<std::string>(
+            option, [=](const std::string& name) { store(choose(choices, option, name)); },
+            description)
+        ->type_name(joined(choices, "|"));
 }
 
 float toFloat(const std::string& option, const std::string& text, float low, float high) {
@@ -66,26 +90,49 @@ float toFloat(const std::string& option, const std::string& text, float low, flo
     return value;
 }
 
+/// A whole number, which is nothing but decimal digits.
+template <class NumberT>
+NumberT toNumber(const std::string& option, const std::string& text) {
+    NumberT value = 0;
+    const auto [last, err] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (err != std::errc() || last != text.data() + text.size())
+        throw CLI::ValidationError(option, "\"" + text + "\" isn't a whole number from 0 to " +
+                                               std::to_string(std::numeric_limits<NumberT>::max()));
+    return value;
+}
+
+template <class NumberT, class FieldT>
+CLI::Option* addNumber(CLI::App& app, const std::string& option, FieldT& field,
+                       const std::string& description) {
+    const auto read = [option, &field](const std::string& text) {
+        field = toNumber<NumberT>(option, text);
+    };
+    return app.add_option_function<std::string>(option, read, description)->type_name("N");
+}
+
+/// Names of files; nothing is called "".
+std::string checkName(const std::string& name) {
+    return name.empty() ? "the name of the file is empty" : "";
+}
+
+const Choices<Reduction> REDUCTIONS{{"none", Reduction::NONE},
+                                    {"accurate", Reduction::ACCURATE},
+                                    {"mean", Reduction::MEAN},
+                                    {"severe", Reduction::SEVERE}};
+
 Reduction toReduction(const std::string& text) {
-    const Choices<Reduction> cores{{"none", Reduction::NONE},
-                                   {"accurate", Reduction::ACCURATE},
-                                   {"mean", Reduction::MEAN},
-                                   {"severe", Reduction::SEVERE}};
     const Choices<Reduction> flags{{"skip-nodes", Reduction::SKIP_NODES},
                                    {"skip-clusters", Reduction::SKIP_CLUSTERS},
                                    {"by-weight", Reduction::CRITERIA_WEIGHT}};
     const std::vector<std::string> words = CLI::detail::split(text, ',');
-    Reduction reduction = choose(cores, "--reduction", words.front());
+    Reduction reduction = choose(REDUCTIONS, "--reduction", words.front());
     for (std::size_t i = 1; i < words.size(); ++i)
         reduction |= choose(flags, "--reduction", words[i]);
     return reduction;
 }
 
-FileFormat toFormat(const std::string& option, const std::string& name) {
-    return choose<FileFormat>(
-        {{"nse", FileFormat::NSE}, {"nsa", FileFormat::NSA}, {"rcg", FileFormat::RCG}}, option,
-        name);
-}
+const Choices<FileFormat> FORMATS{
+    {"nse", FileFormat::NSE}, {"nsa", FileFormat::NSA}, {"rcg", FileFormat::RCG}};
 
 /// The network and how it is read.
 void addReadOptions(CLI::App& app, ReadOptions& read) {
@@ -93,13 +140,12 @@ void addReadOptions(CLI::App& app, ReadOptions& read) {
            "NETWORK", read.file,
            "The network, one link a line: src dst [weight], or in sections (rcg); it may be "
            "compressed by gzip or zstd, - is the standard input")
+        ->check(checkName)
         ->required();
     const char* group = "Input";
-    app.add_option_function<std::string>(
-           "--format",
-           [&read](const std::string& name) { read.format = toFormat("--format", name); },
-           "nse (edges), nsa (arcs) or rcg (sections); told from the name if not given")
-        ->type_name("FORMAT")
+    addChoice(
+        app, "--format", FORMATS, [&read](FileFormat format) { read.format = format; },
+        "nse (edges), nsa (arcs) or rcg (sections); told from the name if not given")
         ->group(group);
     app.add_flag("--unweighted", read.unweighted, "Each link weighs 1")->group(group);
 }
@@ -118,50 +164,43 @@ void addAssemblyOptions(CLI::App& app, ReadOptions& read) {
 /// What is written, and where.
 void addOutputOptions(CLI::App& app, OutputRequest& request) {
     const char* group = "Output";
-    app.add_option("-o,--output", request.file,
-                   "File to write; the description of the hierarchy goes beside it, as .rhb")
+    app.add_option(
+           "-o,--output", request.file,
+           "File to write; the description of the hierarchy goes beside it, as .rhb; - is the "
+           "standard output, in place of the summary")
+        ->check(checkName)
         ->type_name("FILE")
         ->group(group);
-    app.add_option_function<std::string>(
-           "--levels",
-           [&request](const std::string& name) {
-               request.levels = choose<Levels>({{"all", Levels::ALL},
-                                                {"root", Levels::ROOT},
-                                                {"per-level", Levels::PER_LEVEL},
-                                                {"around", Levels::AROUND},
-                                                {"significant", Levels::SIGNIFICANT},
-                                                {"hierarchy", Levels::HIERARCHY}},
-                                               "--levels", name);
-           },
-           "What to write: all clusters, each once (default); root; per-level (a file for each "
-           "level); around (the levels that bracket --clusters N); significant; hierarchy (its "
-           "description alone)")
-        ->type_name("WHAT")
+    addChoice<Levels>(
+        app, "--levels",
+        {{"all", Levels::ALL},
+         {"root", Levels::ROOT},
+         {"per-level", Levels::PER_LEVEL},
+         {"around", Levels::AROUND},
+         {"significant", Levels::SIGNIFICANT},
+         {"hierarchy", Levels::HIERARCHY}},
+        [&request](Levels value) { request.levels = value; },
+        "What to write: all clusters, each once (default); root; per-level (a file for each "
+        "level); around (the levels that bracket --clusters N); significant; hierarchy (its "
+        "description alone)")
         ->group(group);
-    app.add_option_function<std::string>(
-           "--shares",
-           [&request](const std::string& name) {
-               request.format = choose<ClsOutFmt>({{"none", ClsOutFmt::SIMPLE},
-                                                   {"uneven", ClsOutFmt::SHARED},
-                                                   {"full", ClsOutFmt::EXTENDED}},
-                                                  "--shares", name);
-           },
-           "none, uneven (where they aren't even) or full (default: uneven shares and cluster ids)")
-        ->type_name("FORM")
+    addChoice<ClsOutFmt>(
+        app, "--shares",
+        {{"none", ClsOutFmt::SIMPLE}, {"uneven", ClsOutFmt::SHARED}, {"full", ClsOutFmt::EXTENDED}},
+        [&request](ClsOutFmt value) { request.format = value; },
+        "none, uneven (where they aren't even) or full (default: uneven shares and cluster ids)")
         ->group(group);
     app.add_flag("--max-share", request.maxShare,
                  "A node goes only to the clusters of its largest share")
         ->group(group);
 
     group = "Levels to write";
-    app.add_option("--clusters", request.clusters, "Wanted number of clusters, of around")
-        ->type_name("N")
+    addNumber<Id>(app, "--clusters", request.clusters, "Wanted number of clusters, of around")
         ->group(group);
-    app.add_option("--level-min", request.levelMin, "First level of per-level; 0 is the lowest")
-        ->type_name("N")
+    addNumber<LevelNum>(app, "--level-min", request.levelMin,
+                        "First level of per-level; 0 is the lowest")
         ->group(group);
-    app.add_option("--level-max", request.levelMax, "Last level of per-level")
-        ->type_name("N")
+    addNumber<LevelNum>(app, "--level-max", request.levelMax, "Last level of per-level")
         ->group(group);
     app.add_option_function<std::string>(
            "--level-step",
@@ -196,24 +235,17 @@ void addOutputOptions(CLI::App& app, OutputRequest& request) {
            [&request](std::int64_t count) { request.weightRange = count > 0; },
            "The weight has to lie between the weight step and 1 minus it (default)")
         ->group(group);
-    app.add_option("--min-size", request.minSize, "The least number of nodes")
-        ->type_name("N")
-        ->group(group);
-    app.add_option_function<std::string>(
-           "--min-size-by",
-           [&request](const std::string& name) {
-               request.minSizeBy = choose<SzFnName>({{"root2", SzFnName::CLSSZ_ROOT2},
-                                                     {"root4", SzFnName::CLSSZ_ROOT4},
-                                                     {"log2", SzFnName::CLSSZ_LOG2},
-                                                     {"loge", SzFnName::CLSSZ_LOGE}},
-                                                    "--min-size-by", name);
-           },
-           "The least number of nodes from that of the network: root2, root4, log2 or loge")
-        ->type_name("FUNCTION")
+    addNumber<Id>(app, "--min-size", request.minSize, "The least number of nodes")->group(group);
+    addChoice<SzFnName>(
+        app, "--min-size-by",
+        {{"root2", SzFnName::CLSSZ_ROOT2},
+         {"root4", SzFnName::CLSSZ_ROOT4},
+         {"log2", SzFnName::CLSSZ_LOG2},
+         {"loge", SzFnName::CLSSZ_LOGE}},
+        [&request](SzFnName value) { request.minSizeBy = value; },
+        "The least number of nodes from that of the network: root2, root4, log2 or loge")
         ->group(group);
 }
-
-}  // namespace
 
 void addClusterOptions(CLI::App& app, ClusterCommand& command) {
     addReadOptions(app, command.read);
@@ -226,36 +258,32 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
                build.gamma = text == "auto" ? -1.f : toFloat("--gamma", text, 0, 1);
            },
            "Resolution: auto finds it by itself (default); 0 to 1")
+        ->type_name("auto|G")
         ->group(group);
-    app.add_option("--root-max", build.rootMax,
-                   "Merge on until the root has no more than N items; 0 means no limit")
-        ->type_name("N")
+    addNumber<decltype(build.rootMax)>(
+        app, "--root-max", build.rootMax,
+        "Merge on until the root has no more than N items; 0 means no limit")
         ->group(group);
     app.add_option_function<std::string>(
            "--reduction",
            [&build](const std::string& text) { build.reduction = toReduction(text); },
            "Drop the lightest links of items with many: none (default), accurate, mean or severe, "
            "then any of ,skip-nodes ,skip-clusters ,by-weight")
+        ->type_name(joined(REDUCTIONS, "|") + "[,FLAG...]")
         ->group(group);
-    app.add_option_function<std::string>(
-           "--speedup",
-           [&build](const std::string& name) {
-               build.speedup = choose<Speedup>({{"none", Speedup::NONE},
-                                                {"coarse", Speedup::COARSE},
-                                                {"orderdep", Speedup::ORDERDEP}},
-                                               "--speedup", name);
-           },
-           "none (default), coarse or orderdep: candidates depend on the order of the items")
+    addChoice<Speedup>(
+        app, "--speedup",
+        {{"none", Speedup::NONE}, {"coarse", Speedup::COARSE}, {"orderdep", Speedup::ORDERDEP}},
+        [&build](Speedup value) { build.speedup = value; },
+        "none (default), coarse or orderdep: candidates depend on the order of the items")
         ->group(group);
-    app.add_option_function<std::string>(
-           "--validation",
-           [&build](const std::string& name) {
-               build.validation = choose<Validation>({{"none", Validation::NONE},
-                                                      {"standard", Validation::STANDARD},
-                                                      {"severe", Validation::SEVERE}},
-                                                     "--validation", name);
-           },
-           "Check of the links: none, standard (default) or severe")
+    addChoice<Validation>(
+        app, "--validation",
+        {{"none", Validation::NONE},
+         {"standard", Validation::STANDARD},
+         {"severe", Validation::SEVERE}},
+        [&build](Validation value) { build.validation = value; },
+        "Check of the links: none, standard (default) or severe")
         ->group(group);
     app.add_option_function<std::string>(
            "--gain-margin",
@@ -264,6 +292,7 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
            },
            "Stop at a level that raises the modularity by no more than this; with "
            "--trace-modularity only")
+        ->type_name("X")
         ->group(group);
     app.add_option_function<std::string>(
            "--filter-margin",
@@ -271,6 +300,7 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
                build.filterMarg = toFloat("--filter-margin", text, 0, 1);
            },
            "Filter margin of the candidates, 0 to 1; changes no result")
+        ->type_name("X")
         ->group(group);
     app.add_flag("--trace-modularity", build.modtrace, "Compute the modularity of each level")
         ->group(group);
@@ -286,6 +316,7 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
 void addEvaluateOptions(CLI::App& app, EvaluateCommand& command) {
     addReadOptions(app, command.read);
     app.add_option("CLUSTERS", command.clusters, "The clusters, one a line: [id>] node[:share] ...")
+        ->check(checkName)
         ->required();
     addAssemblyOptions(app, command.read);
     app.add_option_function<std::string>(
@@ -308,45 +339,66 @@ void addInfoOptions(CLI::App& app, InfoCommand& command) {
 
 void addConvertOptions(CLI::App& app, ConvertCommand& command) {
     addReadOptions(app, command.read);
-    app.add_option("OUT", command.output, "The file to write")->required();
-    app.add_option_function<std::string>(
-           "--to", [&command](const std::string& name) { command.format = toFormat("--to", name); },
-           "Format of the file to write: nse, nsa or rcg; told from its name if not given")
-        ->type_name("FORMAT");
+    app.add_option("OUT", command.output, "The file to write, - is the standard output")
+        ->check(checkName)
+        ->required();
+    addChoice(
+        app, "--to", FORMATS, [&command](FileFormat format) { command.format = format; },
+        "Format of the file to write; told from its name if not given");
     app.add_flag("-q,--quiet", command.quiet, "No report");
 }
 
 /// The options of `vorl compare`.
 void addCompareOptions(CLI::App& app, CompareCommand& command) {
     app.add_option("FIRST", command.first, "Clusters, one a line: [id>] node[:share] ...")
+        ->check(checkName)
         ->required();
     app.add_option("SECOND", command.second, "Clusters to compare with; their order is the same")
+        ->check(checkName)
         ->required();
-    app.add_option_function<std::string>(
-           "--nodes",
-           [&command](const std::string& name) {
-               command.nodes = choose<NodeSet>({{"union", NodeSet::UNION},
-                                                {"common", NodeSet::COMMON},
-                                                {"first", NodeSet::FIRST},
-                                                {"second", NodeSet::SECOND}},
-                                               "--nodes", name);
-           },
-           "Compare on the nodes of both files together (union, the default), on those that both "
-           "have (common), or on those of the first or the second; a node that a file lacks is in "
-           "no cluster there")
-        ->type_name("SET");
-    app.add_option("--count", command.count,
-                   "Number of nodes of the network, where some are in neither file")
-        ->type_name("N");
-    app.add_option("--exact-pairs", command.omega.exactPairs,
-                   "The omega index is exact up to N pairs of nodes inside the clusters of a file "
-                   "(100000000); above, it is estimated from 5000000 pairs of each, drawn with a "
-                   "fixed seed")
-        ->type_name("N");
+    addChoice<NodeSet>(
+        app, "--nodes",
+        {{"union", NodeSet::UNION},
+         {"common", NodeSet::COMMON},
+         {"first", NodeSet::FIRST},
+         {"second", NodeSet::SECOND}},
+        [&command](NodeSet value) { command.nodes = value; },
+        "Compare on the nodes of both files together (union, the default), on those that both "
+        "have (common), or on those of the first or the second; a node that a file lacks is in "
+        "no cluster there");
+    addNumber<Id>(app, "--count", command.count,
+                  "Number of nodes of the network, where some are in neither file");
+    addNumber<Size>(app, "--exact-pairs", command.omega.exactPairs,
+                    "The omega index is exact up to N pairs of nodes inside the clusters of a file "
+                    "(100000000); above, it is estimated from 5000000 pairs of each, drawn with a "
+                    "fixed seed");
     app.add_flag("--strict", command.strict,
                  "Refuse files with wrong counts in the header, incomplete shares and the like");
     app.add_flag("--json", command.json, "The result as one JSON document");
     app.add_flag("-q,--quiet", command.quiet, "No remarks on the files");
+}
+
+}  // namespace
+
+CommandLine::CommandLine() : app(DESCRIPTION, "vorl") {
+    app.footer(FOOTER);
+    app.set_version_flag("--version",
+                         std::string("vorl ") + VORL_VERSION + " (r-" + libBuild().rev() + ")");
+    app.require_subcommand(1);
+    add("cluster", "Cluster a network", addClusterOptions, cluster);
+    add("evaluate", "Measure clusters of a network", addEvaluateOptions, evaluate);
+    add("info", "Tell what the file of a network holds", addInfoOptions, info);
+    add("convert", "Write a network in another format", addConvertOptions, convert);
+    add("compare", "Tell how alike two clusterings are", addCompareOptions, compare);
+}
+
+template <class CommandT>
+void CommandLine::add(const char* name, const char* description,
+                      void (*addOptions)(CLI::App&, CommandT&), CommandT& command) {
+    CLI::App* const sub = app.add_subcommand(name, description);
+    sub->footer(FOOTER);
+    addOptions(*sub, command);
+    commands.push_back({sub, [&command] { run(command); }});
 }
 
 void checkOptions(const CLI::App& app, const ClusterCommand& command) {

@@ -1,4 +1,5 @@
-// The options of the program's commands: one catalogue for the parser and the help.
+// The commands of the program and their options: one catalogue for the parser, the help, the manual
+// page and the completions of shells.
 #pragma once
 
 #include "cluster_command.hpp"
@@ -9,17 +10,37 @@
 
 #include <CLI/CLI.hpp>
 
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace vorl::app {
 
-/// Each of them adds the arguments and options of a command; parsing fills the command.
-void addClusterOptions(CLI::App& app, ClusterCommand& command);
-void addEvaluateOptions(CLI::App& app, EvaluateCommand& command);
-void addInfoOptions(CLI::App& app, InfoCommand& command);
-void addConvertOptions(CLI::App& app, ConvertCommand& command);
-void addCompareOptions(CLI::App& app, CompareCommand& command);
+/// The command line of the program. Parsing `app` fills the commands.
+class CommandLine {
+public:
+    CommandLine();
+
+    /// A command with its options, and what runs it.
+    struct Command {
+        CLI::App* app;
+        std::function<void()> run;
+    };
+
+    CLI::App app;
+    std::vector<Command> commands;
+
+    ClusterCommand cluster;
+    EvaluateCommand evaluate;
+    InfoCommand info;
+    ConvertCommand convert;
+    CompareCommand compare;
+
+private:
+    template <class CommandT>
+    void add(const char* name, const char* description, void (*addOptions)(CLI::App&, CommandT&),
+             CommandT& command);
+};
 
 /// What parsing can't check: options that need each other.
 /// @throws UsageError

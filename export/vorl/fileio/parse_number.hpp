@@ -7,6 +7,7 @@
 namespace vorl {
 
 /// Accepts a parsed value that fits DestT.
+/// @param value the parsed value
 /// @param text where it was parsed; null leaves the text and the value out of the message
 /// @param bad whether parsing failed
 /// @param message what is wrong, may be null

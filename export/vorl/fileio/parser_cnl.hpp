@@ -83,13 +83,15 @@ extern template std::shared_ptr<RawMembership<WeightedLinks>> CnlParser::build(
 ///
 /// @param[out] clusters takes the clusters; to be handed over empty
 /// @param graph the network; spent by the call
+/// @param filename a file in the format CNL
 /// @param validation whether and how the links are validated beforehand
 /// @return total weight of the network, both directions counted
 /// @throws std::string if the shares of a node don't add up to 1
 /// @throws as the parser and `validate`
 template <class ParserT, class GraphT>
-AccWeight loadClusters(Clusters<typename GraphT::LinksT>& clusters, GraphT& graph,
-                       const std::string& filename, Validation validation = Validation::STANDARD);
+VORL_API AccWeight loadClusters(Clusters<typename GraphT::LinksT>& clusters, GraphT& graph,
+                                const std::string& filename,
+                                Validation validation = Validation::STANDARD);
 
 extern template AccWeight loadClusters<CnlParser>(Clusters<UnweightedLinks>&, Graph<false>&,
                                                   const std::string&, Validation);

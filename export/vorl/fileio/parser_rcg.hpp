@@ -41,7 +41,10 @@ public:
     std::shared_ptr<GraphT> build();
 
     /// Reads one line of links into the graph.
+    /// @param graph takes the links
+    /// @param line the text of the line, up to its NUL
     /// @param directed whether they are arcs
+    /// @param errors collects repeated links, may be null
     /// @throws as `build`
     template <class GraphT>
     void parseLinks(GraphT& graph, const char* line, bool directed, StructLinkErrors* errors);

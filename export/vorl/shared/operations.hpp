@@ -22,6 +22,7 @@ namespace vorl {
 /// @param graph the network; spent by the call
 /// @param filename a file in the format CNL
 /// @param gamma resolution of the modularity, not negative
+/// @param validation whether and how the links are validated beforehand
 /// @return the number of clusters
 /// @throws std::invalid_argument for a file without clusters, a network without weight or a
 ///     negative gamma

@@ -49,6 +49,7 @@ public:
     const HierScore& score() const { return m_score; }
 
     /// Unfolds a cluster into its nodes.
+    /// @param cl a cluster of this hierarchy
     /// @param maxshare whether a node or cluster goes only to the owners of its largest share
     /// @return the nodes, each with the share in (0, 1] that all paths to it add up to
     ClusterNodes<LinksT> unwrap(const ClusterT& cl, bool maxshare = false) const;

@@ -140,6 +140,8 @@ public:
     template <class ItemT>
     AccWeight clusterGain(const Items<ItemT*>& group, AccWeight gamma) const;
     /// Gain of an item with a group of at least 2 of its candidates.
+    /// @param el the item
+    /// @param group the candidates, ascending by address
     /// @param[out] cgamma the gamma in force, may be null
     template <class ItemT>
     AccWeight emcandsGain(ItemT& el, const Candidates<ItemT*>& group, AccWeight* cgamma) const;
@@ -246,6 +248,8 @@ public:
     /// J. Reichardt, S. Bornholdt, Statistical mechanics of community detection, Phys. Rev. E 74,
     /// 016110 (2006), https://doi.org/10.1103/PhysRevE.74.016110
     ///
+    /// @param first the first item
+    /// @param last the end of the range
     /// @param gamma the resolution; WEIGHT_NONE means that of the build
     template <class IItemXT>
     AccWeight modularity(IItemXT first, IItemXT last, AccWeight gamma = WEIGHT_NONE);
@@ -258,6 +262,7 @@ public:
     AccWeight conductance(Ilistptrc<ItemsT> items) const;
 
     /// The resolution at which the items would be the best partition.
+    /// @param items the lists of items
     /// @param[out] conductance their conductance, may be null; left as it is where the gamma is 1
     ///     for want of inner or outer weight
     template <class ItemsT>

@@ -60,6 +60,7 @@ bool droppableLinks(std::vector<ItemT*>& drops, const ItemT& el,
                     std::vector<RdsLink<ItemT>>& rlinks, Id linksMarg, Reduction reduction);
 
 /// Drops the links on which both ends agree and moves their weight into the self weights.
+/// @param rcands the items with the links that they would drop
 /// @param[in,out] erased counts the erased link records
 /// @return the number of items that lost links
 template <Item ItemT>

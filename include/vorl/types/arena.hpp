@@ -68,7 +68,7 @@ private:
 
 /// Allocator of the linked lists that hold items; lists that share an arena may exchange cells.
 template <class T>
-class ArenaAllocator {
+class VORL_API ArenaAllocator {
 public:
     using value_type = T;
     using propagate_on_container_copy_assignment = std::true_type;

@@ -2,6 +2,7 @@
 /// Links between items, weighted or not, and the lists that hold them.
 #pragma once
 
+#include <vorl/types/export.hpp>
 #include <vorl/types/numbers.hpp>
 #include <vorl/types/search.hpp>
 
@@ -23,7 +24,7 @@ using Links = std::vector<LinkT>;
 
 /// Link of a node. An unweighted one is a single pointer and reads as the weight 1.
 template <class WeightT, bool WEIGHTED>
-struct Link {
+struct VORL_API Link {
     static constexpr bool IS_WEIGHTED = false;
     static constexpr WeightT weight = 1;
 
@@ -33,7 +34,7 @@ struct Link {
 };
 
 template <class WeightT>
-struct Link<WeightT, true> {
+struct VORL_API Link<WeightT, true> {
     static constexpr bool IS_WEIGHTED = true;
 
     Node<Links<Link>>* dest;
@@ -67,7 +68,7 @@ struct AccLink {
 
 /// A link as a caller or a file gives it, before any node exists.
 template <bool WEIGHTED>
-struct InpLink {
+struct VORL_API InpLink {
     static constexpr bool IS_WEIGHTED = false;
     static constexpr LinkWeight weight = 1;
 
@@ -77,7 +78,7 @@ struct InpLink {
 };
 
 template <>
-struct InpLink<true> {
+struct VORL_API InpLink<true> {
     static constexpr bool IS_WEIGHTED = true;
 
     Id id;

@@ -59,6 +59,12 @@ void Arena::reserve(std::size_t least) {
         for (std::uintptr_t hint = m_end, tries = 0; tries < 4096; ++tries) {
             if (void* range = reserveAbove(hint, size)) {
                 const auto begin = reinterpret_cast<std::uintptr_t>(range);
+                // Where space is short a part of it is left for all others.
+                if (const std::size_t own = std::max(pages(size / 8), least);
+                    size < m_rangeSize && own < size) {
+                    munmap(reinterpret_cast<void*>(begin + own), size - own);
+                    size = own;
+                }
                 const std::size_t before =
                     m_ranges.empty() ? 0 : m_ranges.back().before + m_ranges.back().size;
                 m_ranges.push_back({begin, size, before});

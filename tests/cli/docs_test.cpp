@@ -1,0 +1,98 @@
+// The commands shown in README and docs give the shown output.
+#include "support/folder.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace vorl::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Example {
+    int line;
+    std::string command;
+    std::string output;
+};
+
+/// The lines "$ command" of fenced blocks, with what stands below each of them.
+std::vector<Example> examples(const fs::path& file) {
+    std::vector<Example> result;
+    std::ifstream in(file);
+    bool fenced = false, shown = false;
+    int number = 0;
+    for (std::string line; std::getline(in, line);) {
+        ++number;
+        if (line.starts_with("```")) {
+            fenced = !fenced;
+            shown = false;
+        } else if (fenced && line.starts_with("$ ")) {
+            result.push_back({number, line.substr(2), ""});
+            shown = true;
+        } else if (shown) {
+            result.back().output += line + "\n";
+        }
+    }
+    return result;
+}
+
+/// Whether the test can run it: not what builds, installs or calls other programs.
+bool runnable(const Example& example) {
+    static const std::set<std::string> PROGRAMS{"vorl", "cat",  "head", "tail", "sed", "grep",
+                                                "ls",   "gzip", "sort", "wc",   "cut", "awk", "for", "printf"};
+    return PROGRAMS.contains(example.command.substr(0, example.command.find(' ')));
+}
+
+/// What differs between runs is left out: times, memory and the revision.
+std::string masked(std::string text) {
+    for (const char* pattern : {R"([0-9.]+ s reading, [0-9.]+ s clustering)",
+                                R"(memory [0-9.]+ [KMG]iB)", R"(r-[0-9]+(\.[0-9a-f]+)?)",
+                                R"("seconds": *\{[^}]*\})", R"("peak_memory_bytes": *[0-9]+)"})
+        text = std::regex_replace(text, std::regex(pattern), "#");
+    return text;
+}
+
+std::vector<fs::path> documents() {
+    const fs::path source = fs::path(VORL_DATA_DIR).parent_path();
+    std::vector<fs::path> result{source / "README.md"};
+    for (const auto& entry : fs::directory_iterator(source / "docs"))
+        if (entry.path().extension() == ".md") result.push_back(entry.path());
+    return result;
+}
+
+class Docs : public testing::TestWithParam<fs::path> {};
+
+TEST_P(Docs, ShownCommandsGiveTheShownOutput) {
+    const Folder folder;
+    fs::create_directory(folder / "work");
+    fs::create_directory_symlink(VORL_DATA_DIR, folder / "work/data");
+    const std::string before = "cd " + (folder / "work").string() + " && export LC_ALL=C PATH=" +
+                               fs::path(VORL_BINARY).parent_path().string() + ":$PATH && ( ";
+    for (const Example& example : examples(GetParam())) {
+        if (!runnable(example)) continue;
+        const std::string run =
+            before + example.command + " ) >" + (folder / "out").string() + " 2>&1";
+        if (std::system(run.c_str()) == -1) FAIL() << run;
+        EXPECT_EQ(masked(contents(folder / "out")), masked(example.output))
+            << GetParam().filename() << ":" << example.line << ": " << example.command;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Docs, testing::ValuesIn(documents()), [](const auto& parameter) {
+    std::string name = parameter.param.stem();
+    for (char& c : name)
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+    return name;
+});
+
+}  // namespace
+
+}  // namespace vorl::test

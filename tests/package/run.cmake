@@ -1,0 +1,46 @@
+# Builds the stranger's project in WORK with vorl from FROM, and runs it:
+# cmake -DFROM=find_package|pkg-config|FOLDER -DPREFIX=... -DWORK=... -DCOMPILER=... -DSOURCE=... -P run.cmake
+#
+# From a source folder the library is built as a shared one, installed, and found again there.
+function(run)
+  execute_process(COMMAND ${ARGV} RESULT_VARIABLE failed OUTPUT_VARIABLE out ERROR_VARIABLE out)
+  if(failed)
+    list(JOIN ARGV " " command)
+    message(FATAL_ERROR "${command}\n${out}")
+  endif()
+  set(out "${out}" PARENT_SCOPE)
+endfunction()
+
+function(build from prefix work)
+  file(REMOVE_RECURSE ${work}/program)
+  file(MAKE_DIRECTORY ${work}/out)
+  file(GLOB_RECURSE pc ${prefix}/*/vorl.pc)
+  cmake_path(GET pc PARENT_PATH pc_dir)
+  set(ENV{PKG_CONFIG_PATH} "${pc_dir}")
+  run(${CMAKE_COMMAND} -G Ninja -S ${CMAKE_CURRENT_LIST_DIR} -B ${work}/program -DVORL_FROM=${from}
+      -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_CXX_FLAGS=-O0
+      -DCMAKE_INSTALL_PREFIX=${work}/prefix ${ARGN})
+  run(${CMAKE_COMMAND} --build ${work}/program)
+  run(${work}/program/main ${SOURCE}/data/karate.nse ${work}/out)
+
+  # The example is told in the docs with what it prints.
+  run(${work}/program/communities)
+  file(READ ${SOURCE}/docs/cpp.md document)
+  file(READ ${SOURCE}/examples/cpp/communities.cpp code)
+  foreach(text IN ITEMS "${code}" "${out}")
+    string(FIND "${document}" "${text}" position)
+    if(position EQUAL -1)
+      message(FATAL_ERROR "docs/cpp.md doesn't hold\n${text}")
+    endif()
+  endforeach()
+endfunction()
+
+if(NOT IS_DIRECTORY "${FROM}")
+  build(${FROM} ${PREFIX} ${WORK})
+else()
+  file(REMOVE_RECURSE ${WORK}/prefix)
+  build(${FROM} ${WORK}/prefix ${WORK} -DBUILD_SHARED_LIBS=ON -DVORL_INSTALL=ON)
+  run(${CMAKE_COMMAND} --install ${WORK}/program)
+  build(find_package ${WORK}/prefix ${WORK})
+  build(pkg-config ${WORK}/prefix ${WORK} -DCMAKE_BUILD_RPATH=${WORK}/prefix/lib)
+endif()
