@@ -65,7 +65,7 @@ class Figures:
             return None if None in found else statistics.median(found)
 
         def best(measure, by):
-            found = [max(run["levels"] + [run["root"]], key=lambda level: level.get(by, 0)).get(
+            found = [max(run["levels"] + [run["root"]], key=lambda level: level.get(by, -1)).get(
                 measure) for run in judged]
             return None if None in found else statistics.median(found)
 

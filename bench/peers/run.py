@@ -50,6 +50,8 @@ LAUNCH = ["/bin/sh", "-c", '"$@"; exit $?', "sh"]
 
 # A level is judged if it has less than this share of the clusters of the one judged before.
 LEVEL_STEP = 0.9
+# So many of these have their modularity measured, which takes longer than the rest.
+UPPER_LEVELS = 8
 
 
 class Failed(Exception):
@@ -156,12 +158,14 @@ class Bench:
         with open(self.records, "a") as out:
             out.write(json.dumps(record) + "\n")
 
-    def quality(self, network, clusters):
+    def quality(self, network, clusters, modularity=True):
         """Measures of the clusters of a file, by vorl for all alike."""
         core = self.options.core
-        found = json.loads(execute([self.vorl, "evaluate", network.file, clusters, "--json"],
-                                   core)[0])
-        measures = {"clusters": found["clusters"], "modularity": found["modularity"]}
+        measures = {}
+        if modularity:
+            found = json.loads(execute([self.vorl, "evaluate", network.file, clusters, "--json"],
+                                       core)[0])
+            measures.update(clusters=found["clusters"], modularity=found["modularity"])
         if network.truth:
             found = json.loads(execute([self.vorl, "compare", clusters, network.truth, "--json",
                                         "--nodes", "second"], core)[0])
@@ -171,13 +175,15 @@ class Bench:
     def levels(self, network, folder):
         """Measures of the levels from the finest one up, but of those that are much alike."""
         files = sorted(folder.glob("**/*.cnl"))
-        found, last = [], None
+        chosen, last = [], None
         for file in files:
             with open(file) as lines:
                 count = sum(not line.startswith("#") for line in lines)
             if last is None or count < LEVEL_STEP * last or file == files[-1]:
-                found.append(self.quality(network, file))
+                chosen.append(file)
                 last = count
+        upper = chosen[-UPPER_LEVELS:]
+        found = [self.quality(network, file, file in upper) for file in chosen]
         return {"levels": found, "height": len(files)}
 
     def run_vorl(self, network, repeat, scratch):
@@ -282,6 +288,7 @@ def parse():
 
 
 if __name__ == "__main__":
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     try:
         Bench(parse()).run()
     except KeyboardInterrupt:
