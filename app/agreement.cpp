@@ -209,7 +209,7 @@ double omegaOf(const TogetherCounts& x, const TogetherCounts& y, double disagree
 }
 
 double exactOmega(const Cover& x, const Cover& y) {
-    const auto nodes = static_cast<Id>(x.nodes());
+    const auto nodes = static_cast<Id>(std::max(x.clusteredNodes(), y.clusteredNodes()));
     std::array<const Cover*, 2> covers{&x, &y};
     std::vector<std::array<std::uint32_t, 2>> times(nodes);  // that each is with the node
     std::array<std::vector<Size>, 2> counts;
@@ -245,7 +245,7 @@ double exactOmega(const Cover& x, const Cover& y) {
         for (std::size_t t = 1; t < counts[side].size(); ++t)
             together[side].add(t, static_cast<double>(counts[side][t]));
     return omegaOf(together[0], together[1], static_cast<double>(disagree),
-                   static_cast<double>(pairsOf(nodes)));
+                   static_cast<double>(pairsOf(x.nodes())));
 }
 
 /// The number of clusters that two nodes have in common.
@@ -323,7 +323,7 @@ double sampledOmega(const Cover& x, const Cover& y, Size samples) {
 
 }  // namespace
 
-Cover::Cover(Size nodes, const std::vector<std::vector<Id>>& clusters) {
+Cover::Cover(Size nodes, const std::vector<std::vector<Id>>& clusters) : m_nodes(nodes) {
     std::vector<std::size_t> ends;
     std::vector<Id> members;
     for (const auto& cluster : clusters) {
@@ -333,12 +333,14 @@ Cover::Cover(Size nodes, const std::vector<std::vector<Id>>& clusters) {
     *this = Cover(nodes, ends, members);
 }
 
-Cover::Cover(Size nodes, std::span<const std::size_t> ends, std::span<const Id> members) {
+Cover::Cover(Size nodes, std::span<const std::size_t> ends, std::span<const Id> members)
+    : m_nodes(nodes) {
     m_members.begins.push_back(0);
     for (std::size_t end : ends)
         if (end != m_members.begins.back()) m_members.begins.push_back(end);
     m_members.items.assign(members.begin(), members.end());
-    m_clusters = transposed(m_members, nodes);
+    const auto last = std::max_element(members.begin(), members.end());
+    m_clusters = transposed(m_members, last == members.end() ? 0 : Size{*last} + 1);
     m_members = transposed(m_clusters, clusters());  // puts the members in order
 }
 
@@ -357,13 +359,13 @@ Cover::Lists Cover::transposed(const Lists& lists, Size count) {
 
 Size Cover::coveredNodes() const {
     Size result = 0;
-    for (Size node = 0; node < nodes(); ++node) result += !m_clusters.list(node).empty();
+    for (Size node = 0; node < clusteredNodes(); ++node) result += !m_clusters.list(node).empty();
     return result;
 }
 
 Size Cover::sharedNodes() const {
     Size result = 0;
-    for (Size node = 0; node < nodes(); ++node) result += m_clusters.list(node).size() > 1;
+    for (Size node = 0; node < clusteredNodes(); ++node) result += m_clusters.list(node).size() > 1;
     return result;
 }
 

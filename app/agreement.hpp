@@ -21,7 +21,9 @@ public:
     /// @param ends  where the members of each cluster end
     Cover(Size nodes, std::span<const std::size_t> ends, std::span<const Id> members);
 
-    Size nodes() const { return m_clusters.begins.size() - 1; }
+    Size nodes() const { return m_nodes; }
+    /// Nodes from this number on are in no cluster.
+    Size clusteredNodes() const { return m_clusters.begins.size() - 1; }
     Size clusters() const { return m_members.begins.size() - 1; }
     /// Number of the nodes that are in a cluster, and in more than one.
     Size coveredNodes() const;
@@ -30,7 +32,9 @@ public:
     /// Members of a cluster, ascending.
     std::span<const Id> members(Id cluster) const { return m_members.list(cluster); }
     /// Clusters of a node, ascending.
-    std::span<const Id> clustersOf(Id node) const { return m_clusters.list(node); }
+    std::span<const Id> clustersOf(Id node) const {
+        return node < clusteredNodes() ? m_clusters.list(node) : std::span<const Id>();
+    }
     /// Whether each node is in exactly one cluster.
     bool isPartition() const;
     /// Number of pairs of nodes inside clusters, a pair counted once for each of its clusters.
@@ -48,8 +52,9 @@ private:
 
     static Lists transposed(const Lists& lists, Size count);
 
+    Size m_nodes;
     Lists m_members;   ///< of each cluster
-    Lists m_clusters;  ///< of each node
+    Lists m_clusters;  ///< of each node up to the last one that is in a cluster
 };
 
 /// Where the omega index is exact, and how it is estimated elsewhere.

@@ -1,5 +1,6 @@
 #include "cluster_command.hpp"
 
+#include "errors.hpp"
 #include "output_text.hpp"
 #include "output_tree.hpp"
 #include "summary.hpp"
@@ -8,8 +9,10 @@
 #include <vorl/types/trace.hpp>
 
 #include <sys/resource.h>
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <optional>
 
 namespace vorl::app {
@@ -44,6 +47,29 @@ void describe(const Hierarchy<LinksT>& hier, Summary& summary) {
     for (const auto* cl : hier.root()) summary.rootSizes.push_back(cl->nnodes());
 }
 
+void checkOutput(const ClusterCommand& command, const OutputTree& files) {
+    if (files.isStandardOutput() && command.json)
+        throw UsageError("the clusters and the summary can't both go to the standard output");
+    if (!files.isDevice())
+        checkTargets(command.output, command.read.file);
+    else if (goesToFolder(command.output))
+        throw UsageError(command.output.file +
+                         " can't hold the files of several levels, give the name of a file");
+}
+
+/// Tells of files that were in the folder of the levels before, lest they be taken for levels.
+void tellOtherFiles(const std::string& file, const std::vector<std::string>& written) {
+    const std::filesystem::path path = file;
+    const std::filesystem::path folder = path.parent_path() / path.stem();
+    Size others = 0;
+    std::error_code err;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, err))
+        others += std::find(written.begin(), written.end(), entry.path().string()) == written.end();
+    if (others != 0)
+        std::fprintf(stderr, "vorl: %s: %s that this run didn't write stood there already\n",
+                     folder.c_str(), counted(others, "file").c_str());
+}
+
 }  // namespace
 
 void run(const ClusterCommand& command) {
@@ -51,7 +77,10 @@ void run(const ClusterCommand& command) {
     if (command.trace) std::setvbuf(stderr, nullptr, _IOFBF, 1 << 16);
 
     std::optional<OutputTree> files;
-    if (!command.output.file.empty()) files.emplace(command.output.file);
+    if (!command.output.file.empty()) {
+        files.emplace(command.output.file, goesToFolder(command.output));
+        checkOutput(command, *files);
+    }
     Stopwatch watch;
     Summary summary;
     summary.file = command.read.file;
@@ -78,6 +107,8 @@ void run(const ClusterCommand& command) {
                 writeHierarchy(*hier, command.output, files->path());
                 summary.files = files->commit();
                 summary.writeSeconds = watch.lap();
+                if (goesToFolder(command.output) && !command.quiet)
+                    tellOtherFiles(command.output.file, summary.files);
             }
         },
         network.graph);
@@ -86,7 +117,7 @@ void run(const ClusterCommand& command) {
     std::string text;
     if (command.json)
         text = asJson(summary);
-    else if (!command.quiet)
+    else if (!command.quiet && !(files && files->isStandardOutput()))
         text = asText(summary);
     print(text);
 }

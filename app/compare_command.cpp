@@ -2,6 +2,7 @@
 
 #include "errors.hpp"
 #include "output_text.hpp"
+#include "text_file.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -154,6 +155,7 @@ Cover coverOf(const ClustersFile& file, const std::vector<Id>& nodes, Size count
 }
 
 void run(const CompareCommand& command) {
+    requireOneStandardInput(command.first, command.second);
     const Comparison comparison = compare(command);
     print(command.json ? asJson(comparison) : asText(comparison));
 }

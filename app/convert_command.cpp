@@ -28,8 +28,7 @@ void checkFormat(const ConvertCommand& command, FileFormat format, const Network
                " without a link can't be told in the formats nse and nsa");
 }
 
-void write(const std::string& text, const std::string& name) {
-    OutputTree files(name);
+void write(const std::string& text, OutputTree& files, const std::string& name) {
     std::error_code err;
     std::filesystem::create_directories(std::filesystem::path(files.path()).parent_path(), err);
     std::FILE* const file = std::fopen(files.path().c_str(), "w");
@@ -46,8 +45,10 @@ void write(const std::string& text, const std::string& name) {
 void run(const ConvertCommand& command) {
     FileFormat format = command.format;
     if (format == FileFormat::UNKNOWN)
-        format = networkFormat({.file = command.output, .format = FileFormat::UNKNOWN});
+        format = networkFormat({.file = command.output, .format = FileFormat::UNKNOWN}, "--to");
     const FileFormat inputFormat = networkFormat(command.read);
+    requireOther(command.output, command.read.file);
+    OutputTree files(command.output);
     const TextFile file(command.read.file);
     const auto scan = [&](const LinkVisitor& visit) {
         return scanNetwork(file.text(), command.read.file, inputFormat, !command.read.unweighted,
@@ -63,8 +64,8 @@ void run(const ConvertCommand& command) {
 
     NetworkWriter writer(format, facts);
     scan([&](const RawLink& ln) { writer.add(ln); });
-    write(writer.take(), command.output);
-    if (!command.quiet)
+    write(writer.take(), files, command.output);
+    if (!command.quiet && !files.isStandardOutput())
         print(command.output + ": " + counted(*facts.nodes, "node") + ", " +
               counted(facts.links(), "link") + "\n");
 }

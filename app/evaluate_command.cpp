@@ -4,6 +4,7 @@
 #include "errors.hpp"
 #include "memory_file.hpp"
 #include "output_text.hpp"
+#include "text_file.hpp"
 
 #include <vorl/shared/operations.hpp>
 
@@ -58,6 +59,7 @@ std::string asJson(Size clusters, Size nodes, const Intrinsics& measures) {
 }  // namespace
 
 void run(const EvaluateCommand& command) {
+    requireOneStandardInput(command.read.file, command.clusters);
     Network network = readNetwork(command.read);
     if (!command.quiet) showWarnings(network, command.read);
     auto clusters = std::make_unique<ClustersFile>(readClusters(command.clusters));

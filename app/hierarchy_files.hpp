@@ -33,6 +33,16 @@ struct OutputRequest {
     std::optional<Id> clusters;
 };
 
+/// Whether the clusters go into a file for each level, in a folder.
+inline bool goesToFolder(const OutputRequest& request) {
+    return request.levels == Levels::PER_LEVEL || request.levels == Levels::AROUND;
+}
+
+/// Checks, before the work is done, that nothing stands in the way of the files to write.
+/// @param input  a file that they must not replace
+/// @throws InputError, UsageError
+void checkTargets(const OutputRequest& request, const std::string& input);
+
 /// Writes the clusters, and beside them the description of the hierarchy.
 /// @param path name of the file, in the place of the request's
 /// @throws InputError if writing fails, or if the hierarchy has none of the levels

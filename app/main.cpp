@@ -4,6 +4,8 @@
 
 #include <vorl/types/trace.hpp>
 
+#include <fcntl.h>
+#include <unistd.h>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
@@ -50,6 +52,12 @@ int runProgram(int argc, char** argv) {
         complain(message);
     } catch (const CLI::RequiredError& err) {
         std::string message = err.what();
+        if (const auto subs = app.get_subcommands(); !subs.empty())
+            for (const std::string& word : app.remaining(true))
+                if (word.starts_with("-"))
+                    message +=
+                        "; \"" + word + "\" is no option" +
+                        suggestion(word.substr(0, word.find('=')), optionNames(*subs.front()));
         // An unknown command is told as a missing one.
         for (int i = 1; i < argc && app.get_subcommands().empty(); ++i)
             message += ": \"" + std::string(argv[i]) + "\"" + suggestion(argv[i], names);
@@ -62,12 +70,22 @@ int runProgram(int argc, char** argv) {
     return WRONG_USAGE;
 }
 
+/// Takes the places of standard streams that are closed, lest a file that the program writes gets
+/// the number of one, and with it what goes to the stream.
+void holdStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(stream, F_GETFD) < 0)
+            // Opened the wrong way, so that a use of it fails as before.
+            static_cast<void>(open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+}
+
 }  // namespace
 
 }  // namespace vorl::app
 
 int main(int argc, char** argv) {
     using namespace vorl::app;
+    holdStandardStreams();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     vorl::ftrace = nullptr;

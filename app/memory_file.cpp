@@ -1,7 +1,5 @@
 #include "memory_file.hpp"
 
-#include "errors.hpp"
-
 #include <sys/mman.h>
 #include <unistd.h>
 #include <cerrno>
@@ -18,7 +16,7 @@ MemoryFile::MemoryFile(std::string_view text) : m_file(memfd_create("vorl", MFD_
     if (m_file >= 0 && text.empty()) return;
     const int err = errno;
     if (m_file >= 0) close(m_file);
-    throw InputError(std::string("memory file: ") + std::strerror(err));
+    throw MemoryFileError(std::string("memory file: ") + std::strerror(err));
 }
 
 MemoryFile::~MemoryFile() { close(m_file); }

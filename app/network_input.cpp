@@ -86,7 +86,7 @@ std::vector<std::string> traced(OperationT operation) {
     return lines;
 }
 
-/// The text that the library's parsers read, where it isn't the file itself.
+/// The text that the library's parsers read, where it isn't that of the file.
 std::optional<std::string> parserText(const TextFile& file, const ReadOptions& options,
                                       FileFormat& format, const NetworkFacts& facts) {
     const auto walk = [&](const auto& visit) {
@@ -105,7 +105,7 @@ std::optional<std::string> parserText(const TextFile& file, const ReadOptions& o
         walk([&](const RawLink& ln) { writer.add(ln); });
         return writer.take();
     }
-    if (!facts.plain || !file.plain()) return normalised(file.text());
+    if (!facts.plain) return normalised(file.text());
     return std::nullopt;
 }
 
@@ -126,15 +126,15 @@ void parse(Network& network, bool weightedGraph, BuildT build) {
 
 }  // namespace
 
-FileFormat networkFormat(const ReadOptions& options) {
+FileFormat networkFormat(const ReadOptions& options, const char* option) {
     if (options.format != FileFormat::UNKNOWN) return options.format;
     std::string name = options.file;
     for (const char* packing : {".gz", ".zst"})
         if (name.ends_with(packing)) name.erase(name.rfind('.'));
     const FileFormat format = inpFileFmt(name.c_str());
     if (format == FileFormat::UNKNOWN)
-        throw UsageError(options.file +
-                         ": the format can't be told from the name, give it with --format");
+        throw UsageError(options.file + ": the format can't be told from the name, give it with " +
+                         option);
     return format;
 }
 
@@ -152,10 +152,14 @@ Network readNetwork(const ReadOptions& options) {
     network.weighted = facts.weighted || options.sumDuplicates;
     network.links = facts.links();
 
+    // Under the file's name there might be lines by now that weren't checked.
+    const auto text = parserText(file, options, input.format, facts);
     std::optional<MemoryFile> memory;
-    if (const auto text = parserText(file, options, input.format, facts)) {
-        memory.emplace(*text);
+    try {
+        memory.emplace(text ? *text : file.text());
         input.filename = memory->name();
+    } catch (const MemoryFileError&) {
+        if (text || !file.plain()) throw;
     }
     const bool weightedGraph = network.directed || network.weighted;
     if (input.format == FileFormat::RCG)

@@ -33,8 +33,9 @@ struct Network {
 };
 
 /// The format of a network, by the options or by its name; ".gz" and ".zst" at its end don't count.
+/// @param option that gives it, for the message
 /// @throws UsageError if neither tells
-FileFormat networkFormat(const ReadOptions& options);
+FileFormat networkFormat(const ReadOptions& options, const char* option = "--format");
 
 /// @throws InputError with the file and line of the first fault
 Network readNetwork(const ReadOptions& options);

@@ -43,7 +43,8 @@ public:
             if (!line.empty()) checkLine(line);
         }
         if (m_facts.links() == 0)
-            throw InputError::at(m_file, m_line, "the file ends without a link");
+            throw InputError::at(m_file, std::max<std::size_t>(m_line, 1),
+                                 "the file ends without a link");
         m_facts.weighted = m_readWeights;
         checkTotals();
         // Weights are compared at 32 bits, both directions counted.

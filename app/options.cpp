@@ -5,6 +5,8 @@
 #include <vorl/types/text.hpp>
 
 #include <algorithm>
+#include <charconv>
+#include <limits>
 
 namespace vorl::app {
 
@@ -88,6 +90,31 @@ float toFloat(const std::string& option, const std::string& text, float low, flo
     return value;
 }
 
+/// A whole number, which is nothing but decimal digits.
+template <class NumberT>
+NumberT toNumber(const std::string& option, const std::string& text) {
+    NumberT value = 0;
+    const auto [last, err] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (err != std::errc() || last != text.data() + text.size())
+        throw CLI::ValidationError(option, "\"" + text + "\" isn't a whole number from 0 to " +
+                                               std::to_string(std::numeric_limits<NumberT>::max()));
+    return value;
+}
+
+template <class NumberT, class FieldT>
+CLI::Option* addNumber(CLI::App& app, const std::string& option, FieldT& field,
+                       const std::string& description) {
+    const auto read = [option, &field](const std::string& text) {
+        field = toNumber<NumberT>(option, text);
+    };
+    return app.add_option_function<std::string>(option, read, description)->type_name("N");
+}
+
+/// Names of files; nothing is called "".
+std::string checkName(const std::string& name) {
+    return name.empty() ? "the name of the file is empty" : "";
+}
+
 const Choices<Reduction> REDUCTIONS{{"none", Reduction::NONE},
                                     {"accurate", Reduction::ACCURATE},
                                     {"mean", Reduction::MEAN},
@@ -113,6 +140,7 @@ void addReadOptions(CLI::App& app, ReadOptions& read) {
            "NETWORK", read.file,
            "The network, one link a line: src dst [weight], or in sections (rcg); it may be "
            "compressed by gzip or zstd, - is the standard input")
+        ->check(checkName)
         ->required();
     const char* group = "Input";
     addChoice(
@@ -136,8 +164,11 @@ void addAssemblyOptions(CLI::App& app, ReadOptions& read) {
 /// What is written, and where.
 void addOutputOptions(CLI::App& app, OutputRequest& request) {
     const char* group = "Output";
-    app.add_option("-o,--output", request.file,
-                   "File to write; the description of the hierarchy goes beside it, as .rhb")
+    app.add_option(
+           "-o,--output", request.file,
+           "File to write; the description of the hierarchy goes beside it, as .rhb; - is the "
+           "standard output, in place of the summary")
+        ->check(checkName)
         ->type_name("FILE")
         ->group(group);
     addChoice<Levels>(
@@ -164,14 +195,12 @@ void addOutputOptions(CLI::App& app, OutputRequest& request) {
         ->group(group);
 
     group = "Levels to write";
-    app.add_option("--clusters", request.clusters, "Wanted number of clusters, of around")
-        ->type_name("N")
+    addNumber<Id>(app, "--clusters", request.clusters, "Wanted number of clusters, of around")
         ->group(group);
-    app.add_option("--level-min", request.levelMin, "First level of per-level; 0 is the lowest")
-        ->type_name("N")
+    addNumber<LevelNum>(app, "--level-min", request.levelMin,
+                        "First level of per-level; 0 is the lowest")
         ->group(group);
-    app.add_option("--level-max", request.levelMax, "Last level of per-level")
-        ->type_name("N")
+    addNumber<LevelNum>(app, "--level-max", request.levelMax, "Last level of per-level")
         ->group(group);
     app.add_option_function<std::string>(
            "--level-step",
@@ -206,9 +235,7 @@ void addOutputOptions(CLI::App& app, OutputRequest& request) {
            [&request](std::int64_t count) { request.weightRange = count > 0; },
            "The weight has to lie between the weight step and 1 minus it (default)")
         ->group(group);
-    app.add_option("--min-size", request.minSize, "The least number of nodes")
-        ->type_name("N")
-        ->group(group);
+    addNumber<Id>(app, "--min-size", request.minSize, "The least number of nodes")->group(group);
     addChoice<SzFnName>(
         app, "--min-size-by",
         {{"root2", SzFnName::CLSSZ_ROOT2},
@@ -233,9 +260,9 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
            "Resolution: auto finds it by itself (default); 0 to 1")
         ->type_name("auto|G")
         ->group(group);
-    app.add_option("--root-max", build.rootMax,
-                   "Merge on until the root has no more than N items; 0 means no limit")
-        ->type_name("N")
+    addNumber<decltype(build.rootMax)>(
+        app, "--root-max", build.rootMax,
+        "Merge on until the root has no more than N items; 0 means no limit")
         ->group(group);
     app.add_option_function<std::string>(
            "--reduction",
@@ -289,6 +316,7 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
 void addEvaluateOptions(CLI::App& app, EvaluateCommand& command) {
     addReadOptions(app, command.read);
     app.add_option("CLUSTERS", command.clusters, "The clusters, one a line: [id>] node[:share] ...")
+        ->check(checkName)
         ->required();
     addAssemblyOptions(app, command.read);
     app.add_option_function<std::string>(
@@ -311,7 +339,9 @@ void addInfoOptions(CLI::App& app, InfoCommand& command) {
 
 void addConvertOptions(CLI::App& app, ConvertCommand& command) {
     addReadOptions(app, command.read);
-    app.add_option("OUT", command.output, "The file to write")->required();
+    app.add_option("OUT", command.output, "The file to write, - is the standard output")
+        ->check(checkName)
+        ->required();
     addChoice(
         app, "--to", FORMATS, [&command](FileFormat format) { command.format = format; },
         "Format of the file to write; told from its name if not given");
@@ -321,8 +351,10 @@ void addConvertOptions(CLI::App& app, ConvertCommand& command) {
 /// The options of `vorl compare`.
 void addCompareOptions(CLI::App& app, CompareCommand& command) {
     app.add_option("FIRST", command.first, "Clusters, one a line: [id>] node[:share] ...")
+        ->check(checkName)
         ->required();
     app.add_option("SECOND", command.second, "Clusters to compare with; their order is the same")
+        ->check(checkName)
         ->required();
     addChoice<NodeSet>(
         app, "--nodes",
@@ -334,14 +366,12 @@ void addCompareOptions(CLI::App& app, CompareCommand& command) {
         "Compare on the nodes of both files together (union, the default), on those that both "
         "have (common), or on those of the first or the second; a node that a file lacks is in "
         "no cluster there");
-    app.add_option("--count", command.count,
-                   "Number of nodes of the network, where some are in neither file")
-        ->type_name("N");
-    app.add_option("--exact-pairs", command.omega.exactPairs,
-                   "The omega index is exact up to N pairs of nodes inside the clusters of a file "
-                   "(100000000); above, it is estimated from 5000000 pairs of each, drawn with a "
-                   "fixed seed")
-        ->type_name("N");
+    addNumber<Id>(app, "--count", command.count,
+                  "Number of nodes of the network, where some are in neither file");
+    addNumber<Size>(app, "--exact-pairs", command.omega.exactPairs,
+                    "The omega index is exact up to N pairs of nodes inside the clusters of a file "
+                    "(100000000); above, it is estimated from 5000000 pairs of each, drawn with a "
+                    "fixed seed");
     app.add_flag("--strict", command.strict,
                  "Refuse files with wrong counts in the header, incomplete shares and the like");
     app.add_flag("--json", command.json, "The result as one JSON document");

@@ -18,7 +18,7 @@ std::string format(const char* pattern, ArgsT... args) {
 
 /// 9 significant digits, which read back as the same 32-bit number.
 std::string number(double value);
-/// The text as a JSON string.
+/// The text as a JSON string; bytes that are no UTF-8, as names of files may have, are replaced.
 std::string jsonQuoted(const std::string& text);
 /// 1234567 as 1,234,567.
 std::string grouped(Size value);

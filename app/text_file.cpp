@@ -1,65 +1,65 @@
 #include "text_file.hpp"
 
 #include "errors.hpp"
+#include "output_text.hpp"
 #include "unpack.hpp"
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <limits>
 
 namespace vorl::app {
 
-TextFile::TextFile(const std::string& name) {
+std::size_t textLimit() {
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long size = sysconf(_SC_PAGESIZE);
+    if (pages <= 0 || size <= 0) return std::numeric_limits<std::size_t>::max() / 2;
+    return static_cast<std::size_t>(pages) / 2 * static_cast<std::size_t>(size);
+}
+
+void requireOneStandardInput(const std::string& first, const std::string& second) {
+    if (first == STANDARD_INPUT && second == STANDARD_INPUT)
+        throw UsageError("only one of the files can be the standard input");
+}
+
+TextFile::TextFile(const std::string& name, std::size_t most) {
     const auto fail = [&name](int err) { return InputError(name + ": " + std::strerror(err)); };
     const int file =
         name == STANDARD_INPUT ? dup(STDIN_FILENO) : open(name.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) throw fail(errno);
-    struct stat info {};
-    int err = fstat(file, &info) != 0 ? errno : S_ISDIR(info.st_mode) ? EISDIR : 0;
-    if (err == 0 && S_ISREG(info.st_mode) && info.st_size > 0 && name != STANDARD_INPUT) {
-        void* data =
-            mmap(nullptr, static_cast<std::size_t>(info.st_size), PROT_READ, MAP_PRIVATE, file, 0);
-        if (data != MAP_FAILED) {
-            m_data = static_cast<const char*>(data);
-            m_size = static_cast<std::size_t>(info.st_size);
-            m_mapped = true;
-        }
-    }
-    if (err == 0 && !m_mapped) {
-        char block[1 << 16];
-        ssize_t count;
-        while ((count = read(file, block, sizeof block)) > 0)
-            m_buffer.append(block, static_cast<std::size_t>(count));
-        if (count < 0) err = errno;
-        m_data = m_buffer.data();
-        m_size = m_buffer.size();
-    }
-    close(file);
+    int err = readAll(file, most);
+    if (close(file) != 0 && err == 0) err = errno;
     if (err != 0) throw fail(err);
-
-    const Packing packing = packingOf(text());
-    if (packing == Packing::NONE) return;
-    std::string unpacked;
-    try {
-        unpacked = unpack(text(), packing, name);
-    } catch (...) {
-        unmap();
-        throw;
-    }
-    unmap();
-    m_buffer = std::move(unpacked);
-    m_data = m_buffer.data();
-    m_size = m_buffer.size();
+    if (m_text.size() > most)
+        throw InputError(name + ": there are more than " + bytes(most) +
+                         ", which is too much here");
+    const Packing packing = packingOf(m_text);
+    m_plain = packing == Packing::NONE && name != STANDARD_INPUT && m_regular;
+    if (packing != Packing::NONE) m_text = unpack(m_text, packing, name, most);
 }
 
-TextFile::~TextFile() { unmap(); }
-
-void TextFile::unmap() {
-    if (m_mapped) munmap(const_cast<char*>(m_data), m_size);
-    m_mapped = false;
+int TextFile::readAll(int file, std::size_t most) {
+    struct stat info {};
+    if (fstat(file, &info) != 0) return errno;
+    if (S_ISDIR(info.st_mode)) return EISDIR;
+    m_regular = S_ISREG(info.st_mode);
+    constexpr std::size_t block = 1 << 16;
+    std::size_t size = 0;
+    if (m_regular && static_cast<std::size_t>(info.st_size) > most) return EFBIG;
+    m_text.resize(m_regular ? static_cast<std::size_t>(info.st_size) + 1
+                            : std::min(block, most + 1));
+    ssize_t count = 0;
+    while (size <= most && (count = read(file, m_text.data() + size, m_text.size() - size)) != 0) {
+        if (count < 0 && errno != EINTR) return errno;
+        if (count > 0) size += static_cast<std::size_t>(count);
+        if (size == m_text.size() && size <= most) m_text.resize(std::min(2 * size, most + 1));
+    }
+    m_text.resize(size);
+    return 0;
 }
 
 }  // namespace vorl::app

@@ -10,28 +10,33 @@ namespace vorl::app {
 /// The name that stands for the standard input.
 inline constexpr const char* STANDARD_INPUT = "-";
 
-/// Contents of a file, mapped where it is a regular one, and unpacked where it is compressed by
-/// gzip or zstd, which its first bytes tell.
+/// Half of the machine's memory, in bytes: a device may go on forever, and a few packed kilobytes
+/// may unpack to any size.
+std::size_t textLimit();
+
+/// @throws UsageError if both files are the standard input, which is read once
+void requireOneStandardInput(const std::string& first, const std::string& second);
+
+/// Contents of a file, unpacked where it is compressed by gzip or zstd, which its first bytes tell.
+/// They are read and not mapped, lest a file that shrinks meanwhile stop the process.
 class TextFile {
 public:
     /// @param name of the file, "-" for the standard input
-    /// @throws InputError if the file can't be read or unpacked
-    explicit TextFile(const std::string& name);
-    TextFile(const TextFile&) = delete;
-    TextFile& operator=(const TextFile&) = delete;
-    ~TextFile();
+    /// @param most bytes of the file and of what it unpacks to
+    /// @throws InputError if the file can't be read or unpacked, or is larger
+    explicit TextFile(const std::string& name, std::size_t most = textLimit());
 
-    std::string_view text() const { return {m_data, m_size}; }
+    std::string_view text() const { return m_text; }
     /// Whether the library can read the same text under the file's name.
-    bool plain() const { return m_mapped; }
+    bool plain() const { return m_plain; }
 
 private:
-    void unmap();
+    /// Reads at most one byte more than asked for.
+    int readAll(int file, std::size_t most);
 
-    const char* m_data = nullptr;
-    std::size_t m_size = 0;
-    bool m_mapped = false;
-    std::string m_buffer;
+    std::string m_text;
+    bool m_regular = false;
+    bool m_plain = false;
 };
 
 }  // namespace vorl::app

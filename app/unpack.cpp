@@ -1,6 +1,7 @@
 #include "unpack.hpp"
 
 #include "errors.hpp"
+#include "output_text.hpp"
 
 #include <zlib.h>
 #include <zstd.h>
@@ -8,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace vorl::app {
 
@@ -19,13 +21,34 @@ InputError damaged(const std::string& file, const char* packing, const std::stri
     return InputError(file + ": the " + packing + " data " + what);
 }
 
-std::string unpackGzip(std::string_view data, const std::string& file) {
+/// Gathers the unpacked text.
+class Gatherer {
+public:
+    Gatherer(const std::string& file, const char* packing, std::size_t most)
+        : m_file(file), m_packing(packing), m_most(most) {}
+
+    void append(const char* data, std::size_t size) {
+        if (size > m_most - m_text.size())
+            throw damaged(m_file, m_packing,
+                          "unpacks to more than " + bytes(m_most) + ", which is too much here");
+        m_text.append(data, size);
+    }
+    std::string take() { return std::move(m_text); }
+
+private:
+    const std::string& m_file;
+    const char* m_packing;
+    std::size_t m_most;
+    std::string m_text;
+};
+
+std::string unpackGzip(std::string_view data, const std::string& file, std::size_t most) {
     z_stream stream{};
     constexpr int gzipWindow = 15 + 16;
     if (inflateInit2(&stream, gzipWindow) != Z_OK) throw std::bad_alloc();
     const std::unique_ptr<z_stream, int (*)(z_stream*)> end(&stream, inflateEnd);
     const auto block = std::make_unique<Bytef[]>(BLOCK);
-    std::string text;
+    Gatherer text(file, "gzip", most);
     bool complete = false;
     while (!complete || !data.empty()) {
         // A further member follows.
@@ -50,15 +73,15 @@ std::string unpackGzip(std::string_view data, const std::string& file) {
             throw damaged(file, "gzip",
                           std::string("is damaged: ") + (stream.msg ? stream.msg : "unreadable"));
     }
-    return text;
+    return text.take();
 }
 
-std::string unpackZstd(std::string_view data, const std::string& file) {
+std::string unpackZstd(std::string_view data, const std::string& file, std::size_t most) {
     const std::unique_ptr<ZSTD_DStream, std::size_t (*)(ZSTD_DStream*)> stream(ZSTD_createDStream(),
                                                                                ZSTD_freeDStream);
     if (!stream) throw std::bad_alloc();
     const auto block = std::make_unique<char[]>(BLOCK);
-    std::string text;
+    Gatherer text(file, "zstd", most);
     ZSTD_inBuffer in{data.data(), data.size(), 0};
     std::size_t rest = 1;
     while (in.pos < in.size || rest != 0) {
@@ -71,7 +94,7 @@ std::string unpackZstd(std::string_view data, const std::string& file) {
         if (rest != 0 && in.pos == before && out.pos == 0)
             throw damaged(file, "zstd", "ends early");
     }
-    return text;
+    return text.take();
 }
 
 }  // namespace
@@ -82,10 +105,11 @@ Packing packingOf(std::string_view data) {
     return Packing::NONE;
 }
 
-std::string unpack(std::string_view data, Packing packing, const std::string& file) {
+std::string unpack(std::string_view data, Packing packing, const std::string& file,
+                   std::size_t most) {
     switch (packing) {
-        case Packing::GZIP: return unpackGzip(data, file);
-        case Packing::ZSTD: return unpackZstd(data, file);
+        case Packing::GZIP: return unpackGzip(data, file, most);
+        case Packing::ZSTD: return unpackZstd(data, file, most);
         case Packing::NONE: break;
     }
     return std::string(data);

@@ -13,7 +13,9 @@ Packing packingOf(std::string_view data);
 
 /// The unpacked text; what follows the packed data must be packed in the same way.
 /// @param file name for messages
-/// @throws InputError if the data is damaged or ends early
-std::string unpack(std::string_view data, Packing packing, const std::string& file);
+/// @param most bytes that it may unpack to
+/// @throws InputError if the data is damaged, ends early, or unpacks to more
+std::string unpack(std::string_view data, Packing packing, const std::string& file,
+                   std::size_t most);
 
 }  // namespace vorl::app

@@ -42,7 +42,7 @@ void clustering(benchmark::State& state) {
     }
 }
 
-BENCHMARK(reading)->DenseRange(0, std::size(NAMES) - 1);
-BENCHMARK(clustering)->DenseRange(0, std::size(NAMES) - 1);
+BENCHMARK(reading)->Name("bundled/reading")->DenseRange(0, std::size(NAMES) - 1);
+BENCHMARK(clustering)->Name("bundled/clustering")->DenseRange(0, std::size(NAMES) - 1);
 
 }  // namespace

@@ -6,6 +6,10 @@ import java.nio.file.Path;
 /** Prints the communities of a node, and how much of the node belongs to each of them. */
 public class Communities {
     public static void main(String[] args) {
+        if (args.length != 2) {
+            System.err.println("usage: java Communities NETWORK NODE");
+            System.exit(2);
+        }
         Path file = Path.of(args[0]);
         long node = Long.parseLong(args[1]);
 

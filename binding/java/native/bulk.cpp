@@ -4,9 +4,11 @@
 #include <vorl/graph.hpp>
 #include <vorl/hierarchy/cluster.hpp>
 #include <vorl/processing/validation.hpp>
+#include <vorl/shared/operations.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <stdexcept>
@@ -115,6 +117,25 @@ private:
     jfloat* m_data;
 };
 
+/// The characters of a text of Java.
+class Text {
+public:
+    Text(JNIEnv* env, jstring text)
+        : m_env(env), m_text(text), m_data(env->GetStringUTFChars(text, nullptr)) {
+        if (!m_data) throw std::bad_alloc();
+    }
+    Text(const Text&) = delete;
+    Text& operator=(const Text&) = delete;
+    ~Text() { m_env->ReleaseStringUTFChars(m_text, m_data); }
+
+    const char* data() const { return m_data; }
+
+private:
+    JNIEnv* m_env;
+    jstring m_text;
+    const char* m_data;
+};
+
 /// A list of items with, for each of them, a run of other items and their shares.
 struct Rows {
     std::vector<jint> ids;
@@ -182,6 +203,28 @@ jlong clustered(Graph<WEIGHTED>& graph, const ClusterOptions& options) {
     }
     auto hier = cluster<LinksT>(nodes, !graph.directed(), options);
     return reinterpret_cast<jlong>(new std::shared_ptr<Hierarchy<LinksT>>(std::move(hier)));
+}
+
+/// A copy of the graph; evaluation takes the nodes of the one that it is given.
+template <bool WEIGHTED>
+Graph<WEIGHTED> copied(Graph<WEIGHTED>& graph) {
+    Graph<WEIGHTED> copy(static_cast<Id>(graph.nodes().size()));
+    std::vector<Id> ids;
+    ids.reserve(graph.nodes().size());
+    for (const auto& node : graph.nodes()) ids.push_back(node.id);
+    copy.addNodes(ids);
+    auto target = copy.nodes().begin();
+    for (const auto& node : graph.nodes()) {
+        target->m_sweight = node.m_sweight;
+        for (const auto& ln : node.links) {
+            if (graph.directed())
+                copy.template addLink<true>(node.id, ln.dest->id, ln.weight);
+            else
+                target->links.emplace_back(copy.node(ln.dest->id), ln.weight);
+        }
+        ++target;
+    }
+    return copy;
 }
 
 /// What is wrong with the network, null if it can be clustered.
@@ -258,6 +301,24 @@ JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_cluster(JNIEnv* env, jclass, 
     });
 }
 
+JNIEXPORT jdoubleArray JNICALL Java_info_quenta_vorl_Bulk_evaluate(JNIEnv* env, jclass, jlong graph,
+                                                                   jboolean weighted, jstring file,
+                                                                   jdouble gamma) {
+    return guarded(env, [&] {
+        const Text name(env, file);
+        return onGraph(graph, weighted, [&](auto& gr) {
+            auto copy = copied(gr);
+            Intrinsics intr;
+            const Size count = evaluateClusters(intr, copy, name.data(), gamma);
+            const jdouble values[] = {static_cast<jdouble>(count), intr.cdn, intr.mod, intr.gamma,
+                                      intr.sgmod};
+            const jdoubleArray array = env->NewDoubleArray(std::size(values));
+            if (array) env->SetDoubleArrayRegion(array, 0, std::size(values), values);
+            return array;
+        });
+    });
+}
+
 JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_trace(JNIEnv*, jclass, jlong stream) {
     return reinterpret_cast<jlong>(std::exchange(ftrace, reinterpret_cast<std::FILE*>(stream)));
 }
@@ -310,6 +371,44 @@ JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_owners(JNIEnv* env, jclass, jl
                     addOwners(rows, cl);
         });
         rows.store(env, out);
+    });
+}
+
+JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_writeLevels(JNIEnv* env, jclass, jlong hierarchy,
+                                                              jboolean weighted, jint first,
+                                                              jint last, jfloat step, jint format,
+                                                              jstring file) {
+    guarded(env, [&] {
+        const Text name(env, file);
+        onHierarchy(hierarchy, weighted, [&](const auto& hier) {
+            writeLevels(
+                hier,
+                levelsByStep(hier, static_cast<LevelNum>(first), static_cast<LevelNum>(last), step),
+                static_cast<ClsOutFmtBase>(format), name.data());
+        });
+    });
+}
+
+JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_writeLevelsAround(JNIEnv* env, jclass,
+                                                                    jlong hierarchy,
+                                                                    jboolean weighted,
+                                                                    jint clusters, jint format,
+                                                                    jstring file) {
+    guarded(env, [&] {
+        const Text name(env, file);
+        onHierarchy(hierarchy, weighted, [&](const auto& hier) {
+            writeLevels(hier, levelsAround(hier, static_cast<Id>(clusters)),
+                        static_cast<ClsOutFmtBase>(format), name.data());
+        });
+    });
+}
+
+JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_describe(JNIEnv* env, jclass, jlong hierarchy,
+                                                           jboolean weighted, jstring file) {
+    guarded(env, [&] {
+        const Text name(env, file);
+        onHierarchy(hierarchy, weighted,
+                    [&](const auto& hier) { writeDescription(hier, name.data()); });
     });
 }
 

@@ -57,4 +57,18 @@ jobject toBigInteger(JNIEnv* env, unsigned long long value) {
     return number;
 }
 
+bool fromString(JNIEnv* env, jstring string, std::string& text) {
+    const char* const characters = env->GetStringUTFChars(string, nullptr);
+    if (!characters) return false;
+    bool copied = true;
+    try {
+        text = characters;
+    } catch (...) {
+        rethrow(env);
+        copied = false;
+    }
+    env->ReleaseStringUTFChars(string, characters);
+    return copied;
+}
+
 }  // namespace vorl::java

@@ -3,6 +3,8 @@
 
 #include <jni.h>
 
+#include <string>
+
 namespace vorl::java {
 
 /// Raises a Java exception in place of a pending one.
@@ -19,5 +21,9 @@ bool fromBigInteger(JNIEnv* env, jobject number, unsigned long long& value);
 
 /// @return null if Java raised an exception
 jobject toBigInteger(JNIEnv* env, unsigned long long value);
+
+/// A copy of a java.lang.String.
+/// @return false if Java raised an exception
+bool fromString(JNIEnv* env, jstring string, std::string& text);
 
 }  // namespace vorl::java

@@ -23,7 +23,9 @@ using vorl::State;
   }
 %}
 
-// No C++ exception may pass through the JVM.
+// No C++ exception may pass through the JVM, be it that of a field, an argument or a result which
+// is copied.
+%allowexception;
 %exception %{
   try {
     $action
@@ -37,6 +39,15 @@ using vorl::State;
   $1 = *($&1_ltype)&$input;
   if (!$1) {
     SWIG_JavaThrowException(jenv, SWIG_JavaNullPointerException, "$1_type reference is null");
+    return $null;
+  }
+%}
+
+%typemap(out) SWIGTYPE %{
+  try {
+    *($&1_ltype*)&$result = new $1_ltype($1);
+  } catch (...) {
+    vorl::java::rethrow(jenv);
     return $null;
   }
 %}
@@ -76,6 +87,15 @@ using vorl::State;
 %include <boost_shared_ptr.i>
 %include <std_string.i>
 %include <std_except.i>
+
+%typemap(in) const std::string & (std::string text) %{
+  if (!$input) {
+    SWIG_JavaThrowException(jenv, SWIG_JavaNullPointerException, "null string");
+    return $null;
+  }
+  if (!vorl::java::fromString(jenv, $input, text)) return $null;
+  $1 = &text;
+%}
 
 %apply const std::string & { std::string && };
 

@@ -32,7 +32,8 @@ public:
     /// Reads the links into a new graph; to be called once.
     ///
     /// The weight of a link defaults to 1, and a weight of 0 reads as 1. Repeated nodes and links
-    /// are traced. Nodes are created beforehand if the file gives their number and first id.
+    /// are traced. Nodes are created beforehand if the file gives their number and first id; a
+    /// number of 0 with a first id fails an assertion.
     /// @throws std::invalid_argument for an id or a weight that can't be read
     /// @throws std::domain_error for an unknown section
     /// @throws std::out_of_range for a node that wasn't announced, if nodes are

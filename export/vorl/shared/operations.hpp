@@ -4,9 +4,12 @@
 
 #include <vorl/fileio/parser_cnl.hpp>
 #include <vorl/graph.hpp>
+#include <vorl/hierarchy/hierarchy.hpp>
 #include <vorl/processing/intrinsics.hpp>
+#include <vorl/types/flags.hpp>
 
 #include <string>
+#include <vector>
 
 namespace vorl {
 
@@ -27,5 +30,46 @@ namespace vorl {
 template <class GraphT>
 VORL_API Size evaluateClusters(Intrinsics& intr, GraphT& graph, const std::string& filename,
                                AccWeight gamma = 1, Validation validation = Validation::STANDARD);
+
+/// Levels of a range, thinned out.
+///
+/// The first level is taken, and then each one that has at most the given ratio of the clusters of
+/// the last one taken. The last level joins where it lies nearer to the next step than to the one
+/// before.
+///
+/// @param first index of a level
+/// @param last index of a level, not below first
+/// @param step ratio in [0, 1]; 1 takes all levels
+/// @return indices of levels, ascending
+template <class LinksT>
+VORL_API std::vector<LevelNum> levelsByStep(const Hierarchy<LinksT>& hier, LevelNum first,
+                                            LevelNum last, float step);
+
+/// The levels that have the wanted number of clusters, with one on each side of them; items that
+/// were carried to a level count as its clusters.
+/// @return indices of levels, ascending; empty only if there are no levels
+template <class LinksT>
+VORL_API std::vector<LevelNum> levelsAround(const Hierarchy<LinksT>& hier, Id wanted);
+
+/// Writes one file of clusters for each of the levels, in the format CNL.
+///
+/// The file of level 3 in "dir/name.cnl" is "dir/name/name_3.cnl", its number padded to the width
+/// of the highest one. Beside the folder stands the description of the hierarchy, "dir/name.rhb".
+/// Folders that are missing are created, and files that exist are overwritten.
+///
+/// @param levels indices of levels, ascending; at least one
+/// @param format file format and filtering; the structure of the output isn't looked at
+/// @param clsfile name as that of `OutputOptions`
+/// @throws std::filesystem::filesystem_error with the file that can't be written
+/// @throws std::ios_base::failure if writing fails
+template <class LinksT>
+VORL_API void writeLevels(const Hierarchy<LinksT>& hier, const std::vector<LevelNum>& levels,
+                          ClsOutFmtBase format, const std::string& clsfile);
+
+/// Writes the description of a hierarchy, which may have no levels, in the format RHB.
+/// @throws std::filesystem::filesystem_error with the file that can't be written
+/// @throws std::ios_base::failure if writing fails
+template <class LinksT>
+VORL_API void writeDescription(const Hierarchy<LinksT>& hier, const std::string& file);
 
 }  // namespace vorl

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <vorl/hierarchy/chains.hpp>
+#include <vorl/hierarchy/cluster_flags.hpp>
 #include <vorl/hierarchy/hierarchy.hpp>
 #include <vorl/processing/gamma.hpp>
 #include <vorl/processing/reduction.hpp>
@@ -90,6 +91,10 @@ public:
     bool m_coarse;
     bool m_exact;
     ArenaAllocator<ClusterT> m_arena;  ///< of the clusters of all levels
+    /// Flags of the clusters above the node level, kept in step with their states and owners.
+    ClusterFlags<LinksT> m_flags{m_arena.arena()};
+    Size m_quietLinks = 0;                   ///< number of links of the quiet clusters
+    std::vector<AccLink<LinksT>*> m_active;  ///< scratch memory of `visitActive`
 
     /// Takes the nodes over; the argument is left empty.
     /// @throws std::invalid_argument if a reduction is asked for without nodes
@@ -128,6 +133,9 @@ public:
     /// @throws std::overflow_error if a term overflows
     template <class ItemT>
     AccWeight clusterGain(const ItemT& el, const typename ItemT::LinkT& ln) const;
+    /// The same, computed once for each link between clusters.
+    template <class ItemT>
+    AccWeight pairGain(const ItemT& el, typename ItemT::LinkT& ln) const;
     /// Gain of a group, ascending by address, at a gamma that includes the ratio.
     template <class ItemT>
     AccWeight clusterGain(const Items<ItemT*>& group, AccWeight gamma) const;
@@ -209,6 +217,8 @@ public:
     /// @{
     template <bool CLUSTERS>
     void foldLevel(const PropagatesT& propagates);
+    /// Flags the descendants of clusters, which the links of others are then moved away from.
+    void markAbsorbed(const ClustersT& clusters);
     template <bool CLUSTERS>
     void accLinks(ClusterT& cl);
     void accLinksProp(ClusterT& cl, Id& furpropnum, Size& furproplsnum, const DesClusters* props);
@@ -278,6 +288,26 @@ private:
     /// The largest number of levels in a row without a smaller one.
     static constexpr unsigned LEVELS_STUCK_MAX = 64;
 
+    /// Whether an item takes no further part in the level.
+    template <class ItemT>
+    bool isPropagated(const ItemT& item) {
+        if constexpr (IS_NODE<ItemT>)
+            return xpropagated(item.m_context->state);
+        else
+            return m_flags.test(&item, ClusterFlags<LinksT>::PROPAGATED);
+    }
+    /// Takes an item out of the level.
+    template <class ItemT>
+    void setPropagated(ItemT& item) {
+        item.m_context->state |= State::PROPAGATED;
+        if constexpr (!IS_NODE<ItemT>) m_flags.set(&item, ClusterFlags<LinksT>::PROPAGATED);
+    }
+
+    /// Visits the links of an item to those that take part in the level; a visit may take its own
+    /// destination out of it, but none of the others.
+    template <class ItemT, class VisitT>
+    void visitActive(ItemT& el, VisitT visit);
+
     template <class ItemT>
     void raiseGmax(ItemT& item, AccWeight gain) const;
     template <class ItemT>
@@ -328,6 +358,46 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::clusterGain(const ItemT& el,
             "clusterGain(), #%u.%u score or w12_io overflowed: score = %G, w12_io = %G\n", el.id,
             ln.dest->id, score, w12);
     return w12 - score;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+template <class ItemT>
+AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::pairGain(const ItemT& el,
+                                                        typename ItemT::LinkT& ln) const {
+    if constexpr (IS_NODE<ItemT>) {
+        return clusterGain(el, ln);
+    } else {
+        if (std::isnan(ln.gain)) ln.gain = clusterGain(el, ln);
+        return ln.gain;
+    }
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+template <class ItemT, class VisitT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::visitActive(ItemT& el, VisitT visit) {
+    // What a link leads to is seldom at hand, so it is called for some links ahead.
+    constexpr std::size_t ahead = 6;
+    auto& links = el.links;
+    const std::size_t count = links.size();
+    if constexpr (IS_NODE<ItemT>) {
+        for (std::size_t i = 0; i < count; ++i) {
+            if (i + 2 * ahead < count) __builtin_prefetch(&links[i + 2 * ahead].dest->m_context);
+            if (i + ahead < count) __builtin_prefetch(links[i + ahead].dest->m_context.get());
+            if (!xpropagated(links[i].dest->m_context->state)) visit(links[i]);
+        }
+    } else {
+        m_active.clear();
+        for (auto& ln : links) {
+            if (isPropagated(*ln.dest)) continue;
+            __builtin_prefetch(&ln.dest->m_context);
+            m_active.push_back(&ln);
+        }
+        for (std::size_t i = 0; i < m_active.size(); ++i) {
+            if (i + ahead < m_active.size())
+                __builtin_prefetch(m_active[i + ahead]->dest->m_context.get());
+            visit(*m_active[i]);
+        }
+    }
 }
 
 template <bool NONSYMMETRIC, class LinksT>

@@ -34,15 +34,26 @@ public:
         return reinterpret_cast<void*>(begin);
     }
 
+    /// A range of address space.
+    struct Range {
+        std::uintptr_t begin;
+        std::size_t size;    ///< bytes that may be handed out of it
+        std::size_t before;  ///< bytes of the ranges below it
+    };
+
+    /// The place of handed-out memory when all ranges are thought one behind the other.
+    std::size_t offset(const void* place) const;
+    /// Where the next allocation goes, in the same measure.
+    std::size_t used() const {
+        return m_ranges.empty() ? 0 : m_ranges.back().before + (m_next - m_ranges.back().begin);
+    }
+    /// The first range; there must be one.
+    const Range& firstRange() const { return m_ranges.front(); }
+
     /// Limits the size of the ranges to reserve, in bytes; for tests.
     void rangeLimit(std::size_t bytes) { m_rangeSize = bytes; }
 
 private:
-    struct Range {
-        std::uintptr_t begin;
-        std::size_t size;
-    };
-
     void* grow(std::size_t size, std::size_t alignment);
     void reserve(std::size_t least);
     bool commit(std::uintptr_t end);

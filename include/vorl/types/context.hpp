@@ -26,7 +26,6 @@ struct Context {
     std::unique_ptr<Partitions<ItemT>> parts;  ///< made only where candidates form chains
     State state = State::UNDEFINED;
     std::uint16_t npartmcs = NPARTMCS_NONE;  ///< number of candidates that have no `parts`
-    bool touched = false;  ///< a neighbour was absorbed on the level that is being folded
 
     /// Prepares the context of a propagated cluster for the next level; `weight` survives, and
     /// of a cluster carried over levels the candidates do as well.
@@ -40,7 +39,6 @@ struct Context {
             state |= State::PROPAGATED;
         }
         npartmcs = NPARTMCS_NONE;
-        touched = false;
         parts.reset();
     }
 };

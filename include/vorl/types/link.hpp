@@ -59,6 +59,9 @@ struct AccLink {
 
     Cluster<LinksT>* dest;
     AccWeight weight;
+    /// Gain of the pair, NaN until it is known. It depends on nothing that changes while both ends
+    /// are items of the hierarchy's present height, but for a compression of the root.
+    AccWeight gain = std::numeric_limits<AccWeight>::quiet_NaN();
 
     explicit AccLink(Cluster<LinksT>* dst, AccWeight wgt = 1) : dest(dst), weight(wgt) {}
 };

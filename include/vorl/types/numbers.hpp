@@ -43,6 +43,9 @@ inline constexpr double WEIGHT_EPS = 5.960464477539063e-8;
 /// Relative tolerance of 64-bit comparisons, 2^-53.
 inline constexpr double ACCWEIGHT_EPS = 1.1102230246251565e-16;
 
+/// More than rounding can make of a comparison, and far less than the tolerance.
+inline constexpr double CLEAR = 0x1p-40;
+
 inline double tolerance(Size n) {
     return n == 1 ? WEIGHT_EPS : WEIGHT_EPS * (std::log2(static_cast<double>(n)) + 1);
 }
@@ -58,11 +61,16 @@ inline LinkWeight narrow(AccWeight value) { return static_cast<LinkWeight>(value
 /// The tolerance is relative, 2^-24 times (log2(n) + 1) of the mean magnitude; `less(a)` is the
 /// test for a negative value.
 inline bool less(LinkWeight a, LinkWeight b = 0, Size n = 1) {
+    if (a >= b) return false;
     LinkWeight diff = a - b;
     diff *= 2;
     const double scale =
         std::fabs(static_cast<double>(b)) + std::fabs(static_cast<double>(a)) + detail::WEIGHT_EPS;
-    return static_cast<double>(diff) / scale + detail::tolerance(n) < 0;
+    const double tolerance = detail::tolerance(n);
+    // Nearly always the answer is clear without the division.
+    const double excess = static_cast<double>(diff) + scale * tolerance;
+    if (std::fabs(excess) > scale * detail::CLEAR) return excess < 0;
+    return static_cast<double>(diff) / scale + tolerance < 0;
 }
 
 /// Whether a and b are equal within the tolerance for a value accumulated from n terms.

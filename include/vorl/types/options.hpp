@@ -100,10 +100,10 @@ public:
 
 /// Options of `Hierarchy::output`.
 struct OutputOptions {
-    ClsOutFmtBase clsfmt = 0;  ///< output structure, filtering and file format
+    ClsOutFmtBase clsfmt = 0;               ///< output structure, filtering and file format
     CustlevsOptions custlevs;               ///< counts when `anycustlevs(clsfmt)`
     mutable SignifclsExtoptions signifcls;  ///< counts when `anysignif(clsfmt)`
-    std::string clsfile = "clusters.cnl";  ///< base name of the output file
+    std::string clsfile = "clusters.cnl";   ///< base name of the output file
     bool fltMembers = false;  ///< leave out the members whose id has the bit 0x80000000
 };
 

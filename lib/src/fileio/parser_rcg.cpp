@@ -5,6 +5,7 @@
 #include <vorl/types/text.hpp>
 
 #include <algorithm>
+#include <filesystem>
 #include <stdexcept>
 
 namespace vorl {
@@ -30,7 +31,8 @@ RcgParser::RcgParser(const InpOptions& opts) : m_shuffle(opts.shuffle), m_sumdup
         throw std::invalid_argument("RcgParser(), RCG format is expected instead of " +
                                     to_string(opts.format) + "\n");
     openText(m_file, opts.filename, "RcgParser");
-    m_size = textSize(opts.filename);
+    std::error_code unknown;  // all bits are set then
+    m_size = std::filesystem::file_size(opts.filename, unknown);
     header();
 }
 

@@ -268,13 +268,16 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::compressRoot(std::uint32_t propnum, Co
     for (ClusterT* item : m_propagates) {
         auto& ctx = *item->m_context;
         ctx.state = State::INTERLEVPROP;
+        m_flags.of(item) = 0;
         ctx.cands.clear();
         ctx.gmax = 0;
         ctx.npartmcs = NPARTMCS_NONE;
         ctx.parts.reset();
+        for (auto& ln : item->links) ln.gain = std::numeric_limits<AccWeight>::quiet_NaN();
     }
     m_propnum = 0;
     m_proplsnum = 0;
+    m_quietLinks = 0;
 }
 
 template <bool NONSYMMETRIC, class LinksT>

@@ -31,14 +31,12 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::defineItemCands(ItemT& el, ClustersT& 
         standalone(el, cls);
         return;
     }
-    for (const auto& ln : el.links) {
-        ItemT& dest = *ln.dest;
-        if (xpropagated(dest.m_context->state)) continue;
-        const AccWeight gain = clusterGain(el, ln);
-        if (less(gain)) continue;
-        accBest(ectx.cands, ectx.gmax, &dest, gain, 1);
-        raiseGmax(dest, gain);
-    }
+    visitActive(el, [&](auto& ln) {
+        const AccWeight gain = pairGain(el, ln);
+        if (less(gain)) return;
+        accBest(ectx.cands, ectx.gmax, ln.dest, gain, 1);
+        raiseGmax(*ln.dest, gain);
+    });
     if (ectx.cands.empty()) propagate(el, cls);
 }
 
@@ -92,29 +90,27 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::defineIlevpropItemCands(ItemT& el, Clu
                    el.owners.size());
         VORL_ASSERT(false, "defineIlevpropItemCands(), el should be non-clustered xinterlevprop");
     }
-    const std::size_t candsNum = ectx.cands.size();
-    for (const auto& ln : el.links) {
+    VORL_ASSERT(ectx.cands.empty(), "defineIlevpropItemCands(), cands should not be defined yet");
+    visitActive(el, [&](auto& ln) {
         ItemT& dest = *ln.dest;
-        Context<ItemT>& dctx = *dest.m_context;
-        const bool carried = xinterlevprop(dctx.state);
-        if (xpropagated(dctx.state) && (candsNum == 0 || carried)) continue;
+        const Context<ItemT>& dctx = *dest.m_context;
         if (less(dctx.gmax)) {
-            if (carried) {
-                if (!xpropagated(dctx.state)) propagate(dest, cls);
-                continue;
+            if (xinterlevprop(dctx.state)) {
+                propagate(dest, cls);
+                return;
             }
-            if (!dctx.cands.empty()) continue;
+            if (!dctx.cands.empty()) return;
         }
-        const AccWeight gain = clusterGain(el, ln);
-        if (less(gain)) continue;
+        const AccWeight gain = pairGain(el, ln);
+        if (less(gain)) return;
         accBest(ectx.cands, ectx.gmax, &dest, gain, 1);
         raiseGmax(dest, gain);
-    }
+    });
     if (ectx.cands.empty()) {
         propagate(el, cls);
         return;
     }
-    if (ectx.cands.size() >= 2 && ectx.cands.size() != candsNum)
+    if (ectx.cands.size() >= 2)
         std::sort(ectx.cands.begin(), ectx.cands.end(), cmpBase<ItemT, ItemT>);
 }
 
@@ -124,8 +120,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::initPropnomCands(IItemXT first, IItemX
                                                            ClustersT& cls) {
     for (; first != last; ++first) {
         auto& el = detail::itemAt(first);
+        if (isPropagated(el)) continue;
         auto& ectx = *el.m_context;
-        if (xpropagated(ectx.state)) continue;
         if (less(ectx.gmax)) {
             propagate(el, cls);
             continue;

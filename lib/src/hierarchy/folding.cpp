@@ -23,12 +23,17 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinks(ClusterT& cl) {
         for (const auto& ln : dc.links) {
             DesT& dest = *ln.dest;
             const AccWeight weight = ln.weight;
-            if (dest.owners.empty()) {
-                if constexpr (CLUSTERS)
-                    addLink(cl.links, cl.links.begin(), &dest, weight * share);
-                else
-                    VORL_ASSERT(false, "accLinks(), a cluster is expected, which always have desc");
-                continue;
+            if constexpr (CLUSTERS) {
+                if (!m_flags.test(&dest, ClusterFlags<LinksT>::ABSORBED)) {
+                    if (cl.links.empty() || cmpBase(cl.links.back().dest, &dest))
+                        cl.links.emplace_back(&dest, weight * share);
+                    else
+                        addLink(cl.links, cl.links.begin(), &dest, weight * share);
+                    continue;
+                }
+            } else {
+                VORL_ASSERT(!dest.owners.empty(),
+                            "accLinks(), a cluster is expected, which always have desc");
             }
             auto hint = cl.links.begin();
             std::uint32_t totac = 0;
@@ -43,6 +48,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinks(ClusterT& cl) {
 }
 
 template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::markAbsorbed(const ClustersT& clusters) {
+    for (const ClusterT& cl : clusters)
+        for (const NodeI<LinksT>* item : cl.des)
+            m_flags.set(static_cast<const ClusterT*>(item), ClusterFlags<LinksT>::ABSORBED);
+}
+
+template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furpropnum,
                                                        Size& furproplsnum,
                                                        const DesClusters* props) {
@@ -54,8 +66,14 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furprop
         cl.m_context->gmax = GAIN_NONE;
         ++furpropnum;
         furproplsnum += links.size();
+        m_flags.set(&cl, ClusterFlags<LinksT>::QUIET);
+        m_quietLinks += links.size();
     };
-    if (!props && !cl.m_context->touched) {  // no link leads to an absorbed item
+    std::uint8_t& flags = m_flags.of(&cl);
+    if (flags & ClusterFlags<LinksT>::QUIET) m_quietLinks -= links.size();
+    const bool touched = flags & ClusterFlags<LinksT>::TOUCHED;
+    flags = 0;
+    if (!props && !touched) {  // no link leads to an absorbed item
         cands.clear();
         goFurther();
         return;
@@ -83,7 +101,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furprop
         auto wlink = ln;
         for (; ln != links.end(); ++ln) {
             const ClusterT* dest = ln->dest;
-            if (dest->owners.empty()) {
+            if (!m_flags.test(dest, ClusterFlags<LinksT>::ABSORBED)) {
                 if (wlink != ln) *wlink = *ln;
                 ++wlink;
                 continue;
@@ -130,6 +148,7 @@ template <bool NONSYMMETRIC, class LinksT>
 template <bool CLUSTERS>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagates) {
     ClustersT& clusters = m_levels.back().clusters;
+    if constexpr (CLUSTERS) markAbsorbed(clusters);
     Id desnum = 0;
     Id rdsnum = 0;
     for (ClusterT& cl : clusters) {
@@ -162,11 +181,19 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
         for (const ClusterT& cl : clusters)
             for (const NodeI<LinksT>* item : cl.des)
                 for (const auto& ln : static_cast<const ClusterT*>(item)->links)
-                    ln.dest->m_context->touched = true;
+                    m_flags.set(ln.dest, ClusterFlags<LinksT>::TOUCHED);
+        Id quiet = 0;
         for (ClusterT* item : propagates) {
+            constexpr auto mask = ClusterFlags<LinksT>::QUIET | ClusterFlags<LinksT>::TOUCHED;
+            if ((m_flags.of(item) & mask) == ClusterFlags<LinksT>::QUIET) {
+                ++quiet;
+                continue;
+            }
             accLinksProp(*item, furpropnum, furproplsnum, sorted ? &absorbed : nullptr);
             initItem(*item);
         }
+        furpropnum += quiet;
+        furproplsnum = m_quietLinks;
         VORL_ASSERT(furpropnum <= m_propnum, "foldLevel(), furpropnum is invalid");
     }
 
@@ -187,6 +214,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
     template void HierarchyImpl<NONSYM, LinksT>::foldLevel<true>(const PropagatesT&);       \
     template void HierarchyImpl<NONSYM, LinksT>::accLinks<false>(Cluster<LinksT>&);         \
     template void HierarchyImpl<NONSYM, LinksT>::accLinks<true>(Cluster<LinksT>&);          \
+    template void HierarchyImpl<NONSYM, LinksT>::markAbsorbed(const Clusters<LinksT>&);     \
     template void HierarchyImpl<NONSYM, LinksT>::accLinksProp(Cluster<LinksT>&, Id&, Size&, \
                                                               const DesClusters*);
 

@@ -15,8 +15,10 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::clusterLevel(IStored<ItemT> first, ISt
                 "clusterLevel(), propagated items should not exist for the Nodes");
     ClustersT cls(m_arena);
     // Only the items that are carried over now are treated, however m_propagates grows below.
-    PropagatesT props = m_propagates;
-    const auto total = static_cast<std::uint32_t>(itemsNum + m_root.size() + props.size());
+    PropagatesT props;
+    std::copy_if(m_propagates.begin(), m_propagates.end(), std::back_inserter(props),
+                 [this](const ClusterT* item) { return !isPropagated(*item); });
+    const auto total = static_cast<std::uint32_t>(itemsNum + m_root.size() + m_propagates.size());
     const auto nothingLeft = [&] { return m_root.size() + m_propnum == total; };
     const auto refuse = [&] {
         if constexpr (!clsproc) {
@@ -33,7 +35,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::clusterLevel(IStored<ItemT> first, ISt
     if constexpr (clsproc) initPropnomCands(props.begin(), props.end(), cls);
     if (nothingLeft()) return refuse();
     // What goes on being propagated takes no part in the steps below.
-    std::erase_if(props, [](const ClusterT* item) { return xpropagated(item->m_context->state); });
+    std::erase_if(props, [this](const ClusterT* item) { return isPropagated(*item); });
 
     initNonfilterParts(first, last);
     if constexpr (clsproc) initNonfilterParts(props.begin(), props.end());
@@ -51,8 +53,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::clusterLevel(IStored<ItemT> first, ISt
                m_score.clusters, cls.size(), m_propnum, m_propagates.size(), m_root.size(), total);
     if (cls.empty() || nothingLeft()) return refuse();
 
-    std::erase_if(m_propagates,
-                  [](const ClusterT* item) { return !xpropagated(item->m_context->state); });
+    std::erase_if(m_propagates, [this](const ClusterT* item) { return !isPropagated(*item); });
     VORL_ASSERT(!clsproc || m_propnum == m_propagates.size(),
                 "clusterLevel(): invalid number of the propagated items");
     m_score.clusters += cls.size();
@@ -81,6 +82,7 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::initItem(ClusterT& el) {
         VORL_ASSERT(xpropagated(el.m_context->state),
                     "initItem(), only propagated clusters can have defined context");
         el.m_context->tidysmart();
+        m_flags.set(&el, ClusterFlags<LinksT>::PROPAGATED, xpropagated(el.m_context->state));
         // What a cluster is made of doesn't change any more.
         if (el.m_context->weight != WEIGHT_NONE) return el.m_context->weight;
     } else {

@@ -20,7 +20,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::propagate(ItemT& el, ClustersT& cls) {
                 "propagated yet");
     VORL_ASSERT(!ectx.parts, "propagate(), nodes with .parts should be clustered, not propagated");
     const bool carried = xinterlevprop(ectx.state);
-    ectx.state |= State::PROPAGATED | State::INTERLEVPROP;
+    setPropagated(el);
+    ectx.state |= State::INTERLEVPROP;
     ++m_propnum;
     m_proplsnum += el.links.size();
     if constexpr (IS_NODE<ItemT>) {
@@ -39,7 +40,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::standalone(ItemT& el, ClustersT& cls) 
     VORL_ASSERT(
         el.links.empty() && ectx.cands.empty() && !xpropagated(ectx.state) && !ectx.parts,
         "standalone(), the item should not have links, cands, parts and should not be propagated");
-    ectx.state |= State::PROPAGATED;
+    setPropagated(el);
     if constexpr (IS_NODE<ItemT>) {
         wrapNode(el, cls);
     } else {

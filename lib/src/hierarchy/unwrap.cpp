@@ -59,9 +59,9 @@ ClusterNodes<LinksT> Hierarchy<LinksT>::unwrap(const ClusterT& cl, bool maxshare
                 const auto& owner = ownerOf(*desc, cluster);
                 if (maxshare && !isLargest(desc->owners, owner)) continue;
                 // The only owner has the item whole, whatever its numbers say.
-                next[desc] += desc->owners.size() == 1 && owner.numac != desc->totac
-                                  ? share
-                                  : owner.numac * share / desc->totac;
+                const bool whole =
+                    desc->owners.size() == 1 && (owner.numac != desc->totac || desc->totac == 0);
+                next[desc] += whole ? share : owner.numac * share / desc->totac;
             }
         }
     }

@@ -31,6 +31,13 @@ Arena::~Arena() {
     for (const Range& range : m_ranges) munmap(reinterpret_cast<void*>(range.begin), range.size);
 }
 
+std::size_t Arena::offset(const void* place) const {
+    const auto address = reinterpret_cast<std::uintptr_t>(place);
+    auto range = m_ranges.rbegin();
+    while (address < range->begin) ++range;
+    return range->before + (address - range->begin);
+}
+
 void* Arena::grow(std::size_t size, std::size_t alignment) {
     const auto place = [&] { return (m_next + alignment - 1) & ~(alignment - 1); };
     if (m_next == 0 || place() + size > m_end || !commit(place() + size)) {
@@ -52,7 +59,15 @@ void Arena::reserve(std::size_t least) {
         for (std::uintptr_t hint = m_end, tries = 0; tries < 4096; ++tries) {
             if (void* range = reserveAbove(hint, size)) {
                 const auto begin = reinterpret_cast<std::uintptr_t>(range);
-                m_ranges.push_back({begin, size});
+                // Where space is short a part of it is left for all others.
+                if (const std::size_t own = std::max(pages(size / 8), least);
+                    size < m_rangeSize && own < size) {
+                    munmap(reinterpret_cast<void*>(begin + own), size - own);
+                    size = own;
+                }
+                const std::size_t before =
+                    m_ranges.empty() ? 0 : m_ranges.back().before + m_ranges.back().size;
+                m_ranges.push_back({begin, size, before});
                 m_next = m_committed = begin;
                 m_end = begin + size;
                 return;

@@ -2,6 +2,7 @@
 #include <vorl/fileio/parser_nsl.hpp>
 
 #include "support/folder.hpp"
+#include "support/links_text.hpp"
 #include "support/trace.hpp"
 
 #include <gtest/gtest.h>
@@ -38,22 +39,7 @@ struct Read {
         trace = traced.take();
     }
 
-    /// "source>dest:weight" of all links, and the self weights.
-    std::string links() const {
-        std::string result;
-        char part[48];
-        for (const auto& node : graph->nodes()) {
-            for (const auto& ln : node.links) {
-                std::snprintf(part, sizeof part, "%u>%u:%G ", node.id, ln.dest->id,
-                              double{ln.weight});
-                result += part;
-            }
-            if (node.weight() == 0) continue;
-            std::snprintf(part, sizeof part, "%u=%G ", node.id, node.weight());
-            result += part;
-        }
-        return result;
-    }
+    std::string links() const { return linksText(*graph); }
 };
 
 struct Header {

@@ -123,7 +123,9 @@ struct CarriedPastTest : testing::Test {
             item(id).owners.emplace_back(next, 1);
             item(id).totac = 1;
             next->des.push_back(&item(id));
-            for (const auto& ln : item(id).links) ln.dest->m_context->touched = true;
+            bench.hier.m_flags.set(&item(id), ClusterFlags<WeightedLinks>::ABSORBED);
+            for (const auto& ln : item(id).links)
+                bench.hier.m_flags.set(ln.dest, ClusterFlags<WeightedLinks>::TOUCHED);
         }
     }
     void cands(Id id, const IdsT& ids) {

@@ -86,6 +86,27 @@ public final class Bulk {
         return new SHierarchyPtr(handle, true);
     }
 
+    /**
+     * Measures the clusters of a file on a copy of the network, which stays as it is.
+     *
+     * @param file without a header
+     * @param gamma resolution of the modularity, not negative
+     * @return the number of clusters, their conductance, the modularity, the resolution at which
+     *     they would be the best partition, and the modularity at it
+     */
+    public static double[] evaluate(Graph graph, String file, double gamma) {
+        double[] result = evaluate(Graph.getCPtr(graph), true, file, gamma);
+        keep(graph);
+        return result;
+    }
+
+    /** As for weighted links. */
+    public static double[] evaluate(SGraph graph, String file, double gamma) {
+        double[] result = evaluate(SGraph.getCPtr(graph), false, file, gamma);
+        keep(graph);
+        return result;
+    }
+
     /** Numbers of the nodes, of the root's clusters, and for each level its clusters and items. */
     public static long[] sizes(Hierarchy hierarchy) {
         long[] result = sizes(Hierarchy.getCPtr(hierarchy), true);
@@ -133,6 +154,53 @@ public final class Bulk {
     }
 
     /**
+     * Writes one file for each level of a range, and beside their folder the description.
+     *
+     * @param first index of a level
+     * @param last index of a level, not below first
+     * @param step ratio of the numbers of clusters of two levels, in [0, 1]; 1 takes all levels
+     * @param format file format and filtering, as the value of a {@link ClsOutFmt}
+     */
+    public static void writeLevels(
+        Hierarchy hierarchy, int first, int last, float step, int format, String file) {
+        writeLevels(Hierarchy.getCPtr(hierarchy), true, first, last, step, format, file);
+        keep(hierarchy);
+    }
+
+    /** As for weighted links. */
+    public static void writeLevels(
+        SHierarchy hierarchy, int first, int last, float step, int format, String file) {
+        writeLevels(SHierarchy.getCPtr(hierarchy), false, first, last, step, format, file);
+        keep(hierarchy);
+    }
+
+    /** As {@link #writeLevels}, for the levels around a number of clusters. */
+    public static void writeLevelsAround(
+        Hierarchy hierarchy, int clusters, int format, String file) {
+        writeLevelsAround(Hierarchy.getCPtr(hierarchy), true, clusters, format, file);
+        keep(hierarchy);
+    }
+
+    /** As for weighted links. */
+    public static void writeLevelsAround(
+        SHierarchy hierarchy, int clusters, int format, String file) {
+        writeLevelsAround(SHierarchy.getCPtr(hierarchy), false, clusters, format, file);
+        keep(hierarchy);
+    }
+
+    /** Writes the description of a hierarchy, which may have no levels. */
+    public static void describe(Hierarchy hierarchy, String file) {
+        describe(Hierarchy.getCPtr(hierarchy), true, file);
+        keep(hierarchy);
+    }
+
+    /** As for weighted links. */
+    public static void describe(SHierarchy hierarchy, String file) {
+        describe(SHierarchy.getCPtr(hierarchy), false, file);
+        keep(hierarchy);
+    }
+
+    /**
      * Directs the trace of the library to a stream.
      *
      * @param stream what an earlier call returned, or 0 for no trace
@@ -156,9 +224,20 @@ public final class Bulk {
 
     private static native long cluster(long graph, boolean weighted, long options);
 
+    private static native double[] evaluate(
+        long graph, boolean weighted, String file, double gamma);
+
     private static native long[] sizes(long hierarchy, boolean weighted);
 
     private static native void members(long hierarchy, boolean weighted, int level, Object[] out);
 
     private static native void owners(long hierarchy, boolean weighted, int level, Object[] out);
+
+    private static native void writeLevels(
+        long hierarchy, boolean weighted, int first, int last, float step, int format, String file);
+
+    private static native void writeLevelsAround(
+        long hierarchy, boolean weighted, int clusters, int format, String file);
+
+    private static native void describe(long hierarchy, boolean weighted, String file);
 }

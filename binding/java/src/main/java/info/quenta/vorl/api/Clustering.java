@@ -80,6 +80,12 @@ public final class Clustering implements AutoCloseable {
      */
     public List<Membership> memberships(long node) {
         resource.check();
+        int place = requireNode(node);
+        return memberships(owners(NODES), place);
+    }
+
+    /** The place of a node among all nodes. */
+    private int requireNode(long node) {
         Bulk.Rows rows = owners(NODES);
         synchronized (this) {
             if (nodeIndex == null)
@@ -88,7 +94,7 @@ public final class Clustering implements AutoCloseable {
         int place = find(nodeIndex, node);
         if (place < 0)
             throw new NoSuchElementException("no node has the id " + node);
-        return memberships(rows, place);
+        return place;
     }
 
     /**
@@ -122,28 +128,28 @@ public final class Clustering implements AutoCloseable {
     public double weight() { return resource.call(NativeHierarchy::weight); }
 
     /**
-     * Writes clusters into a file; folders that are missing are created. Beside a file of clusters
-     * stands the description of the hierarchy, under the same name with the extension {@code .rhb}.
+     * Writes clusters into a file, or a file for each level; folders that are missing are created.
+     * Beside the file stands the description of the hierarchy, under the same name with the
+     * extension {@code .rhb}.
      *
      * @param file the file, which is overwritten
      * @param options what is written
      * @throws UncheckedIOException if the file can't be written to
-     * @throws VorlException if writing fails
+     * @throws VorlException if writing fails, or the hierarchy has none of the levels
      */
     public void write(Path file, OutputOptions options) {
         Path target = file.toAbsolutePath();
         resource.callAlone(false, hierarchy -> {
-            if (levels.isEmpty())
+            if (levels.isEmpty() && !options.describesHierarchyOnly())
                 throw new VorlException("the clustering has no levels, nothing to write");
-            makeFile(target);
-            if (!options.describesHierarchyOnly())
+            String name = FileNames.toNative(target);
+            if (options.hasFolder())
+                makeFolder(target.getParent());
+            else
+                makeFile(target);
+            if (!options.hasFolder() && !options.describesHierarchyOnly())
                 makeFile(description(target));
-            info.quenta.vorl.OutputOptions record = options.toNative(target);
-            try {
-                hierarchy.output(record);
-            } finally {
-                record.delete();
-            }
+            options.write(hierarchy, levels.size(), name);
             return null;
         });
     }
@@ -154,10 +160,18 @@ public final class Clustering implements AutoCloseable {
         return file.resolveSibling((dot < 0 ? name : name.substring(0, dot)) + ".rhb");
     }
 
+    private static void makeFolder(Path folder) {
+        try {
+            Files.createDirectories(folder);
+        } catch (IOException err) {
+            throw new UncheckedIOException(err);
+        }
+    }
+
     // The library only reports a file that it can't open.
     private static void makeFile(Path file) {
+        makeFolder(file.getParent());
         try {
-            Files.createDirectories(file.getParent());
             Files.newOutputStream(file).close();
         } catch (IOException err) {
             throw new UncheckedIOException(err);
@@ -224,6 +238,8 @@ public final class Clustering implements AutoCloseable {
                 cluster = -cluster - 2;
             result.add(new Membership(clusters.get(cluster), rows.shares()[member]));
         }
+        if (result.isEmpty())
+            requireNode(node);
         return result;
     }
 

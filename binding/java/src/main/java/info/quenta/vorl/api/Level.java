@@ -53,6 +53,7 @@ public final class Level {
      *
      * @param node id of the node
      * @return a new list in the order of the clusters; empty if no cluster of the level holds it
+     * @throws java.util.NoSuchElementException if there is no such node
      * @throws IllegalStateException if the clustering is closed
      */
     public List<Membership> memberships(long node) { return clustering.membershipsAt(index, node); }

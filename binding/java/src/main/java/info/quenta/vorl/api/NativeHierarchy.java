@@ -19,6 +19,12 @@ interface NativeHierarchy {
 
     void output(info.quenta.vorl.OutputOptions options);
 
+    void writeLevels(int first, int last, float step, int format, String file);
+
+    void writeLevelsAround(int clusters, int format, String file);
+
+    void describe(String file);
+
     void delete();
 
     record Weighted(Hierarchy hierarchy) implements NativeHierarchy {
@@ -50,6 +56,21 @@ interface NativeHierarchy {
         @Override
         public void output(info.quenta.vorl.OutputOptions options) {
             hierarchy.output(options);
+        }
+
+        @Override
+        public void writeLevels(int first, int last, float step, int format, String file) {
+            Bulk.writeLevels(hierarchy, first, last, step, format, file);
+        }
+
+        @Override
+        public void writeLevelsAround(int clusters, int format, String file) {
+            Bulk.writeLevelsAround(hierarchy, clusters, format, file);
+        }
+
+        @Override
+        public void describe(String file) {
+            Bulk.describe(hierarchy, file);
         }
 
         @Override
@@ -87,6 +108,21 @@ interface NativeHierarchy {
         @Override
         public void output(info.quenta.vorl.OutputOptions options) {
             hierarchy.output(options);
+        }
+
+        @Override
+        public void writeLevels(int first, int last, float step, int format, String file) {
+            Bulk.writeLevels(hierarchy, first, last, step, format, file);
+        }
+
+        @Override
+        public void writeLevelsAround(int clusters, int format, String file) {
+            Bulk.writeLevelsAround(hierarchy, clusters, format, file);
+        }
+
+        @Override
+        public void describe(String file) {
+            Bulk.describe(hierarchy, file);
         }
 
         @Override

@@ -17,7 +17,14 @@ interface NativeNetwork {
 
     NativeHierarchy cluster(ClusterOptions options);
 
+    Measures evaluate(String clusters, double gamma);
+
     void delete();
+
+    private static Measures measures(double[] values) {
+        return new Measures((long) values[0], (float) values[1], (float) values[2],
+            (float) values[3], (float) values[4]);
+    }
 
     record Weighted(Graph graph) implements NativeNetwork {
         @Override
@@ -43,6 +50,11 @@ interface NativeNetwork {
         @Override
         public NativeHierarchy cluster(ClusterOptions options) {
             return new NativeHierarchy.Weighted(Bulk.cluster(graph, options));
+        }
+
+        @Override
+        public Measures evaluate(String clusters, double gamma) {
+            return measures(Bulk.evaluate(graph, clusters, gamma));
         }
 
         @Override
@@ -75,6 +87,11 @@ interface NativeNetwork {
         @Override
         public NativeHierarchy cluster(ClusterOptions options) {
             return new NativeHierarchy.Unweighted(Bulk.cluster(graph, options));
+        }
+
+        @Override
+        public Measures evaluate(String clusters, double gamma) {
+            return measures(Bulk.evaluate(graph, clusters, gamma));
         }
 
         @Override

@@ -8,6 +8,7 @@ import info.quenta.vorl.NslParser;
 import info.quenta.vorl.RcgParser;
 import info.quenta.vorl.SGraph;
 import info.quenta.vorl.vorl;
+import java.io.IOException;
 import java.io.UncheckedIOException;
 import java.nio.file.Files;
 import java.nio.file.NoSuchFileException;
@@ -52,8 +53,9 @@ public final class Network implements AutoCloseable {
         return Resource.alone(false, () -> {
             InpOptions options = new InpOptions();
             try {
-                options.setFilename(file.toString());
-                options.setFormat(vorl.inpFileFmt(file.toString()));
+                String name = FileNames.toNative(file);
+                options.setFilename(name);
+                options.setFormat(vorl.inpFileFmt(name));
                 return new Network(parse(options));
             } finally {
                 options.delete();
@@ -117,6 +119,41 @@ public final class Network implements AutoCloseable {
                 record.delete();
             }
         });
+    }
+
+    /**
+     * Measures clusters of a file, of this library or another one.
+     *
+     * <p>A cluster a line is expected, {@code [id>] node[:share] ...}, with comments that begin
+     * with #. Shares that a node doesn't state are even ones, and those that don't add up to 1 are
+     * scaled.
+     *
+     * @param clusters the file
+     * @param gamma resolution of the modularity, at least 0; 1 is that of the plain one
+     * @return the measures
+     * @throws IllegalArgumentException if gamma is negative or not a number
+     * @throws UncheckedIOException if the file can't be read
+     * @throws VorlException if the file is at fault, or names nodes that the network doesn't have
+     */
+    public Measures evaluate(Path clusters, double gamma) {
+        if (!(gamma >= 0) || Double.isInfinite(gamma))
+            throw new IllegalArgumentException("gamma is " + gamma + ", at least 0 is expected");
+        resource.check();
+        ClustersFile file = ClustersFile.read(clusters);
+        try {
+            Path copy = Files.createTempFile("vorl", ".cnl");
+            try {
+                file.write(copy);
+                return resource.callAlone(
+                    false, network -> network.evaluate(FileNames.toNative(copy), gamma));
+            } catch (VorlException err) {
+                throw new VorlException(clusters + ": " + err.getMessage(), err);
+            } finally {
+                Files.delete(copy);
+            }
+        } catch (IOException err) {
+            throw new UncheckedIOException(err);
+        }
     }
 
     /**

@@ -13,15 +13,16 @@ final class Resource<T> {
 
     private static final Cleaner CLEANER = Cleaner.create();
 
-    private final String name;
     private final State<T> state;
     private final Cleaner.Cleanable cleanable;
 
     private static final class State<T> implements Runnable {
+        private final String name;
         private T object;
         private final Consumer<T> free;
 
-        State(T object, Consumer<T> free) {
+        State(String name, T object, Consumer<T> free) {
+            this.name = name;
             this.object = object;
             this.free = free;
         }
@@ -32,57 +33,62 @@ final class Resource<T> {
                 free.accept(object);
             object = null;
         }
+
+        synchronized void check() {
+            if (object == null)
+                throw new IllegalStateException("the " + name + " is closed");
+        }
+
+        synchronized<R> R call(Function<T, R> operation) {
+            check();
+            return translated(() -> operation.apply(object));
+        }
+
+        synchronized<R> R callAlone(boolean trace, Function<T, R> operation) {
+            check();
+            return alone(trace, () -> operation.apply(object));
+        }
     }
 
     Resource(Object owner, String name, T object, Consumer<T> free) {
-        this.name = name;
-        this.state = new State<>(object, free);
+        this.state = new State<>(name, object, free);
         this.cleanable = CLEANER.register(owner, state);
     }
 
     void close() { cleanable.clean(); }
 
-    void check(){synchronized (state){
-        if (state.object == null) throw new IllegalStateException("the " + name + " is closed");
-}
-}
+    void check() { state.check(); }
 
-/** Calls the operation; the object isn't freed meanwhile. */
-<R> R call(Function<T, R> operation){synchronized (state){check();
-return translated(() -> operation.apply(state.object));
-}
-}
+    /** Calls the operation; the object isn't freed meanwhile. */
+    <R> R call(Function<T, R> operation) { return state.call(operation); }
 
-/** As {@link #call}, while no other thread is in a call of this kind. */
-<R> R callAlone(boolean trace, Function<T, R> operation) {
-    synchronized (state) {
-        check();
-        return alone(trace, () -> operation.apply(state.object));
+    /** As {@link #call}, while no other thread is in a call of this kind. */
+    <R> R callAlone(boolean trace, Function<T, R> operation) {
+        return state.callAlone(trace, operation);
     }
-}
 
-/** Calls the operation alone, and without a trace unless one is wanted. */
-static <R> R alone(boolean trace, Supplier<R> operation) {
-    synchronized (LIBRARY) {
-        if (trace)
-            return translated(operation);
-        long stream = Bulk.trace(0);
-        try {
-            return translated(operation);
-        } finally {
-            Bulk.trace(stream);
+    /** Calls the operation alone, and without a trace unless one is wanted. */
+    static <R> R alone(boolean trace, Supplier<R> operation) {
+        synchronized (LIBRARY) {
+            if (trace)
+                return translated(operation);
+            long stream = Bulk.trace(0);
+            try {
+                return translated(operation);
+            } finally {
+                Bulk.trace(stream);
+            }
         }
     }
-}
 
-private static <R> R translated(Supplier<R> operation) {
-    try {
-        return operation.get();
-    } catch (RuntimeException err) {
-        // The native methods throw the class itself.
-        if (err.getClass() == RuntimeException.class)
-            throw new VorlException(err);
-        throw err;
+    private static <R> R translated(Supplier<R> operation) {
+        try {
+            return operation.get();
+        } catch (RuntimeException err) {
+            // The native methods throw the class itself.
+            if (err.getClass() == RuntimeException.class)
+                throw new VorlException(err);
+            throw err;
+        }
     }
-}
 }

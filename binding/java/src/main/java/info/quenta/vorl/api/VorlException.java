@@ -9,4 +9,6 @@ public class VorlException extends RuntimeException {
     VorlException(RuntimeException cause) {
         super(cause.getMessage() == null ? null : cause.getMessage().strip(), cause);
     }
+
+    VorlException(String message, VorlException cause) { super(message, cause); }
 }

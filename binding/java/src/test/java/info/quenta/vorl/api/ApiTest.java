@@ -165,8 +165,11 @@ class ApiTest {
                     .mapToLong(Member::node)
                     .max()
                     .getAsLong());
-            for (long unknown : new long[] {1, 6, -1, 0xFFFFFFFFL, Long.MIN_VALUE})
+            for (long unknown : new long[] {1, 6, -1, 0xFFFFFFFFL, Long.MIN_VALUE}) {
                 assertThrows(NoSuchElementException.class, () -> clustering.memberships(unknown));
+                assertThrows(
+                    NoSuchElementException.class, () -> clustering.root().memberships(unknown));
+            }
         }
     }
 
@@ -202,6 +205,117 @@ class ApiTest {
             assertThrows(UncheckedIOException.class,
                 () -> clustering.write(denied, OutputOptions.of(OutputOptions.Clusters.ALL)));
         }
+    }
+
+    private List<String> written(Clustering clustering, OutputOptions options) throws Exception {
+        Path target = Files.createTempDirectory(folder, "out");
+        clustering.write(target.resolve("x.cnl"), options);
+        try (var files = Files.list(target.resolve("x"))) {
+            return files.map(file -> file.getFileName().toString()).sorted().toList();
+        }
+    }
+
+    @Test
+    void levelsAreSelected() throws Exception {
+        try (Network network = Network.read(Settings.data("karate.nse"));
+             Clustering clustering = network.cluster()) {
+            assertEquals(7, clustering.levels().size());
+            assertEquals(7, written(clustering, OutputOptions.perLevel()).size());
+            assertEquals(
+                List.of("x_2.cnl", "x_3.cnl"), written(clustering, OutputOptions.perLevel(2, 3)));
+            assertEquals(List.of("x_0.cnl", "x_5.cnl"),
+                written(clustering, OutputOptions.perLevel(0, 6, 0.3)));
+            List<Long> sizes = clustering.levels().stream().map(Level::itemCount).toList();
+            assertEquals(List.of(17L, 13L, 10L, 7L, 6L, 5L, 4L), sizes);
+            assertEquals(
+                List.of("x_2.cnl", "x_3.cnl"), written(clustering, OutputOptions.around(8)));
+            assertEquals(
+                List.of("x_0.cnl"), written(clustering, OutputOptions.around(Network.MAX_ID)));
+            assertThrows(
+                VorlException.class, () -> written(clustering, OutputOptions.perLevel(7, 9)));
+        }
+        for (double step : new double[] {-0.1, 1.1, Double.NaN})
+            assertThrows(IllegalArgumentException.class, () -> OutputOptions.perLevel(0, 1, step));
+        assertThrows(IllegalArgumentException.class, () -> OutputOptions.perLevel(2, 1));
+        assertThrows(IllegalArgumentException.class, () -> OutputOptions.around(0));
+    }
+
+    @Test
+    void aClusteringWithoutLevelsCanBeDescribed() throws Exception {
+        try (Network network = Network.builder().edge(1, 1, 5).edge(1, 2).build();
+             Clustering clustering = network.cluster()) {
+            assertTrue(clustering.levels().isEmpty());
+            Path file = folder.resolve("new/lone.rhb");
+            clustering.write(file, OutputOptions.of(OutputOptions.Clusters.HIERARCHY));
+            assertTrue(Files.readString(file).contains("/Nodes 2"));
+            assertThrows(VorlException.class,
+                ()
+                    -> clustering.write(
+                        folder.resolve("lone.cnl"), OutputOptions.of(OutputOptions.Clusters.ALL)));
+        }
+    }
+
+    @Test
+    void fileNamesArriveAsTheyAre() throws Exception {
+        Path umlaut = Files.writeString(folder.resolve("n\u00e4tz.nse"), "1 2\n");
+        try (Network network = Network.read(umlaut); Clustering clustering = network.cluster()) {
+            Path out = folder.resolve("\u4e2d.cnl");
+            clustering.write(out, OutputOptions.of(OutputOptions.Clusters.ALL));
+            assertTrue(Files.size(out) > 0);
+        }
+        Path beyond = Files.writeString(folder.resolve("\ud83d\ude00.nse"), "1 2\n");
+        assertTrue(assertThrows(VorlException.class, () -> Network.read(beyond))
+                       .getMessage()
+                       .contains("beyond U+FFFF"));
+    }
+
+    private Path clusters(String text) throws Exception {
+        return Files.writeString(folder.resolve("c.cnl"), text);
+    }
+
+    @Test
+    void clustersOfAFileAreMeasured() throws Exception {
+        try (Network network = triangles().build()) {
+            // Of the weight 14 each triangle holds 6 and has a cut of 1.
+            Measures expected = new Measures(2, 1f / 7, 12f / 14 - 0.5f, 0, 0);
+            for (String text :
+                List.of("0 1 2\n3 4 5\n", "# Clusters: 9, Nodes: 1\r\n0 2 1\r\n5 4 3",
+                    "# Numbered: 1\n7> 0:1 1 2\n\n8> 3 4 5:0.5\n")) {
+                Measures measures = network.evaluate(clusters(text), 1);
+                assertEquals(expected.clusters(), measures.clusters());
+                assertEquals(expected.conductance(), measures.conductance(), 1e-6);
+                assertEquals(expected.modularity(), measures.modularity(), 1e-6);
+            }
+            // The same shares: even, stated, stated in part, and not adding up to 1.
+            Measures even = network.evaluate(clusters("0 1 2 3\n2 3 4 5\n"), 1);
+            for (String text : List.of("0 1 2:0.5 3\n2:0.5 3 4 5\n", "0 1 2:0.5 3\n2 3 4 5\n",
+                     "0 1 2:0.3 3:0.1\n2:0.3 3:0.1 4 5\n", "0 1 2:1 3\n2 3:1 4 5\n"))
+                assertEquals(even, network.evaluate(clusters(text), 1), text);
+            Measures uneven = network.evaluate(clusters("0 1 2 3:0.2\n2 3:0.8 4 5\n"), 1);
+            assertTrue(uneven.modularity() > even.modularity());
+
+            assertUnmeasured(network, "0 1\n2 3 2\n", "c.cnl:2: node 2 stands twice");
+            assertUnmeasured(network, "0 1 9\n", "not among the nodes: #9");
+            assertUnmeasured(network, "0 1\n2 3:1.5", "c.cnl:2: the share of node 3 is \"1.5\"");
+            assertUnmeasured(network, "0 +1\n", "c.cnl:1: the node is \"+1\"");
+            assertUnmeasured(network, "4294967295\n", "an id is expected");
+            assertUnmeasured(network, "# Clusters: 0\n", "there are no clusters");
+            assertThrows(
+                UncheckedIOException.class, () -> network.evaluate(folder.resolve("none.cnl"), 1));
+            for (double gamma : new double[] {-1, Double.NaN, Double.POSITIVE_INFINITY})
+                assertThrows(IllegalArgumentException.class,
+                    () -> network.evaluate(clusters("0 1\n"), gamma));
+            try (Clustering clustering = network.cluster()) { // it is still whole
+                assertEquals(14, clustering.weight());
+            }
+        }
+    }
+
+    private void assertUnmeasured(Network network, String text, String reason) throws Exception {
+        Path file = clusters(text);
+        String message =
+            assertThrows(VorlException.class, () -> network.evaluate(file, 1)).getMessage();
+        assertTrue(message.startsWith(file.toString()) && message.contains(reason), message);
     }
 
     @Test

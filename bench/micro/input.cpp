@@ -1,0 +1,66 @@
+// Reading of link lists and assembly of networks.
+#include "support.hpp"
+
+#include <vorl/fileio/parser_nsl.hpp>
+
+#include <benchmark/benchmark.h>
+
+#include <fstream>
+
+namespace vorl::bench {
+namespace {
+
+void write(const std::string& file, const Edges& edges, bool weighted) {
+    std::ofstream out(file);
+    out << "# Nodes: " << edges.nodesNum << ", Edges: " << edges.links.size()
+        << ", Weighted: " << weighted << "\n";
+    for (const auto& [src, dst] : edges.links) {
+        out << src << " " << dst;
+        if (weighted) out << " " << static_cast<float>(src % 97 + dst) / 8;
+        out << "\n";
+    }
+}
+
+template <bool WEIGHTED>
+void readNetwork(benchmark::State& state) {
+    ftrace = nullptr;
+    const Folder folder;
+    InpOptions options;
+    options.filename = folder / "network.nse";
+    options.format = FileFormat::NSE;
+    const Edges edges = planted(static_cast<Id>(state.range(0)));
+    write(options.filename, edges, WEIGHTED);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(NslParser(options).build<Graph<WEIGHTED>>(WEIGHTED));
+    const auto bytes = static_cast<std::int64_t>(std::filesystem::file_size(options.filename));
+    state.SetBytesProcessed(state.iterations() * bytes);
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(edges.links.size()));
+}
+
+void assembleNetwork(benchmark::State& state) {
+    ftrace = nullptr;
+    const Edges edges = planted(static_cast<Id>(state.range(0)));
+    for (auto _ : state) benchmark::DoNotOptimize(assemble(edges));
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(edges.links.size()));
+}
+
+// One by one, as a program does that makes its links on the way.
+void addLinksSingly(benchmark::State& state) {
+    ftrace = nullptr;
+    const Edges edges = planted(static_cast<Id>(state.range(0)));
+    for (auto _ : state) {
+        Graph<false> graph(edges.nodesNum);
+        graph.addNodes(edges.nodesNum);
+        for (const auto& [src, dst] : edges.links) graph.addLink<false>(src, dst);
+        benchmark::DoNotOptimize(graph);
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(edges.links.size()));
+}
+
+BENCHMARK(readNetwork<false>)->Name("reading/unweighted")->Arg(1000)->Arg(30000);
+BENCHMARK(readNetwork<true>)->Name("reading/weighted")->Arg(1000)->Arg(30000);
+BENCHMARK(assembleNetwork)->Name("assembly/nodes")->Arg(1000)->Arg(30000);
+BENCHMARK(addLinksSingly)->Name("assembly/links")->Arg(1000)->Arg(30000);
+
+}  // namespace
+}  // namespace vorl::bench

@@ -1,0 +1,380 @@
+// `vorl` on bad input of each format: file, line, message and exit code, little memory, no output.
+#include "cli/child.hpp"
+#include "cli/packed.hpp"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+namespace vorl::test {
+namespace {
+
+using namespace std::string_literals;
+
+struct BadInput {
+    const char* name;
+    std::string text;
+    const char* message;  ///< behind the file's name
+};
+
+std::ostream& operator<<(std::ostream& out, const BadInput& bad) { return out << bad.name; }
+
+constexpr auto nameOf = [](const auto& param) { return param.param.name; };
+
+const std::string BOM = "\xEF\xBB\xBF";
+constexpr std::size_t LONG = 10'000'000;
+
+/// Runs the program, which must refuse the file, and leave nothing in the folder.
+void expectRefused(const std::vector<std::string>& arguments, const std::string& file,
+                   const char* message) {
+    const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+    const std::vector<std::string> before = listing(folder);
+    Child child(arguments);
+    const Outcome run = child.outcome();
+    EXPECT_EQ(run.code, 1) << run.err;
+    EXPECT_TRUE(run.err.starts_with("vorl: " + file + message)) << run.err;
+    EXPECT_EQ(run.err.find('\n'), run.err.size() - 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(listing(folder), before);
+    // Whatever a header tells of.
+    EXPECT_LT(child.peakMemory(), 300);
+}
+
+class BadLinks : public testing::TestWithParam<BadInput> {};
+
+TEST_P(BadLinks, AreToldByFileAndLine) {
+    const BadInput& bad = GetParam();
+    const Folder folder;
+    for (const char* name : {"net.nse", "net.nsa"}) {
+        const std::string file = folder.write(name, bad.text);
+        expectRefused({"cluster", file, "-o", (folder / "out.cnl").string()}, file, bad.message);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , BadLinks,
+    testing::Values(
+        BadInput{"empty", "", ": the file is empty"},
+        BadInput{"onlyComments", "# nothing\n#\n", ":2: the file ends without a link"},
+        BadInput{"onlyHeader", "# Nodes: 3, Edges: 0\n", ":1: the file ends without a link"},
+        BadInput{"singleId", "1 2\n3\n", ":2: a single id, a source and a destination"},
+        BadInput{"singleIdBlanks", "1 2\n3 \t\n", ":2: a single id"},
+        BadInput{"words", "1 2\n\nhello world\n", ":3: the source is \"hello\", an id"},
+        BadInput{"wordDest", "1 x\n", ":1: the destination is \"x\", an id"},
+        BadInput{"idNone", "1 4294967295\n", ":1: the destination is \"4294967295\", an id below"},
+        BadInput{"idHuge", "99999999999999999999999 1\n", ":1: the source is \"999"},
+        BadInput{"idNegative", "1 2\n-1 2\n", ":2: the source is \"-1\""},
+        BadInput{"idPlus", "+1 2\n", ":1: the source is \"+1\""},
+        BadInput{"idHex", "0x10 2\n", ":1: the source is \"0x10\""},
+        BadInput{"idFloat", "1.5 2\n", ":1: the source is \"1.5\""},
+        BadInput{"weightNegative", "1 2 -0.5\n", ":1: the weight is \"-0.5\", it must not"},
+        BadInput{"weightMinusZero", "1 2 -0\n", ":1: the weight is \"-0\", it must not"},
+        BadInput{"weightNan", "1 2 nan\n", ":1: the weight is \"nan\", a number"},
+        BadInput{"weightInf", "1 2 1\n2 3 inf\n", ":2: the weight is \"inf\", 0 or a number"},
+        BadInput{"weightBig", "1 2 1e39\n", ":1: the weight is \"1e39\", 0 or a number"},
+        BadInput{"weightOverflow", "1 2 1e400\n", ":1: the weight is \"1e400\", 0 or a number"},
+        BadInput{"weightTiny", "1 2 1e-45\n", ":1: the weight is \"1e-45\", 0 or a number"},
+        BadInput{"weightWord", "1 2 abc\n", ":1: the weight is \"abc\", a number"},
+        BadInput{"weightTail", "1 2 1.5x\n", ":1: the weight is \"1.5x\", a number"},
+        BadInput{"weightsSum", "1 2 3e38\n2 3 3e38\n", ": the weights add up to more"},
+        BadInput{"binary",
+                 "\x7F"
+                 "ELF\0\0\0\1"s,
+                 ":1: a NUL byte"},
+        BadInput{"binaryLater", "1 2\n2 \0 3\n"s, ":2: a NUL byte"},
+        BadInput{"headerLinks", "# Nodes: 3, Edges: 5\n1 2\n2 3\n",
+                 ":1: the header tells of 5 links, the file has 2"},
+        BadInput{"headerArcs", "#\n# nodes: 3 arcs: 1\n1 2\n2 3\n",
+                 ":2: the header tells of 1 links, the file has 2"},
+        BadInput{"headerNodes", "# Nodes: 2, Edges: 2\n1 2\n2 3\n",
+                 ":1: the header tells of 2 nodes, the file has 3"},
+        BadInput{"headerHuge", "# Nodes: 4294967295\n1 2\n",
+                 ":1: the header's number of nodes is 4294967295, at most"},
+        BadInput{"headerHuge2", "# Nodes: 4294967294, Edges: 1\n1 2\n",
+                 ":1: the header tells of 4294967294 nodes, the file has 2"},
+        BadInput{"headerWord", "# Nodes: many\n1 2\n", ":1: the header's number of nodes is "},
+        BadInput{"headerBadLinks", "# Nodes: 2, Edges: -1\n1 2\n",
+                 ":1: the header's number of links is \"-1\""},
+        BadInput{"onlyMark", BOM, ":1: the file ends without a link"},
+        BadInput{"onlyCarriageReturns", "\r\n\r\n", ":2: the file ends without a link"},
+        BadInput{"carriageReturnsAlone", "1 2\r2 3\r", ":1: the destination is \"2?2\", an id"},
+        BadInput{"markLater", "1 2\n" + BOM + "2 3\n", ":2: the source is \""},
+        BadInput{"wideCharacters",
+                 "\xFF\xFE"
+                 "1\0 \0002\0\n\0"s,
+                 ":1: a NUL byte"},
+        BadInput{"commas", "1,2\n", ":1: the source is \"1,2\", an id"},
+        BadInput{"idMinusZero", "-0 1\n", ":1: the source is \"-0\", an id"},
+        BadInput{"idOverflow", "1 18446744073709551616\n",
+                 ":1: the destination is \"18446744073709551616\", an id below"},
+        BadInput{"idWraps", "1 4294967296\n", ":1: the destination is \"4294967296\", an id below"},
+        BadInput{"weightPlus", "1 2 +5\n", ":1: the weight is \"+5\", a number"},
+        BadInput{"weightHex", "1 2 0x10\n", ":1: the weight is \"0x10\", a number"},
+        BadInput{"weightComma", "1 2 0,5\n", ":1: the weight is \"0,5\", a number"},
+        BadInput{"weightSum", "1 2 3.4e38\n3 4 1e-3\n", ": the weights add up to more"},
+        BadInput{"headerOverflow", "# Nodes: 99999999999999999999\n1 2\n",
+                 ":1: the header's number of nodes is \"99999999999999999999\", a whole number"},
+        BadInput{"headerHex", "# Nodes: 0x10\n1 2\n",
+                 ":1: the header's number of nodes is \"0x10\""},
+        BadInput{"headerPlus", "# Nodes: +2\n1 2\n", ":1: the header's number of nodes is \"+2\""},
+        BadInput{"headerFloat", "# Nodes: 2.0\n1 2\n",
+                 ":1: the header's number of nodes is \"2.0\""},
+        BadInput{"headerLinksOverflow", "# Nodes: 2, Edges: 18446744073709551616\n1 2\n",
+                 ":1: the header's number of links is \"184467"},
+        BadInput{"headerLinksMany", "# Nodes: 2, Arcs: 18446744073709551615\n1 2\n",
+                 ":1: the header tells of 18446744073709551615 links"},
+        BadInput{"headerWeighted", "# Nodes: 2, Edges: 1, Weighted: yes\n1 2\n",
+                 ":1: the header's \"Weighted:\" is \"yes\", 0 or 1"},
+        BadInput{"longLine", "1 2\n" + std::string(LONG, 'x') + "\n",
+                 ":2: the source is \"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...\""},
+        BadInput{"longId", "1 " + std::string(LONG, '9') + "\n",
+                 ":1: the destination is \"99999999999999999999999999999999...\", an id below"},
+        BadInput{"longWeight", "1 2 " + std::string(LONG, '9') + "\n",
+                 ":1: the weight is \"99999999999999999999999999999999...\", 0 or"}),
+    nameOf);
+
+class BadSections : public testing::TestWithParam<BadInput> {};
+
+TEST_P(BadSections, AreToldByFileAndLine) {
+    const BadInput& bad = GetParam();
+    const Folder folder;
+    const std::string file = folder.write("net.rcg", bad.text);
+    expectRefused({"cluster", file, "-o", (folder / "out.cnl").string()}, file, bad.message);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , BadSections,
+    testing::Values(
+        BadInput{"empty", "", ": the file is empty"},
+        BadInput{"noLinks", "/Graph weighted:0\n/Edges\n", ":2: the file ends without a link"},
+        BadInput{"onlyNodes", "/Nodes 3 0\n/Edges\n0>\n1>\n", ":4: the file ends without a link"},
+        BadInput{"outside", "1> 2\n/Edges\n2> 3\n",
+                 ":1: \"1> 2\" stands before the first section of links"},
+        BadInput{"behindGraph", "/Graph weighted:1\n1> 2\n",
+                 ":2: \"1> 2\" stands before the first section of links"},
+        BadInput{"behindNodes", "/Nodes 3\n1> 2\n",
+                 ":2: \"1> 2\" stands before the first section of links"},
+        BadInput{"linesOfAnotherFormat", "1 2\n2 3\n",
+                 ":1: \"1 2\" stands before the first section"},
+        BadInput{"unknownSection", "/Edges\n1> 2\n/Links\n",
+                 ":3: the section \"/Links\" is unknown"},
+        BadInput{"longerSection", "/Edgess\n1> 2\n", ":1: the section \"/Edgess\" is unknown"},
+        BadInput{"namelessSection", "/\n", ":1: the section \"/\" is unknown"},
+        BadInput{"graphLater", "/Edges\n1> 2\n/Graph weighted:1\n",
+                 ":3: the section /Graph must be the first one"},
+        BadInput{"graphTwice", "/Graph\n/Graph\n/Edges\n1> 2\n",
+                 ":2: the section /Graph must be the first one"},
+        BadInput{"graphBehindNodes", "/Nodes 2\n/Graph\n/Edges\n1> 2\n",
+                 ":2: the section /Graph must be the first one"},
+        BadInput{"nodesLater", "/Edges\n1> 2\n/Nodes 2\n",
+                 ":3: the section /Nodes must be the first one"},
+        BadInput{"nodesTwice", "/Nodes 2\n/Nodes 2\n/Edges\n1> 2\n",
+                 ":2: the section /Nodes must be the first one"},
+        BadInput{"weightedWord", "/Graph weighted:yes\n/Edges\n1> 2\n",
+                 ":1: the header's \"weighted:\" is \"yes\", 0 or 1"},
+        BadInput{"weightedNegative", "/Graph weighted: -1\n/Edges\n1> 2\n",
+                 ":1: the header's \"weighted:\" is \"-1\", 0 or 1"},
+        BadInput{"weightedOverflow", "/Graph weighted:4294967296\n/Edges\n1> 2\n",
+                 ":1: the header's \"weighted:\" is \"4294967296\""},
+        BadInput{"validatedWord", "/Graph weighted:0 validated:x\n/Edges\n1> 2\n",
+                 ":1: the header's \"validated:\" is \"x\", 0 or 1"},
+        BadInput{"nodesWord", "/Nodes many\n/Edges\n1> 2\n",
+                 ":1: the header's number of nodes is \"many\", a whole"},
+        BadInput{"nodesNegative", "/Nodes -2\n/Edges\n1> 2\n",
+                 ":1: the header's number of nodes is \"-2\", a whole"},
+        BadInput{"nodesOverflow", "/Nodes 18446744073709551616\n/Edges\n1> 2\n",
+                 ":1: the header's number of nodes is \"1844"},
+        BadInput{"nodesNone", "/Nodes 4294967295\n/Edges\n1> 2\n",
+                 ":1: the header's number of nodes is 4294967295, at most"},
+        BadInput{"nodesMost", "/Nodes 4294967294\n/Edges\n1> 2\n",
+                 ":1: the header tells of 4294967294 nodes, the file has 2"},
+        BadInput{"nodesFew", "/Nodes 2\n/Edges\n1> 2 3\n",
+                 ":1: the header tells of 2 nodes, the file has 3"},
+        BadInput{"nodesZero", "/Nodes 0 1\n/Edges\n1> 2\n",
+                 ":1: the header tells of 0 nodes, at least 1"},
+        BadInput{"rangeHuge", "/Nodes 4000000000 0\n/Edges\n1> 2\n",
+                 ":1: the header tells of 4000000000 nodes, more than the file has bytes"},
+        BadInput{"rangePastIds", "/Nodes 2 4294967294\n/Edges\n4294967294> 0\n",
+                 ":1: the ids of 2 nodes from 4294967294 on go beyond the largest one, 4294967294"},
+        BadInput{"firstIdWord", "/Nodes 2 x\n/Edges\n1> 2\n",
+                 ":1: the first id of the nodes is \"x\", an id"},
+        BadInput{"firstIdNone", "/Nodes 2 4294967295\n/Edges\n1> 2\n",
+                 ":1: the first id of the nodes is \"4294967295\", an id below"},
+        BadInput{"sourceUnannounced", "/Nodes 2 1\n/Edges\n1> 2\n0> 1\n",
+                 ":4: the source is 0, which is none of the nodes 1 to 2 that the file announces"},
+        BadInput{"destinationUnannounced", "/Nodes 2 1\n/Edges\n1> 2 3\n",
+                 ":3: the destination is 3, which is none of the nodes 1 to 2"},
+        BadInput{"noMark", "/Edges\n1 2\n", ":2: \"1 2\" has no \">\" behind the source"},
+        BadInput{"blankBeforeMark", "/Edges\n1 > 2\n", ":2: the source is \"1 \", an id"},
+        BadInput{"noSource", "/Edges\n> 2\n", ":2: the source is \"\", an id"},
+        BadInput{"sourceWord", "/Edges\nx> 2\n", ":2: the source is \"x\", an id"},
+        BadInput{"sourceNegative", "/Arcs\n-1> 2\n", ":2: the source is \"-1\", an id"},
+        BadInput{"sourceNone", "/Arcs\n4294967295> 2\n",
+                 ":2: the source is \"4294967295\", an id below"},
+        BadInput{"destinationWord", "/Arcs\n1> 2 x\n", ":2: the destination is \"x\", an id"},
+        BadInput{"destinationHex", "/Arcs\n1> 0x2\n", ":2: the destination is \"0x2\", an id"},
+        BadInput{"destinationOverflow", "/Arcs\n1> 99999999999999999999\n",
+                 ":2: the destination is \"99999999999999999999\", an id below"},
+        BadInput{"weightNone", "/Edges\n1> 2:\n", ":2: the weight is \"\", a number"},
+        BadInput{"weightNegative", "/Edges\n1> 2:-1\n", ":2: the weight is \"-1\", it must not"},
+        BadInput{"weightMinusZero", "/Edges\n1> 2:-0\n", ":2: the weight is \"-0\", it must not"},
+        BadInput{"weightPlus", "/Edges\n1> 2:+5\n", ":2: the weight is \"+5\", a number"},
+        BadInput{"weightHex", "/Edges\n1> 2:0x10\n", ":2: the weight is \"0x10\", a number"},
+        BadInput{"weightNan", "/Edges\n1> 2:nan\n", ":2: the weight is \"nan\", a number"},
+        BadInput{"weightInf", "/Edges\n1> 2:inf\n", ":2: the weight is \"inf\", 0 or"},
+        BadInput{"weightOverflow", "/Edges\n1> 2:1e400\n", ":2: the weight is \"1e400\", 0 or"},
+        BadInput{"weightTiny", "/Edges\n1> 2:1e-400\n", ":2: the weight is \"1e-400\", 0 or"},
+        BadInput{"weightTwice", "/Edges\n1> 2:3:4\n", ":2: the weight is \"3:4\", a number"},
+        BadInput{"weightsSum", "/Edges\n1> 2:3e38 3:3e38\n", ": the weights add up to more"},
+        BadInput{"weightInUnweighted", "/Graph weighted:0\n/Edges\n1> 2 3:5\n",
+                 ":3: \"3:5\" has a weight, the section /Graph tells of unweighted links"},
+        BadInput{"binary", "/Edges\n1> \0002\n"s, ":2: a NUL byte"},
+        BadInput{"longLine", "/Edges\n1> 2\n" + std::string(LONG, '7') + "\n",
+                 ":3: \"77777777777777777777777777777777...\" has no \">\""},
+        BadInput{"carriageReturnsAlone", "/Edges\r1> 2\r",
+                 ":1: the section \"/Edges?1> 2\" is unknown"}),
+    nameOf);
+
+class BadClusters : public testing::TestWithParam<BadInput> {};
+
+TEST_P(BadClusters, AreToldByFileAndLine) {
+    const BadInput& bad = GetParam();
+    const Folder folder;
+    const std::string file = folder.write("bad.cnl", bad.text);
+    const std::string good = folder.write("good.cnl", "1 2\n");
+    const std::string network = folder.write("net.nse", "1 2\n");
+    expectRefused({"compare", good, file}, file, bad.message);
+    expectRefused({"evaluate", network, file}, file, bad.message);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , BadClusters,
+    testing::Values(
+        BadInput{"empty", "", ": there are no clusters, at least one is expected"},
+        BadInput{"onlyMark", BOM, ": there are no clusters, at least one is expected"},
+        BadInput{"onlyEmptyClusters", "# Clusters: 2, Numbered: 1\n1>\n2>\n",
+                 ": there are no clusters"},
+        BadInput{"words", "1 2\nhello\n", ":2: the node is \"hello\", an id"},
+        BadInput{"commas", "1,2\n", ":1: the node is \"1,2\", an id"},
+        BadInput{"idNegative", "1 -2\n", ":1: the node is \"-2\", an id"},
+        BadInput{"idPlus", "+1 2\n", ":1: the node is \"+1\", an id"},
+        BadInput{"idHex", "0x10 2\n", ":1: the node is \"0x10\", an id"},
+        BadInput{"idFloat", "1.5 2\n", ":1: the node is \"1.5\", an id"},
+        BadInput{"idNone", "1 4294967295\n", ":1: the node is \"4294967295\", an id below"},
+        BadInput{"idOverflow", "1 2\n1 18446744073709551617\n",
+                 ":2: the node is \"18446744073709551617\", an id below"},
+        BadInput{"noId", "1 :0.5\n", ":1: the node is \"\", an id"},
+        BadInput{"twice", "1 2 3\n4 5 4\n", ":2: node 4 stands twice in the line"},
+        BadInput{"shareNone", "1: 2\n", ":1: the share of node 1 is \"\", a number above 0"},
+        BadInput{"shareZero", "1:0 2\n", ":1: the share of node 1 is \"0\", a number above 0"},
+        BadInput{"shareNegative", "1:-0.5 2\n",
+                 ":1: the share of node 1 is \"-0.5\", a number above 0"},
+        BadInput{"shareMinusZero", "1:-0 2\n",
+                 ":1: the share of node 1 is \"-0\", a number above 0"},
+        BadInput{"sharePlus", "1:+0.5 2\n",
+                 ":1: the share of node 1 is \"+0.5\", a number above 0"},
+        BadInput{"shareHex", "1:0x1 2\n", ":1: the share of node 1 is \"0x1\", a number above 0"},
+        BadInput{"shareLarge", "1:1.5 2\n",
+                 ":1: the share of node 1 is \"1.5\", a number above 0 and up to 1"},
+        BadInput{"shareOverflow", "1:1e400 2\n", ":1: the share of node 1 is \"1e400\""},
+        BadInput{"shareTiny", "1:1e-400 2\n", ":1: the share of node 1 is \"1e-400\""},
+        BadInput{"shareNan", "1:nan 2\n", ":1: the share of node 1 is \"nan\""},
+        BadInput{"shareInf", "1:inf 2\n", ":1: the share of node 1 is \"inf\""},
+        BadInput{"shareTwice", "1:0.5:0.5\n", ":1: the share of node 1 is \"0.5:0.5\""},
+        BadInput{"shareComma", "1:0,5\n", ":1: the share of node 1 is \"0,5\""},
+        BadInput{"numberMissing", "1> 1 2\n3 4\n",
+                 ":2: the line begins with \"3\", a cluster's id"},
+        BadInput{"numberMissingAll", "# Clusters: 1, Numbered: 1\n3 4\n",
+                 ":2: the line begins with \"3\", a cluster's id"},
+        BadInput{"numberUntold", "# Clusters: 1, Nodes: 2, Fuzzy: 0, Numbered: 0\n1> 3 4\n",
+                 ":2: the node is \"1>\", an id"},
+        BadInput{"numberNone", "4294967295> 1 2\n",
+                 ":1: the cluster's id is \"4294967295\", an id below"},
+        BadInput{"numberOverflow", "99999999999999999999> 1\n",
+                 ":1: the cluster's id is \"99999999999999999999\", an id below"},
+        BadInput{"numberWord", "# Clusters: 1, Numbered: 1\nx> 1\n",
+                 ":2: the line begins with \"x>\", a cluster's id"},
+        BadInput{"numberApart", "1 > 2 3\n", ":1: the node is \">\", an id"},
+        BadInput{"headerWord", "# Clusters: many\n1 2\n",
+                 ":1: the header's \"Clusters:\" is \"many\", a whole number"},
+        BadInput{"headerNegative", "# Clusters: -1\n1 2\n",
+                 ":1: the header's \"Clusters:\" is \"-1\", a whole number"},
+        BadInput{"headerOverflow", "# Clusters: 4294967296\n1 2\n",
+                 ":1: the header's \"Clusters:\" is \"4294967296\", a whole"},
+        BadInput{"headerNodes", "# Clusters: 1, Nodes: 1e3\n1 2\n",
+                 ":1: the header's \"Nodes:\" is \"1e3\", a whole number"},
+        BadInput{"headerFuzzy", "# Clusters: 1, Nodes: 2, Fuzzy: yes\n1 2\n",
+                 ":1: the header's \"Fuzzy:\" is \"yes\", a whole number"},
+        BadInput{"headerNumbered", "# Clusters: 1, Nodes: 2, Fuzzy: 0, Numbered: +1\n1 2\n",
+                 ":1: the header's \"Numbered:\" is \"+1\""},
+        BadInput{"binary", "1 2\n3 \0004\n"s, ":2: a NUL byte"},
+        BadInput{"wideCharacters",
+                 "\xFF\xFE"
+                 "1\0 \0002\0\n\0"s,
+                 ":1: a NUL byte"},
+        BadInput{"carriageReturnsAlone", "1 2\r3 4\r", ":1: the node is \"2?3\", an id"},
+        BadInput{"markLater", "1 2\n" + BOM + "3\n", ":2: the node is \""},
+        BadInput{"longLine", "1 2\n" + std::string(LONG, 'x') + "\n",
+                 ":2: the node is \"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...\""},
+        BadInput{"longShare", "1:0." + std::string(LONG, '9') + "9x\n",
+                 ":1: the share of node 1 is \"0.999999999999999999999999999999...\""}),
+    nameOf);
+
+const std::string PLAIN = "1 2\n2 3\n3 1\n3 4\n4 5\n5 6\n6 4\n";
+const std::string GZIP = gzip(PLAIN);
+const std::string ZSTD = zstd(PLAIN);
+
+std::string damaged(std::string text, std::size_t place, int bits = 0x10) {
+    text[place] = static_cast<char>(text[place] ^ bits);
+    return text;
+}
+
+class BadPacking : public testing::TestWithParam<BadInput> {};
+
+TEST_P(BadPacking, IsTold) {
+    const BadInput& bad = GetParam();
+    const Folder folder;
+    const std::string file = folder.write("net.nse", bad.text);
+    expectRefused({"convert", file, (folder / "out.rcg").string()}, file, bad.message);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , BadPacking,
+    testing::Values(
+        BadInput{"gzipMagic", GZIP.substr(0, 2), ": the gzip data ends early"},
+        BadInput{"gzipHeader", GZIP.substr(0, 10), ": the gzip data ends early"},
+        BadInput{"gzipHalf", GZIP.substr(0, GZIP.size() / 2), ": the gzip data ends early"},
+        BadInput{"gzipNoSum", GZIP.substr(0, GZIP.size() - 8), ": the gzip data ends early"},
+        BadInput{"gzipNoSize", GZIP.substr(0, GZIP.size() - 1), ": the gzip data ends early"},
+        BadInput{"gzipMethod", damaged(GZIP, 2),
+                 ": the gzip data is damaged: unknown compression method"},
+        BadInput{"gzipFlags", damaged(GZIP, 3, 0x80),
+                 ": the gzip data is damaged: unknown header flags set"},
+        BadInput{"gzipBlock", damaged(GZIP, 10, 0x04),
+                 ": the gzip data is damaged: invalid block type"},
+        BadInput{"gzipSum", damaged(GZIP, GZIP.size() - 8),
+                 ": the gzip data is damaged: incorrect data check"},
+        BadInput{"gzipSize", damaged(GZIP, GZIP.size() - 1),
+                 ": the gzip data is damaged: incorrect length check"},
+        BadInput{"gzipAndText", GZIP + "1 2\n",
+                 ": the gzip data is damaged: incorrect header check"},
+        BadInput{"gzipSecondMember", GZIP + GZIP.substr(0, 9), ": the gzip data ends early"},
+        BadInput{"gzipOfNothing", gzip(""), ": the file is empty"},
+        BadInput{"gzipOfBadLine", gzip("1 2\n3\n"), ":2: a single id"},
+        BadInput{"gzipTwice", gzip(GZIP), ":1: a NUL byte"},
+        BadInput{"zstdMagic", ZSTD.substr(0, 4), ": the zstd data ends early"},
+        BadInput{"zstdHalf", ZSTD.substr(0, ZSTD.size() / 2), ": the zstd data ends early"},
+        BadInput{"zstdNoSum", ZSTD.substr(0, ZSTD.size() - 1), ": the zstd data ends early"},
+        BadInput{"zstdSum", damaged(ZSTD, ZSTD.size() - 1),
+                 ": the zstd data is damaged: Restored data doesn't match checksum"},
+        BadInput{"zstdReserved", damaged(ZSTD, 4, 0x08),
+                 ": the zstd data is damaged: Unsupported frame parameter"},
+        BadInput{"zstdAndText", ZSTD + "1 2\n2 3\n",
+                 ": the zstd data is damaged: Unknown frame descriptor"},
+        BadInput{"zstdOfNothing", zstd(""), ": the file is empty"},
+        BadInput{"zstdOfBadLine", zstd("1 2\n3 x\n"), ":2: the destination is \"x\""},
+        BadInput{"zlibStream", "\x78\x9C\x33\x54\x30\x02\0"s, ":1: a NUL byte"}),
+    nameOf);
+
+}  // namespace
+}  // namespace vorl::test

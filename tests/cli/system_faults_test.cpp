@@ -1,0 +1,370 @@
+// Faults of the system and signals: exit code or signal, message, nothing half-written or hidden.
+#include "cli/child.hpp"
+#include "cli/packed.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <fstream>
+
+namespace vorl::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string DATA = VORL_DATA_DIR "/";
+using Names = std::vector<std::string>;
+
+bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+/// The program's writing in all its forms: to a file and its description, to a folder, to a
+/// description alone, of a network.
+std::vector<Names> writers(const std::string& network, const fs::path& folder) {
+    const std::string out = folder / "out.cnl";
+    return {{"cluster", network, "-o", out},
+            {"cluster", network, "-o", out, "--levels", "per-level"},
+            {"cluster", network, "-o", folder / "new/sub/out.rhb", "--levels", "hierarchy"},
+            {"convert", network, folder / "out.rcg"}};
+}
+
+TEST(SystemFaults, OfNamesAreTold) {
+    const Folder folder;
+    const std::string network = DATA + "karate.nse";
+    const auto fails = [](const std::string& arguments, const std::string& message) {
+        const Outcome run = vorl(arguments);
+        EXPECT_EQ(run.code, 1) << arguments;
+        EXPECT_TRUE(contains(run.err, message)) << arguments << run.err;
+        EXPECT_EQ(run.out, "");
+    };
+    const std::string inside = folder.path().string() + "/";
+    fails("cluster " + inside + "none.nse", "none.nse: No such file or directory");
+    fails("cluster " + folder.path().string() + " --format nse", ": Is a directory");
+    const std::string write = "cluster " + network + " -o ";
+    fails(write + folder.write("file", "") + "/out", "file/out: Not a directory");
+    fails(write + folder.path().string(), ": Is a directory");
+    fails(write + inside, ": Is a directory");
+    fails(write + inside + "file.cnl --levels per-level", "file: it isn't a folder");
+    fs::create_directory(folder / "taken.rhb");
+    fails(write + inside + "taken.cnl", "taken.rhb: Is a directory");
+    fails(write + inside + std::string(256, 'x'), "x: File name too long");
+    fails(write + inside + std::string(253, 'x'), "x.rhb: File name too long");
+    fails("cluster " + inside + "none.nse -o " + inside + "new/sub/out", "none.nse: No such file");
+    fails("convert " + inside + "none.nse " + inside + "new/sub/out.rcg", "none.nse: No such file");
+    EXPECT_EQ(listing(folder.path()), (Names{"file", "taken.rhb"}));
+}
+
+TEST(SystemFaults, FullDevicesAreTold) {
+    const std::string network = DATA + "karate.nse";
+    for (const std::string& write :
+         {"cluster " + network + " -o /dev/full", "convert " + network + " /dev/full --to rcg"}) {
+        const Outcome run = vorl(write);
+        EXPECT_EQ(run.code, 1);
+        EXPECT_EQ(run.err, "vorl: /dev/full: No space left on device\n");
+    }
+    EXPECT_TRUE(fs::is_character_file("/dev/full"));
+    const std::string clusters = DATA + "karate.cnl";
+    for (const Names& words : std::vector<Names>{{"cluster", network},
+                                                 {"cluster", network, "--json"},
+                                                 {"info", network},
+                                                 {"evaluate", network, clusters},
+                                                 {"compare", clusters, clusters}}) {
+        Child child(words, [] { dup2(open("/dev/full", O_WRONLY), STDOUT_FILENO); });
+        const Outcome run = child.outcome();
+        EXPECT_EQ(run.code, 1) << words[0];
+        EXPECT_EQ(run.err, "vorl: standard output: writing failed\n") << words[0];
+    }
+}
+
+TEST(SystemFaults, LimitOfFileSizesLeavesNothing) {
+    const Folder folder;
+    const std::string network = folder.write("power.nse", contents(DATA + "power.nse"));
+    for (const Names& words : writers(network, folder.path())) {
+        const Outcome run = Child(words, [] { limit(RLIMIT_FSIZE, 8192); }).outcome();
+        EXPECT_EQ(run.code, 1) << words.back();
+        EXPECT_TRUE(contains(run.err, ": File too large")) << run.err;
+        EXPECT_FALSE(contains(run.err, ".vorl-")) << run.err;
+        EXPECT_EQ(listing(folder.path()), Names{"power.nse"}) << words.back();
+    }
+}
+
+/// A small file system in memory.
+class SmallDisk {
+public:
+    explicit SmallDisk(const std::string& place) : m_place(place) {
+        m_mounted = mount("tmpfs", place.c_str(), "tmpfs", 0, "size=32k") == 0;
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+    ~SmallDisk() {
+        if (m_mounted) umount2(m_place.c_str(), MNT_DETACH);
+    }
+    bool mounted() const { return m_mounted; }
+
+private:
+    std::string m_place;
+    bool m_mounted;
+};
+
+TEST(SystemFaults, FullDiskLeavesNothing) {
+    const Folder folder;
+    const SmallDisk disk(folder.path().string());
+    if (!disk.mounted()) GTEST_SKIP() << "file systems can't be mounted here";
+    for (const Names& words : writers(DATA + "power.nse", folder.path())) {
+        const Outcome run = Child(words).outcome();
+        EXPECT_EQ(run.code, 1) << words.back();
+        EXPECT_TRUE(contains(run.err, ": No space left on device")) << run.err;
+        EXPECT_FALSE(contains(run.err, ".vorl-")) << run.err;
+        EXPECT_EQ(listing(folder.path()), Names{}) << words.back();
+    }
+}
+
+/// In a child: gives up the rights of root, which may write anywhere.
+void becomeNobody() {
+    constexpr unsigned nobody = 65534;
+    if (geteuid() == 0 && (setgid(nobody) != 0 || setuid(nobody) != 0)) _exit(126);
+}
+
+TEST(SystemFaults, ForbiddenPlacesAreTold) {
+    const Folder folder;
+    const auto readable = fs::perms(0755);
+    fs::permissions(folder.path(), readable);
+    const std::string network = folder.write("net.nse", contents(DATA + "karate.nse"));
+    const std::string secret = folder.write("secret.nse", "1 2\n");
+    fs::permissions(secret, fs::perms::none);
+    const fs::path locked = folder / "locked";
+    fs::create_directory(locked);
+    fs::permissions(locked, fs::perms(0555));
+    for (const Names& words : writers(network, locked)) {
+        const Outcome run = Child(words, becomeNobody).outcome();
+        EXPECT_EQ(run.code, 1) << words.back();
+        EXPECT_TRUE(contains(run.err, ": Permission denied\n")) << run.err;
+        EXPECT_EQ(listing(locked), Names{});
+    }
+    EXPECT_EQ(Child({"info", secret}, becomeNobody).outcome().err,
+              "vorl: " + secret + ": Permission denied\n");
+    // A folder for levels that is there, but forbidden, is told before the work.
+    const fs::path open = folder / "open";
+    fs::create_directories(open / "out");
+    fs::permissions(open, fs::perms(0777));
+    fs::permissions(open / "out", fs::perms(0555));
+    const Outcome run =
+        Child({"cluster", secret, "-o", open / "out.cnl", "--levels", "per-level"}, becomeNobody)
+            .outcome();
+    EXPECT_EQ(run.err, "vorl: " + (open / "out").string() + ": Permission denied\n");
+    EXPECT_EQ(listing(open), Names{"out"});
+}
+
+TEST(SystemFaults, ClosedStreamsAreNoFiles) {
+    const Folder folder;
+    const std::string network = DATA + "karate.nse";
+    const std::string file = (folder / "out.cnl").string();
+    ASSERT_EQ(Child({"cluster", network, "-q", "-o", file}).outcome().code, 0);
+    const std::string expected = contents(file);
+    for (const int closed : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        Child child({"cluster", network, "-t", "-o", file}, [=] { close(closed); });
+        EXPECT_EQ(child.outcome().code, closed == STDOUT_FILENO ? 1 : 0) << closed;
+        EXPECT_EQ(contents(file), expected) << closed;
+    }
+    Child child({"cluster", "-", "--format", "nse"}, [] { close(STDIN_FILENO); });
+    EXPECT_EQ(child.outcome().err, "vorl: -: Bad file descriptor\n");
+}
+
+TEST(SystemFaults, ClosedPipeIsTold) {
+    const std::string network = DATA + "karate.nse";
+    for (const Names& words : std::vector<Names>{{"cluster", network},
+                                                 {"info", network},
+                                                 {"cluster", network, "-o", "-"},
+                                                 {"cluster", network, "-o", "/dev/stdout"},
+                                                 {"convert", network, "-", "--to", "rcg"}}) {
+        int ends[2];
+        ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        close(ends[0]);
+        Child child(words, [&] { dup2(ends[1], STDOUT_FILENO); });
+        close(ends[1]);
+        const Outcome run = child.outcome();
+        EXPECT_EQ(run.code, 1) << words.back();
+        EXPECT_TRUE(run.err.ends_with(": Broken pipe\n") || run.err.ends_with(": writing failed\n"))
+            << run.err;
+    }
+}
+
+TEST(SystemFaults, LackOfMemoryIsTold) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer takes more address space than any limit";
+#endif
+    const Folder folder;
+    const std::string network = folder.write("net.nse", contents(DATA + "jazz.nse"));
+    const std::string packed = folder.write("zeros.nse.gz", gzip(std::string(100'000'000, ' ')));
+    const Names before = listing(folder.path());
+    int told = 0;
+    for (rlim_t most = rlim_t{1} << 24; most <= rlim_t{1} << 28; most += most / 4) {
+        Child child({"cluster", network, "-q", "-o", (folder / "new/out.cnl").string()},
+                    [=] { limit(RLIMIT_AS, most); });
+        const Outcome run = child.outcome();
+        ASSERT_EQ(child.signal(), 0) << most << run.err;
+        if (run.code != 1) {
+            fs::remove_all(folder / "new");
+            continue;
+        }
+        ++told;
+        EXPECT_TRUE(run.err == "vorl: out of memory\n" || contains(run.err, "no thread"))
+            << run.err;
+        EXPECT_EQ(listing(folder.path()), before);
+    }
+    EXPECT_GT(told, 0);
+    EXPECT_EQ(Child({"info", packed}, [] { limit(RLIMIT_AS, rlim_t{1} << 26); }).outcome().err,
+              "vorl: out of memory\n");
+}
+
+/// A named pipe that the program reads a network from.
+class Feed {
+public:
+    explicit Feed(const Folder& folder) : m_name((folder / "feed.nse").string()) {
+        EXPECT_EQ(mkfifo(m_name.c_str(), 0600), 0);
+    }
+    Feed(const Feed&) = delete;
+    Feed& operator=(const Feed&) = delete;
+
+    const std::string& name() const { return m_name; }
+    /// Waits for the program to open its end.
+    void open() { m_pipe.open(m_name, std::ios::binary); }
+    void write(const std::string& text) { m_pipe << text << std::flush; }
+    void end() { m_pipe.close(); }
+
+private:
+    std::string m_name;
+    std::ofstream m_pipe;
+};
+
+bool hasHidden(const fs::path& folder) {
+    for (const std::string& name : listing(folder))
+        if (name.starts_with(".vorl-")) return true;
+    return false;
+}
+
+class Signals : public testing::TestWithParam<int> {
+protected:
+    /// The child must die of the signal, and say nothing.
+    static void expectKilled(Child& child) {
+        const Outcome run = child.outcome();
+        EXPECT_EQ(child.signal(), GetParam());
+        EXPECT_EQ(run.out + run.err, "");
+    }
+};
+
+TEST_P(Signals, WhileReadingLeaveNothing) {
+    const Folder folder;
+    Feed feed(folder);
+    Child child({"cluster", feed.name(), "-o", (folder / "new/sub/out.cnl").string()});
+    feed.open();
+    feed.write("1 2\n2 3");
+    ASSERT_TRUE(child.waitFor([&] { return hasHidden(folder / "new/sub"); }));
+    child.send(GetParam());
+    expectKilled(child);
+    EXPECT_EQ(listing(folder.path()), Names{"feed.nse"});
+}
+
+TEST_P(Signals, WhileBuildingLeaveNothing) {
+    const Folder folder;
+    Feed feed(folder);
+    Child child({"cluster", feed.name(), "-o", (folder / "out.cnl").string()});
+    // A network without communities, which takes its time.
+    std::string text;
+    for (unsigned node = 0, draw = 1; node < 30'000; ++node)
+        for (int i = 0; i < 6; ++i) {
+            draw = draw * 1664525 + 1013904223;
+            text += std::to_string(node) + " " + std::to_string((draw >> 8) % 30'000) + "\n";
+        }
+    feed.open();
+    feed.write(text);
+    feed.end();
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    child.send(GetParam());
+    expectKilled(child);
+    EXPECT_EQ(listing(folder.path()), Names{"feed.nse"});
+}
+
+TEST_P(Signals, WhileWritingLeaveNothing) {
+    // The opening of a pipe that nobody reads takes forever.
+    const Folder folder;
+    const std::string pipe = (folder / "out.cnl").string();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const fs::path temporary = folder / "temporary";
+    fs::create_directory(temporary);
+    Child child({"cluster", DATA + "karate.nse", "-o", pipe},
+                [&] { setenv("TMPDIR", temporary.c_str(), 1); });
+    ASSERT_TRUE(child.waitFor([&] {
+        const Names hidden = listing(temporary);
+        return !hidden.empty() && fs::exists(temporary / hidden[0] / "files" / "out.rhb");
+    }));
+    child.send(GetParam());
+    expectKilled(child);
+    EXPECT_EQ(listing(temporary), Names{});
+}
+
+TEST_P(Signals, LeaveAllFilesOrNone) {
+    const Folder folder;
+    const fs::path out = folder / "out";
+    const Names words{"cluster",     DATA + "jazz.nse", "-q",       "-o",
+                      out / "a.cnl", "--levels",        "per-level"};
+    ASSERT_EQ(Child(words).outcome().code, 0);
+    const std::size_t files = listing(out / "a").size();
+    for (int delay = 0; delay < 12; ++delay) {
+        fs::remove_all(out);
+        Child child(words);
+        child.waitFor([&] {
+            if (!fs::exists(out)) return false;
+            for (const std::string& name : listing(out))
+                if (fs::exists(out / name / "files")) return true;
+            return false;
+        });
+        std::this_thread::sleep_for(std::chrono::microseconds(200 * delay));
+        child.send(GetParam());
+        child.outcome();
+        EXPECT_FALSE(fs::exists(out) && hasHidden(out));
+        if (fs::exists(out / "a.rhb") || fs::exists(out / "a"))
+            EXPECT_EQ(listing(out / "a").size(), files) << delay;
+        else
+            EXPECT_EQ(child.signal(), GetParam());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, Signals, testing::Values(SIGINT, SIGTERM, SIGHUP),
+                         [](const auto& param) { return std::string(sigabbrev_np(param.param)); });
+
+TEST(SystemFaults, IgnoredSignalsStayIgnored) {
+    const Folder folder;
+    Feed feed(folder);
+    Child child({"cluster", feed.name(), "-q", "-o", (folder / "out.cnl").string()},
+                [] { std::signal(SIGHUP, SIG_IGN); });
+    feed.open();
+    ASSERT_TRUE(child.waitFor([&] { return hasHidden(folder.path()); }));
+    child.send(SIGHUP);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    feed.write("1 2\n2 3\n");
+    feed.end();
+    EXPECT_EQ(child.outcome().code, 0);
+    EXPECT_EQ(listing(folder.path()), (Names{"feed.nse", "out.cnl", "out.rhb"}));
+}
+
+TEST(SystemFaults, RunsAtOnceDontMix) {
+    const Folder folder;
+    const std::string file = (folder / "out.cnl").string();
+    ASSERT_EQ(vorl("cluster -q " + DATA + "jazz.nse -o " + file).code, 0);
+    const std::string clusters = contents(file);
+    const std::string hierarchy = contents(folder / "out.rhb");
+    std::vector<std::unique_ptr<Child>> children;
+    for (int i = 0; i < 6; ++i)
+        children.push_back(
+            std::make_unique<Child>(Names{"cluster", DATA + "jazz.nse", "-q", "-o", file}));
+    for (const auto& child : children) EXPECT_EQ(child->outcome().code, 0);
+    EXPECT_EQ(contents(file), clusters);
+    EXPECT_EQ(contents(folder / "out.rhb"), hierarchy);
+    EXPECT_EQ(listing(folder.path()), (Names{"out.cnl", "out.rhb"}));
+}
+
+}  // namespace
+}  // namespace vorl::test

@@ -1,0 +1,97 @@
+#include "app/unpack.hpp"
+
+#include "app/errors.hpp"
+#include "app/text_file.hpp"
+#include "cli/packed.hpp"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+namespace vorl::app {
+namespace {
+
+struct Case {
+    Packing packing;
+    std::string (*pack)(const std::string&);
+};
+
+constexpr std::size_t MOST = 1 << 24;
+
+const Case CASES[] = {{Packing::GZIP, test::gzip}, {Packing::ZSTD, test::zstd}};
+
+std::string network() {
+    std::ostringstream text;
+    text << std::ifstream(VORL_DATA_DIR "/karate.nse").rdbuf();
+    return text.str();
+}
+
+TEST(Unpack, NoDamageGoesUnnoticed) {
+    const std::string text = network();
+    for (const Case& c : CASES) {
+        const std::string packed = c.pack(text);
+        EXPECT_EQ(packingOf(packed), c.packing);
+        EXPECT_EQ(unpack(packed, c.packing, "f", MOST), text);
+        for (std::size_t size = 0; size < packed.size(); ++size)
+            EXPECT_THROW(
+                unpack(std::string_view(packed).substr(0, size), c.packing, "f", MOST) + "accepted",
+                InputError)
+                << size;
+        for (std::size_t bit = 0; bit < 8 * packed.size(); ++bit) {
+            std::string damaged = packed;
+            damaged[bit / 8] = static_cast<char>(damaged[bit / 8] ^ (1 << bit % 8));
+            // Bits of the header that tell of no contents change nothing.
+            try {
+                EXPECT_EQ(unpack(damaged, c.packing, "f", MOST), text) << bit;
+            } catch (const InputError&) {
+            }
+        }
+    }
+}
+
+TEST(Unpack, PiecesAreJoined) {
+    // Longer than the blocks that are unpacked at once.
+    std::string text;
+    for (int i = 0; i < 200'000; ++i) text += std::to_string(i) + "\n";
+    for (const Case& c : CASES) {
+        std::string packed;
+        for (std::size_t begin = 0; begin < text.size(); begin += 99'999)
+            packed += c.pack(text.substr(begin, 99'999)) + c.pack("");
+        EXPECT_TRUE(unpack(packed, c.packing, "f", MOST) == text);
+    }
+}
+
+TEST(Unpack, SizeIsLimited) {
+    const std::string zeros(1'000'000, '0');
+    for (const Case& c : CASES) {
+        const std::string packed = c.pack(zeros);
+        EXPECT_EQ(unpack(packed, c.packing, "f", zeros.size()).size(), zeros.size());
+        try {
+            unpack(packed, c.packing, "file", zeros.size() - 1);
+            FAIL() << "nothing thrown";
+        } catch (const InputError& err) {
+            EXPECT_NE(std::string(err.what()).find("unpacks to more than 976.6 KiB"),
+                      std::string::npos)
+                << err.what();
+        }
+    }
+}
+
+TEST(TextFile, EndlessOnesAreRefused) {
+    try {
+        const TextFile file("/dev/zero", 1'000'000);
+        FAIL() << "nothing thrown";
+    } catch (const InputError& err) {
+        EXPECT_STREQ(err.what(),
+                     "/dev/zero: there are more than 976.6 KiB, which is too much here");
+    }
+    const std::string name = VORL_DATA_DIR "/karate.nse";
+    const std::size_t size = network().size();
+    EXPECT_EQ(TextFile(name, size).text(), network());
+    EXPECT_THROW(TextFile(name, size - 1), InputError);
+    EXPECT_GT(textLimit(), std::size_t{1} << 26);
+}
+
+}  // namespace
+}  // namespace vorl::app

@@ -1,0 +1,114 @@
+// The measures of a file of clusters: by hand, and against the score of a build.
+#include <vorl/shared/operations.hpp>
+
+#include "support/folder.hpp"
+#include "support/trace.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <stdexcept>
+#include <string>
+
+namespace vorl::test {
+namespace {
+
+Graph<true> path() {
+    Graph<true> graph;
+    graph.addNodes(4);
+    graph.addLink<false>(0, 1, 2);
+    graph.addLink<false>(1, 2, 4);
+    graph.addLink<false>(2, 3, 1);
+    graph.addLink<false>(1, 1, 3);
+    return graph;
+}
+
+Intrinsics evaluate(Graph<true> graph, const std::string& text, AccWeight gamma = 1) {
+    const Folder folder;
+    Trace traced;
+    Intrinsics intr;
+    evaluateClusters(intr, graph, folder.write("clusters", text), gamma);
+    return intr;
+}
+
+TEST(EvaluatedClusters, CountSharesAtBothEnds) {
+    // Self weights and inner links 2.5 and 12.5, 2.5 between the clusters in each direction: node
+    // 1 is in the first one by a quarter.
+    const Intrinsics intr = evaluate(path(), "0 1:0.25\n1:0.75 2 3\n");
+    EXPECT_FLOAT_EQ(intr.mod, (2.5f - 25.f / 20 + 12.5f - 225.f / 20) / 20);
+    EXPECT_FLOAT_EQ(intr.cdn, 0.5f);
+    const double expected = (25. + 225) / 20;
+    const double inside = 15 / expected;
+    const double outside = 5 / (20 - expected);
+    const double gamma = (inside - outside) / std::log(inside / outside);
+    EXPECT_FLOAT_EQ(intr.gamma, static_cast<float>(gamma));
+    EXPECT_FLOAT_EQ(intr.sgmod, static_cast<float>((15 - gamma * expected) / 20));
+    EXPECT_FLOAT_EQ(evaluate(path(), "0 1:0.25\n1:0.75 2 3\n", 0).mod, 0.75f);
+}
+
+TEST(EvaluatedClusters, MayHaveNoCutAndNoInnerWeight) {
+    Graph<true> parts;
+    parts.addNodes(4);
+    parts.addLink<false>(0, 1);
+    parts.addLink<false>(2, 3);
+    const Intrinsics separate = evaluate(std::move(parts), "0 1\n2 3\n");
+    EXPECT_EQ(separate.cdn, 0);
+    EXPECT_EQ(separate.gamma, 1);
+    EXPECT_FLOAT_EQ(separate.mod, 0.5f);
+    const Intrinsics one = evaluate(path(), "0 1 2 3\n");
+    EXPECT_EQ(one.cdn, 1);
+    EXPECT_EQ(one.gamma, 1);
+    EXPECT_EQ(one.mod, 0);
+    Graph<true> arc;
+    arc.addNodes(2);
+    arc.addLink<true>(0, 1, 3);
+    const Intrinsics single = evaluate(std::move(arc), "0\n1\n");
+    EXPECT_EQ(single.cdn, 1);
+    EXPECT_EQ(single.gamma, 1);
+    EXPECT_FLOAT_EQ(single.mod, -0.5f);
+}
+
+TEST(EvaluatedClusters, OfARootHaveItsScore) {
+    // A ring of seven cliques of five nodes.
+    const auto cliques = [](auto& graph) {
+        graph.addNodes(35);
+        for (Id c = 0; c < 35; c += 5) {
+            for (Id i = 0; i < 5; ++i)
+                for (Id j = 0; j < i; ++j)
+                    graph.template addLink<false>(c + i, c + j, 0.1f + static_cast<float>(i));
+            graph.template addLink<false>(c, (c + 6) % 35, 0.7f);
+        }
+    };
+    const Trace traced;
+    const Folder folder;
+    Graph<true> graph;
+    cliques(graph);
+    const auto hier = graph.buildHierarchy(ClusterOptions(1));
+    for (const auto& node : hier->nodes()) ASSERT_EQ(node.owners.size(), 1);
+    OutputOptions output;
+    output.clsfile = (folder / "root.cnl").string();
+    output.clsfmt = toMask(ClsOutFmt::ROOT) | toMask(ClsOutFmt::SIMPLE);
+    hier->output(output);
+    Graph<true> again;
+    cliques(again);
+    Intrinsics intr;
+    EXPECT_EQ(evaluateClusters(intr, again, output.clsfile), hier->root().size());
+    EXPECT_EQ(intr.mod, hier->score().modularity);
+    EXPECT_EQ(intr.gamma, hier->score().egamma);
+    EXPECT_EQ(intr.cdn, hier->score().conductance);
+}
+
+TEST(EvaluatedClusters, RefuseWhatHasNoMeaning) {
+    const auto refused = [](Graph<true> graph, const std::string& text, AccWeight gamma) {
+        return errorOf<std::invalid_argument>([&] { evaluate(std::move(graph), text, gamma); });
+    };
+    EXPECT_EQ(refused(path(), "0 1\n", -1), "evaluateClusters(), gamma must not be negative\n");
+    EXPECT_EQ(refused(path(), "# nothing\n", 1), "evaluateClusters(), there are no clusters\n");
+    Graph<true> weightless;
+    weightless.addNodes(2);
+    EXPECT_EQ(refused(std::move(weightless), "0 1\n", 1),
+              "evaluateClusters(), the network has no weight\n");
+}
+
+}  // namespace
+}  // namespace vorl::test
