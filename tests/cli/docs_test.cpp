@@ -46,8 +46,9 @@ std::vector<Example> examples(const fs::path& file) {
 
 /// Whether the test can run it: not what builds, installs or calls other programs.
 bool runnable(const Example& example) {
-    static const std::set<std::string> PROGRAMS{"vorl", "cat",  "head", "tail", "sed", "grep",
-                                                "ls",   "gzip", "sort", "wc",   "cut", "awk", "for", "printf"};
+    static const std::set<std::string> PROGRAMS{"vorl", "cat", "head", "tail",  "sed",
+                                                "grep", "ls",  "gzip", "sort",  "wc",
+                                                "cut",  "awk", "for",  "printf"};
     return PROGRAMS.contains(example.command.substr(0, example.command.find(' ')));
 }
 

@@ -18,8 +18,8 @@ function(build from prefix work)
   cmake_path(GET pc PARENT_PATH pc_dir)
   set(ENV{PKG_CONFIG_PATH} "${pc_dir}")
   run(${CMAKE_COMMAND} -G Ninja -S ${CMAKE_CURRENT_LIST_DIR} -B ${work}/program -DVORL_FROM=${from}
-      -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_CXX_FLAGS=-O0
-      -DCMAKE_INSTALL_PREFIX=${work}/prefix ${ARGN})
+      -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_BUILD_TYPE=Debug
+      -DCMAKE_CXX_FLAGS_DEBUG=-O0 -DCMAKE_INSTALL_PREFIX=${work}/prefix ${ARGN})
   run(${CMAKE_COMMAND} --build ${work}/program)
   run(${work}/program/main ${SOURCE}/data/karate.nse ${work}/out)
 
