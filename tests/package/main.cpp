@@ -73,6 +73,12 @@ void useEngine(const std::string& folder) {
     description.reset();
     files.clear();
 
+    const auto last = static_cast<vorl::LevelNum>(hierarchy->levels().size() - 1);
+    check(vorl::levelsByStep(*hierarchy, 0, last, 1).back() == last, "levels of " + kind);
+    vorl::writeLevels(*hierarchy, vorl::levelsAround(*hierarchy, 2), output.clsfmt,
+                      folder + "/levels.cnl");
+    vorl::writeDescription(*hierarchy, folder + "/levels.rhb");
+
     vorl::Graph<WEIGHTED> measured;
     fill<WEIGHTED, DIRECTED>(measured);
     vorl::Intrinsics measures(vorl::IntrinsicsFlags::ALL);

@@ -37,6 +37,7 @@ VORL_API Size evaluateClusters(Intrinsics& intr, GraphT& graph, const std::strin
 /// the last one taken. The last level joins where it lies nearer to the next step than to the one
 /// before.
 ///
+/// @param hier the hierarchy
 /// @param first index of a level
 /// @param last index of a level, not below first
 /// @param step ratio in [0, 1]; 1 takes all levels
@@ -57,6 +58,7 @@ VORL_API std::vector<LevelNum> levelsAround(const Hierarchy<LinksT>& hier, Id wa
 /// of the highest one. Beside the folder stands the description of the hierarchy, "dir/name.rhb".
 /// Folders that are missing are created, and files that exist are overwritten.
 ///
+/// @param hier the hierarchy
 /// @param levels indices of levels, ascending; at least one
 /// @param format file format and filtering; the structure of the output isn't looked at
 /// @param clsfile name as that of `OutputOptions`
