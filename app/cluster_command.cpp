@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <optional>
 
 namespace vorl::app {
@@ -32,7 +33,13 @@ private:
     std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
 };
 
+/// In bytes. What `getrusage` tells may be the peak of the process that started this one.
 Size peakMemory() {
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word;) {
+        Size kilobytes = 0;
+        if (word == "VmHWM:" && status >> kilobytes) return 1024 * kilobytes;
+    }
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     return Size{1024} * static_cast<Size>(usage.ru_maxrss);

@@ -270,7 +270,7 @@ TEST_P(Signals, WhileReadingLeaveNothing) {
 TEST_P(Signals, WhileBuildingLeaveNothing) {
     const Folder folder;
     Feed feed(folder);
-    Child child({"cluster", feed.name(), "-o", (folder / "out.cnl").string()});
+    Child child({"cluster", feed.name(), "-q", "-o", (folder / "out.cnl").string()});
     // A network without communities, which takes its time.
     std::string text;
     for (unsigned node = 0, draw = 1; node < 30'000; ++node)
