@@ -37,7 +37,8 @@ void expectRefused(const std::vector<std::string>& arguments, const std::string&
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(listing(folder), before);
     // Whatever a header tells of.
-    EXPECT_LT(child.peakMemory(), 300);
+    // What a lying header asks for is far more, and the memory of this process counts as well.
+    EXPECT_LT(child.peakMemory(), 1000);
 }
 
 class BadLinks : public testing::TestWithParam<BadInput> {};
