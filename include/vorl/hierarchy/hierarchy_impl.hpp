@@ -3,7 +3,7 @@
 #pragma once
 
 #include <vorl/hierarchy/chains.hpp>
-#include <vorl/hierarchy/cluster_flags.hpp>
+#include <vorl/hierarchy/cluster_marks.hpp>
 #include <vorl/hierarchy/hierarchy.hpp>
 #include <vorl/processing/gamma.hpp>
 #include <vorl/processing/reduction.hpp>
@@ -29,6 +29,21 @@ auto& itemAt(IterT it) {
         return **it;
     else
         return *it;
+}
+
+/// Calls for the items some places ahead in a vector, but for those that will be passed over.
+template <class IterT, class PassT>
+void prefetchItems(IterT at, IterT last, PassT isPassed) {
+    constexpr std::ptrdiff_t ahead = 4;
+    if (last - at > 2 * ahead && !isPassed(at[2 * ahead])) {
+        __builtin_prefetch(&at[2 * ahead]->links);
+        __builtin_prefetch(&at[2 * ahead]->m_context);
+    }
+    if (last - at > ahead && !isPassed(at[ahead])) {
+        const auto* links = reinterpret_cast<const char*>(at[ahead]->links.data());
+        for (std::size_t line = 0; line < 256; line += 64) __builtin_prefetch(links + line);
+        __builtin_prefetch(at[ahead]->m_context.get());
+    }
 }
 
 /// The item's entry for an owner, by a linear scan; the item must have it.
@@ -64,6 +79,9 @@ public:
     using typename Base::NodeT;
     using PropagatesT = std::vector<ClusterT*>;
     using DesClusters = std::vector<ClusterT*>;
+    using MarksT = ClusterMarks<LinksT>;
+    using Mark = typename MarksT::Mark;
+    using AccLinksT = Links<AccLink<LinksT>>;
     template <class ItemT>
     using Items = std::vector<ItemT>;
     /// Where the items of a level live.
@@ -91,10 +109,13 @@ public:
     bool m_coarse;
     bool m_exact;
     ArenaAllocator<ClusterT> m_arena;  ///< of the clusters of all levels
-    /// Flags of the clusters above the node level, kept in step with their states and owners.
-    ClusterFlags<LinksT> m_flags{m_arena.arena()};
+    /// Marks of the clusters above the node level, kept in step with their states and owners.
+    MarksT m_marks{m_arena.arena()};
     Size m_quietLinks = 0;                   ///< number of links of the quiet clusters
-    std::vector<AccLink<LinksT>*> m_active;  ///< scratch memory of `visitActive`
+    std::vector<const AccLink<LinksT>*> m_active;  ///< scratch memory of `visitActive`
+    AccLinksT m_sums;                 ///< scratch memory of folding: links to what stays on
+    AccLinksT m_newSums;              ///< the same, links to the clusters of the level
+    std::vector<std::size_t> m_runs;  ///< where the links of each descendant begin in m_sums
 
     /// Takes the nodes over; the argument is left empty.
     /// @throws std::invalid_argument if a reduction is asked for without nodes
@@ -133,9 +154,6 @@ public:
     /// @throws std::overflow_error if a term overflows
     template <class ItemT>
     AccWeight clusterGain(const ItemT& el, const typename ItemT::LinkT& ln) const;
-    /// The same, computed once for each link between clusters.
-    template <class ItemT>
-    AccWeight pairGain(const ItemT& el, typename ItemT::LinkT& ln) const;
     /// Gain of a group, ascending by address, at a gamma that includes the ratio.
     template <class ItemT>
     AccWeight clusterGain(const Items<ItemT*>& group, AccWeight gamma) const;
@@ -285,6 +303,24 @@ private:
     /// The share of its best gain below which an offer would not tie, 1 - 2^-26.5.
     static constexpr AccWeight OFFER = 0.9999999894632878;
 
+    static constexpr float FLOOR_NONE = GAIN_NONE;
+
+    /// Whether a gain of at most `bound` is below a best gain whatever the tolerance makes of it.
+    /// Of tiny weights nothing is said: they all tie, and rounding may leave their gain undefined.
+    bool isOutbid(AccWeight bound, float gmax) const {
+        return gmax >= 1e-6f && bound < gmax * (1 - 0x1p-20) && bound > m_weight * 1e-12;
+    }
+
+    /// What the weight of a pair isn't above, infinity where that isn't at hand.
+    static AccWeight pairBound(const AccLink<LinksT>& ln) {
+        if constexpr (!NONSYMMETRIC)
+            return 2 * ln.weight;
+        else if constexpr (requires { ln.pair; })
+            return ln.pair;
+        else
+            return std::numeric_limits<AccWeight>::infinity();
+    }
+
     /// The largest number of levels in a row without a smaller one.
     static constexpr unsigned LEVELS_STUCK_MAX = 64;
 
@@ -294,14 +330,43 @@ private:
         if constexpr (IS_NODE<ItemT>)
             return xpropagated(item.m_context->state);
         else
-            return m_flags.test(&item, ClusterFlags<LinksT>::PROPAGATED);
+            return m_marks.of(item).is(MarksT::PROPAGATED);
     }
     /// Takes an item out of the level.
     template <class ItemT>
     void setPropagated(ItemT& item) {
         item.m_context->state |= State::PROPAGATED;
-        if constexpr (!IS_NODE<ItemT>) m_flags.set(&item, ClusterFlags<LinksT>::PROPAGATED);
+        if constexpr (!IS_NODE<ItemT>) m_marks.of(item).set(MarksT::PROPAGATED);
     }
+
+    /// A value that an item's best gain isn't below.
+    template <class ItemT>
+    float floorOf(const ItemT& item) {
+        if constexpr (IS_NODE<ItemT>)
+            return FLOOR_NONE;
+        else
+            return m_marks.of(item).floor();
+    }
+    /// Makes the floor of an item that of its best gain.
+    template <class ItemT>
+    void setFloor(const ItemT& item) {
+        if constexpr (!IS_NODE<ItemT>)
+            m_marks.of(item).floor(detail::narrow(item.m_context->gmax));
+    }
+
+    /// @name Parts of folding
+    /// @{
+
+    /// Adds to the sum of the links to a destination.
+    void accumulate(AccLinksT& sums, ClusterT* dest, AccWeight weight);
+    /// Divides a link to an absorbed item among the item's owners.
+    template <class ItemT>
+    void accumulateOwners(const ItemT& item, AccWeight weight, AccWeight share);
+    /// Appends the sums of links to the clusters of the level, which lie above all others.
+    void appendNewSums(ClusterT& cl);
+    /// Tells the links between the clusters of the level and others the weights of their pairs.
+    void pairLinks(ClustersT& clusters);
+    /// @}
 
     /// Visits the links of an item to those that take part in the level; a visit may take its own
     /// destination out of it, but none of the others.
@@ -309,7 +374,7 @@ private:
     void visitActive(ItemT& el, VisitT visit);
 
     template <class ItemT>
-    void raiseGmax(ItemT& item, AccWeight gain) const;
+    void raiseGmax(ItemT& item, AccWeight gain);
     template <class ItemT>
     void filterCands(ItemT& el, ClustersT& cls);
     template <class ItemT>
@@ -361,18 +426,6 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::clusterGain(const ItemT& el,
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-template <class ItemT>
-AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::pairGain(const ItemT& el,
-                                                        typename ItemT::LinkT& ln) const {
-    if constexpr (IS_NODE<ItemT>) {
-        return clusterGain(el, ln);
-    } else {
-        if (std::isnan(ln.gain)) ln.gain = clusterGain(el, ln);
-        return ln.gain;
-    }
-}
-
-template <bool NONSYMMETRIC, class LinksT>
 template <class ItemT, class VisitT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::visitActive(ItemT& el, VisitT visit) {
     // What a link leads to is seldom at hand, so it is called for some links ahead.
@@ -386,9 +439,16 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::visitActive(ItemT& el, VisitT visit) {
             if (!xpropagated(links[i].dest->m_context->state)) visit(links[i]);
         }
     } else {
+        // A gain isn't above the weight of the pair. Where both ends have clearly better offers
+        // neither will be the other's candidate, nor learn anything of it.
+        const float own = detail::narrow(el.m_context->gmax);
         m_active.clear();
-        for (auto& ln : links) {
-            if (isPropagated(*ln.dest)) continue;
+        for (std::size_t i = 0; i < count; ++i) {
+            if (i + 2 * ahead < count) m_marks.prefetch(links[i + 2 * ahead].dest);
+            auto& ln = links[i];
+            const Mark& mark = m_marks.of(ln.dest);
+            if (mark.is(MarksT::PROPAGATED)) continue;
+            if (isOutbid(pairBound(ln), std::min(own, mark.floor()))) continue;
             __builtin_prefetch(&ln.dest->m_context);
             m_active.push_back(&ln);
         }

@@ -39,6 +39,8 @@ AccWeight linkWeight(const ItemT* item, const typename ItemT::LinkT& ln) {
     VORL_ASSERT(item && ln.weight != WEIGHT_NONE && ln.dest,
                 "linkWeight(), cl and link must be valid");
     if constexpr (NONSYMMETRIC) {
+        if constexpr (requires { ln.pair; })
+            if (!std::isnan(ln.pair)) return ln.pair;
         const auto back = detail::findBackLink(*item, ln);
         VORL_ASSERT(back != ln.dest->links.end(),
                     "linkWeight(), back links must always exists, INVERSE");
@@ -55,6 +57,12 @@ AccWeight linksWeight(const ItemT& item) {
     AccWeight sum = 0;
     for (const auto& ln : item.links) {
         if constexpr (NONSYMMETRIC) {
+            if constexpr (requires { ln.pair; }) {
+                if (!std::isnan(ln.pair)) {
+                    sum += ln.pair;
+                    continue;
+                }
+            }
             if (detail::findBackLink(item, ln) == ln.dest->links.end()) {
                 VORL_TRACE(
                     "  >>>> WARNING linksWeight(), #%u(%p, %lu owns) -> #%u (%p, %lu owns)  %lu "

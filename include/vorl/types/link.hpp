@@ -52,16 +52,26 @@ using WeightedLinks = Links<Link<LinkWeight, true>>;
 template <class LinksT>
 concept LinkList = std::same_as<LinksT, UnweightedLinks> || std::same_as<LinksT, WeightedLinks>;
 
+namespace detail {
+
+/// What a link of a cluster knows of its back link, which in a weighted network may differ.
+template <class LinksT>
+struct PairWeight {};
+template <>
+struct PairWeight<WeightedLinks> {
+    /// The weight of a pair in both directions, NaN until folding has set it.
+    AccWeight pair = std::numeric_limits<AccWeight>::quiet_NaN();
+};
+
+}  // namespace detail
+
 /// Link of a cluster: always weighted, since folding sums the links of the descendants.
 template <class LinksT>
-struct AccLink {
+struct AccLink : detail::PairWeight<LinksT> {
     static constexpr bool IS_WEIGHTED = true;
 
     Cluster<LinksT>* dest;
     AccWeight weight;
-    /// Gain of the pair, NaN until it is known. It depends on nothing that changes while both ends
-    /// are items of the hierarchy's present height, but for a compression of the root.
-    AccWeight gain = std::numeric_limits<AccWeight>::quiet_NaN();
 
     explicit AccLink(Cluster<LinksT>* dst, AccWeight wgt = 1) : dest(dst), weight(wgt) {}
 };

@@ -268,12 +268,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::compressRoot(std::uint32_t propnum, Co
     for (ClusterT* item : m_propagates) {
         auto& ctx = *item->m_context;
         ctx.state = State::INTERLEVPROP;
-        m_flags.of(item) = 0;
+        Mark& mark = m_marks.of(item);
+        mark.flags = 0;
+        mark.floor(0);
         ctx.cands.clear();
         ctx.gmax = 0;
         ctx.npartmcs = NPARTMCS_NONE;
         ctx.parts.reset();
-        for (auto& ln : item->links) ln.gain = std::numeric_limits<AccWeight>::quiet_NaN();
     }
     m_propnum = 0;
     m_proplsnum = 0;

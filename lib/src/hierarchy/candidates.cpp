@@ -10,10 +10,18 @@ namespace vorl {
 // own equal gain ties with the value. Candidates thus don't depend on the order of the visits.
 template <bool NONSYMMETRIC, class LinksT>
 template <class ItemT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::raiseGmax(ItemT& item, AccWeight gain) const {
-    if (!m_exact || xpropagated(item.m_context->state)) return;
+void HierarchyImpl<NONSYMMETRIC, LinksT>::raiseGmax(ItemT& item, AccWeight gain) {
+    if (!m_exact || isPropagated(item)) return;
     const AccWeight offer = OFFER * gain;
-    if (less(item.m_context->gmax, offer)) item.m_context->gmax = offer;
+    if constexpr (IS_NODE<ItemT>) {
+        if (less(item.m_context->gmax, offer)) item.m_context->gmax = offer;
+    } else {
+        Mark& mark = m_marks.of(item);
+        if (detail::narrow(offer) <= mark.floor()) return;
+        AccWeight& gmax = item.m_context->gmax;
+        if (less(gmax, offer)) gmax = offer;
+        mark.floor(detail::narrow(gmax));
+    }
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -31,12 +39,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::defineItemCands(ItemT& el, ClustersT& 
         standalone(el, cls);
         return;
     }
-    visitActive(el, [&](auto& ln) {
-        const AccWeight gain = pairGain(el, ln);
+    visitActive(el, [&](const auto& ln) {
+        const AccWeight gain = clusterGain(el, ln);
         if (less(gain)) return;
         accBest(ectx.cands, ectx.gmax, ln.dest, gain, 1);
         raiseGmax(*ln.dest, gain);
     });
+    setFloor(el);
     if (ectx.cands.empty()) propagate(el, cls);
 }
 
@@ -91,21 +100,21 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::defineIlevpropItemCands(ItemT& el, Clu
         VORL_ASSERT(false, "defineIlevpropItemCands(), el should be non-clustered xinterlevprop");
     }
     VORL_ASSERT(ectx.cands.empty(), "defineIlevpropItemCands(), cands should not be defined yet");
-    visitActive(el, [&](auto& ln) {
+    visitActive(el, [&](const auto& ln) {
         ItemT& dest = *ln.dest;
-        const Context<ItemT>& dctx = *dest.m_context;
-        if (less(dctx.gmax)) {
-            if (xinterlevprop(dctx.state)) {
+        if (floorOf(dest) < 0 && less(dest.m_context->gmax)) {
+            if (xinterlevprop(dest.m_context->state)) {
                 propagate(dest, cls);
                 return;
             }
-            if (!dctx.cands.empty()) return;
+            if (!dest.m_context->cands.empty()) return;
         }
-        const AccWeight gain = pairGain(el, ln);
+        const AccWeight gain = clusterGain(el, ln);
         if (less(gain)) return;
         accBest(ectx.cands, ectx.gmax, &dest, gain, 1);
         raiseGmax(dest, gain);
     });
+    setFloor(el);
     if (ectx.cands.empty()) {
         propagate(el, cls);
         return;
@@ -119,6 +128,8 @@ template <class IItemXT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::initPropnomCands(IItemXT first, IItemXT last,
                                                            ClustersT& cls) {
     for (; first != last; ++first) {
+        detail::prefetchItems(first, last,
+                              [this](const ClusterT* item) { return isPropagated(*item); });
         auto& el = detail::itemAt(first);
         if (isPropagated(el)) continue;
         auto& ectx = *el.m_context;

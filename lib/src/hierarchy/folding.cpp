@@ -6,6 +6,72 @@
 
 namespace vorl {
 
+namespace {
+
+template <class LinksT>
+bool byDest(const AccLink<LinksT>& a, const AccLink<LinksT>& b) {
+    return cmpBase(a.dest, b.dest);
+}
+
+}  // namespace
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::appendNewSums(ClusterT& cl) {
+    auto& links = cl.links;
+    std::sort(m_newSums.begin(), m_newSums.end(), byDest<LinksT>);
+    links.reserve(links.size() + m_newSums.size());
+    links.insert(links.end(), m_newSums.begin(), m_newSums.end());
+    m_marks.of(cl).aim = links.data() + (links.size() - m_newSums.size());
+}
+
+// Each list is ascending, and the clusters of the level are walked ascending too. So what leads
+// back to the cluster at hand is, in the list of its destination, the next link to a cluster of
+// the level, and no link need be sought.
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::pairLinks(ClustersT& clusters) {
+    if constexpr (NONSYMMETRIC && requires(AccLink<LinksT> ln) { ln.pair; }) {
+        constexpr std::size_t ahead = 8;
+        for (ClusterT& cl : clusters) {
+            const std::size_t count = cl.links.size();
+            for (std::size_t i = 0; i < count; ++i) {
+                if (i + 2 * ahead < count) m_marks.prefetch(cl.links[i + 2 * ahead].dest);
+                if (i + ahead < count) __builtin_prefetch(m_marks.of(cl.links[i + ahead].dest).aim);
+                auto& ln = cl.links[i];
+                Mark& mark = m_marks.of(ln.dest);
+                AccLink<LinksT>* back = mark.back();
+                VORL_ASSERT(back->dest == &cl,
+                            "linkWeight(), back links must always exists, INVERSE");
+                ln.pair = back->pair = ln.weight + back->weight;
+                mark.aim = back + 1;
+            }
+        }
+    }
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::accumulate(AccLinksT& sums, ClusterT* dest,
+                                                     AccWeight weight) {
+    Mark& mark = m_marks.of(dest);
+    if (mark.place < sums.size() && sums[mark.place].dest == dest) {
+        sums[mark.place].weight += weight;
+        return;
+    }
+    mark.place = static_cast<std::uint32_t>(sums.size());
+    sums.emplace_back(dest, weight);
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+template <class ItemT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::accumulateOwners(const ItemT& item, AccWeight weight,
+                                                           AccWeight share) {
+    std::uint32_t totac = 0;
+    for (const auto& owner : item.owners) {
+        accumulate(m_newSums, owner.dest, weight / item.totac * owner.numac * share);
+        totac += owner.numac;
+    }
+    VORL_ASSERT(totac == item.totac, "accLinks(), totac validation failed");
+}
+
 template <bool NONSYMMETRIC, class LinksT>
 template <bool CLUSTERS>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinks(ClusterT& cl) {
@@ -13,45 +79,66 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinks(ClusterT& cl) {
     VORL_ASSERT(
         !cl.des.empty() && (cl.des.front()->descs() != nullptr) == CLUSTERS,
         "accLinks(), el des should not be empty and should correspond to the CLUSTERS flag");
-    const Size ends = static_cast<const DesT*>(cl.des.front())->links.size() +
-                      static_cast<const DesT*>(cl.des.back())->links.size();
-    cl.links.reserve(static_cast<Size>(std::sqrt(static_cast<double>(ends * cl.des.size()))));
+    // The links to what stays on come in as many ascending runs as there are descendants; those to
+    // the clusters of the level, all of which lie above, come in no order.
+    constexpr std::size_t ahead = 8;
+    m_sums.clear();
+    m_newSums.clear();
+    m_runs.clear();
+    // Shared descendants with a self weight have linked their owners already.
+    for (const auto& ln : cl.links) accumulate(m_newSums, ln.dest, ln.weight);
+    cl.links.clear();
     for (const NodeI<LinksT>* item : cl.des) {
         const DesT& dc = static_cast<const DesT&>(*item);
         const AccWeight share = static_cast<AccWeight>(detail::ownerEntry(dc, cl).numac) /
                                 static_cast<AccWeight>(dc.totac);
-        for (const auto& ln : dc.links) {
-            DesT& dest = *ln.dest;
+        const std::size_t count = dc.links.size();
+        m_runs.push_back(m_sums.size());
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto& ln = dc.links[i];
             const AccWeight weight = ln.weight;
             if constexpr (CLUSTERS) {
-                if (!m_flags.test(&dest, ClusterFlags<LinksT>::ABSORBED)) {
-                    if (cl.links.empty() || cmpBase(cl.links.back().dest, &dest))
-                        cl.links.emplace_back(&dest, weight * share);
-                    else
-                        addLink(cl.links, cl.links.begin(), &dest, weight * share);
-                    continue;
+                if (i + ahead < count) m_marks.prefetch(dc.links[i + ahead].dest);
+                Mark& mark = m_marks.of(ln.dest);
+                if (!mark.is(MarksT::ABSORBED)) {
+                    mark.set(MarksT::TOUCHED);
+                    accumulate(m_sums, ln.dest, weight * share);
+                } else if (mark.aim) {
+                    accumulate(m_newSums, mark.owner(), weight * share);
+                } else {
+                    accumulateOwners(*ln.dest, weight, share);
                 }
             } else {
-                VORL_ASSERT(!dest.owners.empty(),
+                if (i + ahead < count) __builtin_prefetch(&dc.links[i + ahead].dest->owners);
+                VORL_ASSERT(!ln.dest->owners.empty(),
                             "accLinks(), a cluster is expected, which always have desc");
+                accumulateOwners(*ln.dest, weight, share);
             }
-            auto hint = cl.links.begin();
-            std::uint32_t totac = 0;
-            for (const auto& owner : dest.owners) {
-                hint =
-                    addLink(cl.links, hint, owner.dest, weight / dest.totac * owner.numac * share);
-                totac += owner.numac;
-            }
-            VORL_ASSERT(totac == dest.totac, "accLinks(), totac validation failed");
         }
     }
+    cl.links.reserve(m_sums.size() + m_newSums.size());
+    if (m_runs.size() == 2) {
+        const auto middle = m_sums.begin() + static_cast<std::ptrdiff_t>(m_runs[1]);
+        std::merge(m_sums.begin(), middle, middle, m_sums.end(), std::back_inserter(cl.links),
+                   byDest<LinksT>);
+    } else {
+        if (m_runs.size() > 2) std::sort(m_sums.begin(), m_sums.end(), byDest<LinksT>);
+        cl.links.assign(m_sums.begin(), m_sums.end());
+    }
+    appendNewSums(cl);
 }
 
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::markAbsorbed(const ClustersT& clusters) {
-    for (const ClusterT& cl : clusters)
-        for (const NodeI<LinksT>* item : cl.des)
-            m_flags.set(static_cast<const ClusterT*>(item), ClusterFlags<LinksT>::ABSORBED);
+    for (const ClusterT& cl : clusters) {
+        for (const NodeI<LinksT>* item : cl.des) {
+            Mark& mark = m_marks.of(static_cast<const ClusterT*>(item));
+            mark.set(MarksT::ABSORBED);
+            const bool whole = item->owners.size() == 1 && item->totac == 1 &&
+                               item->owners.front().numac == 1;
+            mark.aim = whole ? item->owners.front().dest : nullptr;
+        }
+    }
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -66,13 +153,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furprop
         cl.m_context->gmax = GAIN_NONE;
         ++furpropnum;
         furproplsnum += links.size();
-        m_flags.set(&cl, ClusterFlags<LinksT>::QUIET);
+        m_marks.of(cl).set(MarksT::QUIET);
         m_quietLinks += links.size();
     };
-    std::uint8_t& flags = m_flags.of(&cl);
-    if (flags & ClusterFlags<LinksT>::QUIET) m_quietLinks -= links.size();
-    const bool touched = flags & ClusterFlags<LinksT>::TOUCHED;
-    flags = 0;
+    Mark& mark = m_marks.of(cl);
+    if (mark.is(MarksT::QUIET)) m_quietLinks -= links.size();
+    const bool touched = mark.is(MarksT::TOUCHED);
+    mark.flags = 0;
     if (!props && !touched) {  // no link leads to an absorbed item
         cands.clear();
         goFurther();
@@ -90,7 +177,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furprop
     }
 
     auto icand = cands.begin();
-    Links<AccLink<LinksT>> newLinks;
+    m_newSums.clear();
     auto wcand = icand;
     if (!cands.empty() && ln != links.begin() && ln == links.end()) {
         wcand = cands.end();
@@ -101,7 +188,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furprop
         auto wlink = ln;
         for (; ln != links.end(); ++ln) {
             const ClusterT* dest = ln->dest;
-            if (!m_flags.test(dest, ClusterFlags<LinksT>::ABSORBED)) {
+            const Mark& end = m_marks.of(dest);
+            if (!end.is(MarksT::ABSORBED)) {
                 if (wlink != ln) *wlink = *ln;
                 ++wlink;
                 continue;
@@ -109,51 +197,35 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furprop
             for (; icand != cands.end() && !cmpBase(dest, *icand); ++icand) {
                 if (*icand != dest) *wcand++ = *icand;
             }
-            auto hint = newLinks.begin();
-            std::uint32_t totac = 0;
-            for (const auto& owner : dest->owners) {
-                hint = addLink(newLinks, hint, owner.dest, ln->weight / dest->totac * owner.numac);
-                totac += owner.numac;
-            }
-            VORL_ASSERT(totac == dest->totac, "accLinksProp(),  totac validation failed");
+            if (end.aim)
+                accumulate(m_newSums, end.owner(), ln->weight);
+            else
+                accumulateOwners(*dest, ln->weight, 1);
         }
         links.erase(wlink, links.end());
     }
 
-    const bool unchanged = newLinks.empty();
-    if (links.empty()) {
-        links = std::move(newLinks);
-    } else {
-        std::size_t place = 0;
-        for (const auto& link : newLinks) {
-            if (cmpBase(links.back().dest, link.dest)) {
-                links.push_back(link);
-                continue;
-            }
-            const auto from = links.begin() + static_cast<std::ptrdiff_t>(place);
-            const auto it = links.insert(findDest(from, links.end(), link.dest), link);
-            place = static_cast<std::size_t>(it - links.begin());
-        }
-    }
+    const bool unchanged = m_newSums.empty();
+    if (links.capacity() > (links.size() + m_newSums.size()) * 5 / 4 + 4) links.shrink_to_fit();
+    appendNewSums(cl);
 
     // Every candidate behind the last absorbed link goes as well.
     cands.erase(wcand, cands.end());
     if (!cands.empty()) return;
     cl.m_context->gmax = 0;
     if (unchanged) goFurther();
-    links.shrink_to_fit();
 }
 
 template <bool NONSYMMETRIC, class LinksT>
 template <bool CLUSTERS>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagates) {
     ClustersT& clusters = m_levels.back().clusters;
+    m_marks.cover();
     if constexpr (CLUSTERS) markAbsorbed(clusters);
     Id desnum = 0;
     Id rdsnum = 0;
     for (ClusterT& cl : clusters) {
         accLinks<CLUSTERS>(cl);
-        cl.links.shrink_to_fit();
         if constexpr (CLUSTERS) desnum += static_cast<Id>(cl.des.size());
         if (m_reductionClusters != Reduction::NONE && m_linksMarg != 0 &&
             cl.links.size() > m_linksMarg)
@@ -178,25 +250,26 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
             absorbed.erase(std::unique(absorbed.begin(), absorbed.end()), absorbed.end());
         }
         // Few items change on a level, while many may be carried past it.
-        for (const ClusterT& cl : clusters)
-            for (const NodeI<LinksT>* item : cl.des)
-                for (const auto& ln : static_cast<const ClusterT*>(item)->links)
-                    m_flags.set(ln.dest, ClusterFlags<LinksT>::TOUCHED);
+        const auto isQuiet = [this](const ClusterT* item) {
+            const Mark& mark = m_marks.of(item);
+            return mark.is(MarksT::QUIET) && !mark.is(MarksT::TOUCHED);
+        };
         Id quiet = 0;
-        for (ClusterT* item : propagates) {
-            constexpr auto mask = ClusterFlags<LinksT>::QUIET | ClusterFlags<LinksT>::TOUCHED;
-            if ((m_flags.of(item) & mask) == ClusterFlags<LinksT>::QUIET) {
+        for (auto it = propagates.begin(); it != propagates.end(); ++it) {
+            detail::prefetchItems(it, propagates.end(), isQuiet);
+            if (isQuiet(*it)) {
                 ++quiet;
                 continue;
             }
-            accLinksProp(*item, furpropnum, furproplsnum, sorted ? &absorbed : nullptr);
-            initItem(*item);
+            accLinksProp(**it, furpropnum, furproplsnum, sorted ? &absorbed : nullptr);
+            initItem(**it);
         }
         furpropnum += quiet;
         furproplsnum = m_quietLinks;
         VORL_ASSERT(furpropnum <= m_propnum, "foldLevel(), furpropnum is invalid");
     }
 
+    pairLinks(clusters);
     for (ClusterT& cl : clusters) initItem(cl);
     // Only now: the new clusters have read their descendants' weights.
     if constexpr (CLUSTERS)

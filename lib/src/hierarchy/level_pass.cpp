@@ -82,11 +82,14 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::initItem(ClusterT& el) {
         VORL_ASSERT(xpropagated(el.m_context->state),
                     "initItem(), only propagated clusters can have defined context");
         el.m_context->tidysmart();
-        m_flags.set(&el, ClusterFlags<LinksT>::PROPAGATED, xpropagated(el.m_context->state));
+        Mark& mark = m_marks.of(el);
+        mark.set(MarksT::PROPAGATED, xpropagated(el.m_context->state));
+        mark.floor(detail::narrow(el.m_context->gmax));
         // What a cluster is made of doesn't change any more.
         if (el.m_context->weight != WEIGHT_NONE) return el.m_context->weight;
     } else {
         el.m_context = std::make_unique<Context<ClusterT>>();
+        m_marks.of(el).floor(FLOOR_NONE);
     }
     el.m_nnodes = 0;
     for (const NodeI<LinksT>* item : el.des) {

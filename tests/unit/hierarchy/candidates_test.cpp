@@ -150,7 +150,7 @@ TEST_F(CarriedTest, PassOverThoseThatGoFurther) {
     upper.link(0, 2, 1);
     for (Id id : {0u, 1u, 2u}) carry(id);
     ctx(1).state |= State::PROPAGATED;
-    bench.hier.m_flags.set(upper.items[1], ClusterFlags<WeightedLinks>::PROPAGATED);
+    bench.hier.m_marks.of(upper.items[1]).set(ClusterMarks<WeightedLinks>::PROPAGATED);
     init();
     EXPECT_EQ(cands(0), IdsT{2});
 }

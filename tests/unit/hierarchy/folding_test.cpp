@@ -123,9 +123,9 @@ struct CarriedPastTest : testing::Test {
             item(id).owners.emplace_back(next, 1);
             item(id).totac = 1;
             next->des.push_back(&item(id));
-            bench.hier.m_flags.set(&item(id), ClusterFlags<WeightedLinks>::ABSORBED);
+            bench.hier.m_marks.of(&item(id)).set(ClusterMarks<WeightedLinks>::ABSORBED);
             for (const auto& ln : item(id).links)
-                bench.hier.m_flags.set(ln.dest, ClusterFlags<WeightedLinks>::TOUCHED);
+                bench.hier.m_marks.of(ln.dest).set(ClusterMarks<WeightedLinks>::TOUCHED);
         }
     }
     void cands(Id id, const IdsT& ids) {

@@ -1,0 +1,89 @@
+/// @file
+/// What the walks over links need to know of a destination, apart from the cluster itself.
+#pragma once
+
+#include <vorl/types/item.hpp>
+
+#include <algorithm>
+#include <bit>
+#include <vector>
+
+namespace vorl {
+
+/// Marks of the clusters of one arena, in the order of their addresses. A walk over links thus
+/// touches a dense array and neither the clusters nor their contexts, most of which it has no
+/// further use for.
+template <class LinksT>
+class ClusterMarks {
+public:
+    using ClusterT = Cluster<LinksT>;
+
+    static constexpr float FLOOR_NONE = GAIN_NONE;
+
+    enum Flag : std::uint8_t {
+        PROPAGATED = 1,  ///< takes no further part in the level, as its state tells
+        ABSORBED = 2,    ///< has owners
+        TOUCHED = 4,     ///< a neighbour was absorbed on the level that is being folded
+        QUIET = 8        ///< carried past the level unchanged, and so on until it is touched
+    };
+
+    struct Mark {
+        /// Of an absorbed cluster: the owner, if there is just one; of another cluster while a
+        /// level is folded: the next of its links to a cluster of the level, see `pairLinks`.
+        void* aim = nullptr;
+        /// While links are summed: where those to this cluster are. While a level is formed: the
+        /// bits of a value that the best gain isn't below.
+        std::uint32_t place = std::bit_cast<std::uint32_t>(FLOOR_NONE);
+        std::uint8_t flags = 0;
+
+        ClusterT* owner() const { return static_cast<ClusterT*>(aim); }
+        AccLink<LinksT>* back() const { return static_cast<AccLink<LinksT>*>(aim); }
+        float floor() const { return std::bit_cast<float>(place); }
+        void floor(float value) { place = std::bit_cast<std::uint32_t>(value); }
+        bool is(Flag flag) const { return flags & flag; }
+        void set(Flag flag) { flags |= flag; }
+        void set(Flag flag, bool value) {
+            flags = static_cast<std::uint8_t>(value ? flags | flag : flags & ~flag);
+        }
+    };
+
+    explicit ClusterMarks(std::shared_ptr<Arena> arena) : m_arena(std::move(arena)) {}
+
+    Mark& of(const ClusterT* cluster) {
+        const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(cluster) - m_base;
+        return offset < m_span ? m_marks[offset >> SHIFT] : distant(cluster);
+    }
+    Mark& of(const ClusterT& cluster) { return of(&cluster); }
+    /// Makes marks of all clusters created so far, so that references to marks stay valid.
+    void cover() {
+        const std::size_t count = (m_arena->used() >> SHIFT) + 1;
+        if (count <= m_marks.size()) return;
+        m_marks.resize(std::max(count, m_marks.size() * 3 / 2));
+        m_base = m_arena->firstRange().begin;
+        m_span = std::min(m_arena->firstRange().size, m_marks.size() << SHIFT);
+    }
+    /// Calls for the mark of a cluster ahead of its use.
+    void prefetch(const ClusterT* cluster) const {
+        const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(cluster) - m_base;
+        if (offset < m_span) __builtin_prefetch(&m_marks[offset >> SHIFT]);
+    }
+
+private:
+    // No two clusters share a mark, since none is smaller than this.
+    static constexpr unsigned SHIFT = 7;
+    static_assert(sizeof(ClusterT) >= 1u << SHIFT);
+
+    /// Of clusters that were created since, or that lie beyond the arena's first range.
+    Mark& distant(const ClusterT* cluster) {
+        const std::size_t index = m_arena->offset(cluster) >> SHIFT;
+        if (index >= m_marks.size()) cover();
+        return m_marks[index];
+    }
+
+    std::shared_ptr<Arena> m_arena;
+    std::uintptr_t m_base = 0;
+    std::size_t m_span = 0;  // bytes of the first range that have marks
+    std::vector<Mark> m_marks;
+};
+
+}  // namespace vorl
