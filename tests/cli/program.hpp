@@ -16,6 +16,10 @@ struct Outcome {
     std::string err;
 };
 
+inline bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
 /// Runs `vorl` with arguments as the shell reads them.
 inline Outcome vorl(const std::string& arguments, const std::string& before = "") {
     const Folder folder;

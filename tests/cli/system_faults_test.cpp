@@ -16,10 +16,6 @@ namespace fs = std::filesystem;
 const std::string DATA = VORL_DATA_DIR "/";
 using Names = std::vector<std::string>;
 
-bool contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
 /// The program's writing in all its forms: to a file and its description, to a folder, to a
 /// description alone, of a network.
 std::vector<Names> writers(const std::string& network, const fs::path& folder) {

@@ -247,12 +247,8 @@ TEST(InitItem, RefusesWeightsThatOverflow) {
     ClusterT& other = bench.own({{1, 1}});
     cl.id = 77;
     cl.links.emplace_back(&cl, std::numeric_limits<double>::infinity());
-    try {
-        bench.hier.initItem(cl);
-        FAIL() << "no error";
-    } catch (const std::overflow_error& error) {
-        EXPECT_STREQ(error.what(), "initItem(), #77 self weight overflowed: INF\n");
-    }
+    EXPECT_EQ(errorOf<std::overflow_error>([&] { bench.hier.initItem(cl); }),
+              "initItem(), #77 self weight overflowed: INF\n");
     other.links.emplace_back(&cl, std::numeric_limits<double>::max());
     EXPECT_THROW(bench.hier.initItem(other), std::overflow_error);
 }
