@@ -6,8 +6,6 @@
 namespace vorl::test {
 namespace {
 
-const std::string DATA = VORL_DATA_DIR "/";
-
 /// Removes what stands from `begin` to the next `end` behind it, both included.
 void cut(std::string& text, const std::string& begin, char end) {
     if (const size_t first = text.find(begin); first != std::string::npos)
@@ -95,11 +93,7 @@ TEST(Cluster, TraceGoesToStandardError) {
     const Outcome run = vorl("cluster " + DATA + "karate.nse -q --trace");
     EXPECT_EQ(run.out, "");
     EXPECT_TRUE(run.err.starts_with("The clustering has been started\nVersion: r-"));
-    EXPECT_TRUE(contains(run.err, "\nInitial nodes clustering is completed, 17 clusters\n"));
-    EXPECT_TRUE(contains(run.err,
-                         "\nResult>  Q: 0.412615, root size: 4 (non-nodes: 4), levels: 7, "
-                         "clusters: 30 (non-nodes: 24), nodes: 34, weight (both dir): 156, node "
-                         "links (directed): 156, avg dyn gamma: "));
+    EXPECT_TRUE(contains(run.err, "\nResult>  Q: 0.412615, root size: 4 (non-nodes: 4), "));
 }
 
 TEST(Cluster, ReadsWhatOthersWrite) {

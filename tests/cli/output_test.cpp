@@ -12,8 +12,6 @@
 namespace vorl::test {
 namespace {
 
-const std::string DATA = VORL_DATA_DIR "/";
-
 /// The text of a value in a JSON document, the first one of its name behind a position.
 std::string value(const std::string& json, const std::string& name, std::size_t from = 0) {
     const std::string key = "\"" + name + "\": ";

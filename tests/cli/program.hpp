@@ -10,6 +10,8 @@
 
 namespace vorl::test {
 
+inline const std::string DATA = VORL_DATA_DIR "/";
+
 struct Outcome {
     int code;  ///< exit code, or -1 if a signal ended the program
     std::string out;

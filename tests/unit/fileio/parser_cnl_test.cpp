@@ -2,11 +2,11 @@
 #include <vorl/fileio/parser_cnl.hpp>
 
 #include "support/folder.hpp"
+#include "support/links_text.hpp"
 #include "support/trace.hpp"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -47,12 +47,10 @@ struct Read {
         const auto found = membership->ndshares.find(idnodes.at(id));
         if (found == membership->ndshares.end()) return "none";
         std::string result;
-        char part[48];
         for (const auto& [dest, share] : found->second) {
             int place = 0;
             for (auto cl = membership->clusters.begin(); &*cl != dest; ++cl) ++place;
-            std::snprintf(part, sizeof part, "%d:%G ", place, double{share});
-            result += part;
+            result += std::to_string(place) + ":" + digits(double{share}) + " ";
         }
         return result;
     }

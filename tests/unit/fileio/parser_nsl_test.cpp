@@ -38,7 +38,7 @@ struct Read {
         trace = traced.take();
     }
 
-    std::string links() const { return linksText(*graph); }
+    std::string links() const { return linksText(graph->nodes()); }
 };
 
 constexpr FileFormat NSE = FileFormat::NSE;

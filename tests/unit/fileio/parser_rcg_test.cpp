@@ -39,7 +39,7 @@ struct Read {
         weighted = parser.weighted();
         validated = parser.validated();
         graph = parser.build<Graph<WEIGHTED>>();
-        links = linksText(*graph);
+        links = linksText(graph->nodes());
         trace = traced.take();
     }
 };
@@ -183,7 +183,7 @@ TEST(RcgFile, MayBeAPipe) {
     close(ends[1]);
     Trace traced;
     RcgParser parser(optionsFor("/proc/self/fd/" + std::to_string(ends[0])));
-    EXPECT_EQ(linksText(*parser.build<Graph<true>>()), "0>1:1 1>0:1 ");
+    EXPECT_EQ(linksText(parser.build<Graph<true>>()->nodes()), "0>1:1 1>0:1 ");
     EXPECT_EQ(traced.take(), "");
     close(ends[0]);
 }

@@ -1,6 +1,7 @@
 // Repair and refusal of links, with the words of each report.
 #include <vorl/processing/validation.hpp>
 
+#include "support/links_text.hpp"
 #include "support/trace.hpp"
 
 #include <gtest/gtest.h>
@@ -44,14 +45,7 @@ struct Network {
         return trace.take();
     }
 
-    /// "dest:weight" of each link of a node.
-    std::string links(Id id) const {
-        std::string text;
-        for (const auto& ln : nodes[id]->links)
-            text +=
-                std::to_string(ln.dest->id) + ":" + std::to_string(std::lround(ln.weight)) + " ";
-        return text;
-    }
+    std::string links(Id id) const { return linksText(*nodes[id]); }
 };
 
 using Weighted = Network<WeightedLinks>;

@@ -9,22 +9,18 @@ namespace vorl {
 namespace {
 
 TEST(TextForm, OfPlainValues) {
+    const auto texts = [](auto... values) { return ((to_string(values) + " ") + ...); };
+    EXPECT_EQ(texts(toValidation(0), toValidation(0xAA), toValidation(0xFF), toSpeedup(0),
+                    toSpeedup(0xAA), toSpeedup(0xFF)),
+              "NONE STANDARD SEVERE NONE COARSE ORDERDEP ");
     EXPECT_EQ(
-        to_string(toValidation(0)) + to_string(toValidation(0xAA)) + to_string(toValidation(0xFF)),
-        "NONESTANDARDSEVERE");
-    EXPECT_EQ(to_string(toSpeedup(0)) + to_string(toSpeedup(0xAA)) + to_string(toSpeedup(0xFF)),
-              "NONECOARSEORDERDEP");
-    EXPECT_EQ(to_string(toLevMargKind(0)) + to_string(toLevMargKind(0x55)) +
-                  to_string(toLevMargKind(0xAA)) + to_string(toLevMargKind(0xFF)),
-              "NONECLSNUMLEVIDLEVSTEPNUM");
-    EXPECT_EQ(to_string(toSzFnName(0)) + to_string(toSzFnName(2)) + to_string(toSzFnName(4)) +
-                  to_string(toSzFnName(0x12)) + to_string(toSzFnName(0x13)),
-              "NONECLSSZ_ROOT2CLSSZ_ROOT4CLSSZ_LOG2CLSSZ_LOGE");
+        texts(toLevMargKind(0), toLevMargKind(0x55), toLevMargKind(0xAA), toLevMargKind(0xFF),
+              toSzFnName(0), toSzFnName(2), toSzFnName(4), toSzFnName(0x12), toSzFnName(0x13)),
+        "NONE CLSNUM LEVID LEVSTEPNUM NONE CLSSZ_ROOT2 CLSSZ_ROOT4 CLSSZ_LOG2 CLSSZ_LOGE ");
     std::string formats;
     for (std::uint8_t value = 0; value <= 5; ++value)
-        formats += to_string(static_cast<FileFormat>(value)) + " ";
-    EXPECT_EQ(formats, "UNKNOWN RCG NSE NSA CNL RHB ");
-    EXPECT_EQ(to_string(FileFormat::DEFAULT_INPUT), "RCG");
+        formats += texts(static_cast<FileFormat>(value));
+    EXPECT_EQ(formats + texts(FileFormat::DEFAULT_INPUT), "UNKNOWN RCG NSE NSA CNL RHB RCG ");
 }
 
 TEST(TextForm, OfFlags) {
