@@ -96,7 +96,7 @@ TEST(Cluster, TraceGoesToStandardError) {
     EXPECT_TRUE(contains(run.err, "\nResult>  Q: 0.412615, root size: 4 (non-nodes: 4), "));
 }
 
-TEST(Cluster, ReadsWhatOthersWrite) {
+TEST(Cluster, TakesRepeatedAndSelfLinks) {
     const Folder folder;
     const auto summary = [](const std::string& file, const std::string& options = "") {
         return stable(vorl("cluster " + file + " --json " + options).out);

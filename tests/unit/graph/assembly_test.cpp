@@ -250,21 +250,6 @@ TEST(GraphState, MovesAndResets) {
     EXPECT_THROW(shared->node(1), std::out_of_range);
 }
 
-TEST(GraphState, ResetKeepsBucketsThatFit) {
-    const auto buckets = [](std::initializer_list<Id> resets) {
-        Graph<false> graph;
-        for (Id nodesNum : resets) graph.reset(nodesNum);
-        Graph<false>::IdNodesT idnodes;
-        graph.release(&idnodes);
-        return idnodes.bucket_count();
-    };
-    EXPECT_GE(buckets({100}), 100);
-    EXPECT_EQ(buckets({100, 90}), buckets({100}));
-    EXPECT_EQ(buckets({100, 0}), buckets({100}));
-    EXPECT_EQ(buckets({100, 1000}), buckets({1000}));
-    EXPECT_EQ(buckets({1000, 100}), buckets({100}));
-}
-
 TEST(GraphState, HierarchyTakesTheNodes) {
     Trace trace;
     Graph<false> graph;

@@ -70,21 +70,6 @@ TEST_F(TidyTest, AnItemPassedOverStaysAsItIs) {
     EXPECT_DEATH(tidy(), "propagated and single clusterable items must contain <= 1 owner");
 }
 
-// Two nodes a and b alone in one cluster: all of their weight becomes its self weight.
-TEST(FoldNodes, WeightInsideBecomesSelfWeight) {
-    Bench<> bench(edges(3, {{0, 1, 2}, {1, 2, 0.5f}}, {{0, 3}}));
-    ClusterT& a = bench.own({{0, 1}, {1, 1}});
-    ClusterT& b = bench.own({{2, 1}});
-    bench.hier.template accLinks<false>(a);
-    EXPECT_EQ(linksOf(a), (std::map<Id, AccWeight>{{a.id, 4}, {b.id, 0.5}}));
-    bench.hier.template accLinks<false>(b);
-    EXPECT_EQ(bench.hier.initItem(a), 10.5);
-    EXPECT_EQ(linksOf(a), (std::map<Id, AccWeight>{{b.id, 0.5}}));
-    EXPECT_EQ(a.weight(), 10);
-    EXPECT_EQ(a.nnodes(), 2);
-    EXPECT_EQ(bench.hier.initItem(b), 0.5);
-}
-
 // Node 1 lies a quarter in A and three quarters in B.
 TEST(FoldNodes, SharedNodesAreSplitByTheirShares) {
     Bench<> bench(edges(3, {{0, 1, 4}, {1, 2, 8}}, {{1, 8}}));
@@ -202,16 +187,6 @@ TEST_F(CarriedPastTest, AListWithoutATouchedLinkKeepsTheCandidates) {
     EXPECT_EQ(candIds(0), (IdsT{5, 12}));
     EXPECT_EQ(ctx(0).gmax, 3);
     EXPECT_EQ(further, 0u);
-}
-
-TEST_F(CarriedPastTest, SharesSplitTheLinks) {
-    upper.link(0, 1, 8);
-    absorb({1});
-    ClusterT& other = bench.cls.emplace_back(LevelNum{1}, Id{101}, Size{0});
-    item(1).owners.emplace_back(&other, 3);
-    item(1).totac = 4;
-    redirect(0);
-    EXPECT_EQ(linksOf(item(0)), (std::map<Id, AccWeight>{{100, 2}, {101, 6}}));
 }
 
 TEST(InitItem, RenewsWhatIsCarriedOver) {
