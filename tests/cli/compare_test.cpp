@@ -6,10 +6,6 @@
 namespace vorl::test {
 namespace {
 
-bool tells(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
-
 TEST(Compare, JsonTellsTheMeasures) {
     const Folder folder;
     const std::string halves = folder.write("halves.cnl", "# Clusters: 2\n10 11 12\n13 14 15\n");
@@ -25,11 +21,11 @@ TEST(Compare, JsonTellsTheMeasures) {
                            "\"nmi_lfk\": 0.39624062518, \"f1\": 0.733333333333, \"omega\": "
                            "0.242424242424, \"omega_samples\": 0, \"ari\": 0.242424242424, "
                            "\"nmi\": 0.515803742979}\n");
-    EXPECT_TRUE(tells(run.err, thirds + ": the clusters are numbered")) << run.err;
+    EXPECT_TRUE(contains(run.err, thirds + ": the clusters are numbered")) << run.err;
     EXPECT_EQ(vorl("compare -q " + halves + " " + thirds).err, "");
     const Outcome strict = vorl("compare --strict " + halves + " " + thirds);
     EXPECT_EQ(strict.code, 1);
-    EXPECT_TRUE(tells(strict.err, thirds + ":1: the clusters are numbered")) << strict.err;
+    EXPECT_TRUE(contains(strict.err, thirds + ":1: the clusters are numbered")) << strict.err;
     EXPECT_EQ(strict.out, "");
 }
 
@@ -40,72 +36,51 @@ TEST(Compare, NodesOfOneFileOnly) {
     const Outcome text = vorl("compare " + files);
     EXPECT_EQ(text.code, 0);
     EXPECT_EQ(text.err, "");
-    EXPECT_TRUE(tells(text.out, "a.cnl: 3 clusters of 7 nodes, 1 of them in several\n"));
-    EXPECT_TRUE(tells(text.out,
-                      "Compared on 9 nodes: 2 in the first file only, 2 in the second "
-                      "file only;\nwhere a node is missing it counts as in no cluster\n"))
+    EXPECT_TRUE(contains(text.out, "a.cnl: 3 clusters of 7 nodes, 1 of them in several\n"));
+    EXPECT_TRUE(contains(text.out,
+                         "Compared on 9 nodes: 2 in the first file only, 2 in the second "
+                         "file only;\nwhere a node is missing it counts as in no cluster\n"))
         << text.out;
-    EXPECT_TRUE(tells(text.out, "these aren't two partitions"));
-    EXPECT_TRUE(tells(vorl("compare --count 1000 " + files).out,
-                      "Compared on 1,000 nodes: 2 in the first file only, 2 in the second file "
-                      "only, 991 in neither;"));
-    const struct {
-        const char* nodes;
-        const char* json;
-    } cases[] = {
-        {"union", "\"nodes\": 9, \"nmi_max\""},
-        {"common", "\"nodes\": 5, \"nmi_max\": 1, \"nmi_lfk\": 1, \"f1\": 1, \"omega\": 1, "},
-        {"first", "\"nodes_only_here\": 2}, \"second\""},
-        {"second", "\"nodes_only_here\": 2}, \"nodes\": 7, "},
+    EXPECT_TRUE(contains(text.out, "these aren't two partitions"));
+    EXPECT_TRUE(contains(vorl("compare --count 1000 " + files).out,
+                         "Compared on 1,000 nodes: 2 in the first file only, 2 in the second file "
+                         "only, 991 in neither;"));
+    const auto tells = [&](const std::string& nodes, const char* json) {
+        return contains(vorl("compare --json " + files + " --nodes " + nodes).out, json);
     };
-    for (const auto& expected : cases) {
-        const Outcome run = vorl("compare --json " + files + " --nodes " + expected.nodes);
-        EXPECT_TRUE(tells(run.out, expected.json)) << expected.nodes << run.out;
-    }
+    EXPECT_TRUE(tells("union", "\"nodes\": 9, \"nmi_max\""));
+    EXPECT_TRUE(
+        tells("common", "\"nodes\": 5, \"nmi_max\": 1, \"nmi_lfk\": 1, \"f1\": 1, \"omega\": 1, "));
+    EXPECT_TRUE(tells("first", "\"nodes_only_here\": 2}, \"second\""));
+    EXPECT_TRUE(tells("second", "\"nodes_only_here\": 2}, \"nodes\": 7, "));
 }
 
 TEST(Compare, SampledOmegaIsSaid) {
     const Folder folder;
     const std::string files =
         folder.write("a.cnl", "1 2 3 4\n4 5 6\n") + " " + folder.write("b.cnl", "1 2 3\n4 5 6\n");
-    EXPECT_TRUE(tells(vorl("compare " + files).out, "exact\n"));
+    EXPECT_TRUE(contains(vorl("compare " + files).out, "exact\n"));
     const Outcome run = vorl("compare --exact-pairs 8 " + files);
-    EXPECT_TRUE(tells(run.out, "estimated from 5,000,000 pairs drawn of each file\n")) << run.out;
+    EXPECT_TRUE(contains(run.out, "estimated from 5,000,000 pairs drawn of each file\n"))
+        << run.out;
     EXPECT_EQ(run.out, vorl("compare --exact-pairs 8 " + files).out);
 }
 
 TEST(Compare, FaultsAreTold) {
     const Folder folder;
     const std::string good = folder.write("good.cnl", "1 2\n3\n");
-    const std::string empty = folder.write("empty.cnl", "");
-    const std::string bad = folder.write("bad.cnl", "1 2\n3 3\n");
-    const std::string apart = folder.write("apart.cnl", "8 9\n");
-    const struct {
-        std::string arguments;
-        int code;
-        std::string message;
-    } cases[] = {
-        {good + " " + bad, 1, bad + ":2: node 3 stands twice in the line"},
-        {empty + " " + good, 1, empty + ": there are no clusters"},
-        {good + " " + (folder / "none.cnl").string(), 1, "none.cnl: No such file or directory"},
-        {good + " " + folder.path().string(), 1, ": Is a directory"},
-        {good + " " + apart + " --nodes common", 1, "none of the nodes to compare is in a cluster"},
-        {good, 2, "SECOND is required"},
-        {good + " " + good + " --node first", 2, "did you mean --nodes?"},
-        {good + " " + good + " --nodes frist", 2, "did you mean first?"},
-        {good + " " + good + " --count -1", 2, "--count"},
-        {good + " " + good + " --exact-pairs x", 2, "--exact-pairs"},
+    const std::pair<std::string, const char*> cases[] = {
+        {(folder / "none.cnl").string(), "none.cnl: No such file or directory"},
+        {folder.path().string(), ": Is a directory"},
+        {folder.write("apart.cnl", "8 9\n") + " --nodes common",
+         "none of the nodes to compare is in a cluster"},
     };
-    for (const auto& fault : cases) {
-        const Outcome run = vorl("compare " + fault.arguments);
-        EXPECT_EQ(run.code, fault.code) << fault.arguments << run.err;
-        EXPECT_TRUE(tells(run.err, fault.message)) << fault.arguments << run.err;
+    for (const auto& [second, message] : cases) {
+        const Outcome run = vorl("compare " + good + " " + second);
+        EXPECT_EQ(run.code, 1) << second << run.err;
+        EXPECT_TRUE(contains(run.err, message)) << second << run.err;
         EXPECT_EQ(run.out, "");
     }
-    // The comment sign takes the place of the redirections.
-    const std::string err = (folder / "err").string();
-    EXPECT_EQ(vorl("compare " + good + " " + good + " >/dev/full 2>" + err + " #").code, 1);
-    EXPECT_EQ(contents(err), "vorl: standard output: writing failed\n");
 }
 
 }  // namespace

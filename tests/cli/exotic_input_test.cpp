@@ -10,7 +10,6 @@
 namespace vorl::test {
 namespace {
 
-const std::string DATA = VORL_DATA_DIR "/";
 const std::string BOM = "\xEF\xBB\xBF";
 
 std::string withCarriageReturns(const std::string& text) {

@@ -10,11 +10,17 @@
 
 namespace vorl::test {
 
+inline const std::string DATA = VORL_DATA_DIR "/";
+
 struct Outcome {
     int code;  ///< exit code, or -1 if a signal ended the program
     std::string out;
     std::string err;
 };
+
+inline bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
 
 /// Runs `vorl` with arguments as the shell reads them.
 inline Outcome vorl(const std::string& arguments, const std::string& before = "") {

@@ -13,12 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const std::string DATA = VORL_DATA_DIR "/";
 using Names = std::vector<std::string>;
-
-bool contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
-}
 
 /// The program's writing in all its forms: to a file and its description, to a folder, to a
 /// description alone, of a network.
@@ -28,6 +23,16 @@ std::vector<Names> writers(const std::string& network, const fs::path& folder) {
             {"cluster", network, "-o", out, "--levels", "per-level"},
             {"cluster", network, "-o", folder / "new/sub/out.rhb", "--levels", "hierarchy"},
             {"convert", network, folder / "out.rcg"}};
+}
+
+/// The program must tell of the fault and leave nothing but what was there.
+void expectFault(Child&& child, const std::string& fault, const fs::path& folder,
+                 const Names& left = {}) {
+    const Outcome run = child.outcome();
+    EXPECT_EQ(run.code, 1);
+    EXPECT_TRUE(contains(run.err, fault)) << run.err;
+    EXPECT_FALSE(contains(run.err, ".vorl-")) << run.err;
+    EXPECT_EQ(listing(folder), left) << run.err;
 }
 
 TEST(SystemFaults, OfNamesAreTold) {
@@ -81,13 +86,9 @@ TEST(SystemFaults, FullDevicesAreTold) {
 TEST(SystemFaults, LimitOfFileSizesLeavesNothing) {
     const Folder folder;
     const std::string network = folder.write("power.nse", contents(DATA + "power.nse"));
-    for (const Names& words : writers(network, folder.path())) {
-        const Outcome run = Child(words, [] { limit(RLIMIT_FSIZE, 8192); }).outcome();
-        EXPECT_EQ(run.code, 1) << words.back();
-        EXPECT_TRUE(contains(run.err, ": File too large")) << run.err;
-        EXPECT_FALSE(contains(run.err, ".vorl-")) << run.err;
-        EXPECT_EQ(listing(folder.path()), Names{"power.nse"}) << words.back();
-    }
+    for (const Names& words : writers(network, folder.path()))
+        expectFault(Child(words, [] { limit(RLIMIT_FSIZE, 8192); }), ": File too large",
+                    folder.path(), {"power.nse"});
 }
 
 /// A small file system in memory.
@@ -112,13 +113,8 @@ TEST(SystemFaults, FullDiskLeavesNothing) {
     const Folder folder;
     const SmallDisk disk(folder.path().string());
     if (!disk.mounted()) GTEST_SKIP() << "file systems can't be mounted here";
-    for (const Names& words : writers(DATA + "power.nse", folder.path())) {
-        const Outcome run = Child(words).outcome();
-        EXPECT_EQ(run.code, 1) << words.back();
-        EXPECT_TRUE(contains(run.err, ": No space left on device")) << run.err;
-        EXPECT_FALSE(contains(run.err, ".vorl-")) << run.err;
-        EXPECT_EQ(listing(folder.path()), Names{}) << words.back();
-    }
+    for (const Names& words : writers(DATA + "power.nse", folder.path()))
+        expectFault(Child(words), ": No space left on device", folder.path());
 }
 
 /// In a child: gives up the rights of root, which may write anywhere.
@@ -137,12 +133,8 @@ TEST(SystemFaults, ForbiddenPlacesAreTold) {
     const fs::path locked = folder / "locked";
     fs::create_directory(locked);
     fs::permissions(locked, fs::perms(0555));
-    for (const Names& words : writers(network, locked)) {
-        const Outcome run = Child(words, becomeNobody).outcome();
-        EXPECT_EQ(run.code, 1) << words.back();
-        EXPECT_TRUE(contains(run.err, ": Permission denied\n")) << run.err;
-        EXPECT_EQ(listing(locked), Names{});
-    }
+    for (const Names& words : writers(network, locked))
+        expectFault(Child(words, becomeNobody), ": Permission denied\n", locked);
     EXPECT_EQ(Child({"info", secret}, becomeNobody).outcome().err,
               "vorl: " + secret + ": Permission denied\n");
     // A folder for levels that is there, but forbidden, is told before the work.

@@ -1,18 +1,15 @@
 // Two cluster files, parted by a form feed, through the reader and all measures. Whatever is
 // accepted must agree with itself, and its strict form must be right for both readers.
+#include "../support/accepted_network.hpp"
 #include "app/compare_command.hpp"
 #include "app/errors.hpp"
+#include "app/memory_file.hpp"
 
 #include <vorl/fileio/parser_cnl.hpp>
-#include <vorl/graph.hpp>
 #include <vorl/types/trace.hpp>
 
-#include <sys/mman.h>
-#include <unistd.h>
 #include <cmath>
 #include <cstddef>
-#include <cstdio>
-#include <cstdlib>
 #include <string_view>
 
 namespace {
@@ -20,11 +17,7 @@ namespace {
 using namespace vorl;
 using namespace vorl::app;
 
-void require(bool condition, const char* what) {
-    if (condition) return;
-    std::fprintf(stderr, "%s\n", what);
-    std::abort();
-}
+using test::require;
 
 bool isUnit(double value) { return value >= -1e-9 && value <= 1 + 1e-9; }
 bool near(double a, double b) { return std::abs(a - b) <= 1e-9; }
@@ -36,17 +29,13 @@ void load(const ClustersFile& file, const std::string& text) {
     graph.addNodes(file.nodes);
     for (std::size_t i = 1; i < file.nodes.size(); ++i)
         graph.addLink<false>(file.nodes[i - 1], file.nodes[i]);
-    const int memory = memfd_create("clusters", MFD_CLOEXEC);
-    require(write(memory, text.data(), text.size()) == static_cast<ssize_t>(text.size()),
-            "the memory file isn't written");
+    const MemoryFile memory(text);
     Clusters<WeightedLinks> clusters;
     try {
-        loadClusters<CnlParser>(clusters, graph, "/proc/self/fd/" + std::to_string(memory),
-                                Validation::NONE);
+        loadClusters<CnlParser>(clusters, graph, memory.name(), Validation::NONE);
     } catch (const std::string& message) {
         require(false, message.c_str());
     }
-    close(memory);
     require(clusters.size() == file.clusters.size(), "the library reads other clusters");
 }
 
@@ -58,6 +47,10 @@ ClustersFile read(std::string_view text) {
     require(again.deviations.empty(), "the strict form deviates");
     require(again.members == file.members && again.clusters.size() == file.clusters.size(),
             "the strict form has other clusters");
+    for (std::size_t i = 0; i < file.clusters.size(); ++i)
+        require(!file.numbered || again.clusters[i].id == file.clusters[i].id,
+                "the strict form has other numbers");
+    require(again.strictText() == strict, "the strict form isn't its own strict form");
     require(again.completeShares() == file.completeShares(), "the strict form has other shares");
     return file;
 }

@@ -1,7 +1,6 @@
 // The reader of the format RCG on any text behind a byte of options. A network that it accepts is
 // clustered.
 #include "../support/accepted_network.hpp"
-#include "app/memory_file.hpp"
 
 #include <vorl/fileio/parser_rcg.hpp>
 #include <vorl/types/trace.hpp>
@@ -10,7 +9,6 @@
 #include <cstddef>
 #include <cstdlib>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 
 namespace {
@@ -33,37 +31,12 @@ bool announcesBadly(const std::string& text) {
     return false;
 }
 
-template <class GraphT>
-void read(const InpOptions& options) {
-    std::shared_ptr<GraphT> graph;
-    try {
-        graph = RcgParser(options).build<GraphT>();
-    } catch (const std::invalid_argument&) {
-        return;
-    } catch (const std::domain_error&) {
-        return;
-    } catch (const std::out_of_range&) {
-        return;
-    }
-    test::requireOrder(*graph);
-    if (test::isClusterable(*graph)) test::requireHierarchy(*graph);
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     ftrace = nullptr;
     if (size == 0) return 0;
     const std::string text(reinterpret_cast<const char*>(data) + 1, size - 1);
-    if (announcesBadly(text)) return 0;
-    const app::MemoryFile file(text);
-    InpOptions options;
-    options.filename = file.name();
-    options.format = FileFormat::RCG;
-    options.sumdups = data[0] & 4;
-    if (data[0] & 2)
-        read<Graph<false>>(options);
-    else
-        read<Graph<true>>(options);
+    if (!announcesBadly(text)) test::requireReading<RcgParser>(data[0], text, FileFormat::RCG);
     return 0;
 }

@@ -24,6 +24,8 @@
 
 namespace {
 
+using namespace vorl;
+
 int faults = 0;
 
 void check(bool holds, const std::string& what) {
@@ -34,14 +36,13 @@ void check(bool holds, const std::string& what) {
 
 /// Two triangles with a link between them.
 template <bool WEIGHTED, bool DIRECTED>
-void fill(vorl::Graph<WEIGHTED>& graph) {
+void fill(Graph<WEIGHTED>& graph) {
     graph.addNodes(3);
-    graph.addNodes(vorl::NodesIdsT{3, 4, 5});
+    graph.addNodes(NodesIdsT{3, 4, 5});
     graph.template addLink<DIRECTED>(0, 1);
-    graph.template addNodeLinks<DIRECTED>(2,
-                                          {vorl::InpLink<WEIGHTED>(0), vorl::InpLink<WEIGHTED>(1)});
+    graph.template addNodeLinks<DIRECTED>(2, {InpLink<WEIGHTED>(0), InpLink<WEIGHTED>(1)});
     graph.template addNodeAndLinks<DIRECTED>(
-        3, {vorl::InpLink<WEIGHTED>(4), vorl::InpLink<WEIGHTED>(5), vorl::InpLink<WEIGHTED>(2)});
+        3, {InpLink<WEIGHTED>(4), InpLink<WEIGHTED>(5), InpLink<WEIGHTED>(2)});
     graph.template addLink<DIRECTED>(4, 5);
 }
 
@@ -49,7 +50,7 @@ template <bool WEIGHTED, bool DIRECTED>
 void useEngine(const std::string& folder) {
     const std::string kind =
         std::string(WEIGHTED ? "weighted" : "unweighted") + (DIRECTED ? " arcs" : " edges");
-    vorl::Graph<WEIGHTED> graph;
+    Graph<WEIGHTED> graph;
     fill<WEIGHTED, DIRECTED>(graph);
     const auto hierarchy = graph.buildHierarchy();
     check(hierarchy->root().size() == 2, "root of " + kind);
@@ -59,61 +60,58 @@ void useEngine(const std::string& folder) {
               cluster.dsccs().size() + hierarchy->levels().size() > 1,
           "nodes of " + kind);
 
-    vorl::OutputOptions output;
+    OutputOptions output;
     output.clsfile = folder + "/clusters.cnl";
-    output.clsfmt = vorl::toMask(vorl::ClsOutFmt::ROOT) | vorl::toMask(vorl::ClsOutFmt::EXTENDED);
+    output.clsfmt = toMask(ClsOutFmt::ROOT) | toMask(ClsOutFmt::EXTENDED);
     hierarchy->output(output);
 
-    vorl::FileWrappers files;
+    FileWrappers files;
     files.emplace_back(std::fopen((folder + "/again.cnl").c_str(), "w"));
-    vorl::CnlPrinter(*hierarchy).output(files, output.clsfmt);
-    vorl::FileWrapper description(std::fopen((folder + "/again.rhb").c_str(), "w"));
-    vorl::RhbPrinter(*hierarchy).output(description);
-    vorl::outpel(cluster, description);
+    CnlPrinter(*hierarchy).output(files, output.clsfmt);
+    FileWrapper description(std::fopen((folder + "/again.rhb").c_str(), "w"));
+    RhbPrinter(*hierarchy).output(description);
+    outpel(cluster, description);
     description.reset();
     files.clear();
 
-    const auto last = static_cast<vorl::LevelNum>(hierarchy->levels().size() - 1);
-    check(vorl::levelsByStep(*hierarchy, 0, last, 1).back() == last, "levels of " + kind);
-    vorl::writeLevels(*hierarchy, vorl::levelsAround(*hierarchy, 2), output.clsfmt,
-                      folder + "/levels.cnl");
-    vorl::writeDescription(*hierarchy, folder + "/levels.rhb");
+    const auto last = static_cast<LevelNum>(hierarchy->levels().size() - 1);
+    check(levelsByStep(*hierarchy, 0, last, 1).back() == last, "levels of " + kind);
+    writeLevels(*hierarchy, levelsAround(*hierarchy, 2), output.clsfmt, folder + "/levels.cnl");
+    writeDescription(*hierarchy, folder + "/levels.rhb");
 
-    vorl::Graph<WEIGHTED> measured;
+    Graph<WEIGHTED> measured;
     fill<WEIGHTED, DIRECTED>(measured);
-    vorl::Intrinsics measures(vorl::IntrinsicsFlags::ALL);
-    const vorl::Size count = vorl::evaluateClusters(measures, measured, folder + "/again.cnl");
+    Intrinsics measures(IntrinsicsFlags::ALL);
+    const Size count = evaluateClusters(measures, measured, folder + "/again.cnl");
     check(count == 2 && std::fabs(measures.cdn - hierarchy->score().conductance) < 1e-6f,
           "measures of " + kind);
 
-    vorl::Graph<WEIGHTED> loaded;
+    Graph<WEIGHTED> loaded;
     fill<WEIGHTED, DIRECTED>(loaded);
-    vorl::Clusters<typename vorl::Graph<WEIGHTED>::LinksT> clusters;
-    const vorl::AccWeight weight =
-        vorl::loadClusters<vorl::CnlParser>(clusters, loaded, folder + "/clusters.cnl");
+    Clusters<typename Graph<WEIGHTED>::LinksT> clusters;
+    const AccWeight weight = loadClusters<CnlParser>(clusters, loaded, folder + "/clusters.cnl");
     check(clusters.size() == 2 && weight == hierarchy->weight(), "loaded clusters of " + kind);
-    vorl::Intrinsics modularity(vorl::IntrinsicsFlags::MODULARITY);
-    vorl::intrinsicMeasures<DIRECTED>(modularity, clusters, weight, 1);
+    Intrinsics modularity(IntrinsicsFlags::MODULARITY);
+    intrinsicMeasures<DIRECTED>(modularity, clusters, weight, 1);
     check(modularity.mod > -1, "modularity of " + kind);
 }
 
 void useParsers(const std::string& network, const std::string& folder) {
-    vorl::InpOptions input;
+    InpOptions input;
     input.filename = network;
-    input.format = vorl::inpFileFmt(network.c_str());
-    vorl::NslParser parser(input);
-    const auto hierarchy = parser.build<vorl::Graph<false>>()->buildHierarchy();
+    input.format = inpFileFmt(network.c_str());
+    NslParser parser(input);
+    const auto hierarchy = parser.build<Graph<false>>()->buildHierarchy();
     check(hierarchy->root().size() == 4, "clusters of karate");
     check(std::fabs(hierarchy->score().modularity - 0.412615f) < 1e-5f, "modularity of karate");
 
     input.filename = folder + "/network.rcg";
-    input.format = vorl::FileFormat::RCG;
+    input.format = FileFormat::RCG;
     std::ofstream(input.filename) << "/Graph weighted:1\n/Edges\n0> 1:0.5 2\n1> 2\n";
-    check(vorl::RcgParser(input).build<vorl::Graph<true>>()->nodes().size() == 3, "nodes of rcg");
+    check(RcgParser(input).build<Graph<true>>()->nodes().size() == 3, "nodes of rcg");
 }
 
 void useTheRest(const std::string& folder) {
-    using namespace vorl;
     traceBuffered(false);
     check(!traceBuffered(), "trace");
     check(to_string(State::PROPAGATED) + to_string(Clustering::FUZZY_OVP) +
@@ -163,7 +161,7 @@ void useTheRest(const std::string& folder) {
 
 int main(int argc, char** argv) {
     if (argc != 3) return 2;
-    vorl::ftrace = nullptr;
+    ftrace = nullptr;
     useEngine<false, false>(argv[2]);
     useEngine<true, false>(argv[2]);
     useEngine<false, true>(argv[2]);

@@ -3,6 +3,9 @@
 /// process.
 #pragma once
 
+#include "app/memory_file.hpp"
+
+#include <vorl/fileio/iotypes.hpp>
 #include <vorl/graph.hpp>
 #include <vorl/types/search.hpp>
 
@@ -11,6 +14,9 @@
 #include <cstdlib>
 #include <limits>
 #include <map>
+#include <memory>
+#include <stdexcept>
+#include <string_view>
 
 namespace vorl::test {
 
@@ -72,6 +78,39 @@ void requireHierarchy(GraphT& graph) {
             hier->root().empty() || (found != shares.end() && std::abs(found->second - 1) < 1e-4),
             "the shares of a node don't add up to 1");
     }
+}
+
+/// Reads and clusters the network of a file. The parser may refuse it, and where its format can
+/// announce nodes, a link may miss its node.
+template <class ParserT, class GraphT>
+void requireReading(const InpOptions& options) {
+    std::shared_ptr<GraphT> graph;
+    try {
+        graph = ParserT(options).template build<GraphT>();
+    } catch (const std::invalid_argument&) {
+        return;
+    } catch (const std::domain_error&) {
+        return;
+    } catch (const std::out_of_range&) {
+        require(options.format == FileFormat::RCG, "a node is missing");
+        return;
+    }
+    requireOrder(*graph);
+    if (isClusterable(*graph)) requireHierarchy(*graph);
+}
+
+/// The same of a text, in a way that a byte of options tells.
+template <class ParserT>
+void requireReading(std::uint8_t byte, std::string_view text, FileFormat format) {
+    const app::MemoryFile file(text);
+    InpOptions options;
+    options.filename = file.name();
+    options.format = format;
+    options.sumdups = byte & 4;
+    if (byte & 2)
+        requireReading<ParserT, Graph<false>>(options);
+    else
+        requireReading<ParserT, Graph<true>>(options);
 }
 
 }  // namespace vorl::test

@@ -2,26 +2,36 @@
 /// A text of the links of a network.
 #pragma once
 
-#include <vorl/graph.hpp>
+#include "app/output_text.hpp"
 
-#include <cstdio>
+#include <vorl/types/item.hpp>
+
 #include <string>
 
 namespace vorl::test {
 
-/// "source>dest:weight" of all links, and the self weights.
-template <class GraphT>
-std::string linksText(GraphT& graph) {
+/// A number in the shortest of its forms of six digits.
+inline std::string digits(double number) { return app::format("%G", number); }
+
+/// "dest:weight" of the links of a node, a self link left out.
+template <class LinksT>
+std::string linksText(const Node<LinksT>& node) {
     std::string result;
-    char part[48];
-    for (const auto& node : graph.nodes()) {
-        for (const auto& ln : node.links) {
-            std::snprintf(part, sizeof part, "%u>%u:%G ", node.id, ln.dest->id, double{ln.weight});
-            result += part;
-        }
-        if (node.weight() == 0) continue;
-        std::snprintf(part, sizeof part, "%u=%G ", node.id, node.weight());
-        result += part;
+    for (const auto& ln : node.links)
+        result += std::to_string(ln.dest->id) + ":" + digits(double{ln.weight}) + " ";
+    return result;
+}
+
+/// "source>dest:weight" of all links, and the self weights.
+template <class LinksT>
+std::string linksText(const Nodes<LinksT>& nodes) {
+    std::string result;
+    for (const auto& node : nodes) {
+        for (const auto& ln : node.links)
+            result += std::to_string(node.id) + ">" + std::to_string(ln.dest->id) + ":" +
+                      digits(double{ln.weight}) + " ";
+        if (node.weight() != 0)
+            result += std::to_string(node.id) + "=" + digits(node.weight()) + " ";
     }
     return result;
 }

@@ -49,4 +49,10 @@ std::string errorOf(ActionT&& action) {
     return {};
 }
 
+/// What is said of a text that isn't the wanted number, but for the reason.
+inline std::string numberFault(const std::string& text, const std::string& value) {
+    return "Invalid format of val or out of range conversion of '" + text +
+           "' with the value = " + value;
+}
+
 }  // namespace vorl::test

@@ -28,29 +28,6 @@ Agreement compared(Size nodes, const Clusters& x, const Clusters& y,
 
 constexpr double EXACT = 1e-12;
 
-TEST(Agreement, HalvesAndThirdsOfSixNodes) {
-    const Agreement found = compared(6, {{0, 1, 2}, {3, 4, 5}}, {{0, 1}, {2, 3}, {4, 5}});
-    // 6 and 3 pairs of 15 are inside clusters, 2 of them on both sides.
-    ASSERT_TRUE(found.ari);
-    EXPECT_NEAR(*found.ari, (2 - 6 * 3 / 15.) / (4.5 - 6 * 3 / 15.), EXACT);
-    EXPECT_NEAR(found.omega, *found.ari, EXACT);
-    EXPECT_NEAR(*found.nmi, 4 / 3. * std::log(2) / std::log(6), EXACT);
-    EXPECT_NEAR(found.f1, 0.5 * (0.8 + (0.8 + 0.4 + 0.8) / 3), EXACT);
-    EXPECT_NEAR(found.nmiMax, 1 / 3., EXACT);
-    EXPECT_NEAR(found.nmiLfk, std::log2(3) / 4, EXACT);
-}
-
-TEST(Agreement, OmegaCountsHowOftenPairsAreTogether) {
-    // Together twice, once and never: 1, 4 and 1 pairs on one side, 0, 3 and 3 on the other; 3
-    // pairs agree, 2.5 do by chance.
-    const Clusters x{{0, 1, 2}, {1, 2, 3}};
-    const Clusters y{{0, 1, 2}, {3}};
-    const Agreement found = compared(4, x, y);
-    EXPECT_NEAR(found.omega, (3 - 2.5) / (6 - 2.5), EXACT);
-    EXPECT_EQ(found.omegaSamples, 0u);
-    EXPECT_FALSE(found.ari || found.nmi);
-}
-
 TEST(Agreement, OneOfManyClustersFound) {
     // McDaid et al.: the older form gives (1 + 1/K) / 2 to one right cluster of K, the newer 1/K.
     Clusters four;
@@ -59,29 +36,6 @@ TEST(Agreement, OneOfManyClustersFound) {
     EXPECT_NEAR(found.nmiMax, 0.25, EXACT);
     EXPECT_NEAR(found.nmiLfk, 0.625, EXACT);
     EXPECT_NEAR(found.f1, 0.5 * (0.25 + 1), EXACT);
-}
-
-TEST(Agreement, ComplementsTellNothing) {
-    const Agreement found = compared(10, {range(0, 5)}, {range(5, 10)});
-    EXPECT_EQ(found.nmiMax, 0);
-    EXPECT_EQ(found.nmiLfk, 0);
-    EXPECT_EQ(found.f1, 0);
-    EXPECT_LT(found.omega, 0);
-}
-
-TEST(Agreement, LargeClustersTellOfNodesApart) {
-    // Clusters of 62 and 1 of 100 nodes without a common one pass the condition all the same.
-    const auto h = [](double share) { return -share * std::log2(share); };
-    const double joint = h(0.37) + h(0.62) + h(0.01);
-    const double large = h(0.62) + h(0.38);
-    const double small = h(0.01) + h(0.99);
-    const Clusters x{range(0, 62)};
-    const Clusters y{{62}};
-    for (const Agreement& found : {compared(100, x, y), compared(100, y, x)}) {
-        EXPECT_NEAR(found.nmiMax, (large + small - joint) / large, EXACT);
-        EXPECT_NEAR(found.nmiLfk, 1 - 0.5 * ((joint - small) / large + (joint - large) / small),
-                    EXACT);
-    }
 }
 
 TEST(Agreement, DegenerateClusterings) {
@@ -212,11 +166,8 @@ TEST(Agreement, SampledOmegaIsNearTheExactOne) {
         if (const std::size_t second = random() % 80; second < 20 && second != home)
             x[second].push_back(node);
         // Pairs that are together in two clusters are drawn twice as often.
-        if (home == 3) x[19].push_back(node);
-    }
-    for (auto& cluster : x) {
-        std::sort(cluster.begin(), cluster.end());
-        cluster.erase(std::unique(cluster.begin(), cluster.end()), cluster.end());
+        else if (home == 3)
+            x[19].push_back(node);
     }
     const OmegaLimits sampled{1000, 400'000};
     const Agreement exact = compared(2000, x, y);

@@ -3,11 +3,10 @@
 #include "app/errors.hpp"
 #include "app/text_file.hpp"
 #include "cli/packed.hpp"
+#include "cli/program.hpp"
+#include "support/trace.hpp"
 
 #include <gtest/gtest.h>
-
-#include <fstream>
-#include <sstream>
 
 namespace vorl::app {
 namespace {
@@ -17,18 +16,13 @@ struct Case {
     std::string (*pack)(const std::string&);
 };
 
+const std::string KARATE = VORL_DATA_DIR "/karate.nse";
 constexpr std::size_t MOST = 1 << 24;
 
 const Case CASES[] = {{Packing::GZIP, test::gzip}, {Packing::ZSTD, test::zstd}};
 
-std::string network() {
-    std::ostringstream text;
-    text << std::ifstream(VORL_DATA_DIR "/karate.nse").rdbuf();
-    return text.str();
-}
-
 TEST(Unpack, NoDamageGoesUnnoticed) {
-    const std::string text = network();
+    const std::string text = test::contents(KARATE);
     for (const Case& c : CASES) {
         const std::string packed = c.pack(text);
         EXPECT_EQ(packingOf(packed), c.packing);
@@ -67,29 +61,18 @@ TEST(Unpack, SizeIsLimited) {
     for (const Case& c : CASES) {
         const std::string packed = c.pack(zeros);
         EXPECT_EQ(unpack(packed, c.packing, "f", zeros.size()).size(), zeros.size());
-        try {
-            unpack(packed, c.packing, "file", zeros.size() - 1);
-            FAIL() << "nothing thrown";
-        } catch (const InputError& err) {
-            EXPECT_NE(std::string(err.what()).find("unpacks to more than 976.6 KiB"),
-                      std::string::npos)
-                << err.what();
-        }
+        const std::string error =
+            test::errorOf<InputError>([&] { unpack(packed, c.packing, "file", zeros.size() - 1); });
+        EXPECT_TRUE(test::contains(error, "unpacks to more than 976.6 KiB")) << error;
     }
 }
 
 TEST(TextFile, EndlessOnesAreRefused) {
-    try {
-        const TextFile file("/dev/zero", 1'000'000);
-        FAIL() << "nothing thrown";
-    } catch (const InputError& err) {
-        EXPECT_STREQ(err.what(),
-                     "/dev/zero: there are more than 976.6 KiB, which is too much here");
-    }
-    const std::string name = VORL_DATA_DIR "/karate.nse";
-    const std::size_t size = network().size();
-    EXPECT_EQ(TextFile(name, size).text(), network());
-    EXPECT_THROW(TextFile(name, size - 1), InputError);
+    EXPECT_EQ(test::errorOf<InputError>([] { TextFile("/dev/zero", 1'000'000); }),
+              "/dev/zero: there are more than 976.6 KiB, which is too much here");
+    const std::size_t size = test::contents(KARATE).size();
+    EXPECT_EQ(TextFile(KARATE, size).text(), test::contents(KARATE));
+    EXPECT_THROW(TextFile(KARATE, size - 1), InputError);
     EXPECT_GT(textLimit(), std::size_t{1} << 26);
 }
 

@@ -2,11 +2,11 @@
 #include <vorl/fileio/parser_cnl.hpp>
 
 #include "support/folder.hpp"
+#include "support/links_text.hpp"
 #include "support/trace.hpp"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 
 namespace vorl::test {
@@ -44,15 +44,12 @@ struct Load {
     /// "self weight, place of the destination:weight" of each cluster's links.
     std::string text() const {
         std::string result;
-        char part[48];
         for (const auto& cl : clusters) {
-            std::snprintf(part, sizeof part, "%G,", cl.weight());
-            result += part;
+            result += digits(cl.weight()) + ",";
             for (const auto& ln : cl.links) {
                 int place = 0;
                 for (auto dest = clusters.begin(); &*dest != ln.dest; ++dest) ++place;
-                std::snprintf(part, sizeof part, " %d:%G", place, ln.weight);
-                result += part;
+                result += " " + std::to_string(place) + ":" + digits(ln.weight);
             }
             result += "\n";
         }

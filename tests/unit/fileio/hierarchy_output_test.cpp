@@ -3,14 +3,11 @@
 #include "support/hand_made.hpp"
 #include "support/trace.hpp"
 
-#include <vorl/types/text.hpp>
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <ios>
-#include <ostream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -97,76 +94,73 @@ TEST(OutputNames, HaveNumbersOfEqualWidth) {
     EXPECT_EQ(firstOf(10), "r/r_00.cnl");
 }
 
-struct Range {
-    unsigned structure;  // 3 of a custom range, 4 around a number of clusters
-    LevMargKind levmarg;
-    LevelNum margmin;
-    LevelNum margmax;
-    float step;
-    const char* levels;  // the numbers in the names, with the clusters in the headers
-};
-
-std::ostream& operator<<(std::ostream& out, const Range& range) {
-    return out << range.structure << " " << to_string(range.levmarg) << " " << range.margmin << " "
-               << range.margmax << " " << range.step;
-}
-
 constexpr LevelNum UNSET = LEVEL_NONE;
 constexpr LevMargKind NONE = LevMargKind::NONE;
 constexpr LevMargKind CLSNUM = LevMargKind::CLSNUM;
 constexpr LevMargKind LEVID = LevMargKind::LEVID;
 constexpr LevMargKind STEPS = LevMargKind::LEVSTEPNUM;
 
-class LevelChoice : public testing::TestWithParam<Range> {};
-
 // Levels of 100, 60, 45, 20 and 8 items, and a root of 8.
-TEST_P(LevelChoice, GoesByMarginsAndStep) {
-    const Range& range = GetParam();
-    OutputOptions options = optionsFor("", 0x40 | range.structure);
-    options.custlevs = {range.levmarg, range.margmin, range.margmax, range.step};
-    const Folder folder;
-    options.clsfile = (folder / "r").string();
-    Trace traced;
-    tower({100, 60, 45, 20, 8}, 8).hier.output(options);
-    std::string names = files(folder);
-    if (*range.levels == '\0') {
-        EXPECT_EQ(names, "");
-        EXPECT_TRUE(traced.take().ends_with(
-            "WARNING output(), files output is omitted because there is nothing to output.\n"));
-        return;
-    }
-    const std::string description = "r.rhb=clusters:5 ";
-    ASSERT_TRUE(names.starts_with(description)) << names;
-    names.erase(0, description.size());
-    for (std::size_t place = 0; (place = names.find("r/r_")) != std::string::npos;)
-        names.erase(place, 4);
-    std::erase(names, ',');
-    EXPECT_EQ(names, range.levels + std::string(" "));
-}
+TEST(LevelChoice, GoesByMarginsAndStep) {
+    const struct {
+        unsigned structure;  // 3 of a custom range, 4 around a number of clusters
+        LevMargKind levmarg;
+        LevelNum margmin;
+        LevelNum margmax;
+        float step;
+        const char* levels;  // the numbers in the names, with the clusters in the headers
+    } cases[] = {
 
-INSTANTIATE_TEST_SUITE_P(
-    , LevelChoice,
-    testing::Values(
-        Range{3, NONE, UNSET, UNSET, 1, "0=100 1=60 2=45 3=20 4=8"},
+        {3, NONE, UNSET, UNSET, 1, "0=100 1=60 2=45 3=20 4=8"},
         // Half of 100, of 45 and of 20 items, in whole numbers.
-        Range{3, NONE, UNSET, UNSET, 0.5f, "0=100 2=45 3=20 4=8"},
+        {3, NONE, UNSET, UNSET, 0.5f, "0=100 2=45 3=20 4=8"},
         // A fifth of 20 is 4; 8 lies nearer to that than to 20, and 60 nearer to 50 than to 100.
-        Range{3, NONE, UNSET, UNSET, 0.2f, "0=100 3=20 4=8"},
-        Range{3, LEVID, UNSET, 1, 0.1f, "0=100"},
+        {3, NONE, UNSET, UNSET, 0.2f, "0=100 3=20 4=8"},
+        {3, LEVID, UNSET, 1, 0.1f, "0=100"},
         // Margins are levels of either kind. What is written doesn't know of the upper margin.
-        Range{3, LEVID, 1, 3, 1, "1=60 2=45 3=20"}, Range{3, CLSNUM, 1, 3, 1, "1=60 2=45 3=20"},
-        Range{3, NONE, 3, UNSET, 1, "3=20 4=8"}, Range{3, LEVID, 3, 1, 1, "1=60"},
-        Range{3, LEVID, UNSET, 1, 0.5f, "0=100 1=45"}, Range{3, LEVID, 7, UNSET, 1, ""},
+        {3, LEVID, 1, 3, 1, "1=60 2=45 3=20"},
+        {3, CLSNUM, 1, 3, 1, "1=60 2=45 3=20"},
+        {3, NONE, 3, UNSET, 1, "3=20 4=8"},
+        {3, LEVID, 3, 1, 1, "1=60"},
+        {3, LEVID, UNSET, 1, 0.5f, "0=100 1=45"},
+        {3, LEVID, 7, UNSET, 1, ""},
         // A step of 0 writes the first and the last level, whatever the files' numbers.
-        Range{3, LEVID, 2, 2, 0, "2=45"}, Range{3, LEVID, 2, 3, 0, "2=45 3=8"},
+        {3, LEVID, 2, 2, 0, "2=45"},
+        {3, LEVID, 2, 3, 0, "2=45 3=8"},
         // Steps from the lowest level on: from 100 * 0.5 to 100 * 0.25 items, from 25 to the root's
         // 8, and from 20 on, which is found from the top.
-        Range{3, STEPS, 1, 2, 0.5f, "2=45"}, Range{3, STEPS, 2, UNSET, 0.5f, "3=20 4=8"},
-        Range{3, STEPS, 1, 0, 0.2f, "3=20 4=8"}, Range{3, STEPS, UNSET, 1, 0.5f, "0=100 1=45"},
-        Range{3, STEPS, 9, 9, 0.5f, "4=8"}, Range{3, STEPS, 3, 3, 1, "0=100"},
+        {3, STEPS, 1, 2, 0.5f, "2=45"},
+        {3, STEPS, 2, UNSET, 0.5f, "3=20 4=8"},
+        {3, STEPS, 1, 0, 0.2f, "3=20 4=8"},
+        {3, STEPS, UNSET, 1, 0.5f, "0=100 1=45"},
+        {3, STEPS, 9, 9, 0.5f, "4=8"},
+        {3, STEPS, 3, 3, 1, "0=100"},
         // Around the root's number of clusters, and around 50.
-        Range{4, NONE, UNSET, UNSET, 1, "3=20 4=8"}, Range{4, STEPS, UNSET, 1, 0.5f, "1=60 2=8"},
-        Range{4, STEPS, UNSET, 1, 1, "0=100 1=8"}));
+        {4, NONE, UNSET, UNSET, 1, "3=20 4=8"},
+        {4, STEPS, UNSET, 1, 0.5f, "1=60 2=8"},
+        {4, STEPS, UNSET, 1, 1, "0=100 1=8"},
+    };
+    for (const auto& range : cases) {
+        SCOPED_TRACE(&range - cases);
+        OutputOptions options = optionsFor("", 0x40 | range.structure);
+        options.custlevs = {range.levmarg, range.margmin, range.margmax, range.step};
+        const Folder folder;
+        options.clsfile = (folder / "r").string();
+        Trace traced;
+        tower({100, 60, 45, 20, 8}, 8).hier.output(options);
+        std::string names = files(folder);
+        if (*range.levels == '\0') {
+            EXPECT_EQ(names, "");
+            EXPECT_TRUE(traced.take().ends_with(
+                "WARNING output(), files output is omitted because there is nothing to output.\n"));
+            continue;
+        }
+        for (std::size_t place = 0; (place = names.find("r/r_")) != std::string::npos;)
+            names.erase(place, 4);
+        std::erase(names, ',');
+        EXPECT_EQ(names, "r.rhb=clusters:5 " + std::string(range.levels) + " ");
+    }
+}
 
 TEST(LevelChoiceDeathTest, NeedsAKnownMarginAndARatio) {
     const HandMade made = tower({3, 2}, 2);

@@ -10,36 +10,21 @@
 
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace vorl::test {
 namespace {
 
 TEST(FormatOfAFile, FollowsFromItsExtension) {
-    const std::pair<const char*, FileFormat> cases[] = {
-        {"a.rcg", FileFormat::RCG},
-        {"a.hig", FileFormat::RCG},
-        {"a.nse", FileFormat::NSE},
-        {"a.nsl", FileFormat::NSE},
-        {"a.ncol", FileFormat::NSE},
-        {"a.ll", FileFormat::NSE},
-        {"a.nsa", FileFormat::NSA},
-        {"dir.nse/a.nsa", FileFormat::NSA},
-        {"a.cnl", FileFormat::UNKNOWN},
-        {"a.rhb", FileFormat::UNKNOWN},
-        {"a.RCG", FileFormat::UNKNOWN},
-        {"dir.d/file", FileFormat::UNKNOWN},
-        {"nse", FileFormat::UNKNOWN},
-        {"a.nse.gz", FileFormat::UNKNOWN},
+    const std::pair<std::vector<const char*>, FileFormat> cases[] = {
         // A part of the lists is enough, and the list of edges comes before that of arcs.
-        {"a.g", FileFormat::RCG},
-        {"a.l", FileFormat::NSE},
-        {"a.s", FileFormat::NSE},
-        {"a.sa", FileFormat::NSA},
-        {"a.", FileFormat::RCG},
-        {"a.g h", FileFormat::RCG},
-        {"a.e n", FileFormat::NSE},
+        {{"a.rcg", "a.hig", "a.g", "a.", "a.g h"}, FileFormat::RCG},
+        {{"a.nse", "a.nsl", "a.ncol", "a.ll", "a.l", "a.s", "a.e n"}, FileFormat::NSE},
+        {{"a.nsa", "dir.nse/a.nsa", "a.sa"}, FileFormat::NSA},
+        {{"a.cnl", "a.rhb", "a.RCG", "dir.d/file", "nse", "a.nse.gz"}, FileFormat::UNKNOWN},
     };
-    for (const auto& [name, format] : cases) EXPECT_EQ(inpFileFmt(name), format) << name;
+    for (const auto& [names, format] : cases)
+        for (const char* name : names) EXPECT_EQ(inpFileFmt(name), format) << name;
 }
 
 bool isOpen(int descriptor) { return fcntl(descriptor, F_GETFD) != -1; }
@@ -111,18 +96,16 @@ TEST(TargetFolder, IsMadeOrTold) {
 TEST(ParsedNumber, IsRefusedWithItsTextAndValue) {
     validateVal<unsigned>(4294967295ul, "4294967295", false, nullptr);
     validateVal<unsigned long>(18446744073709551615ull, nullptr, false, "unused");
-    const std::string words = "Invalid format of val or out of range conversion of '";
-    EXPECT_EQ(errorOf<std::invalid_argument>([] {
-                  validateVal<unsigned>(4294967296ull, "4294967296, Edges: 12", false, nullptr);
-              }),
-              words + "4294967296, Edges: 12' with the value = 4294967296\n");
-    EXPECT_EQ(errorOf<std::invalid_argument>([] {
-                  validateVal<unsigned>(7ul, "7abcdefghijklmnopqrstuvwxyz", true, "a reason");
-              }),
-              words + "7abcdefghijklmnopqrstu' with the value = 7: a reason\n");
-    EXPECT_EQ(
-        errorOf<std::invalid_argument>([] { validateVal<float>(0.5f, "1/2", true, nullptr); }),
-        words + "1/2' with the value = 0.500000\n");
+    const auto refused = [](auto type, auto value, const char* text, bool isBad,
+                            const char* reason) {
+        return errorOf<std::invalid_argument>(
+            [&] { validateVal<decltype(type)>(value, text, isBad, reason); });
+    };
+    EXPECT_EQ(refused(0u, 4294967296ull, "4294967296, Edges: 12", false, nullptr),
+              numberFault("4294967296, Edges: 12", "4294967296\n"));
+    EXPECT_EQ(refused(0u, 7ul, "7abcdefghijklmnopqrstuvwxyz", true, "a reason"),
+              numberFault("7abcdefghijklmnopqrstu", "7: a reason\n"));
+    EXPECT_EQ(refused(0.f, 0.5f, "1/2", true, nullptr), numberFault("1/2", "0.500000\n"));
 }
 
 }  // namespace

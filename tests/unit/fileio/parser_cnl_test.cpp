@@ -2,13 +2,12 @@
 #include <vorl/fileio/parser_cnl.hpp>
 
 #include "support/folder.hpp"
+#include "support/links_text.hpp"
 #include "support/trace.hpp"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <memory>
-#include <ostream>
 #include <stdexcept>
 #include <string>
 
@@ -48,74 +47,60 @@ struct Read {
         const auto found = membership->ndshares.find(idnodes.at(id));
         if (found == membership->ndshares.end()) return "none";
         std::string result;
-        char part[48];
         for (const auto& [dest, share] : found->second) {
             int place = 0;
             for (auto cl = membership->clusters.begin(); &*cl != dest; ++cl) ++place;
-            std::snprintf(part, sizeof part, "%d:%G ", place, double{share});
-            result += part;
+            result += std::to_string(place) + ":" + digits(double{share}) + " ";
         }
         return result;
     }
 };
 
-struct Header {
-    const char* text;
-    bool fuzzy;
-    bool numbered;
-    const char* trace = "";
-};
-
-std::ostream& operator<<(std::ostream& out, const Header& header) { return out << header.text; }
-
-class CnlHeader : public testing::TestWithParam<Header> {};
-
-TEST_P(CnlHeader, IsRead) {
-    const Header& header = GetParam();
-    const std::string text = header.text + std::string("\n");
-    const Read read(text + (header.numbered ? "7> 1 2\n8>3\n" : "1 2\n3\n"));
-    EXPECT_EQ(read.clusters(), "1 2 | 3 | ");
-    EXPECT_EQ(read.fuzzy, header.fuzzy);
-    EXPECT_EQ(read.trace, header.trace);
-    if (header.numbered) {
-        EXPECT_EQ(read.membership->clusters.front().id, 7);
-        EXPECT_EQ(read.membership->clusters.back().id, 8);
+TEST(CnlHeader, TellsOfTheClusters) {
+    const auto omitted = [](const std::string& what, const std::string& fault) {
+        return "WARNING header(), the " + what + " is invalid, omitted: " + fault +
+               ": Terminating symbol is invalid\n";
+    };
+    const struct {
+        const char* text;
+        bool fuzzy;
+        bool numbered;
+        std::string trace = {};
+    } cases[] = {
+        {"", true, false},
+        {"# Clusters: 2, Nodes: 10, Fuzzy: 0, Numbered: 1", false, true},
+        {" #\tcLUSTERS:\t2 nodes: 3 FUZZY: 0 numbered: 2 more", false, true},
+        {"#Clusters: 2 Numbered: 1", true, true},
+        {"# Clusters: 0, Fuzzy: 0", false, false},
+        {"# Clusters:", true, false},
+        {"# Clusters: 2, Nodes:", true, false},
+        {"# Clusters: 2, Items: 3, Numbered: 1", true, false},
+        // Keys have an order; only the first matching comment before the first cluster counts.
+        {"# Clusters: 2, Numbered: 1, Fuzzy: 0", true, true},
+        {"# Nodes: 3, Numbered: 1\n# Clusters:5", true, false},
+        {"\n# text\n\n# Clusters: 2, Numbered: 1", true, true},
+        {"# Clusters: 2\n# Clusters: 9, Numbered: 1", true, false},
+        // Bad values.
+        {"# Clusters: 2x, Nodes: 3\n# Clusters: 2, Fuzzy: 0", false, false,
+         omitted("clusters number", numberFault("2x, Nodes: 3", "2"))},
+        {"# Clusters: 2, Nodes: 4294967296, Fuzzy: 0", true, false,
+         omitted("nodes number", numberFault("4294967296, Fuzzy: 0", "4294967296"))},
+        {"# Clusters: 2, Fuzzy: Numbered: 1", true, true,
+         omitted("fuzzy value", numberFault("Numbered: 1", "0"))},
+        {"# Clusters: 2, Numbered: yes", true, false,
+         omitted("numbered value", numberFault("yes", "0"))},
+    };
+    for (const auto& header : cases) {
+        const std::string text = header.text + std::string("\n");
+        const Read read(text + (header.numbered ? "7> 1 2\n8>3\n" : "1 2\n3\n"));
+        EXPECT_EQ(read.clusters(), "1 2 | 3 | ") << text;
+        EXPECT_EQ(read.fuzzy, header.fuzzy) << text;
+        EXPECT_EQ(read.trace, header.trace) << text;
+        if (!header.numbered) continue;
+        EXPECT_EQ(read.membership->clusters.front().id, 7) << text;
+        EXPECT_EQ(read.membership->clusters.back().id, 8) << text;
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    , CnlHeader,
-    testing::Values(
-        Header{"", true, false},
-        Header{"# Clusters: 2, Nodes: 10, Fuzzy: 0, Numbered: 1", false, true},
-        Header{" #\tcLUSTERS:\t2 nodes: 3 FUZZY: 0 numbered: 2 more", false, true},
-        Header{"#Clusters: 2 Numbered: 1", true, true},
-        Header{"# Clusters: 0, Fuzzy: 0", false, false}, Header{"# Clusters:", true, false},
-        Header{"# Clusters: 2, Nodes:", true, false},
-        Header{"# Clusters: 2, Items: 3, Numbered: 1", true, false},
-        // Keys have an order; only the first matching comment before the first cluster counts.
-        Header{"# Clusters: 2, Numbered: 1, Fuzzy: 0", true, true},
-        Header{"# Nodes: 3, Numbered: 1\n# Clusters:5", true, false},
-        Header{"\n# text\n\n# Clusters: 2, Numbered: 1", true, true},
-        Header{"# Clusters: 2\n# Clusters: 9, Numbered: 1", true, false},
-        // Bad values.
-        Header{
-            "# Clusters: 2x, Nodes: 3\n# Clusters: 2, Fuzzy: 0", false, false,
-            "WARNING header(), the clusters number is invalid, omitted: Invalid format of val or "
-            "out of range conversion of '2x, Nodes: 3' with the value = 2: Terminating symbol "
-            "is invalid\n"},
-        Header{"# Clusters: 2, Nodes: 4294967296, Fuzzy: 0", true, false,
-               "WARNING header(), the nodes number is invalid, omitted: Invalid format of val or "
-               "out of range conversion of '4294967296, Fuzzy: 0' with the value = 4294967296: "
-               "Terminating symbol is invalid\n"},
-        Header{"# Clusters: 2, Fuzzy: Numbered: 1", true, true,
-               "WARNING header(), the fuzzy value is invalid, omitted: Invalid format of val or "
-               "out of range conversion of 'Numbered: 1' with the value = 0: Terminating symbol "
-               "is invalid\n"},
-        Header{"# Clusters: 2, Numbered: yes", true, false,
-               "WARNING header(), the numbered value is invalid, omitted: Invalid format of val "
-               "or out of range conversion of 'yes' with the value = 0: Terminating symbol is "
-               "invalid\n"}));
 
 TEST(CnlBody, MakesOwnersOfTheNodes) {
     const Read read("\t3 1 2:0.25 \n\n # 5\n2:0.5\t4:1 1\n 9 2:0.25 9");
@@ -143,26 +128,23 @@ TEST(CnlBody, RefusesWhatIsNoMember) {
     const auto refused = [](const std::string& text) {
         return errorOf<std::invalid_argument>([&] { Read read(text); });
     };
-    const auto words = [](const std::string& text, const std::string& value) {
-        return "Invalid format of val or out of range conversion of '" + text +
-               "' with the value = " + value + ": ";
-    };
-    const std::string node = "Node id is invalid\n";
-    EXPECT_EQ(refused("1 x\n"), words("x", "0") + node);
-    EXPECT_EQ(refused("1 2,3\n"), words("2,3", "2") + node);
-    EXPECT_EQ(refused("1 4294967295\n"), words("4294967295", "4294967295") + node);
-    EXPECT_EQ(refused("5> 1\n"), words("5> 1", "5") + node);
-    const std::string share = "The share is invalid\n";
-    EXPECT_EQ(refused("1:0 2\n"), words("0 2", "0.000000") + share);
-    EXPECT_EQ(refused("1:1.5\n"), words("1.5", "1.500000") + share);
-    EXPECT_EQ(refused("1:nan\n"), words("nan", "nan") + share);
-    EXPECT_EQ(refused("1:0.5,2\n"), words("0.5,2", "0.500000") + share);
-    EXPECT_EQ(refused("1:\n"), words("", "0.000000") + share);
+    const std::string node = ": Node id is invalid\n";
+    EXPECT_EQ(refused("1 x\n"), numberFault("x", "0") + node);
+    EXPECT_EQ(refused("1 2,3\n"), numberFault("2,3", "2") + node);
+    EXPECT_EQ(refused("1 4294967295\n"), numberFault("4294967295", "4294967295") + node);
+    EXPECT_EQ(refused("5> 1\n"), numberFault("5> 1", "5") + node);
+    const std::string share = ": The share is invalid\n";
+    EXPECT_EQ(refused("1:0 2\n"), numberFault("0 2", "0.000000") + share);
+    EXPECT_EQ(refused("1:1.5\n"), numberFault("1.5", "1.500000") + share);
+    EXPECT_EQ(refused("1:nan\n"), numberFault("nan", "nan") + share);
+    EXPECT_EQ(refused("1:0.5,2\n"), numberFault("0.5,2", "0.500000") + share);
+    EXPECT_EQ(refused("1:\n"), numberFault("", "0.000000") + share);
     const std::string header = "# Clusters: 1, Numbered: 1\n";
-    const std::string number = "Cluster id is invalid\n";
-    EXPECT_EQ(refused(header + "1 2\n"), words("1 2", "1") + number);
-    EXPECT_EQ(refused(header + "5 > 1\n"), words("5 > 1", "5") + number);
-    EXPECT_EQ(refused(header + "4294967295> 1\n"), words("4294967295> 1", "4294967295") + number);
+    const std::string number = ": Cluster id is invalid\n";
+    EXPECT_EQ(refused(header + "1 2\n"), numberFault("1 2", "1") + number);
+    EXPECT_EQ(refused(header + "5 > 1\n"), numberFault("5 > 1", "5") + number);
+    EXPECT_EQ(refused(header + "4294967295> 1\n"),
+              numberFault("4294967295> 1", "4294967295") + number);
     EXPECT_EQ(errorOf<std::out_of_range>([] { Read read("1 2\n3 10\n"); }),
               "build(), the member is not among the nodes: #10\n");
 }

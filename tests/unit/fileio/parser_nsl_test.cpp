@@ -9,7 +9,6 @@
 
 #include <ios>
 #include <memory>
-#include <ostream>
 #include <stdexcept>
 #include <string>
 
@@ -39,82 +38,75 @@ struct Read {
         trace = traced.take();
     }
 
-    std::string links() const { return linksText(*graph); }
+    std::string links() const { return linksText(graph->nodes()); }
 };
-
-struct Header {
-    const char* text;
-    FileFormat format;
-    bool directed;
-    bool weighted;
-    const char* trace;
-};
-
-std::ostream& operator<<(std::ostream& out, const Header& header) { return out << header.text; }
-
-class NslHeader : public testing::TestWithParam<Header> {};
-
-TEST_P(NslHeader, IsRead) {
-    const Header& header = GetParam();
-    const Read<> read(header.text + std::string("\n0 1 0.5\n0 2\n"), header.format);
-    EXPECT_EQ(read.directed, header.directed);
-    EXPECT_EQ(read.weighted, header.weighted);
-    EXPECT_EQ(read.trace, header.trace);
-    EXPECT_EQ(read.links(), header.directed ? "0>1:0.5 0>2:1 " : "0>1:0.5 0>2:1 1>0:0.5 2>0:1 ");
-}
 
 constexpr FileFormat NSE = FileFormat::NSE;
 constexpr FileFormat NSA = FileFormat::NSA;
-constexpr const char* EDGES_USED =
-    "WARNING header(), specified file format (ARCS) does not match the actual file format (EDGES). "
-    "The actual one is used.\n";
-constexpr const char* ARCS_USED =
-    "WARNING header(), specified file format (EDGES) does not match the actual file format (ARCS). "
-    "The actual one is used.\n";
-constexpr const char* COUNT_IS_5 =
-    "The number of links specified in the header (5) does not correspond to the actual number of "
-    "links(2)\n";
 
-INSTANTIATE_TEST_SUITE_P(
-    , NslHeader,
-    testing::Values(
-        Header{"", NSE, false, true, ""}, Header{"# a comment\n\n#", NSA, true, true, ""},
-        Header{"# Nodes: 3, Edges: 2, Weighted: 0", NSE, false, false, ""},
-        Header{" #\tnOdEs:\t3 ARCS: 2 weighted:\t7 and more", NSA, true, true, ""},
-        Header{"#Nodes: 3 Weighted: 0", NSA, true, false, ""},
-        Header{"# Nodes:", NSE, false, true, ""}, Header{"# Nodes: 3,", NSE, false, true, ""},
-        Header{"# Nodes: 3, Weighted:", NSE, false, true, ""},
-        Header{"# Nodes: 3, Links: 2, Weighted: 0", NSE, false, true, ""},
-        Header{"# Nodes: 3 , Weighted: 0", NSE, false, true, ""},
+TEST(NslHeader, TellsOfTheLinks) {
+    const auto used = [](const std::string& specified, const std::string& actual) {
+        return "WARNING header(), specified file format (" + specified +
+               ") does not match the actual file format (" + actual +
+               "). The actual one is used.\n";
+    };
+    const auto omitted = [](const std::string& what, const std::string& fault) {
+        return "WARNING header(), the " + what + " is invalid, omitted: " + fault + "\n";
+    };
+    const std::string countIs5 =
+        "The number of links specified in the header (5) does not correspond to the actual number "
+        "of links(2)\n";
+    const std::string ending = ": Terminating symbol is invalid";
+    const struct {
+        const char* text;
+        FileFormat format;
+        bool directed;
+        bool weighted;
+        std::string trace = {};
+    } cases[] = {
+        {"", NSE, false, true},
+        {"# a comment\n\n#", NSA, true, true},
+        {"# Nodes: 3, Edges: 2, Weighted: 0", NSE, false, false},
+        {" #\tnOdEs:\t3 ARCS: 2 weighted:\t7 and more", NSA, true, true},
+        {"#Nodes: 3 Weighted: 0", NSA, true, false},
+        {"# Nodes:", NSE, false, true},
+        {"# Nodes: 3,", NSE, false, true},
+        {"# Nodes: 3, Weighted:", NSE, false, true},
+        {"# Nodes: 3, Links: 2, Weighted: 0", NSE, false, true},
+        {"# Nodes: 3 , Weighted: 0", NSE, false, true},
         // The flavour of the file is the actual one, where a number follows.
-        Header{"# Nodes: 3, Edges: 2", NSA, false, true, EDGES_USED},
-        Header{"# Nodes: 3, Arcs: 2, Weighted: 0", NSE, true, false, ARCS_USED},
-        Header{"# Nodes: 3, Arcs: \t", NSE, false, true, ""},
-        Header{"# Nodes: 3, Edges: 5", NSE, false, true, COUNT_IS_5},
-        Header{"# Nodes: 3, Edges: 5, Weighted: 0", NSE, false, false, COUNT_IS_5},
+        {"# Nodes: 3, Edges: 2", NSA, false, true, used("ARCS", "EDGES")},
+        {"# Nodes: 3, Arcs: 2, Weighted: 0", NSE, true, false, used("EDGES", "ARCS")},
+        {"# Nodes: 3, Arcs: \t", NSE, false, true},
+        {"# Nodes: 3, Edges: 5, Weighted: 0", NSE, false, false, countIs5},
         // What doesn't begin with the number of nodes is a plain comment, as is all behind the
         // header or behind the first link.
-        Header{"# Edges: 5", NSA, true, true, ""}, Header{"# Nodes:5", NSE, false, true, ""},
-        Header{"## Nodes: 3, Weighted: 0", NSE, false, true, ""},
-        Header{"# Nodes: 3\n# Nodes: 3, Weighted: 0", NSE, false, true, ""},
-        Header{"# text\n# Nodes: 3, Weighted: 0", NSE, false, false, ""},
+        {"# Edges: 5", NSA, true, true},
+        {"# Nodes:5", NSE, false, true},
+        {"## Nodes: 3, Weighted: 0", NSE, false, true},
+        {"# Nodes: 3\n# Nodes: 3, Weighted: 0", NSE, false, true},
+        {"# text\n# Nodes: 3, Weighted: 0", NSE, false, false},
         // Bad values.
-        Header{"# Nodes: 3x, Edges: 5\n# Nodes: 3, Weighted: 0", NSE, false, false,
-               "WARNING header(), the nodes number is invalid, omitted: Invalid format of val or "
-               "out of range conversion of '3x, Edges: 5' with the value = 3: Terminating symbol "
-               "is invalid\n"},
-        Header{"# Nodes: 4294967296", NSE, false, true,
-               "WARNING header(), the nodes number is invalid, omitted: Invalid format of val or "
-               "out of range conversion of '4294967296' with the value = 4294967296: Terminating "
-               "symbol is invalid\n"},
-        Header{"# Nodes: 3, Arcs: 18446744073709551616, Weighted: 0", NSA, true, true,
-               "WARNING header(), the links number value is invalid, omitted: Invalid format of "
-               "val or out of range conversion of '18446744073709551616, ' with the value = "
-               "18446744073709551615: Numerical result out of range\n"},
-        Header{"# Nodes: 3, Edges: 2, Weighted: no", NSE, false, true,
-               "WARNING header(), the weighted value is invalid, omitted: Invalid format of val or "
-               "out of range conversion of 'no' with the value = 0: Terminating symbol is "
-               "invalid\n"}));
+        {"# Nodes: 3x, Edges: 5\n# Nodes: 3, Weighted: 0", NSE, false, false,
+         omitted("nodes number", numberFault("3x, Edges: 5", "3") + ending)},
+        {"# Nodes: 4294967296", NSE, false, true,
+         omitted("nodes number", numberFault("4294967296", "4294967296") + ending)},
+        {"# Nodes: 3, Arcs: 18446744073709551616, Weighted: 0", NSA, true, true,
+         omitted("links number value",
+                 numberFault("18446744073709551616, ", "18446744073709551615") +
+                     ": Numerical result out of range")},
+        {"# Nodes: 3, Edges: 2, Weighted: no", NSE, false, true,
+         omitted("weighted value", numberFault("no", "0") + ending)},
+    };
+    for (const auto& header : cases) {
+        const Read<> read(header.text + std::string("\n0 1 0.5\n0 2\n"), header.format);
+        EXPECT_EQ(read.directed, header.directed) << header.text;
+        EXPECT_EQ(read.weighted, header.weighted) << header.text;
+        EXPECT_EQ(read.trace, header.trace) << header.text;
+        EXPECT_EQ(read.links(), header.directed ? "0>1:0.5 0>2:1 " : "0>1:0.5 0>2:1 1>0:0.5 2>0:1 ")
+            << header.text;
+    }
+}
 
 TEST(NslBody, SkipsBlanksAndComments) {
     const Read<> read(
@@ -151,21 +143,17 @@ TEST(NslBody, RefusesWhatIsNoLink) {
     const auto refused = [](const std::string& text) {
         return errorOf<std::invalid_argument>([&] { Read<>("0 1\n" + text); });
     };
-    const std::string words = "Invalid format of val or out of range conversion of '";
     const std::string reason = ": id == ID_NONE or the terminating symbol is invalid\n";
-    EXPECT_EQ(refused("4294967295 1\n"),
-              words + "4294967295 1' with the value = 4294967295" + reason);
-    EXPECT_EQ(refused("2 1,\n"), words + "1,' with the value = 1" + reason);
-    EXPECT_EQ(refused("x 1\n"), words + "x 1' with the value = 0" + reason);
-    EXPECT_EQ(refused("2 #3\n"), words + "#3' with the value = 0" + reason);
-    EXPECT_EQ(refused("2 -1\n"), words + "-1' with the value = 18446744073709551615" + reason);
+    const std::string range = ": Numerical result out of range\n";
+    const std::string most = "18446744073709551615";
+    EXPECT_EQ(refused("4294967295 1\n"), numberFault("4294967295 1", "4294967295") + reason);
+    EXPECT_EQ(refused("2 1,\n"), numberFault("1,", "1") + reason);
+    EXPECT_EQ(refused("x 1\n"), numberFault("x 1", "0") + reason);
+    EXPECT_EQ(refused("2 #3\n"), numberFault("#3", "0") + reason);
+    EXPECT_EQ(refused("2 -1\n"), numberFault("-1", most) + reason);
     EXPECT_EQ(refused("3 99999999999999999999999\n"),
-              words +
-                  "9999999999999999999999' with the value = 18446744073709551615: Numerical "
-                  "result out of range\n");
-    EXPECT_TRUE(refused("2 1 1e99\n")
-                    .ends_with("with the value = inf: Numerical result out of "
-                               "range\n"));
+              numberFault("9999999999999999999999", most) + range);
+    EXPECT_EQ(refused("2 1 1e99\n"), numberFault("1e99", "inf") + range);
     EXPECT_EQ(Read<>("4294967294 00000000000000000003\n", NSA).links(), "4294967294>3:1 ");
     EXPECT_EQ(errorOf<std::domain_error>([] { Read<>("0 1\n 5 \t\n"); }),
               "ERROR build(), The dest id is expected:  5 \t\n");

@@ -9,7 +9,6 @@
 
 #include <unistd.h>
 #include <memory>
-#include <ostream>
 #include <stdexcept>
 #include <string>
 
@@ -40,7 +39,7 @@ struct Read {
         weighted = parser.weighted();
         validated = parser.validated();
         graph = parser.build<Graph<WEIGHTED>>();
-        links = linksText(*graph);
+        links = linksText(graph->nodes());
         trace = traced.take();
     }
 };
@@ -50,35 +49,30 @@ std::string faultOf(const std::string& text) {
     return errorOf<ErrorT>([&] { Read<WEIGHTED> read(text); });
 }
 
-struct Values {
-    const char* text;
-    bool weighted;
-    bool validated;
-};
-
-std::ostream& operator<<(std::ostream& out, const Values& values) { return out << values.text; }
-
-class RcgGraphSection : public testing::TestWithParam<Values> {};
-
-TEST_P(RcgGraphSection, IsRead) {
-    const Read<> read(GetParam().text + std::string("\n/Edges\n0> 1\n"));
-    EXPECT_EQ(read.weighted, GetParam().weighted);
-    EXPECT_EQ(read.validated, GetParam().validated);
-    EXPECT_EQ(read.links, "0>1:1 1>0:1 ");
+TEST(RcgSections, TellOfTheGraph) {
+    const struct {
+        const char* text;
+        bool weighted;
+        bool validated;
+    } cases[] = {
+        {"", true, false},
+        {"/Graph", true, false},
+        {" \t/gRAPH\tweighted: 0 validated:\t2 more", false, true},
+        // A blank behind a key isn't needed.
+        {"/Graph weighted:0 VALIDATED:1", false, true},
+        // The keys have an order, and what doesn't match is passed over.
+        {"/graph validated:1 weighted:0", true, true},
+        {"/graph directed:1 weighted:0", true, false},
+        {"/graph weighted:", true, false},
+        {"text\n# /Edges\n\n/graph weighted:0\n7> 8\n# 1> 2", false, false},
+    };
+    for (const auto& graph : cases) {
+        const Read<> read(graph.text + std::string("\n/Edges\n0> 1\n"));
+        EXPECT_EQ(read.weighted, graph.weighted) << graph.text;
+        EXPECT_EQ(read.validated, graph.validated) << graph.text;
+        EXPECT_EQ(read.links, "0>1:1 1>0:1 ") << graph.text;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    , RcgGraphSection,
-    testing::Values(Values{"", true, false}, Values{"/Graph", true, false},
-                    Values{" \t/gRAPH\tweighted: 0 validated:\t2 more", false, true},
-                    // A blank behind a key isn't needed.
-                    Values{"/Graph weighted:0 VALIDATED:1", false, true},
-                    Values{"/graph validated:1", true, true},
-                    // The keys have an order, and what doesn't match is passed over.
-                    Values{"/graph validated:1 weighted:0", true, true},
-                    Values{"/graph directed:1 weighted:0", true, false},
-                    Values{"/graph weighted:", true, false},
-                    Values{"text\n# /Edges\n\n/graph weighted:0\n7> 8\n# 1> 2", false, false}));
 
 TEST(RcgSections, HaveAnOrder) {
     const std::string initial =
@@ -143,39 +137,35 @@ TEST(RcgLinks, RepeatedAreToldOrSummed) {
 }
 
 TEST(RcgLinks, RefuseWhatIsNoNumber) {
-    const auto words = [](const std::string& text, const std::string& value) {
-        return "Invalid format of val or out of range conversion of '" + text +
-               "' with the value = " + value + ": ";
-    };
     const auto body = [](const std::string& line) {
         return faultOf<std::invalid_argument>("/Edges\n 1> 2\n" + line + "\n");
     };
-    const std::string source = "Node id is invalid\n";
-    EXPECT_EQ(body("x> 1"), words("x> 1", "0") + source);
-    EXPECT_EQ(body("5 > 1"), words("5 > 1", "5") + source);
-    EXPECT_EQ(body("4294967295> 1"), words("4294967295> 1", "4294967295") + source);
-    const std::string dest = "Parsed dst id is invalid (or equals to ID_NONE)\n";
-    EXPECT_EQ(body("0> 1,2"), words("1,2", "1") + dest);
-    EXPECT_EQ(body("0> 4294967295"), words("4294967295", "4294967295") + dest);
+    const std::string source = ": Node id is invalid\n";
+    EXPECT_EQ(body("x> 1"), numberFault("x> 1", "0") + source);
+    EXPECT_EQ(body("5 > 1"), numberFault("5 > 1", "5") + source);
+    EXPECT_EQ(body("4294967295> 1"), numberFault("4294967295> 1", "4294967295") + source);
+    const std::string dest = ": Parsed dst id is invalid (or equals to ID_NONE)\n";
+    EXPECT_EQ(body("0> 1,2"), numberFault("1,2", "1") + dest);
+    EXPECT_EQ(body("0> 4294967295"), numberFault("4294967295", "4294967295") + dest);
     EXPECT_EQ(body("0> 4294967294"), "");
-    const std::string weight = "Parsed weight is invalid (should be a non-negative float)\n";
-    EXPECT_EQ(body("0> 1:-0.5 3"), words("-0.5 3", "-0.500000") + weight);
-    EXPECT_EQ(body("0> 1:2x"), words("2x", "2.000000") + weight);
+    const std::string weight = ": Parsed weight is invalid (should be a non-negative float)\n";
+    EXPECT_EQ(body("0> 1:-0.5 3"), numberFault("-0.5 3", "-0.500000") + weight);
+    EXPECT_EQ(body("0> 1:2x"), numberFault("2x", "2.000000") + weight);
     EXPECT_EQ(body("0> 1:-0"), "");
     // Unweighted links have no weights.
     EXPECT_EQ((faultOf<std::invalid_argument, false>("/Edges\n0> 1:1\n")),
-              words("1:1", "1") + dest);
+              numberFault("1:1", "1") + dest);
     EXPECT_EQ(Read<false>("/Edges\n0> 1 2\n").links, "0>1:1 0>2:1 1>0:1 2>0:1 ");
 
     // Bad values of sections stop the reading, other than those of comments.
-    const std::string ending = "Terminating symbol is invalid\n";
+    const std::string ending = ": Terminating symbol is invalid\n";
     EXPECT_EQ(faultOf<std::invalid_argument>("/Graph weighted:1, validated:1\n"),
-              words("1, validated:1", "1") + ending);
+              numberFault("1, validated:1", "1") + ending);
     EXPECT_EQ(faultOf<std::invalid_argument>("/Graph weighted: validated:1\n"),
-              words("validated:1", "0") + ending);
-    EXPECT_EQ(faultOf<std::invalid_argument>("/Nodes 4 0x\n"), words("0x", "0") + ending);
+              numberFault("validated:1", "0") + ending);
+    EXPECT_EQ(faultOf<std::invalid_argument>("/Nodes 4 0x\n"), numberFault("0x", "0") + ending);
     EXPECT_EQ(faultOf<std::invalid_argument>("/Nodes 4294967296\n"),
-              words("4294967296", "4294967296") + ending);
+              numberFault("4294967296", "4294967296") + ending);
 }
 
 TEST(RcgFile, MustBeOfTheFormat) {
@@ -193,7 +183,7 @@ TEST(RcgFile, MayBeAPipe) {
     close(ends[1]);
     Trace traced;
     RcgParser parser(optionsFor("/proc/self/fd/" + std::to_string(ends[0])));
-    EXPECT_EQ(linksText(*parser.build<Graph<true>>()), "0>1:1 1>0:1 ");
+    EXPECT_EQ(linksText(parser.build<Graph<true>>()->nodes()), "0>1:1 1>0:1 ");
     EXPECT_EQ(traced.take(), "");
     close(ends[0]);
 }

@@ -160,7 +160,6 @@ TEST(LevelFiles, HoldTheWholePartitionOfALevel) {
 TEST(LevelFiles, FollowTheRatio) {
     const HandMade made = carried();
     EXPECT_EQ(printed(made, 0xC3, 2, {.ratio = 0.6f}), (TextsT{FIRST, THIRD}));
-    EXPECT_EQ(printed(made, 0xC3, 2, {.ratio = 0.7f}), (TextsT{FIRST, SECOND}));
     EXPECT_EQ(printed(made, 0xC3, 3, {.ratio = 0.7f}), (TextsT{FIRST, SECOND, THIRD}));
     EXPECT_EQ(printed(made, 0xC3, 2, {.blev = 1, .ratio = 0.1f}), (TextsT{SECOND, THIRD}));
     EXPECT_EQ(printed(made, 0xC3, 2, {.elev = 2, .ratio = 0.1f}), (TextsT{FIRST, SECOND}));
@@ -169,7 +168,6 @@ TEST(LevelFiles, FollowTheRatio) {
     EXPECT_EQ(printed(made, 0xC2, 2, {.ratio = 0}), (TextsT{FIRST, THIRD}));
     const std::string error = "output(), fouts size exceeds the number of the hierarchy levels\n";
     EXPECT_EQ(printed(made, 0xC2, 3, {.ratio = 0}), (TextsT{"", "", "", error}));
-    EXPECT_EQ(printed(made, 0xC3, 3, {.ratio = 0.6f}), (TextsT{"", "", "", error}));
     EXPECT_EQ(printed(made, 0xC3, 2, {.blev = 2, .ratio = 0.5f}), (TextsT{"", "", error}));
 }
 

@@ -1,8 +1,8 @@
 // The description of a hierarchy made by hand.
 #include <vorl/fileio/printer_rhb.hpp>
-#include <vorl/hierarchy/hierarchy_impl.hpp>
 
 #include "support/folder.hpp"
+#include "support/hand_made.hpp"
 
 #include <gtest/gtest.h>
 
@@ -11,41 +11,22 @@
 namespace vorl::test {
 namespace {
 
-using ImplT = HierarchyImpl<false, UnweightedLinks>;
-using ClusterT = ImplT::ClusterT;
-
-void own(ImplT::NodeT& node, ClusterT& cluster, Size numac) {
-    node.owners.emplace_back(&cluster, numac);
-    node.totac += static_cast<std::uint32_t>(numac);
-}
-
 TEST(HierarchyDescription, TellsSharesWhereTheyDiffer) {
-    ImplT::NodesT nodes;
-    for (Id id : {4u, 0u, 1u, 2u, 3u}) nodes.emplace_back(id);
-    ImplT hier(std::move(nodes), ClusterOptions());
-    ImplT::ClustersT lower;
-    ClusterT& seven = lower.emplace_back(LevelNum{0}, Id{7}, Size{0});
-    ClusterT& eight = lower.emplace_back(LevelNum{0}, Id{8}, Size{0});
-    ImplT::ClustersT upper;
-    ClusterT& nine = upper.emplace_back(LevelNum{1}, Id{9}, Size{0});
-    eight.owners.emplace_back(&nine, 5);
-    auto node = std::next(hier.m_nodes.begin());  // the first one stays alone
-    own(*node++, seven, 3);
-    own(*node, seven, 3);
-    own(*node++, eight, 1);
-    own(*node, seven, 2);
-    own(*node++, eight, 2);
-    own(*node, seven, 1);
-    own(*node, eight, 1);
-    own(*node, nine, 4);
-    hier.m_levels.emplace_back(2, std::move(lower));
-    hier.m_levels.emplace_back(5, std::move(upper));
-    hier.m_score.clusters = 3;
+    HandMade made(5);
+    for (Id place = 0; place < 5; ++place) made.node(place).id = (place + 4) % 5;
+    made.level(2);
+    // The first node stays alone.
+    made.cluster(7,
+                 {{&made.node(1), 3}, {&made.node(2), 3}, {&made.node(3), 2}, {&made.node(4), 1}});
+    auto& eight = made.cluster(8, {{&made.node(2), 1}, {&made.node(3), 2}, {&made.node(4), 1}});
+    made.level(5);
+    made.cluster(9, {{&eight, 5}, {&made.node(4), 4}});
+    made.close();
 
     const Folder folder;
     const std::string name = (folder / "out.rhb").string();
     FileWrapper file(std::fopen(name.c_str(), "w"));
-    RhbPrinter<UnweightedLinks>(hier).output(file);
+    RhbPrinter<UnweightedLinks>(made.hier).output(file);
     file.reset();
     EXPECT_EQ(contents(name),
               "/Hierarchy levels:2 clusters:3\n"
@@ -64,9 +45,9 @@ TEST(HierarchyDescription, TellsSharesWhereTheyDiffer) {
 }
 
 TEST(HierarchyDescription, ThatCannotBeWrittenFails) {
-    const ImplT hier(ImplT::NodesT{}, ClusterOptions{});
     FileWrapper file(std::fopen("/dev/full", "w"));
-    EXPECT_THROW(RhbPrinter<UnweightedLinks>(hier).output(file), std::ios_base::failure);
+    EXPECT_THROW(RhbPrinter<UnweightedLinks>(HandMade(0).hier).output(file),
+                 std::ios_base::failure);
 }
 
 }  // namespace

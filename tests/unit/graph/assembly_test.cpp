@@ -1,6 +1,7 @@
 // Assembly of networks: how nodes and links are stored, and what is told of faults.
 #include <vorl/graph.hpp>
 
+#include "support/links_text.hpp"
 #include "support/trace.hpp"
 
 #include <gtest/gtest.h>
@@ -13,19 +14,14 @@
 namespace vorl::test {
 namespace {
 
-/// "dest:weight" of each stored link of a node.
 template <class GraphT>
 std::string links(GraphT& graph, Id id) {
-    std::string text;
-    const typename GraphT::NodeT* last = nullptr;
-    for (const auto& ln : graph.node(id)->links) {
-        EXPECT_TRUE(!last || cmpBase(last, ln.dest)) << "out of order";
-        last = ln.dest;
-        char part[32];
-        std::snprintf(part, sizeof part, "%u:%G ", ln.dest->id, double{ln.weight});
-        text += part;
-    }
-    return text;
+    const auto& node = *graph.node(id);
+    EXPECT_TRUE(
+        std::is_sorted(node.links.begin(), node.links.end(),
+                       [](const auto& a, const auto& b) { return cmpBase(a.dest, b.dest); }))
+        << "out of order";
+    return linksText(node);
 }
 
 /// The faults as they are shown.
@@ -254,21 +250,6 @@ TEST(GraphState, MovesAndResets) {
     EXPECT_THROW(shared->node(1), std::out_of_range);
 }
 
-TEST(GraphState, ResetKeepsBucketsThatFit) {
-    const auto buckets = [](std::initializer_list<Id> resets) {
-        Graph<false> graph;
-        for (Id nodesNum : resets) graph.reset(nodesNum);
-        Graph<false>::IdNodesT idnodes;
-        graph.release(&idnodes);
-        return idnodes.bucket_count();
-    };
-    EXPECT_GE(buckets({100}), 100);
-    EXPECT_EQ(buckets({100, 90}), buckets({100}));
-    EXPECT_EQ(buckets({100, 0}), buckets({100}));
-    EXPECT_EQ(buckets({100, 1000}), buckets({1000}));
-    EXPECT_EQ(buckets({1000, 100}), buckets({100}));
-}
-
 TEST(GraphState, HierarchyTakesTheNodes) {
     Trace trace;
     Graph<false> graph;
@@ -295,16 +276,12 @@ TEST(GraphReduction, NeedsWeightsAndTheNumberOfNodes) {
     const std::string words =
         ", the reduction can be performed only for the weighed directed links and requires "
         "predefined nodesNum";
-    EXPECT_EQ(
-        errorOf<std::invalid_argument>([] { Graph<false>(10, false, false, Reduction::MEAN); }),
-        "Graph()" + words);
-    EXPECT_EQ(
-        errorOf<std::invalid_argument>([] { Graph<true>(0, false, false, Reduction::ACCURATE); }),
-        "Graph()" + words);
+    const auto refused = [](auto action) { return errorOf<std::invalid_argument>(action); };
+    EXPECT_EQ(refused([] { Graph<false>(10, false, false, Reduction::MEAN); }), "Graph()" + words);
+    EXPECT_EQ(refused([] { Graph<true>(0, false, false, Reduction::ACCURATE); }),
+              "Graph()" + words);
     Graph<true> graph(10, false, false, Reduction::SEVERE | Reduction::CRITERIA_WEIGHT);
-    EXPECT_EQ(
-        errorOf<std::invalid_argument>([&] { graph.reset(0, false, false, Reduction::SEVERE); }),
-        "reset()" + words);
+    EXPECT_EQ(refused([&] { graph.reset(0, false, false, Reduction::SEVERE); }), "reset()" + words);
     Graph<false>(10, false, false, Reduction::MEAN | Reduction::SKIP_NODES);
     Graph<false>(10, false, false, Reduction::CRITERIA_WEIGHT);
     Graph<true>(0, false, false, Reduction::MEAN | Reduction::SKIP_NODES);

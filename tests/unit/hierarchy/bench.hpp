@@ -3,12 +3,10 @@
 #pragma once
 
 #include "support/networks.hpp"
+#include "support/trace.hpp"
 
 #include <vorl/hierarchy/hierarchy_impl.hpp>
-#include <vorl/types/trace.hpp>
 
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -127,27 +125,6 @@ struct Upper {
             hier.m_weight += weight;
         }
     }
-};
-
-/// Collects the trace.
-class TraceText {
-public:
-    TraceText() { ftrace = open_memstream(&m_text, &m_size); }
-    TraceText(const TraceText&) = delete;
-    TraceText& operator=(const TraceText&) = delete;
-    ~TraceText() {
-        if (ftrace) std::fclose(ftrace);
-        ftrace = nullptr;
-        std::free(m_text);
-    }
-    std::string text() const {
-        std::fflush(ftrace);
-        return std::string(m_text, m_size);
-    }
-
-private:
-    char* m_text = nullptr;
-    std::size_t m_size = 0;
 };
 
 }  // namespace vorl::test

@@ -35,9 +35,9 @@ std::string startOf(const char* gamma, const char* network) {
 
 TEST(Build, OfLoneNodesTellsWhatItDoes) {
     TestNetwork network = edges(2, {}, {{0, 1}, {1, 2}});
-    TraceText trace;
+    Trace trace;
     const auto hier = build<WeightedLinks>(network, ClusterOptions(1));
-    EXPECT_EQ(trace.text(),
+    EXPECT_EQ(trace.take(),
               startOf("1", "nodes: 2, links: 0 (both dir, undir: 0), weight (both dir): 6") +
                   "  > clusterLevel() [0 tot cls]  2 cls, 0(0 csz) prop and 0 sa of 2 nds\n"
                   "Initial nodes clustering is completed, 2 clusters\n"
@@ -53,11 +53,11 @@ TEST(Build, OfLoneNodesTellsWhatItDoes) {
 }
 
 TEST(Build, OfAPairEndsInOneRoot) {
-    TraceText trace;
+    Trace trace;
     ClusterOptions options(-1);
     options.modtrace = true;
     const auto hier = build(ring(2), options);
-    EXPECT_EQ(trace.text(),
+    EXPECT_EQ(trace.take(),
               startOf("-1", "nodes: 2, links: 2 (both dir, undir: 1), weight (both dir): 2") +
                   "Initial state, Q: -0.5\n"
                   "  > clusterLevel() [0 tot cls]  1 cls, 0(0 csz) prop and 0 sa of 2 nds\n"
@@ -76,7 +76,7 @@ TEST(Build, OfAPairEndsInOneRoot) {
 // Self weights so heavy that every link is a loss: no level comes about.
 TEST(Build, WithoutALevelScoresTheNodes) {
     const TestNetwork network = edges(2, {{0, 1, 1}}, {{0, 50}, {1, 50}});
-    TraceText trace;
+    Trace trace;
     const auto hier = build<WeightedLinks>(network, ClusterOptions(1));
     EXPECT_TRUE(hier->levels().empty());
     EXPECT_TRUE(hier->root().empty());
@@ -86,15 +86,15 @@ TEST(Build, WithoutALevelScoresTheNodes) {
         EXPECT_TRUE(node.owners.empty());
         EXPECT_EQ(node.totac, 0u);
     }
-    EXPECT_TRUE(trace.text().ends_with(
+    EXPECT_TRUE(trace.take().ends_with(
         "Result>  Q: 0.490099, root size: 0 (non-nodes: 0), levels: 0, clusters: 0 (non-nodes: 0), "
         "nodes: 2, weight (both dir): 202, node links (directed): 2\n"));
 }
 
 TEST(Build, OfNothingIsSilent) {
-    TraceText trace;
+    Trace trace;
     const auto hier = build(TestNetwork("empty", 0), ClusterOptions(1));
-    EXPECT_EQ(trace.text(), "");
+    EXPECT_EQ(trace.take(), "");
     EXPECT_EQ(hier->score().modularity, 0);
     EXPECT_EQ(hier->score().gamma, 1);
     ClusterOptions options(1);
@@ -109,13 +109,13 @@ TEST(Build, CompressesTheRoot) {
     ASSERT_EQ(plain->root().size(), 4u);
     ASSERT_EQ(plain->levels().size(), 3u);
     options.rootMax = 1;
-    TraceText trace;
+    Trace trace;
     const auto hier = build(network, options);
     ASSERT_EQ(hier->levels().size(), 4u);
     EXPECT_EQ(hier->levels().back().fullsize, 2u);
     EXPECT_EQ(hier->root().size(), 2u);
     EXPECT_EQ(hier->score().gamma, 0.825f);
-    const std::string text = trace.text();
+    const std::string text = trace.take();
     EXPECT_EQ(count(text, "  Compressing the root size: 2 (>1), new gammaRatio: 0.825\n"), 1u);
     EXPECT_EQ(count(text, " (dgr: "), 1u);
     EXPECT_EQ(count(text, ", gamma ratio: 0.825, conductance: "), 1u);
@@ -125,10 +125,10 @@ TEST(Build, CompressesUntilFewAreLeft) {
     Random random(5);
     ClusterOptions options(1);
     options.rootMax = 1;
-    TraceText trace;
+    Trace trace;
     const auto hier = build(tree(random, 30), options);
     EXPECT_EQ(hier->score().gamma, 0.825f * 0.825f);
-    EXPECT_EQ(count(trace.text(), "  Compressing the root size: "), 2u);
+    EXPECT_EQ(count(trace.take(), "  Compressing the root size: "), 2u);
 }
 
 // More lone items than wanted: what else is left can't make up for them.
@@ -137,36 +137,37 @@ TEST(Build, DoesntCompressWhereLoneItemsAreTooMany) {
     network.nodesNum += 2;
     ClusterOptions options(1);
     options.rootMax = 1;
-    TraceText trace;
+    Trace trace;
     EXPECT_EQ(build(network, options)->root().size(), 6u);
-    EXPECT_EQ(count(trace.text(), "Compressing"), 0u);
+    EXPECT_EQ(count(trace.take(), "Compressing"), 0u);
 }
 
 TEST(Build, EndsWhereLevelsDontShrink) {
     ClusterOptions options(1);
     options.rootMax = 1;
-    TraceText trace;
+    Trace trace;
     const auto hier = build(ring(16), options);
     // That of the nodes, the first of the cycle, and 64 that aren't smaller.
     ASSERT_EQ(hier->levels().size(), 66u);
     for (const auto& level : hier->levels()) EXPECT_EQ(level.fullsize, 16u);
     EXPECT_EQ(hier->root().size(), 16u);
-    EXPECT_EQ(count(trace.text(),
-                    "WARNING build(), no progress for 64 levels, the hierarchy ends at level 66\n"),
-              1u);
-    EXPECT_EQ(count(trace.text(), "Compressing"), 0u);
+    const std::string text = trace.take();
+    EXPECT_EQ(
+        count(text, "WARNING build(), no progress for 64 levels, the hierarchy ends at level 66\n"),
+        1u);
+    EXPECT_EQ(count(text, "Compressing"), 0u);
 }
 
 TEST(Build, StopsAtALevelThatGainsTooLittle) {
     const TestNetwork network = grid(6, 6);
     ClusterOptions options(1);
     options.gainMarg = 1;
-    TraceText trace;
+    Trace trace;
     const auto whole = build(network, options)->levels().size();
-    EXPECT_EQ(count(trace.text(), "Break"), 0u);  // there is no gain without the trace of it
+    EXPECT_EQ(count(trace.take(), "Break"), 0u);  // there is no gain without the trace of it
     options.modtrace = true;
     const auto hier = build(network, options);
-    EXPECT_EQ(count(trace.text(), "  Break by gainMarg: 1 (dQ: "), 1u);
+    EXPECT_EQ(count(trace.take(), "  Break by gainMarg: 1 (dQ: "), 1u);
     EXPECT_EQ(hier->levels().size(), 2u);
     EXPECT_GT(whole, 2u);
     EXPECT_EQ(hier->root().size(), hier->levels().back().fullsize);
@@ -176,13 +177,13 @@ TEST(Build, CreatesTheBackLinksOfArcs) {
     TestNetwork network = edges(3, {});
     network.directed = true;
     network.links = {{0, 1, 4}, {1, 2, 1}, {2, 1, 2}};
-    TraceText trace;
+    Trace trace;
     const auto hier = build<WeightedLinks>(network, ClusterOptions(1));
     EXPECT_EQ(hier->score().nodesLinks, 4u);
     EXPECT_EQ(hier->weight(), 7);
     EXPECT_EQ(hier->nodes().front().ctxWeight(), 2);
     EXPECT_EQ(std::next(hier->nodes().begin())->links.front().weight, 0);
-    EXPECT_EQ(count(trace.text(),
+    EXPECT_EQ(count(trace.take(),
                     "symmetric links: 0\nInput Network>  nodes: 3, links: 4 (both "
                     "dir, undir: 2), weight (both dir): 7\n> WARNING validate(), "
                     "backlink does not exist. Created (with zero weight if "
@@ -211,9 +212,9 @@ TestNetwork lightLink() {
 TEST(Reduction, DropsALinkThatBothEndsCanSpare) {
     ClusterOptions options(1);
     options.reduction = Reduction::ACCURATE | Reduction::CRITERIA_WEIGHT;
-    TraceText trace;
+    Trace trace;
     const auto hier = build<WeightedLinks>(lightLink(), options);
-    EXPECT_EQ(count(trace.text(), "  > build(), links reduced for 2 / 2 / 8 nds\n"), 1u);
+    EXPECT_EQ(count(trace.take(), "  > build(), links reduced for 2 / 2 / 8 nds\n"), 1u);
     EXPECT_EQ(hier->score().nodesLinks, 24u);
     EXPECT_EQ(hier->weight(), 242);
     EXPECT_EQ(hier->nodes().front().weight(), 1);
@@ -230,9 +231,9 @@ TEST(Reduction, KeepsALinkThatOneEndNeeds) {
                   [](const TestLink& ln) { return ln.src == 1 && ln.dst >= 2 && ln.dst <= 3; });
     ClusterOptions options(1);
     options.reduction = Reduction::ACCURATE | Reduction::CRITERIA_WEIGHT;
-    TraceText trace;
+    Trace trace;
     EXPECT_EQ(build<WeightedLinks>(network, options)->score().nodesLinks, 22u);
-    EXPECT_EQ(count(trace.text(), "links reduced"), 0u);
+    EXPECT_EQ(count(trace.take(), "links reduced"), 0u);
     EXPECT_THROW(build(network, options), std::domain_error);  // unweighted links by weight
 }
 

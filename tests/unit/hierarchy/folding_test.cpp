@@ -70,21 +70,6 @@ TEST_F(TidyTest, AnItemPassedOverStaysAsItIs) {
     EXPECT_DEATH(tidy(), "propagated and single clusterable items must contain <= 1 owner");
 }
 
-// Two nodes a and b alone in one cluster: all of their weight becomes its self weight.
-TEST(FoldNodes, WeightInsideBecomesSelfWeight) {
-    Bench<> bench(edges(3, {{0, 1, 2}, {1, 2, 0.5f}}, {{0, 3}}));
-    ClusterT& a = bench.own({{0, 1}, {1, 1}});
-    ClusterT& b = bench.own({{2, 1}});
-    bench.hier.template accLinks<false>(a);
-    EXPECT_EQ(linksOf(a), (std::map<Id, AccWeight>{{a.id, 4}, {b.id, 0.5}}));
-    bench.hier.template accLinks<false>(b);
-    EXPECT_EQ(bench.hier.initItem(a), 10.5);
-    EXPECT_EQ(linksOf(a), (std::map<Id, AccWeight>{{b.id, 0.5}}));
-    EXPECT_EQ(a.weight(), 10);
-    EXPECT_EQ(a.nnodes(), 2);
-    EXPECT_EQ(bench.hier.initItem(b), 0.5);
-}
-
 // Node 1 lies a quarter in A and three quarters in B.
 TEST(FoldNodes, SharedNodesAreSplitByTheirShares) {
     Bench<> bench(edges(3, {{0, 1, 4}, {1, 2, 8}}, {{1, 8}}));
@@ -204,16 +189,6 @@ TEST_F(CarriedPastTest, AListWithoutATouchedLinkKeepsTheCandidates) {
     EXPECT_EQ(further, 0u);
 }
 
-TEST_F(CarriedPastTest, SharesSplitTheLinks) {
-    upper.link(0, 1, 8);
-    absorb({1});
-    ClusterT& other = bench.cls.emplace_back(LevelNum{1}, Id{101}, Size{0});
-    item(1).owners.emplace_back(&other, 3);
-    item(1).totac = 4;
-    redirect(0);
-    EXPECT_EQ(linksOf(item(0)), (std::map<Id, AccWeight>{{100, 2}, {101, 6}}));
-}
-
 TEST(InitItem, RenewsWhatIsCarriedOver) {
     Bench<> bench(edges(2, {{0, 1, 1}}));
     Upper upper(bench.hier, 2);
@@ -247,12 +222,8 @@ TEST(InitItem, RefusesWeightsThatOverflow) {
     ClusterT& other = bench.own({{1, 1}});
     cl.id = 77;
     cl.links.emplace_back(&cl, std::numeric_limits<double>::infinity());
-    try {
-        bench.hier.initItem(cl);
-        FAIL() << "no error";
-    } catch (const std::overflow_error& error) {
-        EXPECT_STREQ(error.what(), "initItem(), #77 self weight overflowed: INF\n");
-    }
+    EXPECT_EQ(errorOf<std::overflow_error>([&] { bench.hier.initItem(cl); }),
+              "initItem(), #77 self weight overflowed: INF\n");
     other.links.emplace_back(&cl, std::numeric_limits<double>::max());
     EXPECT_THROW(bench.hier.initItem(other), std::overflow_error);
 }

@@ -109,18 +109,17 @@ TEST(DynamicGamma, OfItemsWithoutSelfWeightIsOne) {
 
 TEST(DynamicGamma, OfThreeFollowsTheTotalTheyTouch) {
     Items items({{4, 2}, {3, 1}, {3, 0}});
-    const AccWeight w = 10, u = 10;
-    AccWeight t = 0;
-    for (const auto& [wi, si] : {std::pair(4., 2.), std::pair(3., 1.), std::pair(3., 0.)})
-        t += wi + (wi - si) * (1 - (w - wi) / u);
-    ASSERT_GT(t, u);
-    const AccWeight grown = t * 1.0009765625;
-    t = 0;
-    for (const auto& [wi, si] : {std::pair(4., 2.), std::pair(3., 1.), std::pair(3., 0.)})
-        t += wi + (wi - si) * (1 - (w - wi) / grown);
-    // The total has grown only so much that it is exceeded a few times more.
-    const AccWeight gamma = items.bench.hier.dynamicGamma(items.root);
-    EXPECT_NEAR(gamma, newmanGamma(3, w / t * w, t), 0.05);
+    const auto total = [](AccWeight u) {
+        AccWeight t = 0;
+        for (const auto& [w, s] : {std::pair(4., 2.), std::pair(3., 1.), std::pair(3., 0.)})
+            t += w + (w - s) * (1 - (10 - w) / u);
+        return t;
+    };
+    AccWeight u = 10;
+    ASSERT_GT(total(u), u);
+    while (total(u) > u) u = total(u) * 1.0009765625;
+    EXPECT_DOUBLE_EQ(items.bench.hier.dynamicGamma(items.root),
+                     newmanGamma(3, 10 / total(u) * 10, total(u)));
     Items bare({{4, 0}, {3, 0}, {3, 0}});
     EXPECT_EQ(bare.bench.hier.dynamicGamma(bare.root), 1);
 }

@@ -154,9 +154,9 @@ TEST_F(PartitionsTest, AreMadeOfTheBestChains) {
     EXPECT_EQ(bench.idsOf(part(0).items), (IdsT{5, 6}));
     EXPECT_EQ(bench.idsOf(part(1).items), (IdsT{0, 2}));
     EXPECT_FALSE(bench.ctx(9).parts);  // no triangle
-    TraceText trace;
+    Trace trace;
     EXPECT_THROW(bench.initParts(), std::logic_error);
-    EXPECT_EQ(trace.text(), "initNonfilterParts(), #0  parts: 1, aparts: 0\n");
+    EXPECT_EQ(trace.take(), "initNonfilterParts(), #0  parts: 1, aparts: 0\n");
 }
 
 }  // namespace

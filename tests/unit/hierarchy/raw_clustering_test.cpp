@@ -111,20 +111,16 @@ TEST(RawClustering, TheTraceTellsOfGroups) {
     Bench<> bench(weighted(star(4)), ClusterOptions(0));
     bench.initCands();
     bench.initParts();
-    TraceText trace;
+    Trace trace;
     bench.rawCluster();
-    EXPECT_EQ(trace.text(), "  >>> clusterNonparts(), 1 clusters, #0 formed #" +
+    EXPECT_EQ(trace.take(), "  >>> clusterNonparts(), 1 clusters, #0 formed #" +
                                 std::to_string(bench.cls.back().id) + ": 5 des\n");
 }
 
 TEST(RawClustering, GroupsAreLimitedTo16Bits) {
     EXPECT_EQ(formed(weighted(star(65534)), 0).size(), 1u);
-    try {
-        formed(weighted(star(65535)), 0);
-        FAIL() << "no error";
-    } catch (const std::overflow_error& error) {
-        EXPECT_STREQ(error.what(), "rawCluster(), group size causes overflow of ectx.npartmcs\n");
-    }
+    EXPECT_EQ(errorOf<std::overflow_error>([] { formed(weighted(star(65535)), 0); }),
+              "rawCluster(), group size causes overflow of ectx.npartmcs\n");
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 // The unfolding of clusters into nodes with their shares.
 #include "support/hand_made.hpp"
+#include "support/links_text.hpp"
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 
 namespace vorl::test {
@@ -14,11 +14,8 @@ using ClusterT = HandMade::ClusterT;
 /// "node:share" of all nodes, in the order of the unfolding.
 std::string unwrapped(const HandMade& made, const ClusterT& cl, bool maxshare = false) {
     std::string result;
-    char part[48];
-    for (const auto& [node, share] : made.hier.unwrap(cl, maxshare)) {
-        std::snprintf(part, sizeof part, "%u:%G ", node->id, double{share});
-        result += part;
-    }
+    for (const auto& [node, share] : made.hier.unwrap(cl, maxshare))
+        result += std::to_string(node->id) + ":" + digits(double{share}) + " ";
     return result;
 }
 

@@ -106,22 +106,18 @@ TEST(IntrinsicMeasures, WithoutInnerWeightHaveTheGammaOne) {
 }
 
 TEST(IntrinsicMeasures, RefuseWhatHasNoMeaning) {
-    ClustersT clusters = pair();
-    ClustersT none;
-    const auto refused = [](ClustersT& cls, AccWeight weight, AccWeight gamma) {
+    const auto refused = [](ClustersT clusters, AccWeight weight, AccWeight gamma) {
         return errorOf<std::invalid_argument>(
-            [&] { measure(cls, weight, gamma, IntrinsicsFlags::NONE); });
+            [&] { measure(clusters, weight, gamma, IntrinsicsFlags::NONE); });
     };
-    EXPECT_EQ(refused(none, 8, 1),
-              "intrinsicMeasures(), clusters(0) should be supplied with the valid "
-              "weight(8.000000) and gamma(1.000000)\n");
-    EXPECT_EQ(refused(clusters, 0, 1),
-              "intrinsicMeasures(), clusters(2) should be supplied with the valid "
-              "weight(0.000000) and gamma(1.000000)\n");
-    EXPECT_EQ(refused(clusters, 8, -0.5),
-              "intrinsicMeasures(), clusters(2) should be supplied with the valid "
-              "weight(8.000000) and gamma(-0.500000)\n");
-    EXPECT_EQ(refused(clusters, 8, 0), "");
+    const std::string words = " should be supplied with the valid weight(";
+    EXPECT_EQ(refused({}, 8, 1),
+              "intrinsicMeasures(), clusters(0)" + words + "8.000000) and gamma(1.000000)\n");
+    EXPECT_EQ(refused(pair(), 0, 1),
+              "intrinsicMeasures(), clusters(2)" + words + "0.000000) and gamma(1.000000)\n");
+    EXPECT_EQ(refused(pair(), 8, -0.5),
+              "intrinsicMeasures(), clusters(2)" + words + "8.000000) and gamma(-0.500000)\n");
+    EXPECT_EQ(refused(pair(), 8, 0), "");
 }
 
 TEST(IntrinsicMeasuresDeathTest, NeedACutAndAtMostTheWholeWeight) {

@@ -1,4 +1,4 @@
-// The measures of a file of clusters: by hand, and against the score of a build.
+// The measures of a file of clusters, worked out by hand.
 #include <vorl/shared/operations.hpp>
 
 #include "support/folder.hpp"
@@ -66,36 +66,6 @@ TEST(EvaluatedClusters, MayHaveNoCutAndNoInnerWeight) {
     EXPECT_EQ(single.cdn, 1);
     EXPECT_EQ(single.gamma, 1);
     EXPECT_FLOAT_EQ(single.mod, -0.5f);
-}
-
-TEST(EvaluatedClusters, OfARootHaveItsScore) {
-    // A ring of seven cliques of five nodes.
-    const auto cliques = [](auto& graph) {
-        graph.addNodes(35);
-        for (Id c = 0; c < 35; c += 5) {
-            for (Id i = 0; i < 5; ++i)
-                for (Id j = 0; j < i; ++j)
-                    graph.template addLink<false>(c + i, c + j, 0.1f + static_cast<float>(i));
-            graph.template addLink<false>(c, (c + 6) % 35, 0.7f);
-        }
-    };
-    const Trace traced;
-    const Folder folder;
-    Graph<true> graph;
-    cliques(graph);
-    const auto hier = graph.buildHierarchy(ClusterOptions(1));
-    for (const auto& node : hier->nodes()) ASSERT_EQ(node.owners.size(), 1);
-    OutputOptions output;
-    output.clsfile = (folder / "root.cnl").string();
-    output.clsfmt = toMask(ClsOutFmt::ROOT) | toMask(ClsOutFmt::SIMPLE);
-    hier->output(output);
-    Graph<true> again;
-    cliques(again);
-    Intrinsics intr;
-    EXPECT_EQ(evaluateClusters(intr, again, output.clsfile), hier->root().size());
-    EXPECT_EQ(intr.mod, hier->score().modularity);
-    EXPECT_EQ(intr.gamma, hier->score().egamma);
-    EXPECT_EQ(intr.cdn, hier->score().conductance);
 }
 
 TEST(EvaluatedClusters, RefuseWhatHasNoMeaning) {

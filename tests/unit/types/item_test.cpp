@@ -16,12 +16,6 @@ using ClusterT = Cluster<WeightedLinks>;
 using ClustersT = Clusters<WeightedLinks>;
 using LinksT = Links<ClusterT::LinkT>;
 
-TEST(NodeItem, IdsEndBelowTheSentinel) {
-    EXPECT_EQ(NodeT(0xFFFFFFFE).id, 0xFFFFFFFE);
-    EXPECT_EQ(errorOf<std::overflow_error>([] { NodeT node(ID_NONE); }),
-              "NodeI(), overflow of id\n");
-}
-
 TEST(NodeItem, KeepsItsSelfWeightAt32Bits) {
     NodeT node(1);
     node.addWeight(16777216);
