@@ -18,6 +18,12 @@ class ClusterMarks {
 public:
     using ClusterT = Cluster<LinksT>;
 
+    /// What a gain takes of a cluster.
+    struct Weights {
+        AccWeight total = WEIGHT_NONE;  ///< the in-out weight, that of the context
+        AccWeight self = 0;             ///< the weight inside
+    };
+
     static constexpr float FLOOR_NONE = GAIN_NONE;
 
     enum Flag : std::uint8_t {
@@ -54,11 +60,19 @@ public:
         return offset < m_span ? m_marks[offset >> SHIFT] : distant(cluster);
     }
     Mark& of(const ClusterT& cluster) { return of(&cluster); }
+    /// A copy of the weights of a cluster.
+    Weights& weights(const ClusterT& cluster) {
+        of(cluster);
+        return m_weights[index(&cluster)];
+    }
+    const Weights& weights(const ClusterT& cluster) const { return m_weights[index(&cluster)]; }
+
     /// Makes marks of all clusters created so far, so that references to marks stay valid.
     void cover() {
         const std::size_t count = (m_arena->used() >> SHIFT) + 1;
         if (count <= m_marks.size()) return;
         m_marks.resize(std::max(count, m_marks.size() * 3 / 2));
+        m_weights.resize(m_marks.size());
         m_base = m_arena->firstRange().begin;
         m_span = std::min(m_arena->firstRange().size, m_marks.size() << SHIFT);
     }
@@ -67,23 +81,32 @@ public:
         const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(cluster) - m_base;
         if (offset < m_span) __builtin_prefetch(&m_marks[offset >> SHIFT]);
     }
+    void prefetchWeights(const ClusterT* cluster) const {
+        const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(cluster) - m_base;
+        if (offset < m_span) __builtin_prefetch(&m_weights[offset >> SHIFT]);
+    }
 
 private:
     // No two clusters share a mark, since none is smaller than this.
     static constexpr unsigned SHIFT = 7;
     static_assert(sizeof(ClusterT) >= 1u << SHIFT);
 
+    std::size_t index(const ClusterT* cluster) const {
+        const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(cluster) - m_base;
+        return (offset < m_span ? offset : m_arena->offset(cluster)) >> SHIFT;
+    }
     /// Of clusters that were created since, or that lie beyond the arena's first range.
     Mark& distant(const ClusterT* cluster) {
-        const std::size_t index = m_arena->offset(cluster) >> SHIFT;
-        if (index >= m_marks.size()) cover();
-        return m_marks[index];
+        const std::size_t place = m_arena->offset(cluster) >> SHIFT;
+        if (place >= m_marks.size()) cover();
+        return m_marks[place];
     }
 
     std::shared_ptr<Arena> m_arena;
     std::uintptr_t m_base = 0;
     std::size_t m_span = 0;  // bytes of the first range that have marks
     std::vector<Mark> m_marks;
+    std::vector<Weights> m_weights;
 };
 
 }  // namespace vorl

@@ -339,6 +339,15 @@ private:
         if constexpr (!IS_NODE<ItemT>) m_marks.of(item).set(MarksT::PROPAGATED);
     }
 
+    /// The total weight of an item and the weight inside.
+    template <class ItemT>
+    typename MarksT::Weights weightsOf(const ItemT& item) const {
+        if constexpr (IS_NODE<ItemT>)
+            return {item.m_context->weight, item.m_sweight};
+        else
+            return m_marks.weights(item);
+    }
+
     /// A value that an item's best gain isn't below.
     template <class ItemT>
     float floorOf(const ItemT& item) {
@@ -411,11 +420,12 @@ template <class ItemT>
 AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::clusterGain(const ItemT& el,
                                                            const typename ItemT::LinkT& ln) const {
     const AccWeight w12 = linkWeight<NONSYMMETRIC>(&el, ln);
-    const AccWeight w1 = el.m_context->weight;
-    const AccWeight w2 = ln.dest->m_context->weight;
+    const auto [w1, s1] = weightsOf(el);
+    const auto [w2, s2] = weightsOf(*ln.dest);
     VORL_ASSERT(w1 != WEIGHT_NONE && w2 != WEIGHT_NONE,
                 "clusterGain(), items weights must be defined");
-    const AccWeight gamma = m_gamma < 0 ? dynamicGamma(el, *ln.dest) : AccWeight{m_gamma};
+    const AccWeight gamma =
+        m_gamma < 0 ? vorl::dynamicGamma(m_weight, w1, s1, w2, s2) : AccWeight{m_gamma};
     const AccWeight score = (w1 / m_weight + w1 / m_weight) * w2 * (m_gammaRatio * gamma);
     if (detail::overflowed(score) || detail::overflowed(w12)) [[unlikely]]
         detail::throwOverflow(
@@ -449,12 +459,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::visitActive(ItemT& el, VisitT visit) {
             const Mark& mark = m_marks.of(ln.dest);
             if (mark.is(MarksT::PROPAGATED)) continue;
             if (isOutbid(pairBound(ln), std::min(own, mark.floor()))) continue;
-            __builtin_prefetch(&ln.dest->m_context);
             m_active.push_back(&ln);
         }
         for (std::size_t i = 0; i < m_active.size(); ++i) {
-            if (i + ahead < m_active.size())
-                __builtin_prefetch(m_active[i + ahead]->dest->m_context.get());
+            if (i + ahead < m_active.size()) m_marks.prefetchWeights(m_active[i + ahead]->dest);
             visit(*m_active[i]);
         }
     }

@@ -186,7 +186,9 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furprop
             icand = findItem(cands.begin(), cands.end(), ln->dest);
         wcand = icand;
         auto wlink = ln;
+        constexpr std::ptrdiff_t ahead = 8;
         for (; ln != links.end(); ++ln) {
+            if (links.end() - ln > ahead) m_marks.prefetch(ln[ahead].dest);
             const ClusterT* dest = ln->dest;
             const Mark& end = m_marks.of(dest);
             if (!end.is(MarksT::ABSORBED)) {

@@ -115,6 +115,7 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::initItem(ClusterT& el) {
     el.m_sweight += selflw + subSelfWeight(el);
     const AccWeight weight = el.m_sweight + linksWeight<NONSYMMETRIC>(el);
     el.m_context->weight = weight;
+    m_marks.weights(el) = {weight, el.m_sweight};
     if (detail::overflowed(weight))
         detail::throwOverflow("initItem(), total weight of the item is overflowed\n", 159,
                               "initItem(), #%u weight overflowed: %G\n", el.id, weight);

@@ -49,6 +49,9 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::reduceItems(StoredItems<ItemT>& items,
             reductionCands<false>(rcands, el, m_linksMarg, reduction, rlinks);
     }
     const Id reduced = reduceLinks(rcands);
+    // The weights of dropped links went into those inside both ends.
+    if constexpr (!IS_NODE<ItemT>)
+        for (const ItemT& el : items) m_marks.weights(el).self = el.m_sweight;
     if (reduced != 0 && ftrace)
         std::fprintf(ftrace, message, reduced, overlong, static_cast<unsigned long>(items.size()));
 }

@@ -113,6 +113,7 @@ struct Upper {
             cl.des.push_back(&hier.m_nodes.front());
             cl.m_context = std::make_unique<Context<ClusterT>>();
             cl.m_context->weight = 0;
+            hier.m_marks.weights(cl).total = 0;
             items.push_back(&cl);
         }
         hier.m_levels.emplace_back(count, std::move(clusters));
@@ -122,6 +123,7 @@ struct Upper {
             auto& links = items[src]->links;
             addLink(links, links.begin(), items[dst], weight);
             items[src]->m_context->weight += weight;
+            hier.m_marks.weights(*items[src]).total += weight;
             hier.m_weight += weight;
         }
     }
