@@ -81,8 +81,8 @@ VORL_API bool acsAddNodeAndLinks(Nodes<Links<Link<LinkWeight, WEIGHTED>>>& nodes
 /// throw; they are counted in the collectors, which may be null.
 ///
 /// A link takes logarithmic time at most, also at a node of millions of links in random order,
-/// until `nodes`, `node` or `buildHierarchy` is called for the first time. As the caller may look at
-/// the nodes then, later links are in their lists at once, and one that comes out of order takes
+/// until `nodes`, `node` or `buildHierarchy` is called for the first time. As the caller may look
+/// at the nodes then, later links are in their lists at once, and one that comes out of order takes
 /// time by the length of the list.
 template <bool LINKS_WEIGHTED>
 class VORL_API Graph {

@@ -6,6 +6,7 @@
 #include <vorl/processing/links_margin.hpp>
 
 #include <algorithm>
+#include <array>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -119,9 +120,33 @@ bool storeLinks(Node<Links<Link<LinkWeight, WEIGHTED>>>* node,
         }
     }
     bool arcs = false;
-    for (const InpLink<WEIGHTED>& ln : *stored) {
-        current = ln.id;
-        arcs |= storeLink<DIRECTED>(node, idnodes.at(ln.id), ln.weight, sumdups, errors, &late);
+    if constexpr (DIRECTED) {
+        for (const InpLink<WEIGHTED>& ln : *stored) {
+            current = ln.id;
+            arcs |= storeLink<true>(node, idnodes.at(ln.id), ln.weight, sumdups, errors, &late);
+        }
+    } else {
+        // The other ends are strewn over the memory, so a few of them are fetched at a time.
+        constexpr std::ptrdiff_t most = 32;
+        std::array<Node<Links<Link<LinkWeight, WEIGHTED>>>*, most> dests;
+        for (auto first = stored->begin(); first != stored->end();) {
+            const auto last = first + std::min(most, stored->end() - first);
+            auto end = dests.begin();
+            for (auto it = first; it != last; ++it) {
+                const auto found = idnodes.find(it->id);
+                if (found == idnodes.end()) break;
+                *end++ = found->second;
+                __builtin_prefetch(&found->second->links);
+            }
+            std::for_each(dests.begin(), end, [](const auto* dest) {
+                if (!dest->links.empty()) __builtin_prefetch(&dest->links.back());
+            });
+            for (auto dest = dests.begin(); dest != end; ++dest, ++first)
+                storeLink<false>(node, *dest, first->weight, sumdups, errors, &late);
+            if (first == last) continue;
+            current = first->id;
+            idnodes.at(current);  // throws
+        }
     }
     return arcs;
 }

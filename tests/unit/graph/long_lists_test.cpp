@@ -147,14 +147,16 @@ TEST(LongLists, OfOneCallAreCompleteBehindIt) {
 
     NodesIdsT ids;
     for (Id id = 0; id <= last; ++id) ids.push_back(id);
-    for (bool fails : {false, true}) {
+    for (int call = 0; call < 4; ++call) {
+        const bool fails = call % 2 != 0;
         Nodes<WeightedLinks> nodes;
         IdNodes<WeightedLinks> idnodes;
         acsAddNodes(nodes, idnodes, ids, false);
         InpLinks<true> given = links;
         if (fails) given.emplace_back(last + 7);
         try {
-            acsAddNodeLinks<true, true>(idnodes, last, given, true, Reduction::NONE, 0, nullptr);
+            const auto add = call < 2 ? acsAddNodeLinks<true, true> : acsAddNodeLinks<false, true>;
+            add(idnodes, last, given, true, Reduction::NONE, 0, nullptr);
             EXPECT_FALSE(fails);
         } catch (const std::out_of_range&) {
             EXPECT_TRUE(fails);
