@@ -1,6 +1,7 @@
 #include "convert_command.hpp"
 
 #include "errors.hpp"
+#include "id_numbers.hpp"
 #include "output_text.hpp"
 #include "output_tree.hpp"
 #include "text_file.hpp"
@@ -10,7 +11,6 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <unordered_set>
 
 namespace vorl::app {
 
@@ -54,10 +54,10 @@ void run(const ConvertCommand& command) {
         return scanNetwork(file.text(), command.read.file, inputFormat, !command.read.unweighted,
                            visit);
     };
-    std::unordered_set<Id> linked;
+    IdNumbers linked;
     NetworkFacts facts = scan([&](const RawLink& ln) {
-        linked.insert(ln.src);
-        linked.insert(ln.dst);
+        linked.number(ln.src);
+        linked.number(ln.dst);
     });
     checkFormat(command, format, facts, linked.size());
     facts.nodes = std::max<Size>(facts.nodes.value_or(0), linked.size());

@@ -1,11 +1,11 @@
 #include "info_command.hpp"
 
+#include "id_numbers.hpp"
 #include "output_text.hpp"
 #include "text_file.hpp"
 
 #include <algorithm>
 #include <numeric>
-#include <unordered_map>
 #include <vector>
 
 namespace vorl::app {
@@ -59,8 +59,8 @@ struct NetworkInfo {
 class Survey {
 public:
     void add(const RawLink& ln) {
-        const Id src = number(ln.src);
-        const Id dst = number(ln.dst);
+        const Id src = m_numbers.number(ln.src);
+        const Id dst = m_numbers.number(ln.dst);
         m_min = m_links.empty() && m_selfLinks == 0 ? ln.weight : std::min(m_min, ln.weight);
         m_max = std::max(m_max, ln.weight);
         if (src == dst) {
@@ -87,10 +87,6 @@ public:
     }
 
 private:
-    Id number(Id id) {
-        return m_numbers.emplace(id, static_cast<Id>(m_numbers.size())).first->second;
-    }
-
     template <class VecT>
     static Size dropRepeats(VecT& values) {
         std::sort(values.begin(), values.end());
@@ -135,7 +131,7 @@ private:
         info.largest = *std::max_element(sizes.begin(), sizes.end());
     }
 
-    std::unordered_map<Id, Id> m_numbers;
+    IdNumbers m_numbers;
     std::vector<Size> m_links;
     std::vector<Id> m_selves;
     Size m_selfLinks = 0;

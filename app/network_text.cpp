@@ -13,8 +13,6 @@ namespace vorl::app {
 
 namespace {
 
-constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
-
 /// The walk over the lines, and the check of numbers.
 class LineChecker {
 public:
@@ -28,16 +26,15 @@ public:
             m_facts.plain = false;
             text.remove_prefix(BYTE_ORDER_MARK.size());
         }
+        const bool binary = text.find('\0') != std::string_view::npos;
         while (!text.empty()) {
             ++m_line;
-            const std::size_t end = std::min(text.find('\n'), text.size());
-            std::string_view line = text.substr(0, end);
-            text.remove_prefix(std::min(end + 1, text.size()));
+            std::string_view line = takeLine(text);
             if (line.ends_with('\r')) {
                 m_facts.plain = false;
                 line.remove_suffix(1);
             }
-            if (std::memchr(line.data(), '\0', line.size()))
+            if (binary && std::memchr(line.data(), '\0', line.size()))
                 throw fault("a NUL byte: the file is binary, lines of text are expected");
             line = trimFront(line);
             if (!line.empty()) checkLine(line);
@@ -94,15 +91,7 @@ protected:
     }
 
     Id checkId(std::string_view token, const char* what) const {
-        Size id = 0;
-        const auto [last, err] = std::from_chars(token.data(), token.data() + token.size(), id);
-        if (err == std::errc::invalid_argument || last != token.data() + token.size())
-            throw fault(std::string("the ") + what + " is " + quoted(token) +
-                        ", an id of decimal digits is expected");
-        if (err != std::errc() || id >= ID_NONE)
-            throw fault(std::string("the ") + what + " is " + quoted(token) +
-                        ", an id below 4294967295 is expected");
-        return static_cast<Id>(id);
+        return app::toId(token, what, [this](const std::string& told) { return fault(told); });
     }
 
     LinkWeight checkWeight(std::string_view token) const {

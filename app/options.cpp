@@ -110,6 +110,15 @@ CLI::Option* addNumber(CLI::App& app, const std::string& option, FieldT& field,
     return app.add_option_function<std::string>(option, read, description)->type_name("N");
 }
 
+template <class FieldT>
+CLI::Option* addFloat(CLI::App& app, const std::string& option, FieldT& field, float low,
+                      float high, const std::string& type, const std::string& description) {
+    const auto read = [option, low, high, &field](const std::string& text) {
+        field = toFloat(option, text, low, high);
+    };
+    return app.add_option_function<std::string>(option, read, description)->type_name(type);
+}
+
 /// Names of files; nothing is called "".
 std::string checkName(const std::string& name) {
     return name.empty() ? "the name of the file is empty" : "";
@@ -202,33 +211,19 @@ void addOutputOptions(CLI::App& app, OutputRequest& request) {
         ->group(group);
     addNumber<LevelNum>(app, "--level-max", request.levelMax, "Last level of per-level")
         ->group(group);
-    app.add_option_function<std::string>(
-           "--level-step",
-           [&request](const std::string& text) {
-               request.levelStep = toFloat("--level-step", text, 0, 1);
-           },
-           "Of per-level, each level with at most this ratio of the clusters of the one before; 1 "
-           "(default) takes every level")
-        ->type_name("RATIO")
+    addFloat(
+        app, "--level-step", request.levelStep, 0, 1, "RATIO",
+        "Of per-level, each level with at most this ratio of the clusters of the one before; 1 "
+        "(default) takes every level")
         ->group(group);
 
     group = "Significant clusters";
-    app.add_option_function<std::string>(
-           "--density-drop",
-           [&request](const std::string& text) {
-               request.densityDrop = toFloat("--density-drop", text, 0, 1);
-           },
-           "The least density, as a ratio of that of the owner (0.865)")
-        ->type_name("RATIO")
+    addFloat(app, "--density-drop", request.densityDrop, 0, 1, "RATIO",
+             "The least density, as a ratio of that of the owner (0.865)")
         ->group(group);
-    app.add_option_function<std::string>(
-           "--weight-step",
-           [&request](const std::string& text) {
-               request.weightStep = toFloat("--weight-step", text, 0, 1e30f);
-           },
-           "The weight, as a ratio of that of the owner: the least one with a range, else the "
-           "largest (0.135)")
-        ->type_name("RATIO")
+    addFloat(app, "--weight-step", request.weightStep, 0, 1e30f, "RATIO",
+             "The weight, as a ratio of that of the owner: the least one with a range, else the "
+             "largest (0.135)")
         ->group(group);
     app.add_flag_function(
            "--weight-range,!--no-weight-range",
@@ -285,22 +280,12 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
         [&build](Validation value) { build.validation = value; },
         "Check of the links: none, standard (default) or severe")
         ->group(group);
-    app.add_option_function<std::string>(
-           "--gain-margin",
-           [&build](const std::string& text) {
-               build.gainMarg = toFloat("--gain-margin", text, -3e38f, 1);
-           },
-           "Stop at a level that raises the modularity by no more than this; with "
-           "--trace-modularity only")
-        ->type_name("X")
+    addFloat(app, "--gain-margin", build.gainMarg, -3e38f, 1, "X",
+             "Stop at a level that raises the modularity by no more than this; with "
+             "--trace-modularity only")
         ->group(group);
-    app.add_option_function<std::string>(
-           "--filter-margin",
-           [&build](const std::string& text) {
-               build.filterMarg = toFloat("--filter-margin", text, 0, 1);
-           },
-           "Filter margin of the candidates, 0 to 1; changes no result")
-        ->type_name("X")
+    addFloat(app, "--filter-margin", build.filterMarg, 0, 1, "X",
+             "Filter margin of the candidates, 0 to 1; changes no result")
         ->group(group);
     app.add_flag("--trace-modularity", build.modtrace, "Compute the modularity of each level")
         ->group(group);
@@ -319,13 +304,8 @@ void addEvaluateOptions(CLI::App& app, EvaluateCommand& command) {
         ->check(checkName)
         ->required();
     addAssemblyOptions(app, command.read);
-    app.add_option_function<std::string>(
-           "--gamma",
-           [&command](const std::string& text) {
-               command.gamma = toFloat("--gamma", text, 0, 1e30f);
-           },
-           "Resolution of the modularity; 1 if not given")
-        ->type_name("G");
+    addFloat(app, "--gamma", command.gamma, 0, 1e30f, "G",
+             "Resolution of the modularity; 1 if not given");
     app.add_flag("--strict", command.strict,
                  "Refuse files with wrong counts in the header, incomplete shares and the like");
     app.add_flag("--json", command.json, "The result as one JSON document");

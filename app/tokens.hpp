@@ -1,15 +1,23 @@
 // The words of a line of input.
 #pragma once
 
+#include <vorl/types/numbers.hpp>
+
+#include <charconv>
 #include <string>
 #include <string_view>
 
 namespace vorl::app {
 
+/// May stand at the begin of a text.
+inline constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
+
 /// A piece of the input in a message: short, and without control characters.
 std::string quoted(std::string_view text);
 /// The text without the blanks and tabs at its front.
 std::string_view trimFront(std::string_view text);
+/// Cuts the first line off the text.
+std::string_view takeLine(std::string_view& text);
 /// Cuts the first word off the text; empty at its end.
 std::string_view nextToken(std::string_view& text);
 
@@ -18,5 +26,21 @@ std::string_view nextToken(std::string_view& text);
 bool takeKey(std::string_view& text, std::string_view key);
 /// Cuts the value behind a key off the text, with one comma and the blanks behind it.
 std::string_view takeValue(std::string_view& text);
+
+/// The id that a word is.
+/// @param what the name of the id in messages
+/// @param fault makes the error of a message
+template <class FaultT>
+Id toId(std::string_view token, const char* what, FaultT fault) {
+    Size id = 0;
+    const auto [last, err] = std::from_chars(token.data(), token.data() + token.size(), id);
+    if (err == std::errc::invalid_argument || last != token.data() + token.size())
+        throw fault(std::string("the ") + what + " is " + quoted(token) +
+                    ", an id of decimal digits is expected");
+    if (err != std::errc() || id >= ID_NONE)
+        throw fault(std::string("the ") + what + " is " + quoted(token) +
+                    ", an id below 4294967295 is expected");
+    return static_cast<Id>(id);
+}
 
 }  // namespace vorl::app

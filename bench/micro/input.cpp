@@ -5,7 +5,10 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <fstream>
+#include <numeric>
+#include <random>
 
 namespace vorl::bench {
 namespace {
@@ -57,10 +60,37 @@ void addLinksSingly(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(edges.links.size()));
 }
 
+// A node with a link to each other one, which arrive by ascending ids or in random order.
+template <bool RANDOM>
+void assembleHub(benchmark::State& state) {
+    ftrace = nullptr;
+    const auto hub = static_cast<Id>(state.range(0));
+    std::vector<Id> dests(hub);
+    std::iota(dests.begin(), dests.end(), Id{0});
+    if (RANDOM) std::shuffle(dests.begin(), dests.end(), std::mt19937_64(1));
+    for (auto _ : state) {
+        Graph<false> graph(hub + 1);
+        graph.addNodes(hub + 1);
+        for (const Id dst : dests) graph.addLink<true>(hub, dst);
+        benchmark::DoNotOptimize(graph.node(hub)->links.data());
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
 BENCHMARK(readNetwork<false>)->Name("reading/unweighted")->Arg(1000)->Arg(30000);
 BENCHMARK(readNetwork<true>)->Name("reading/weighted")->Arg(1000)->Arg(30000);
 BENCHMARK(assembleNetwork)->Name("assembly/nodes")->Arg(1000)->Arg(30000);
 BENCHMARK(addLinksSingly)->Name("assembly/links")->Arg(1000)->Arg(30000);
+BENCHMARK(assembleHub<false>)
+    ->Name("assembly/hub_ascending")
+    ->Arg(3000)
+    ->Arg(1000000)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(assembleHub<true>)
+    ->Name("assembly/hub_random")
+    ->Arg(3000)
+    ->Arg(1000000)
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace vorl::bench

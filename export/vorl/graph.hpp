@@ -13,6 +13,11 @@
 
 namespace vorl {
 
+namespace detail {
+template <class LinksT>
+class LateLinks;
+}
+
 /// Ids of nodes.
 using NodesIdsT = std::vector<Id>;
 
@@ -74,6 +79,11 @@ VORL_API bool acsAddNodeAndLinks(Nodes<Links<Link<LinkWeight, WEIGHTED>>>& nodes
 /// An edge is stored as two links with the full weight each, an arc as one link at its source. A
 /// self link adds twice its weight to the self weight of its node. Repeated nodes and links never
 /// throw; they are counted in the collectors, which may be null.
+///
+/// A link takes logarithmic time at most, also at a node of millions of links in random order,
+/// until `nodes`, `node` or `buildHierarchy` is called for the first time. As the caller may look
+/// at the nodes then, later links are in their lists at once, and one that comes out of order takes
+/// time by the length of the list.
 template <bool LINKS_WEIGHTED>
 class VORL_API Graph {
 public:
@@ -106,10 +116,10 @@ public:
     bool directed() const { return m_directed; }
     /// Whether arcs are reduced as they arrive.
     bool reduced() const { return m_directed && m_linksMarg != 0; }
-    NodesT& nodes() { return m_nodes; }
+    NodesT& nodes();
     /// The node of an id, also after `buildHierarchy` while that hierarchy lives.
     /// @throws std::out_of_range if the id is unknown
-    NodeT* node(Id id) { return m_idnodes.at(id); }
+    NodeT* node(Id id);
     /// @throws std::runtime_error "The hierarchy has not been constructed"
     std::shared_ptr<HierarchyT> hierarchy();
 
@@ -141,6 +151,10 @@ public:
     std::shared_ptr<NodesT> release(IdNodesT* idnodes = nullptr, bool* directed = nullptr);
 
 private:
+    void show();
+    void mergeLate();
+    detail::LateLinks<LinksT>& late();
+
     NodesT m_nodes;
     bool m_directed = false;
     Reduction m_reduction = Reduction::NONE;
@@ -149,6 +163,8 @@ private:
     bool m_shuffle = false;
     bool m_sumdups = false;
     std::shared_ptr<HierarchyT> m_hierarchy;
+    std::unique_ptr<detail::LateLinks<LinksT>> m_late;
+    bool m_shown = false;
 };
 
 }  // namespace vorl

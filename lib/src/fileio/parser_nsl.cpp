@@ -49,15 +49,7 @@ NslParser::NslParser(const InpOptions& opts)
 }
 
 void NslParser::header() {
-    while (std::getline(m_file, m_line)) {
-        const char* pos = skipBlanks(m_line.c_str());
-        if (*pos == '\0') continue;
-        if (*pos != '#') return;
-        if (!parseHeader(skipBlanks(pos + 1))) continue;
-        if (!std::getline(m_file, m_line)) m_line.clear();
-        return;
-    }
-    m_line.clear();
+    readComments(m_file, m_line, [this](const char* comment) { return parseHeader(comment); });
 }
 
 /// @return whether the comment is the header

@@ -105,6 +105,22 @@ bool takeHeaderValue(const char*& pos, DestT& value, const char* what) {
     return true;
 }
 
+/// Reads the comments ahead of the body, up to the first that is the header.
+/// @param[out] line the first one of the body, or a comment or blank one; empty at the end
+/// @param isHeader takes the header if a comment, given behind its sign, is one
+template <class IsHeaderT>
+void readComments(std::ifstream& file, std::string& line, IsHeaderT isHeader) {
+    while (std::getline(file, line)) {
+        const char* pos = skipBlanks(line.c_str());
+        if (*pos == '\0') continue;
+        if (*pos != '#') return;
+        if (!isHeader(skipBlanks(pos + 1))) continue;
+        if (!std::getline(file, line)) line.clear();
+        return;
+    }
+    line.clear();
+}
+
 /// The number of tokens that a text of this size may hold, if its ids are numbered through.
 Size estimateTokens(Size size);
 

@@ -1,9 +1,12 @@
 // The logic of the network's assembly.
 #include <vorl/graph.hpp>
 
+#include "late_links.hpp"
+
 #include <vorl/processing/links_margin.hpp>
 
 #include <algorithm>
+#include <array>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -18,6 +21,8 @@ bool drawBit() {
 }
 
 }  // namespace detail
+
+using detail::LateLinks;
 
 namespace {
 
@@ -37,16 +42,54 @@ void addSelfLink(NodeT* node, LinkWeight weight, bool sumdups, StructLinkErrors*
     node->addWeight(2.0 * weight);
 }
 
+/// Puts a link into the list of its source, or lets it wait for that if `late` isn't null.
+template <class LinksT>
+void placeLink(Node<LinksT>* src, Node<LinksT>* dst, LinkWeight weight, bool sumdups,
+               StructLinkErrors* errors, LateLinks<LinksT>* late) {
+    auto& links = src->links;
+    if (links.empty() || cmpBase(links.back().dest, dst)) {
+        links.emplace_back(dst, weight);
+        return;
+    }
+    const auto report = [&] {
+        if (errors) errors->add({src->id, dst->id});
+    };
+    // A repeat of the last link is a fault even where repeated links are summed.
+    if (links.back().dest == dst) {
+        report();
+        return;
+    }
+    [[maybe_unused]] LinkWeight* repeated = nullptr;
+    const auto last = links.end() - 1;
+    const auto place = findDest(links.begin(), last, dst);
+    if (place == last || place->dest != dst) {
+        if (!late || links.size() < LateLinks<LinksT>::LIST_MIN) {
+            links.emplace(place, dst, weight);
+            return;
+        }
+        repeated = late->add(src, dst, weight);
+        if (!repeated) return;
+    }
+    if constexpr (Node<LinksT>::LinkT::IS_WEIGHTED) {
+        if (sumdups) {
+            (repeated ? *repeated : place->weight) += weight;
+            return;
+        }
+    }
+    report();
+}
+
 /// Stores one link, or two for an edge.
 /// @return whether an arc between different nodes was stored
-template <bool DIRECTED, class NodeT>
-bool storeLink(NodeT* src, NodeT* dst, LinkWeight weight, bool sumdups, StructLinkErrors* errors) {
+template <bool DIRECTED, class LinksT>
+bool storeLink(Node<LinksT>* src, Node<LinksT>* dst, LinkWeight weight, bool sumdups,
+               StructLinkErrors* errors, LateLinks<LinksT>* late) {
     if (src == dst) {
         addSelfLink(src, weight, sumdups, errors);
         return false;
     }
-    if constexpr (!DIRECTED) insertLink(dst, src, weight, sumdups, errors);
-    insertLink(src, dst, weight, sumdups, errors);
+    if constexpr (!DIRECTED) placeLink(dst, src, weight, sumdups, errors, late);
+    placeLink(src, dst, weight, sumdups, errors, late);
     return DIRECTED;
 }
 
@@ -56,7 +99,8 @@ template <bool DIRECTED, bool WEIGHTED>
 bool storeLinks(Node<Links<Link<LinkWeight, WEIGHTED>>>* node,
                 IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnodes,
                 const InpLinks<WEIGHTED>& links, bool sumdups, Reduction reduction, Id linksMarg,
-                StructLinkErrors* errors, Id& current) {
+                StructLinkErrors* errors, LateLinks<Links<Link<LinkWeight, WEIGHTED>>>& late,
+                Id& current) {
     const InpLinks<WEIGHTED>* stored = &links;
     InpLinks<WEIGHTED> reduced;
     if constexpr (DIRECTED && WEIGHTED) {
@@ -76,11 +120,79 @@ bool storeLinks(Node<Links<Link<LinkWeight, WEIGHTED>>>* node,
         }
     }
     bool arcs = false;
-    for (const InpLink<WEIGHTED>& ln : *stored) {
-        current = ln.id;
-        arcs |= storeLink<DIRECTED>(node, idnodes.at(ln.id), ln.weight, sumdups, errors);
+    if constexpr (DIRECTED) {
+        for (const InpLink<WEIGHTED>& ln : *stored) {
+            current = ln.id;
+            arcs |= storeLink<true>(node, idnodes.at(ln.id), ln.weight, sumdups, errors, &late);
+        }
+    } else {
+        // The other ends are strewn over the memory, so a few of them are fetched at a time.
+        constexpr std::ptrdiff_t most = 32;
+        std::array<Node<Links<Link<LinkWeight, WEIGHTED>>>*, most> dests;
+        for (auto first = stored->begin(); first != stored->end();) {
+            const auto last = first + std::min(most, stored->end() - first);
+            auto end = dests.begin();
+            for (auto it = first; it != last; ++it) {
+                const auto found = idnodes.find(it->id);
+                if (found == idnodes.end()) break;
+                *end++ = found->second;
+                __builtin_prefetch(&found->second->links);
+            }
+            std::for_each(dests.begin(), end, [](const auto* dest) {
+                if (!dest->links.empty()) __builtin_prefetch(&dest->links.back());
+            });
+            for (auto dest = dests.begin(); dest != end; ++dest, ++first)
+                storeLink<false>(node, *dest, first->weight, sumdups, errors, &late);
+            if (first == last) continue;
+            current = first->id;
+            idnodes.at(current);  // throws
+        }
     }
     return arcs;
+}
+
+template <bool DIRECTED, bool WEIGHTED>
+bool storeNodeLinks(IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnodes, Id id,
+                    const InpLinks<WEIGHTED>& links, bool sumdups, Reduction reduction,
+                    Id linksMarg, StructLinkErrors* errors,
+                    LateLinks<Links<Link<LinkWeight, WEIGHTED>>>& late) {
+    Id current = id;
+    try {
+        return storeLinks<DIRECTED, WEIGHTED>(idnodes.at(id), idnodes, links, sumdups, reduction,
+                                              linksMarg, errors, late, current);
+    } catch (const std::out_of_range& err) {
+        throw std::out_of_range("acsAddNodeLinks(), the link with non-existent node is used: #" +
+                                std::to_string(current) + "\n" + err.what());
+    }
+}
+
+template <bool DIRECTED, bool WEIGHTED>
+bool storeNodeAndLinks(Nodes<Links<Link<LinkWeight, WEIGHTED>>>& nodes,
+                       IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnodes, Id id,
+                       const InpLinks<WEIGHTED>& links, bool shuffle, bool sumdups,
+                       Reduction reduction, Id linksMarg, StructLinkErrors* errors,
+                       LateLinks<Links<Link<LinkWeight, WEIGHTED>>>& late) {
+    NodesIdsT ids;
+    ids.reserve(links.size() + 1);
+    ids.push_back(id);
+    for (const InpLink<WEIGHTED>& ln : links) ids.push_back(ln.id);
+    acsAddNodes(nodes, idnodes, ids, shuffle);
+    return storeLinks<DIRECTED, WEIGHTED>(idnodes.at(id), idnodes, links, sumdups, reduction,
+                                          linksMarg, errors, late, id);
+}
+
+/// Calls `store` with a place for late links, which is merged also where it throws.
+template <class LinksT, class StoreT>
+bool mergedAfter(StoreT store) {
+    LateLinks<LinksT> late;
+    try {
+        const bool arcs = store(late);
+        late.merge();
+        return arcs;
+    } catch (...) {
+        late.merge();
+        throw;
+    }
 }
 
 }  // namespace
@@ -118,47 +230,17 @@ void acsAddNodes(Nodes<LinksT>& nodes, IdNodes<LinksT>& idnodes, const NodesIdsT
 
 template <class NodeT>
 void insertLink(NodeT* src, NodeT* dst, LinkWeight weight, bool sumdups, StructLinkErrors* errors) {
-    using LinkT = typename NodeT::LinkT;
-    auto& links = src->links;
-    if (links.empty() || cmpBase(links.back().dest, dst)) {
-        links.emplace_back(dst, weight);
-        return;
-    }
-    const auto report = [&] {
-        if (errors) errors->add({src->id, dst->id});
-    };
-    // A repeat of the last link is a fault even where repeated links are summed.
-    if (links.back().dest == dst) {
-        report();
-        return;
-    }
-    const auto last = links.end() - 1;
-    const auto place = findDest(links.begin(), last, dst);
-    if (place == last || place->dest != dst) {
-        links.emplace(place, dst, weight);
-        return;
-    }
-    if constexpr (LinkT::IS_WEIGHTED) {
-        if (sumdups) {
-            place->weight += weight;
-            return;
-        }
-    }
-    report();
+    placeLink<decltype(src->links)>(src, dst, weight, sumdups, errors, nullptr);
 }
 
 template <bool DIRECTED, bool WEIGHTED>
 bool acsAddNodeLinks(IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnodes, Id id,
                      const InpLinks<WEIGHTED>& links, bool sumdups, Reduction reduction,
                      Id linksMarg, StructLinkErrors* errors) {
-    Id current = id;
-    try {
-        return storeLinks<DIRECTED, WEIGHTED>(idnodes.at(id), idnodes, links, sumdups, reduction,
-                                              linksMarg, errors, current);
-    } catch (const std::out_of_range& err) {
-        throw std::out_of_range("acsAddNodeLinks(), the link with non-existent node is used: #" +
-                                std::to_string(current) + "\n" + err.what());
-    }
+    return mergedAfter<Links<Link<LinkWeight, WEIGHTED>>>([&](auto& late) {
+        return storeNodeLinks<DIRECTED, WEIGHTED>(idnodes, id, links, sumdups, reduction, linksMarg,
+                                                  errors, late);
+    });
 }
 
 template <bool DIRECTED, bool WEIGHTED>
@@ -166,13 +248,10 @@ bool acsAddNodeAndLinks(Nodes<Links<Link<LinkWeight, WEIGHTED>>>& nodes,
                         IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnodes, Id id,
                         const InpLinks<WEIGHTED>& links, bool shuffle, bool sumdups,
                         Reduction reduction, Id linksMarg, StructLinkErrors* errors) {
-    NodesIdsT ids;
-    ids.reserve(links.size() + 1);
-    ids.push_back(id);
-    for (const InpLink<WEIGHTED>& ln : links) ids.push_back(ln.id);
-    acsAddNodes(nodes, idnodes, ids, shuffle);
-    return storeLinks<DIRECTED, WEIGHTED>(idnodes.at(id), idnodes, links, sumdups, reduction,
-                                          linksMarg, errors, id);
+    return mergedAfter<Links<Link<LinkWeight, WEIGHTED>>>([&](auto& late) {
+        return storeNodeAndLinks<DIRECTED, WEIGHTED>(nodes, idnodes, id, links, shuffle, sumdups,
+                                                     reduction, linksMarg, errors, late);
+    });
 }
 
 namespace {
@@ -217,6 +296,7 @@ void Graph<LINKS_WEIGHTED>::reset(Id nodesNum, bool shuffle, bool sumdups, Reduc
     checkReduction<LINKS_WEIGHTED>(reduction, nodesNum, "reset()");
     m_reduction = reduction;
     m_linksMarg = reducedLinksMarg(nodesNum, m_reduction);
+    m_late.reset();
     m_idnodes.clear();
     m_nodes = NodesT();
     m_directed = false;
@@ -232,6 +312,31 @@ void Graph<LINKS_WEIGHTED>::reset(Id nodesNum, bool shuffle, bool sumdups, Reduc
 }
 
 template <bool LINKS_WEIGHTED>
+auto Graph<LINKS_WEIGHTED>::nodes() -> NodesT& {
+    show();
+    return m_nodes;
+}
+
+template <bool LINKS_WEIGHTED>
+auto Graph<LINKS_WEIGHTED>::node(Id id) -> NodeT* {
+    show();
+    return m_idnodes.at(id);
+}
+
+/// From now on each operation leaves the lists complete, as the caller may look at any of them.
+template <bool LINKS_WEIGHTED>
+void Graph<LINKS_WEIGHTED>::show() {
+    mergeLate();
+    m_shown = true;
+}
+
+template <bool LINKS_WEIGHTED>
+void Graph<LINKS_WEIGHTED>::mergeLate() {
+    if (m_late) m_late->merge();
+    m_late.reset();
+}
+
+template <bool LINKS_WEIGHTED>
 auto Graph<LINKS_WEIGHTED>::hierarchy() -> std::shared_ptr<HierarchyT> {
     if (!m_hierarchy) throw std::runtime_error("The hierarchy has not been constructed");
     return m_hierarchy;
@@ -240,6 +345,7 @@ auto Graph<LINKS_WEIGHTED>::hierarchy() -> std::shared_ptr<HierarchyT> {
 template <bool LINKS_WEIGHTED>
 auto Graph<LINKS_WEIGHTED>::buildHierarchy(const ClusterOptions& options)
     -> std::shared_ptr<HierarchyT> {
+    show();  // the hierarchy holds the nodes from now on
     m_hierarchy = cluster<LinksT>(m_nodes, !m_directed, options);
     return hierarchy();
 }
@@ -281,26 +387,41 @@ void Graph<LINKS_WEIGHTED>::addLink(Id src, Id dst, LinkWeight weight, StructLin
                                 std::to_string(src) + "." + std::to_string(dst) + "\n" +
                                 err.what());
     }
-    m_directed |= storeLink<DIRECTED>(source, dest, weight, m_sumdups, errors);
+    m_directed |=
+        storeLink<DIRECTED>(source, dest, weight, m_sumdups, errors, m_shown ? nullptr : &late());
 }
 
 template <bool LINKS_WEIGHTED>
 template <bool DIRECTED>
 void Graph<LINKS_WEIGHTED>::addNodeLinks(Id id, const InpLinksT& links, StructLinkErrors* errors) {
-    m_directed |= acsAddNodeLinks<DIRECTED, LINKS_WEIGHTED>(m_idnodes, id, links, m_sumdups,
-                                                            m_reduction, m_linksMarg, errors);
+    m_directed |=
+        m_shown ? acsAddNodeLinks<DIRECTED, LINKS_WEIGHTED>(m_idnodes, id, links, m_sumdups,
+                                                            m_reduction, m_linksMarg, errors)
+                : storeNodeLinks<DIRECTED, LINKS_WEIGHTED>(
+                      m_idnodes, id, links, m_sumdups, m_reduction, m_linksMarg, errors, late());
 }
 
 template <bool LINKS_WEIGHTED>
 template <bool DIRECTED>
 void Graph<LINKS_WEIGHTED>::addNodeAndLinks(Id id, const InpLinksT& links,
                                             StructLinkErrors* errors) {
-    m_directed |= acsAddNodeAndLinks<DIRECTED, LINKS_WEIGHTED>(
-        m_nodes, m_idnodes, id, links, m_shuffle, m_sumdups, m_reduction, m_linksMarg, errors);
+    m_directed |= m_shown ? acsAddNodeAndLinks<DIRECTED, LINKS_WEIGHTED>(
+                                m_nodes, m_idnodes, id, links, m_shuffle, m_sumdups, m_reduction,
+                                m_linksMarg, errors)
+                          : storeNodeAndLinks<DIRECTED, LINKS_WEIGHTED>(
+                                m_nodes, m_idnodes, id, links, m_shuffle, m_sumdups, m_reduction,
+                                m_linksMarg, errors, late());
+}
+
+template <bool LINKS_WEIGHTED>
+auto Graph<LINKS_WEIGHTED>::late() -> LateLinks<LinksT>& {
+    if (!m_late) m_late = std::make_unique<LateLinks<LinksT>>();
+    return *m_late;
 }
 
 template <bool LINKS_WEIGHTED>
 auto Graph<LINKS_WEIGHTED>::release(IdNodesT* idnodes, bool* directed) -> std::shared_ptr<NodesT> {
+    mergeLate();
     if (directed) *directed = m_directed;
     m_directed = false;
     m_reduction = Reduction::NONE;
