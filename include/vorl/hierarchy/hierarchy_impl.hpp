@@ -111,6 +111,8 @@ public:
     ArenaAllocator<ClusterT> m_arena;  ///< of the clusters of all levels
     /// Marks of the clusters above the node level, kept in step with their states and owners.
     MarksT m_marks{m_arena.arena()};
+    /// The least weight of a pair that bounds its gain, infinite where none does.
+    AccWeight m_boundMin = std::numeric_limits<AccWeight>::infinity();
     Size m_quietLinks = 0;                   ///< number of links of the quiet clusters
     std::vector<const AccLink<LinksT>*> m_active;  ///< scratch memory of `visitActive`
     AccLinksT m_sums;                 ///< scratch memory of folding: links to what stays on
@@ -308,8 +310,11 @@ private:
     /// Whether a gain of at most `bound` is below a best gain whatever the tolerance makes of it.
     /// Of tiny weights nothing is said: they all tie, and rounding may leave their gain undefined.
     bool isOutbid(AccWeight bound, float gmax) const {
-        return gmax >= 1e-6f && bound < gmax * (1 - 0x1p-20) && bound > m_weight * 1e-12;
+        return gmax >= 1e-6f && bound < gmax * (1 - 0x1p-20) && bound >= m_boundMin;
     }
+    /// Settles whether the weights of pairs are bounds of gains: where no gain may leave the range
+    /// of 32 bits, and the weights agree, which those of a list of links with faults don't.
+    void settleBounds();
 
     /// What the weight of a pair isn't above, infinity where that isn't at hand.
     static AccWeight pairBound(const AccLink<LinksT>& ln) {

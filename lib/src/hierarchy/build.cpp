@@ -163,6 +163,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildFirstLevel(bool modtrace, float& 
     VORL_TRACE("Initial nodes clustering is completed, %lu clusters\n", m_score.clusters);
     wrapped = static_cast<std::uint32_t>(m_root.size() + m_propnum);
     foldLevel<false>({});
+    settleBounds();
     if (modtrace) {
         ClustersT& clusters = m_levels.back().clusters;
         const auto q = static_cast<float>(modularity(clusters.begin(), clusters.end()));
@@ -175,6 +176,14 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildFirstLevel(bool modtrace, float& 
                    m_score.clusters);
     }
     return true;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::settleBounds() {
+    AccWeight sum = 0;
+    for (const ClusterT& cl : m_levels.back().clusters) sum += cl.m_context->weight;
+    const bool agree = std::fabs(sum - m_weight) <= 1e-6 * m_weight;
+    if (agree && m_weight * std::max(1.f, m_gamma) < 1e24) m_boundMin = 1e-12 * m_weight;
 }
 
 /// Forms levels until one forms no cluster or a stop rule fires; after a compression of the root
