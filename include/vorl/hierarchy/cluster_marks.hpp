@@ -5,7 +5,6 @@
 #include <vorl/types/item.hpp>
 
 #include <algorithm>
-#include <bit>
 #include <vector>
 
 namespace vorl {
@@ -24,8 +23,6 @@ public:
         AccWeight self = 0;             ///< the weight inside
     };
 
-    static constexpr float FLOOR_NONE = GAIN_NONE;
-
     enum Flag : std::uint8_t {
         PROPAGATED = 1,  ///< takes no further part in the level, as its state tells
         ABSORBED = 2,    ///< has owners
@@ -37,15 +34,12 @@ public:
         /// Of an absorbed cluster: the owner, if there is just one; of another cluster while a
         /// level is folded: the next of its links to a cluster of the level, see `pairLinks`.
         void* aim = nullptr;
-        /// While links are summed: where those to this cluster are. While a level is formed: the
-        /// bits of a value that the best gain isn't below.
-        std::uint32_t place = std::bit_cast<std::uint32_t>(FLOOR_NONE);
+        AccWeight gmax = GAIN_NONE;  ///< the best gain, while candidates are sought
+        std::uint32_t place = 0;     ///< where the links to this cluster are summed
         std::uint8_t flags = 0;
 
         ClusterT* owner() const { return static_cast<ClusterT*>(aim); }
         AccLink<LinksT>* back() const { return static_cast<AccLink<LinksT>*>(aim); }
-        float floor() const { return std::bit_cast<float>(place); }
-        void floor(float value) { place = std::bit_cast<std::uint32_t>(value); }
         bool is(Flag flag) const { return flags & flag; }
         void set(Flag flag) { flags |= flag; }
         void set(Flag flag, bool value) {

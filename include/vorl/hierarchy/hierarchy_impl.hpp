@@ -31,21 +31,6 @@ auto& itemAt(IterT it) {
         return *it;
 }
 
-/// Calls for the items some places ahead in a vector, but for those that will be passed over.
-template <class IterT, class PassT>
-void prefetchItems(IterT at, IterT last, PassT isPassed) {
-    constexpr std::ptrdiff_t ahead = 4;
-    if (last - at > 2 * ahead && !isPassed(at[2 * ahead])) {
-        __builtin_prefetch(&at[2 * ahead]->links);
-        __builtin_prefetch(&at[2 * ahead]->m_context);
-    }
-    if (last - at > ahead && !isPassed(at[ahead])) {
-        const auto* links = reinterpret_cast<const char*>(at[ahead]->links.data());
-        for (std::size_t line = 0; line < 256; line += 64) __builtin_prefetch(links + line);
-        __builtin_prefetch(at[ahead]->m_context.get());
-    }
-}
-
 /// The item's entry for an owner, by a linear scan; the item must have it.
 template <class LinksT>
 const Owner<Cluster<LinksT>>& ownerEntry(const NodeI<LinksT>& item, const Cluster<LinksT>& owner) {
@@ -113,7 +98,7 @@ public:
     MarksT m_marks{m_arena.arena()};
     /// The least weight of a pair that bounds its gain, infinite where none does.
     AccWeight m_boundMin = std::numeric_limits<AccWeight>::infinity();
-    Size m_quietLinks = 0;                   ///< number of links of the quiet clusters
+    Size m_quietLinks = 0;                         ///< number of links of the quiet clusters
     std::vector<const AccLink<LinksT>*> m_active;  ///< scratch memory of `visitActive`
     AccLinksT m_sums;                 ///< scratch memory of folding: links to what stays on
     AccLinksT m_newSums;              ///< the same, links to the clusters of the level
@@ -173,6 +158,18 @@ public:
     void initCands(IItemXT first, IItemXT last, ClustersT& cls);
     template <class ItemT>
     void defineItemCands(ItemT& el, ClustersT& cls);
+    /// The best gain of an item while candidates are sought; that of a cluster lies beside its
+    /// mark and goes to the context when all are found.
+    template <class ItemT>
+    AccWeight& gmaxOf(ItemT& item) {
+        if constexpr (IS_NODE<ItemT>)
+            return item.m_context->gmax;
+        else
+            return m_marks.of(item).gmax;
+    }
+    /// Hands the best gains of a range of clusters to their contexts.
+    template <class IItemXT>
+    void settleGmax(IItemXT first, IItemXT last);
     /// @}
 
     /// @name Chains: groups of an item's candidates that are candidates of each other
@@ -305,12 +302,10 @@ private:
     /// The share of its best gain below which an offer would not tie, 1 - 2^-26.5.
     static constexpr AccWeight OFFER = 0.9999999894632878;
 
-    static constexpr float FLOOR_NONE = GAIN_NONE;
-
     /// Whether a gain of at most `bound` is below a best gain whatever the tolerance makes of it.
     /// Of tiny weights nothing is said: they all tie, and rounding may leave their gain undefined.
-    bool isOutbid(AccWeight bound, float gmax) const {
-        return gmax >= 1e-6f && bound < gmax * (1 - 0x1p-20) && bound >= m_boundMin;
+    bool isOutbid(AccWeight bound, AccWeight gmax) const {
+        return gmax >= 1e-6 && bound < gmax * (1 - 0x1p-20) && bound >= m_boundMin;
     }
     /// Settles whether the weights of pairs are bounds of gains: where no gain may leave the range
     /// of 32 bits, and the weights agree, which those of a list of links with faults don't.
@@ -353,21 +348,6 @@ private:
             return m_marks.weights(item);
     }
 
-    /// A value that an item's best gain isn't below.
-    template <class ItemT>
-    float floorOf(const ItemT& item) {
-        if constexpr (IS_NODE<ItemT>)
-            return FLOOR_NONE;
-        else
-            return m_marks.of(item).floor();
-    }
-    /// Makes the floor of an item that of its best gain.
-    template <class ItemT>
-    void setFloor(const ItemT& item) {
-        if constexpr (!IS_NODE<ItemT>)
-            m_marks.of(item).floor(detail::narrow(item.m_context->gmax));
-    }
-
     /// @name Parts of folding
     /// @{
 
@@ -381,6 +361,32 @@ private:
     /// Tells the links between the clusters of the level and others the weights of their pairs.
     void pairLinks(ClustersT& clusters);
     /// @}
+
+    /// Calls for what a walk over the links of some items ahead will touch, but for items that will
+    /// be passed over: the item, then its links and its context, then the marks of its neighbours.
+    template <class IterT, class PassT>
+    void prefetchItems(IterT at, IterT last, PassT isPassed) const {
+        constexpr std::ptrdiff_t ahead = 3;
+        constexpr std::size_t linksMax = 24;
+        constexpr std::size_t line = 64;
+        const auto left = last - at;
+        if (left > 3 * ahead && !isPassed(at[3 * ahead])) {
+            __builtin_prefetch(&at[3 * ahead]->links);
+            __builtin_prefetch(&at[3 * ahead]->m_context);
+        }
+        if (left > 2 * ahead && !isPassed(at[2 * ahead])) {
+            const auto& links = at[2 * ahead]->links;
+            const auto* bytes = reinterpret_cast<const char*>(links.data());
+            const std::size_t size = std::min(linksMax, links.size()) * sizeof(links[0]);
+            for (std::size_t pos = 0; pos < size; pos += line) __builtin_prefetch(bytes + pos);
+            __builtin_prefetch(at[2 * ahead]->m_context.get());
+        }
+        if (left > ahead && !isPassed(at[ahead])) {
+            const auto& links = at[ahead]->links;
+            const std::size_t count = std::min(linksMax, links.size());
+            for (std::size_t i = 0; i < count; ++i) m_marks.prefetch(links[i].dest);
+        }
+    }
 
     /// Visits the links of an item to those that take part in the level; a visit may take its own
     /// destination out of it, but none of the others.
@@ -456,14 +462,14 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::visitActive(ItemT& el, VisitT visit) {
     } else {
         // A gain isn't above the weight of the pair. Where both ends have clearly better offers
         // neither will be the other's candidate, nor learn anything of it.
-        const float own = detail::narrow(el.m_context->gmax);
+        const AccWeight own = gmaxOf(el);
         m_active.clear();
         for (std::size_t i = 0; i < count; ++i) {
             if (i + 2 * ahead < count) m_marks.prefetch(links[i + 2 * ahead].dest);
             auto& ln = links[i];
             const Mark& mark = m_marks.of(ln.dest);
             if (mark.is(MarksT::PROPAGATED)) continue;
-            if (isOutbid(pairBound(ln), std::min(own, mark.floor()))) continue;
+            if (isOutbid(pairBound(ln), std::min(own, mark.gmax))) continue;
             m_active.push_back(&ln);
         }
         for (std::size_t i = 0; i < m_active.size(); ++i) {

@@ -279,7 +279,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::compressRoot(std::uint32_t propnum, Co
         ctx.state = State::INTERLEVPROP;
         Mark& mark = m_marks.of(item);
         mark.flags = 0;
-        mark.floor(0);
+        mark.gmax = 0;
         ctx.cands.clear();
         ctx.gmax = 0;
         ctx.npartmcs = NPARTMCS_NONE;

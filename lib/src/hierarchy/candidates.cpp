@@ -13,15 +13,8 @@ template <class ItemT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::raiseGmax(ItemT& item, AccWeight gain) {
     if (!m_exact || isPropagated(item)) return;
     const AccWeight offer = OFFER * gain;
-    if constexpr (IS_NODE<ItemT>) {
-        if (less(item.m_context->gmax, offer)) item.m_context->gmax = offer;
-    } else {
-        Mark& mark = m_marks.of(item);
-        if (detail::narrow(offer) <= mark.floor()) return;
-        AccWeight& gmax = item.m_context->gmax;
-        if (less(gmax, offer)) gmax = offer;
-        mark.floor(detail::narrow(gmax));
-    }
+    AccWeight& gmax = gmaxOf(item);
+    if (less(gmax, offer)) gmax = offer;
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -42,10 +35,9 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::defineItemCands(ItemT& el, ClustersT& 
     visitActive(el, [&](const auto& ln) {
         const AccWeight gain = clusterGain(el, ln);
         if (less(gain)) return;
-        accBest(ectx.cands, ectx.gmax, ln.dest, gain, 1);
+        accBest(ectx.cands, gmaxOf(el), ln.dest, gain, 1);
         raiseGmax(*ln.dest, gain);
     });
-    setFloor(el);
     if (ectx.cands.empty()) propagate(el, cls);
 }
 
@@ -56,8 +48,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::filterCands(ItemT& el, ClustersT& cls)
     Context<ItemT>& ectx = *el.m_context;
     auto kept = ectx.cands.begin();
     for (ItemT* cand : ectx.cands) {
+        if (isPropagated(*cand)) continue;
         Context<ItemT>& cctx = *cand->m_context;
-        if (xpropagated(cctx.state)) continue;
         if (cctx.cands.empty()) {
             if (xinterlevprop(cctx.state))
                 defineIlevpropItemCands(*cand, cls);
@@ -95,14 +87,14 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::defineIlevpropItemCands(ItemT& el, Clu
     Context<ItemT>& ectx = *el.m_context;
     if (!xinterlevprop(ectx.state) || xpropagated(ectx.state)) {
         VORL_TRACE("  >>> defineIlevpropItemCands(), #%u (%s) %lu cands, gmax: %g, owners: %lu\n",
-                   el.id, to_string(ectx.state).c_str(), ectx.cands.size(), ectx.gmax,
+                   el.id, to_string(ectx.state).c_str(), ectx.cands.size(), gmaxOf(el),
                    el.owners.size());
         VORL_ASSERT(false, "defineIlevpropItemCands(), el should be non-clustered xinterlevprop");
     }
     VORL_ASSERT(ectx.cands.empty(), "defineIlevpropItemCands(), cands should not be defined yet");
     visitActive(el, [&](const auto& ln) {
         ItemT& dest = *ln.dest;
-        if (floorOf(dest) < 0 && less(dest.m_context->gmax)) {
+        if (less(gmaxOf(dest))) {
             if (xinterlevprop(dest.m_context->state)) {
                 propagate(dest, cls);
                 return;
@@ -111,10 +103,9 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::defineIlevpropItemCands(ItemT& el, Clu
         }
         const AccWeight gain = clusterGain(el, ln);
         if (less(gain)) return;
-        accBest(ectx.cands, ectx.gmax, &dest, gain, 1);
+        accBest(ectx.cands, gmaxOf(el), &dest, gain, 1);
         raiseGmax(dest, gain);
     });
-    setFloor(el);
     if (ectx.cands.empty()) {
         propagate(el, cls);
         return;
@@ -128,12 +119,11 @@ template <class IItemXT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::initPropnomCands(IItemXT first, IItemXT last,
                                                            ClustersT& cls) {
     for (; first != last; ++first) {
-        detail::prefetchItems(first, last,
-                              [this](const ClusterT* item) { return isPropagated(*item); });
+        prefetchItems(first, last, [this](const ClusterT* item) { return isPropagated(*item); });
         auto& el = detail::itemAt(first);
         if (isPropagated(el)) continue;
         auto& ectx = *el.m_context;
-        if (less(ectx.gmax)) {
+        if (less(gmaxOf(el))) {
             propagate(el, cls);
             continue;
         }
@@ -148,13 +138,27 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::initPropnomCands(IItemXT first, IItemX
     }
 }
 
-#define VORL_INSTANTIATE(NONSYM, LinksT)                                                  \
-    template void HierarchyImpl<NONSYM, LinksT>::initCands(                               \
-        Nodes<LinksT>::iterator, Nodes<LinksT>::iterator, Clusters<LinksT>&);             \
-    template void HierarchyImpl<NONSYM, LinksT>::initCands(                               \
-        Clusters<LinksT>::iterator, Clusters<LinksT>::iterator, Clusters<LinksT>&);       \
-    template void HierarchyImpl<NONSYM, LinksT>::initPropnomCands(                        \
-        std::vector<Cluster<LinksT>*>::iterator, std::vector<Cluster<LinksT>*>::iterator, \
+template <bool NONSYMMETRIC, class LinksT>
+template <class IItemXT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::settleGmax(IItemXT first, IItemXT last) {
+    for (; first != last; ++first) {
+        ClusterT& el = detail::itemAt(first);
+        const Mark& mark = m_marks.of(el);
+        if (!mark.is(MarksT::PROPAGATED)) el.m_context->gmax = mark.gmax;
+    }
+}
+
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                                   \
+    template void HierarchyImpl<NONSYM, LinksT>::initCands(                                \
+        Nodes<LinksT>::iterator, Nodes<LinksT>::iterator, Clusters<LinksT>&);              \
+    template void HierarchyImpl<NONSYM, LinksT>::initCands(                                \
+        Clusters<LinksT>::iterator, Clusters<LinksT>::iterator, Clusters<LinksT>&);        \
+    template void HierarchyImpl<NONSYM, LinksT>::settleGmax(Clusters<LinksT>::iterator,    \
+                                                            Clusters<LinksT>::iterator);   \
+    template void HierarchyImpl<NONSYM, LinksT>::settleGmax(                               \
+        std::vector<Cluster<LinksT>*>::iterator, std::vector<Cluster<LinksT>*>::iterator); \
+    template void HierarchyImpl<NONSYM, LinksT>::initPropnomCands(                         \
+        std::vector<Cluster<LinksT>*>::iterator, std::vector<Cluster<LinksT>*>::iterator,  \
         Clusters<LinksT>&);
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)

@@ -134,8 +134,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::markAbsorbed(const ClustersT& clusters
         for (const NodeI<LinksT>* item : cl.des) {
             Mark& mark = m_marks.of(static_cast<const ClusterT*>(item));
             mark.set(MarksT::ABSORBED);
-            const bool whole = item->owners.size() == 1 && item->totac == 1 &&
-                               item->owners.front().numac == 1;
+            const bool whole =
+                item->owners.size() == 1 && item->totac == 1 && item->owners.front().numac == 1;
             mark.aim = whole ? item->owners.front().dest : nullptr;
         }
     }
@@ -258,7 +258,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
         };
         Id quiet = 0;
         for (auto it = propagates.begin(); it != propagates.end(); ++it) {
-            detail::prefetchItems(it, propagates.end(), isQuiet);
+            prefetchItems(it, propagates.end(), isQuiet);
             if (isQuiet(*it)) {
                 ++quiet;
                 continue;

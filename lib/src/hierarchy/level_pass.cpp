@@ -36,6 +36,10 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::clusterLevel(IStored<ItemT> first, ISt
     if (nothingLeft()) return refuse();
     // What goes on being propagated takes no part in the steps below.
     std::erase_if(props, [this](const ClusterT* item) { return isPropagated(*item); });
+    if constexpr (clsproc) {
+        settleGmax(first, last);
+        settleGmax(props.begin(), props.end());
+    }
 
     initNonfilterParts(first, last);
     if constexpr (clsproc) initNonfilterParts(props.begin(), props.end());
@@ -84,12 +88,12 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::initItem(ClusterT& el) {
         el.m_context->tidysmart();
         Mark& mark = m_marks.of(el);
         mark.set(MarksT::PROPAGATED, xpropagated(el.m_context->state));
-        mark.floor(detail::narrow(el.m_context->gmax));
+        mark.gmax = el.m_context->gmax;
         // What a cluster is made of doesn't change any more.
         if (el.m_context->weight != WEIGHT_NONE) return el.m_context->weight;
     } else {
         el.m_context = std::make_unique<Context<ClusterT>>();
-        m_marks.of(el).floor(FLOOR_NONE);
+        m_marks.of(el).gmax = GAIN_NONE;
     }
     el.m_nnodes = 0;
     for (const NodeI<LinksT>* item : el.des) {

@@ -31,9 +31,9 @@ TEST(Candidates, TieBeyond32Bits) {
     auto& ctx = *upper.items[0]->m_context;
     bench.hier.defineItemCands(*upper.items[0], bench.cls);
     EXPECT_EQ(bench.idsOf(ctx.cands), (IdsT{1, 2}));
-    EXPECT_EQ(ctx.gmax, 1);
+    EXPECT_EQ(bench.hier.gmaxOf(*upper.items[0]), 1);
     ctx.cands.clear();
-    ctx.gmax = GAIN_NONE;
+    bench.hier.gmaxOf(*upper.items[0]) = GAIN_NONE;
     upper.link(0, 3, 0.5 + 0.8 * 0x1p-24);  // a tie with 2, but not with 1
     bench.hier.defineItemCands(*upper.items[0], bench.cls);
     EXPECT_EQ(bench.idsOf(ctx.cands), IdsT{3});
@@ -119,9 +119,10 @@ struct CarriedTest : testing::Test {
 
     CarriedTest() { bench.hier.m_weight = 0; }
     auto& ctx(Id id) { return *upper.items[id]->m_context; }
+    AccWeight& gmax(Id id) { return bench.hier.gmaxOf(*upper.items[id]); }
     void carry(Id id) {
         ctx(id).state = State::INTERLEVPROP;
-        ctx(id).gmax = 0;
+        gmax(id) = 0;
         bench.hier.m_propagates.push_back(upper.items[id]);
     }
     void init() {
@@ -159,7 +160,7 @@ TEST_F(CarriedTest, WithANegativeBestGoFurtherOnSight) {
     upper.link(0, 1, 5);
     upper.link(0, 2, 1);
     for (Id id : {0u, 2u, 1u}) carry(id);
-    ctx(1).gmax = -1;
+    gmax(1) = -1;
     init();
     EXPECT_TRUE(xpropagated(ctx(1).state));
     EXPECT_EQ(bench.hier.m_propnum, 1u);
@@ -171,7 +172,7 @@ TEST_F(CarriedTest, KeepTheCandidatesThatSurvived) {
     upper.link(0, 2, 9);
     for (Id id : {0u, 1u, 2u}) carry(id);
     ctx(0).cands = {upper.items[1]};
-    ctx(0).gmax = 2;
+    gmax(0) = 2;
     init();
     // 1 finds 0 afresh; 2 would gain more, but isn't asked.
     EXPECT_EQ(cands(0), IdsT{1});
