@@ -54,7 +54,7 @@ public:
         return offset < m_span ? m_marks[offset >> SHIFT] : distant(cluster);
     }
     Mark& of(const ClusterT& cluster) { return of(&cluster); }
-    /// A copy of the weights of a cluster.
+    /// A copy of the weights of a cluster, or the place for it.
     Weights& weights(const ClusterT& cluster) {
         of(cluster);
         return m_weights[index(&cluster)];
@@ -69,6 +69,12 @@ public:
         m_weights.resize(m_marks.size());
         m_base = m_arena->firstRange().begin;
         m_span = std::min(m_arena->firstRange().size, m_marks.size() << SHIFT);
+    }
+    /// Frees all marks.
+    void release() {
+        std::vector<Mark>().swap(m_marks);
+        std::vector<Weights>().swap(m_weights);
+        m_span = 0;
     }
     /// Calls for the mark of a cluster ahead of its use.
     void prefetch(const ClusterT* cluster) const {

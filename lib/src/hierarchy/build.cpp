@@ -103,6 +103,9 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::build(Validation validation, Coupling 
     }
     formRoot();
     scoreRoot(wrapped);
+    m_marks.release();
+    AccLinksT().swap(m_sums);
+    AccLinksT().swap(m_newSums);
 }
 
 template <bool NONSYMMETRIC, class LinksT>
