@@ -131,11 +131,15 @@ def bundled(folder, data, name, about):
     return prepared(folder, pathlib.Path(name).stem, about, data / name)
 
 
-def networks(folder, data, quick, largest, files):
+def networks(folder, data, quick, largest, without, files):
     """All that is to be measured, the small ones first; made files stay in the folder.
 
-    Those are left out that have about `largest` links or more.
+    Made ones are left out that have about `largest` links or more, or a word of `without` in their
+    names.
     """
+    def wanted(name, links):
+        return links < largest and not any(word in name for word in without)
+
     folder.mkdir(parents=True, exist_ok=True)
     yield bundled(folder, data, "football.nse", "games of football teams, known conferences")
     yield bundled(folder, data, "celegansneural.nsa", "neurons, weighted arcs")
@@ -145,18 +149,19 @@ def networks(folder, data, quick, largest, files):
     if not quick:
         sizes += [("300k", 30000), ("1m", 100000), ("3m", 300000), ("10m", 1000000)]
     for label, nodes in sizes:
-        if 10 * nodes < largest:
+        if wanted("planted-" + label, 10 * nodes):
             yield planted(folder, "planted-" + label,
                           "planted communities, 0.3 of the links leave them", nodes, nodes)
     nodes, label = (3000, "30k") if quick else (100000, "1m")
-    if 10 * nodes < largest:
+    if wanted("mixed-" + label, 10 * nodes):
         yield planted(folder, "mixed-" + label, "planted communities, 0.5 of the links leave them",
                       nodes, mu=0.5)
+    if wanted("overlap-" + label, 10 * nodes):
         yield planted(folder, "overlap-" + label,
                       "planted communities, a tenth of the nodes belongs to two of them", nodes,
                       overlapping=nodes // 10)
     scale, label = (12, "50k") if quick else (16, "900k")
-    if 16 << scale < largest:
+    if wanted("rmat-" + label, 16 << scale):
         yield heavy_tailed(folder, "rmat-" + label,
                            "a few hubs with most of the links, no communities", scale, 16)
     for file in files:

@@ -239,7 +239,7 @@ class Bench:
         measured = []
         for network in networks.networks(self.options.folder / "networks", ROOT / "data",
                                          self.options.quick, self.options.largest,
-                                         self.options.networks):
+                                         self.options.without, self.options.networks):
             measured.append(network)
             networks.warm(network)
             for repeat in range(self.options.repeat):
@@ -261,6 +261,10 @@ def parse():
     parser.add_argument("--quick", action="store_true", help="small networks only")
     parser.add_argument("--below", type=float, default=math.inf, dest="largest", metavar="LINKS",
                         help="leave out the made networks with that many links or more")
+    parser.add_argument("--without", type=lambda text: text.split(","), default=[],
+                        metavar="WORD,...",
+                        help="leave out the made networks with one of the words in their names: "
+                        "planted, mixed, overlap, rmat")
     parser.add_argument("--repeat", type=int, default=3, help="runs of each program (3)")
     parser.add_argument("--limit", type=float, default=1800, metavar="S",
                         help="seconds after which a run is stopped (1800)")
