@@ -1,10 +1,11 @@
 #include "convert_command.hpp"
 
 #include "errors.hpp"
-#include "id_numbers.hpp"
 #include "output_text.hpp"
 #include "output_tree.hpp"
 #include "text_file.hpp"
+
+#include <vorl/types/id_numbers.hpp>
 
 #include <algorithm>
 #include <cerrno>

@@ -1,8 +1,9 @@
 #include "info_command.hpp"
 
-#include "id_numbers.hpp"
 #include "output_text.hpp"
 #include "text_file.hpp"
+
+#include <vorl/types/id_numbers.hpp>
 
 #include <algorithm>
 #include <numeric>

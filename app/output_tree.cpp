@@ -83,7 +83,11 @@ private:
             m_tree.remove();
         }
         std::signal(signal, SIG_DFL);
-        pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr);
+        // None but this one, since the call to wake up may have come, too.
+        sigset_t own;
+        sigemptyset(&own);
+        sigaddset(&own, signal);
+        pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
         raise(signal);
     }
 

@@ -16,7 +16,9 @@ namespace vorl {
 namespace detail {
 template <class LinksT>
 class LateLinks;
-}
+template <bool LINKS_WEIGHTED>
+class GraphLoader;
+}  // namespace detail
 
 /// Ids of nodes.
 using NodesIdsT = std::vector<Id>;
@@ -151,8 +153,11 @@ public:
     std::shared_ptr<NodesT> release(IdNodesT* idnodes = nullptr, bool* directed = nullptr);
 
 private:
+    friend class detail::GraphLoader<LINKS_WEIGHTED>;
+
     void show();
     void mergeLate();
+    IdNodesT& idNodes();
     detail::LateLinks<LinksT>& late();
 
     NodesT m_nodes;
@@ -160,6 +165,7 @@ private:
     Reduction m_reduction = Reduction::NONE;
     Id m_linksMarg = 0;
     IdNodesT m_idnodes;
+    std::vector<NodeT*> m_unmapped;  // nodes that the map lacks until it is needed
     bool m_shuffle = false;
     bool m_sumdups = false;
     std::shared_ptr<HierarchyT> m_hierarchy;

@@ -1,5 +1,6 @@
 #include <vorl/fileio/parser_nsl.hpp>
 
+#include "../graph/loader.hpp"
 #include "scan.hpp"
 
 #include <vorl/types/text.hpp>
@@ -84,7 +85,7 @@ bool NslParser::parseHeader(const char* pos) {
     return true;
 }
 
-/// The number of nodes that a file of this size may hold; it only sizes the map of ids.
+/// The number of nodes that a file of this size may hold; it only sizes the table of ids.
 Id NslParser::estimateNodes() const {
     if (m_size == 0 || m_size == ~Size{0}) return 0;
     Size tokens = estimateTokens(m_size);
@@ -96,12 +97,10 @@ Id NslParser::estimateNodes() const {
 template <class GraphT>
 std::shared_ptr<GraphT> NslParser::build(bool weights) {
     weights = weights && GraphT::IS_WEIGHTED;
-    // A header that lies must not make the map of ids larger than the file can fill it.
-    GraphT graph(static_cast<Id>(std::min<Size>(m_ndsnum, m_size)), m_shuffle, m_sumdups);
-    if (m_ndsnum == 0) {
-        const Id estimate = estimateNodes();
-        if (estimate != 0) graph.reset(estimate, m_shuffle, m_sumdups, Reduction::NONE);
-    }
+    // A header that lies must not make the table of ids larger than the file can fill it.
+    const Size expected = m_ndsnum != 0 ? std::min<Size>(m_ndsnum, m_size) : estimateNodes();
+    detail::GraphLoader<GraphT::IS_WEIGHTED> loader(static_cast<Id>(expected), m_shuffle,
+                                                    m_sumdups);
 
     StructLinkErrors errors("WARNING build(), the duplicated links are skipped: ");
     typename GraphT::InpLinksT links;
@@ -110,9 +109,9 @@ std::shared_ptr<GraphT> NslParser::build(bool weights) {
     const auto flush = [&] {
         if (links.empty()) return;
         if (m_directed)
-            graph.template addNodeAndLinks<true>(prev, links, &errors);
+            loader.template addNodeAndLinks<true>(prev, links);
         else
-            graph.template addNodeAndLinks<false>(prev, links, &errors);
+            loader.template addNodeAndLinks<false>(prev, links);
         links.clear();
     };
     do {
@@ -133,13 +132,14 @@ std::shared_ptr<GraphT> NslParser::build(bool weights) {
         prev = src;
     } while (std::getline(m_file, m_line));
     flush();
+    const auto graph = loader.graph(&errors);
     errors.show();
     if (m_lnsnum != 0 && m_lnsnum != count)
         VORL_TRACE(
             "The number of links specified in the header (%lu) does not correspond to the actual "
             "number of links(%lu)\n",
             m_lnsnum, count);
-    return graph.toSharedPtr();
+    return graph;
 }
 
 template VORL_API std::shared_ptr<Graph<false>> NslParser::build(bool);

@@ -1,5 +1,6 @@
 #include <vorl/fileio/parser_rcg.hpp>
 
+#include "../graph/loader.hpp"
 #include "scan.hpp"
 
 #include <vorl/types/text.hpp>
@@ -22,6 +23,67 @@ const char* matchValueKey(const char* pos, const char* key) {
     if (strncasecmp(pos, key, length) != 0) return nullptr;
     pos = skipBlanks(pos + length);
     return *pos == '\0' ? nullptr : pos;
+}
+
+/// Reads a line of links.
+/// @return whether there are any
+template <bool WEIGHTED>
+bool readLinks(const char* line, Id& id, InpLinks<WEIGHTED>& links) {
+    const Number source = scanNumber(line);
+    validateVal<Id>(
+        source.value, line,
+        !source.found || source.err != 0 || source.value == ID_NONE || *source.end != '>',
+        "Node id is invalid");
+    const char* pos = skipBlanks(source.end + 1);
+    if (*pos == '\0') {
+        VORL_TRACE("WARNING parseLinks(), no links specified:  %s\n", pos);
+        return false;
+    }
+
+    const char* const last = pos + std::strlen(pos);
+    id = static_cast<Id>(source.value);
+    links.clear();
+    while (*pos != '\0') {
+        const Number dest = scanNumber(pos);
+        const bool ended = isBlankOrEnd(*dest.end) || (WEIGHTED && *dest.end == ':');
+        validateVal<Id>(dest.value, pos,
+                        !dest.found || dest.err != 0 || dest.value >= ID_NONE || !ended,
+                        "Parsed dst id is invalid (or equals to ID_NONE)");
+        pos = dest.end;
+        LinkWeight weight = 0;
+        if (*pos == ':') {
+            const Decimal number = scanFloat(++pos, last);
+            validateVal<float>(
+                number.value, pos,
+                !number.found || number.err != 0 || number.value < 0 || !isBlankOrEnd(*number.end),
+                "Parsed weight is invalid (should be a non-negative float)");
+            weight = number.value;
+            pos = number.end;
+        }
+        if (weight == 0)
+            links.emplace_back(static_cast<Id>(dest.value));
+        else
+            links.emplace_back(static_cast<Id>(dest.value), weight);
+        pos = skipBlanks(pos);
+    }
+    return true;
+}
+
+/// Adds links to a graph or its loader.
+/// @param create whether missing nodes are created
+template <class TakerT, class InpLinksT, class... ErrorsT>
+void addLinks(TakerT& taker, bool create, bool directed, Id id, const InpLinksT& links,
+              ErrorsT... errors) {
+    const auto add = [&]<bool DIRECTED>() {
+        if (create)
+            taker.template addNodeAndLinks<DIRECTED>(id, links, errors...);
+        else
+            taker.template addNodeLinks<DIRECTED>(id, links, errors...);
+    };
+    if (directed)
+        add.template operator()<true>();
+    else
+        add.template operator()<false>();
 }
 
 }  // namespace
@@ -84,15 +146,18 @@ void RcgParser::nodesValues(const char* pos) {
 
 template <class GraphT>
 std::shared_ptr<GraphT> RcgParser::build() {
-    // A number that lies must not make the map of ids larger than the file can fill it.
+    // A number that lies must not make the table of ids larger than the file can fill it.
     const Size expected = m_startid == ID_NONE ? std::min<Size>(m_ndsnum, m_size) : m_ndsnum;
-    GraphT graph(static_cast<Id>(expected), m_shuffle, m_sumdups);
+    detail::GraphLoader<GraphT::IS_WEIGHTED> loader(static_cast<Id>(expected), m_shuffle,
+                                                    m_sumdups);
     if (m_startid != ID_NONE) {
         StructNodeErrors errors("WARNING build(), the duplicated nodes are skipped: ");
-        graph.addNodes(m_ndsnum, m_startid, &errors);
+        loader.addNodes(m_ndsnum, m_startid, &errors);
         errors.show();
     }
     StructLinkErrors errors("WARNING build(), the duplicated links are skipped: ");
+    Id id = ID_NONE;
+    typename GraphT::InpLinksT links;
     while (std::getline(m_file, m_line)) {
         const char* pos = skipBlanks(m_line.c_str());
         if (*pos == '\0' || *pos == '#') continue;
@@ -106,64 +171,22 @@ std::shared_ptr<GraphT> RcgParser::build() {
                 throw std::domain_error("Unknown section is used: " + std::string(pos) + "\n");
             }
         } else if (m_bodysect == EDGES || m_bodysect == ARCS) {
-            parseLinks(graph, pos, m_bodysect == ARCS, &errors);
+            if (readLinks(pos, id, links))
+                addLinks(loader, m_startid == ID_NONE, m_bodysect == ARCS, id, links);
         }
     }
+    const auto graph = loader.graph(&errors);
     errors.show();
-    return graph.toSharedPtr();
+    return graph;
 }
 
 template <class GraphT>
 void RcgParser::parseLinks(GraphT& graph, const char* line, bool directed,
                            StructLinkErrors* errors) {
-    const Number source = scanNumber(line);
-    validateVal<Id>(
-        source.value, line,
-        !source.found || source.err != 0 || source.value == ID_NONE || *source.end != '>',
-        "Node id is invalid");
-    const char* pos = skipBlanks(source.end + 1);
-    if (*pos == '\0') {
-        VORL_TRACE("WARNING parseLinks(), no links specified:  %s\n", pos);
-        return;
-    }
-
-    const char* const last = pos + std::strlen(pos);
+    Id id = ID_NONE;
     typename GraphT::InpLinksT links;
-    while (*pos != '\0') {
-        const Number dest = scanNumber(pos);
-        const bool ended = isBlankOrEnd(*dest.end) || (GraphT::IS_WEIGHTED && *dest.end == ':');
-        validateVal<Id>(dest.value, pos,
-                        !dest.found || dest.err != 0 || dest.value >= ID_NONE || !ended,
-                        "Parsed dst id is invalid (or equals to ID_NONE)");
-        pos = dest.end;
-        LinkWeight weight = 0;
-        if (*pos == ':') {
-            const Decimal number = scanFloat(++pos, last);
-            validateVal<float>(
-                number.value, pos,
-                !number.found || number.err != 0 || number.value < 0 || !isBlankOrEnd(*number.end),
-                "Parsed weight is invalid (should be a non-negative float)");
-            weight = number.value;
-            pos = number.end;
-        }
-        if (weight == 0)
-            links.emplace_back(static_cast<Id>(dest.value));
-        else
-            links.emplace_back(static_cast<Id>(dest.value), weight);
-        pos = skipBlanks(pos);
-    }
-
-    const Id id = static_cast<Id>(source.value);
-    const auto add = [&]<bool DIRECTED>() {
-        if (m_startid == ID_NONE)
-            graph.template addNodeAndLinks<DIRECTED>(id, links, errors);
-        else
-            graph.template addNodeLinks<DIRECTED>(id, links, errors);
-    };
-    if (directed)
-        add.template operator()<true>();
-    else
-        add.template operator()<false>();
+    if (readLinks(line, id, links))
+        addLinks(graph, m_startid == ID_NONE, directed, id, links, errors);
 }
 
 #define VORL_INSTANTIATE(WEIGHTED)                                                    \

@@ -1,28 +1,20 @@
 // The logic of the network's assembly.
 #include <vorl/graph.hpp>
 
-#include "late_links.hpp"
+#include "placing.hpp"
 
 #include <vorl/processing/links_margin.hpp>
 
 #include <algorithm>
 #include <array>
-#include <random>
 #include <stdexcept>
 #include <string>
 
 namespace vorl {
 
-namespace detail {
-
-bool drawBit() {
-    static std::random_device device;
-    return device() & 1;
-}
-
-}  // namespace detail
-
 using detail::LateLinks;
+using detail::placeLink;
+using detail::storeLink;
 
 namespace {
 
@@ -30,67 +22,6 @@ namespace {
 template <class MapT>
 Size mapCapacity(const MapT& map) {
     return static_cast<Size>(static_cast<float>(map.bucket_count()) * map.max_load_factor());
-}
-
-/// Adds to the self weight; a self link that is there already is a repeat unless they are summed.
-template <class NodeT>
-void addSelfLink(NodeT* node, LinkWeight weight, bool sumdups, StructLinkErrors* errors) {
-    if (node->weight() != 0 && !sumdups) {
-        if (errors) errors->add({node->id, node->id});
-        return;
-    }
-    node->addWeight(2.0 * weight);
-}
-
-/// Puts a link into the list of its source, or lets it wait for that if `late` isn't null.
-template <class LinksT>
-void placeLink(Node<LinksT>* src, Node<LinksT>* dst, LinkWeight weight, bool sumdups,
-               StructLinkErrors* errors, LateLinks<LinksT>* late) {
-    auto& links = src->links;
-    if (links.empty() || cmpBase(links.back().dest, dst)) {
-        links.emplace_back(dst, weight);
-        return;
-    }
-    const auto report = [&] {
-        if (errors) errors->add({src->id, dst->id});
-    };
-    // A repeat of the last link is a fault even where repeated links are summed.
-    if (links.back().dest == dst) {
-        report();
-        return;
-    }
-    [[maybe_unused]] LinkWeight* repeated = nullptr;
-    const auto last = links.end() - 1;
-    const auto place = findDest(links.begin(), last, dst);
-    if (place == last || place->dest != dst) {
-        if (!late || links.size() < LateLinks<LinksT>::LIST_MIN) {
-            links.emplace(place, dst, weight);
-            return;
-        }
-        repeated = late->add(src, dst, weight);
-        if (!repeated) return;
-    }
-    if constexpr (Node<LinksT>::LinkT::IS_WEIGHTED) {
-        if (sumdups) {
-            (repeated ? *repeated : place->weight) += weight;
-            return;
-        }
-    }
-    report();
-}
-
-/// Stores one link, or two for an edge.
-/// @return whether an arc between different nodes was stored
-template <bool DIRECTED, class LinksT>
-bool storeLink(Node<LinksT>* src, Node<LinksT>* dst, LinkWeight weight, bool sumdups,
-               StructLinkErrors* errors, LateLinks<LinksT>* late) {
-    if (src == dst) {
-        addSelfLink(src, weight, sumdups, errors);
-        return false;
-    }
-    if constexpr (!DIRECTED) placeLink(dst, src, weight, sumdups, errors, late);
-    placeLink(src, dst, weight, sumdups, errors, late);
-    return DIRECTED;
 }
 
 /// Stores the links of a node, after a reduction where that applies. `current` follows the ids
@@ -161,8 +92,7 @@ bool storeNodeLinks(IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnodes, Id id,
         return storeLinks<DIRECTED, WEIGHTED>(idnodes.at(id), idnodes, links, sumdups, reduction,
                                               linksMarg, errors, late, current);
     } catch (const std::out_of_range& err) {
-        throw std::out_of_range("acsAddNodeLinks(), the link with non-existent node is used: #" +
-                                std::to_string(current) + "\n" + err.what());
+        detail::refuseLink(current, err.what());
     }
 }
 
@@ -220,12 +150,8 @@ void acsAddNodes(Nodes<LinksT>& nodes, IdNodes<LinksT>& idnodes, const NodesIdsT
             idnodes.reserve(static_cast<Size>(static_cast<double>(present) +
                                               1.5 * static_cast<double>(ids.size())));
     }
-    if (!shuffle) {
-        for (Id id : ids) acsAddNode(nodes, idnodes, id, errors);
-        return;
-    }
-    for (auto low = ids.begin(), high = ids.end(); low != high;)
-        acsAddNode(nodes, idnodes, detail::drawBit() ? *low++ : *--high, errors);
+    detail::eachNode(ids.begin(), ids.end(), shuffle,
+                     [&](auto id) { acsAddNode(nodes, idnodes, *id, errors); });
 }
 
 template <class NodeT>
@@ -298,6 +224,7 @@ void Graph<LINKS_WEIGHTED>::reset(Id nodesNum, bool shuffle, bool sumdups, Reduc
     m_linksMarg = reducedLinksMarg(nodesNum, m_reduction);
     m_late.reset();
     m_idnodes.clear();
+    m_unmapped.clear();
     m_nodes = NodesT();
     m_directed = false;
     if (nodesNum != 0) {
@@ -320,7 +247,18 @@ auto Graph<LINKS_WEIGHTED>::nodes() -> NodesT& {
 template <bool LINKS_WEIGHTED>
 auto Graph<LINKS_WEIGHTED>::node(Id id) -> NodeT* {
     show();
-    return m_idnodes.at(id);
+    return idNodes().at(id);
+}
+
+/// The map of ids, with the nodes that came without it.
+template <bool LINKS_WEIGHTED>
+auto Graph<LINKS_WEIGHTED>::idNodes() -> IdNodesT& {
+    if (!m_unmapped.empty()) {
+        m_idnodes.reserve(m_unmapped.size());
+        for (NodeT* node : m_unmapped) m_idnodes.emplace(node->id, node);
+        std::vector<NodeT*>().swap(m_unmapped);
+    }
+    return m_idnodes;
 }
 
 /// From now on each operation leaves the lists complete, as the caller may look at any of them.
@@ -345,7 +283,8 @@ auto Graph<LINKS_WEIGHTED>::hierarchy() -> std::shared_ptr<HierarchyT> {
 template <bool LINKS_WEIGHTED>
 auto Graph<LINKS_WEIGHTED>::buildHierarchy(const ClusterOptions& options)
     -> std::shared_ptr<HierarchyT> {
-    show();  // the hierarchy holds the nodes from now on
+    if (m_hierarchy) idNodes();  // its nodes may be gone afterwards
+    show();                      // the hierarchy holds the nodes from now on
     m_hierarchy = cluster<LinksT>(m_nodes, !m_directed, options);
     return hierarchy();
 }
@@ -353,22 +292,16 @@ auto Graph<LINKS_WEIGHTED>::buildHierarchy(const ClusterOptions& options)
 template <bool LINKS_WEIGHTED>
 void Graph<LINKS_WEIGHTED>::addNodes(Id nodesNum, Id firstId, StructNodeErrors* errors) {
     VORL_ASSERT(nodesNum != 0, "addNodes(), the number of nodes to instantiate must be positive");
-    if (mapCapacity(m_idnodes) < nodesNum + m_idnodes.size())
-        m_idnodes.reserve(
-            static_cast<Size>(1.5 * static_cast<double>(m_idnodes.size()) + nodesNum));
-    Id low = firstId;
-    Id high = firstId + nodesNum;
-    if (!m_shuffle) {
-        for (; low < high; ++low) acsAddNode<LinksT>(m_nodes, m_idnodes, low, errors);
-        return;
-    }
-    while (low != high)
-        acsAddNode<LinksT>(m_nodes, m_idnodes, detail::drawBit() ? low++ : --high, errors);
+    IdNodesT& idnodes = idNodes();
+    if (mapCapacity(idnodes) < nodesNum + idnodes.size())
+        idnodes.reserve(static_cast<Size>(1.5 * static_cast<double>(idnodes.size()) + nodesNum));
+    detail::eachNode(firstId, firstId + nodesNum, m_shuffle,
+                     [&](Id id) { acsAddNode<LinksT>(m_nodes, idnodes, id, errors); });
 }
 
 template <bool LINKS_WEIGHTED>
 void Graph<LINKS_WEIGHTED>::addNodes(const NodesIdsT& ids, StructNodeErrors* errors) {
-    acsAddNodes<LinksT>(m_nodes, m_idnodes, ids, m_shuffle, errors);
+    acsAddNodes<LinksT>(m_nodes, idNodes(), ids, m_shuffle, errors);
 }
 
 template <bool LINKS_WEIGHTED>
@@ -377,11 +310,11 @@ void Graph<LINKS_WEIGHTED>::addLink(Id src, Id dst, LinkWeight weight, StructLin
     NodeT* source;
     NodeT* dest;
     try {
-        source = m_idnodes.at(src);
+        source = idNodes().at(src);
         if (m_linksMarg != 0 && !source->links.empty())
             throw std::domain_error(
                 "addLink(), links can be added only ones for each node on graph reduction");
-        dest = m_idnodes.at(dst);
+        dest = idNodes().at(dst);
     } catch (const std::out_of_range& err) {
         throw std::out_of_range("addLink(), the link with non-existent node is used: #" +
                                 std::to_string(src) + "." + std::to_string(dst) + "\n" +
@@ -395,10 +328,10 @@ template <bool LINKS_WEIGHTED>
 template <bool DIRECTED>
 void Graph<LINKS_WEIGHTED>::addNodeLinks(Id id, const InpLinksT& links, StructLinkErrors* errors) {
     m_directed |=
-        m_shown ? acsAddNodeLinks<DIRECTED, LINKS_WEIGHTED>(m_idnodes, id, links, m_sumdups,
+        m_shown ? acsAddNodeLinks<DIRECTED, LINKS_WEIGHTED>(idNodes(), id, links, m_sumdups,
                                                             m_reduction, m_linksMarg, errors)
                 : storeNodeLinks<DIRECTED, LINKS_WEIGHTED>(
-                      m_idnodes, id, links, m_sumdups, m_reduction, m_linksMarg, errors, late());
+                      idNodes(), id, links, m_sumdups, m_reduction, m_linksMarg, errors, late());
 }
 
 template <bool LINKS_WEIGHTED>
@@ -406,10 +339,10 @@ template <bool DIRECTED>
 void Graph<LINKS_WEIGHTED>::addNodeAndLinks(Id id, const InpLinksT& links,
                                             StructLinkErrors* errors) {
     m_directed |= m_shown ? acsAddNodeAndLinks<DIRECTED, LINKS_WEIGHTED>(
-                                m_nodes, m_idnodes, id, links, m_shuffle, m_sumdups, m_reduction,
+                                m_nodes, idNodes(), id, links, m_shuffle, m_sumdups, m_reduction,
                                 m_linksMarg, errors)
                           : storeNodeAndLinks<DIRECTED, LINKS_WEIGHTED>(
-                                m_nodes, m_idnodes, id, links, m_shuffle, m_sumdups, m_reduction,
+                                m_nodes, idNodes(), id, links, m_shuffle, m_sumdups, m_reduction,
                                 m_linksMarg, errors, late());
 }
 
@@ -426,8 +359,9 @@ auto Graph<LINKS_WEIGHTED>::release(IdNodesT* idnodes, bool* directed) -> std::s
     m_directed = false;
     m_reduction = Reduction::NONE;
     m_linksMarg = 0;
-    if (idnodes) *idnodes = std::move(m_idnodes);
+    if (idnodes) *idnodes = std::move(idNodes());
     m_idnodes.clear();
+    m_unmapped.clear();
     auto nodes = std::make_shared<NodesT>(std::move(m_nodes));
     m_nodes = NodesT();
     return nodes;
