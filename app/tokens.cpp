@@ -13,26 +13,6 @@ std::string quoted(std::string_view text) {
     return shown + (text.size() > most ? "...\"" : "\"");
 }
 
-std::string_view trimFront(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(" \t");
-    return first == std::string_view::npos ? std::string_view() : text.substr(first);
-}
-
-std::string_view takeLine(std::string_view& text) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    return line;
-}
-
-std::string_view nextToken(std::string_view& text) {
-    text = trimFront(text);
-    const std::size_t end = std::min(text.find_first_of(" \t"), text.size());
-    const std::string_view token = text.substr(0, end);
-    text.remove_prefix(end);
-    return token;
-}
-
 bool takeKey(std::string_view& text, std::string_view key) {
     const std::size_t length = key.size();
     if (text.size() < length || strncasecmp(text.data(), key.data(), length) != 0 ||

@@ -3,6 +3,7 @@
 
 #include <vorl/types/numbers.hpp>
 
+#include <algorithm>
 #include <charconv>
 #include <string>
 #include <string_view>
@@ -14,12 +15,33 @@ inline constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
 /// A piece of the input in a message: short, and without control characters.
 std::string quoted(std::string_view text);
+
+inline bool isBlank(char c) { return c == ' ' || c == '\t'; }
+
 /// The text without the blanks and tabs at its front.
-std::string_view trimFront(std::string_view text);
+inline std::string_view trimFront(std::string_view text) {
+    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+    return text;
+}
+
 /// Cuts the first line off the text.
-std::string_view takeLine(std::string_view& text);
+inline std::string_view takeLine(std::string_view& text) {
+    const std::size_t end = std::min(text.find('\n'), text.size());
+    const std::string_view line = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    return line;
+}
+
 /// Cuts the first word off the text; empty at its end.
-std::string_view nextToken(std::string_view& text);
+inline std::string_view nextToken(std::string_view& text) {
+    text = trimFront(text);
+    // The library's search for one of several signs is far slower.
+    std::size_t end = 0;
+    while (end < text.size() && !isBlank(text[end])) ++end;
+    const std::string_view token = text.substr(0, end);
+    text.remove_prefix(end);
+    return token;
+}
 
 /// Cuts a key of a header off the text, with the blanks behind it, if it stands there in any case
 /// and a blank or the end follows.

@@ -114,23 +114,26 @@ std::shared_ptr<GraphT> NslParser::build(bool weights) {
             loader.template addNodeAndLinks<false>(prev, links);
         links.clear();
     };
-    do {
-        const char* pos = skipBlanks(m_line.c_str());
-        if (*pos == '\0' || *pos == '#') continue;
+    const auto readLink = [&](const char* line, const char* end) {
+        const char* pos = skipBlanks(line);
+        if (*pos == '\0' || *pos == '#') return;
         const Id src = parseId(pos);
         pos = skipBlanks(pos);
         if (*pos == '\0')
-            throw std::domain_error("ERROR build(), The dest id is expected: " + m_line + "\n");
+            throw std::domain_error(
+                "ERROR build(), The dest id is expected: " + std::string(line, end) + "\n");
         const Id dst = parseId(pos);
         if (src != prev) flush();
         pos = skipBlanks(pos);
         if (weights && *pos != '\0')
-            links.emplace_back(dst, parseWeight(pos, m_line.c_str() + m_line.size()));
+            links.emplace_back(dst, parseWeight(pos, end));
         else
             links.emplace_back(dst);
         ++count;
         prev = src;
-    } while (std::getline(m_file, m_line));
+    };
+    readLink(m_line.c_str(), m_line.c_str() + m_line.size());
+    for (LineReader lines(m_file); lines.next();) readLink(lines.begin(), lines.end());
     flush();
     const auto graph = loader.graph(&errors);
     errors.show();

@@ -158,8 +158,8 @@ std::shared_ptr<GraphT> RcgParser::build() {
     StructLinkErrors errors("WARNING build(), the duplicated links are skipped: ");
     Id id = ID_NONE;
     typename GraphT::InpLinksT links;
-    while (std::getline(m_file, m_line)) {
-        const char* pos = skipBlanks(m_line.c_str());
+    for (LineReader lines(m_file); lines.next();) {
+        const char* pos = skipBlanks(lines.begin());
         if (*pos == '\0' || *pos == '#') continue;
         if (*pos == '/') {
             if (matchKey(pos, "/edges")) {

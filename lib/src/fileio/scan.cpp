@@ -1,10 +1,44 @@
 #include "scan.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <limits>
+#include <utility>
 
 namespace vorl::detail {
+
+bool LineReader::next() {
+    m_begin = m_next;
+    for (std::size_t sought = m_begin;;) {
+        const void* const found = std::memchr(m_buffer.data() + sought, '\n', m_filled - sought);
+        if (found) {
+            m_end = static_cast<std::size_t>(static_cast<const char*>(found) - m_buffer.data());
+            m_next = m_end + 1;
+            break;
+        }
+        sought = m_filled - m_begin;
+        if (read()) continue;
+        if (m_begin == m_filled) return false;
+        m_end = m_next = m_filled;
+        break;
+    }
+    m_buffer[m_end] = '\0';
+    return true;
+}
+
+/// Reads on behind what there is of the line, which moves to the front.
+/// @return false at the end of the file
+bool LineReader::read() {
+    std::copy(m_buffer.begin() + static_cast<std::ptrdiff_t>(m_begin),
+              m_buffer.begin() + static_cast<std::ptrdiff_t>(m_filled), m_buffer.begin());
+    m_filled -= std::exchange(m_begin, 0);
+    if (m_buffer.size() - 1 - m_filled < BLOCK / 2) m_buffer.resize(2 * m_buffer.size());
+    m_file.read(m_buffer.data() + m_filled,
+                static_cast<std::streamsize>(m_buffer.size() - 1 - m_filled));
+    m_filled += static_cast<std::size_t>(m_file.gcount());
+    return m_file.gcount() != 0;
+}
 
 Size estimateTokens(Size size) {
     Size rest = size % 10;

@@ -14,6 +14,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace vorl::detail {
 
@@ -120,6 +121,32 @@ void readComments(std::ifstream& file, std::string& line, IsHeaderT isHeader) {
     }
     line.clear();
 }
+
+/// The lines of the rest of a file, read in large blocks.
+class LineReader {
+public:
+    explicit LineReader(std::istream& file) : m_file(file), m_buffer(BLOCK + 1) {}
+
+    /// Goes to the next line.
+    /// @return false at the end of the file
+    bool next();
+
+    /// The line, with a NUL behind it.
+    const char* begin() const { return m_buffer.data() + m_begin; }
+    const char* end() const { return m_buffer.data() + m_end; }
+
+private:
+    static constexpr std::size_t BLOCK = std::size_t{1} << 18;
+
+    bool read();
+
+    std::istream& m_file;
+    std::vector<char> m_buffer;  // with room for a NUL
+    std::size_t m_begin = 0;     // of the line
+    std::size_t m_end = 0;
+    std::size_t m_next = 0;  // behind the line and its end
+    std::size_t m_filled = 0;
+};
 
 /// The number of tokens that a text of this size may hold, if its ids are numbered through.
 Size estimateTokens(Size size);

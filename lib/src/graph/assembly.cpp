@@ -254,7 +254,7 @@ auto Graph<LINKS_WEIGHTED>::node(Id id) -> NodeT* {
 template <bool LINKS_WEIGHTED>
 auto Graph<LINKS_WEIGHTED>::idNodes() -> IdNodesT& {
     if (!m_unmapped.empty()) {
-        m_idnodes.reserve(m_unmapped.size());
+        if (mapCapacity(m_idnodes) < m_unmapped.size()) m_idnodes.reserve(m_unmapped.size());
         for (NodeT* node : m_unmapped) m_idnodes.emplace(node->id, node);
         std::vector<NodeT*>().swap(m_unmapped);
     }

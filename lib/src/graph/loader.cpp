@@ -3,8 +3,10 @@
 #include "placing.hpp"
 
 #include <algorithm>
-#include <array>
+#include <bit>
+#include <numeric>
 #include <stdexcept>
+#include <type_traits>
 
 namespace vorl::detail {
 
@@ -64,71 +66,121 @@ void GraphLoader<LINKS_WEIGHTED>::addNodeAndLinks(Id id, const InpLinksT& links)
     append<DIRECTED>(create(id), links, [this](Id dst) { return create(dst); });
 }
 
+/// Visits the links in the order in which they came: (place, source, destination, arc).
 template <bool LINKS_WEIGHTED>
 template <class VisitT>
-void GraphLoader<LINKS_WEIGHTED>::eachRun(VisitT visit) const {
-    for (auto run = m_runs.begin(); run != m_runs.end(); ++run)
-        visit(run->arcs, run->begin, run + 1 == m_runs.end() ? m_links.size() : run[1].begin);
+void GraphLoader<LINKS_WEIGHTED>::eachLink(VisitT visit) const {
+    for (auto run = m_runs.begin(); run != m_runs.end(); ++run) {
+        const Size end = run + 1 == m_runs.end() ? m_links.size() : run[1].begin;
+        for (Size i = run->begin; i < end; ++i)
+            visit(i, m_links[i].first, m_links[i].second, run->arcs);
+    }
 }
 
-/// How many links each node gets at most.
+/// The places where the lists end, repeats counted, if all stand one behind the other.
 template <bool LINKS_WEIGHTED>
-std::vector<Id> GraphLoader<LINKS_WEIGHTED>::degrees() const {
-    std::vector<Id> degrees(m_nodes.size());
-    eachRun([&](bool arcs, Size begin, Size end) {
-        for (Size i = begin; i < end; ++i) {
-            const auto [src, dst] = m_links[i];
-            if (src == dst) continue;
-            ++degrees[src];
-            if (!arcs) ++degrees[dst];
-        }
+std::vector<Size> GraphLoader<LINKS_WEIGHTED>::ends() const {
+    std::vector<Size> ends(m_nodes.size());
+    eachLink([&](Size, Id src, Id dst, bool arc) {
+        if (src == dst) return;
+        ++ends[src];
+        if (!arc) ++ends[dst];
     });
-    return degrees;
+    std::partial_sum(ends.begin(), ends.end(), ends.begin());
+    return ends;
 }
 
+/// Sorts the links into lists, which is faster than to insert each of them.
+/// @return false, and nothing is stored, if a link between different nodes is repeated
 template <bool LINKS_WEIGHTED>
-template <bool DIRECTED>
-void GraphLoader<LINKS_WEIGHTED>::store(Size begin, Size end, StructLinkErrors* errors,
-                                        LateLinks<LinksT>& late) {
-    // The nodes are strewn over the memory, so some of them are fetched at a time.
-    constexpr Size most = 64;
-    std::array<std::pair<NodeT*, NodeT*>, most> nodes;
-    const auto fetchLast = [](const NodeT* node) {
-        __builtin_prefetch(node->links.data() + node->links.size());
+bool GraphLoader<LINKS_WEIGHTED>::storeDistinct(const std::vector<Size>& ends,
+                                                StructLinkErrors* errors) {
+    // A destination above the bits of its weight.
+    using Entry = std::conditional_t<LINKS_WEIGHTED, std::uint64_t, Id>;
+    Arena memory;
+    const Size count = ends.empty() ? 0 : ends.back();
+    auto* const entries =
+        static_cast<Entry*>(memory.allocate((count + AHEAD) * sizeof(Entry), sizeof(Entry)));
+    bool arcs = false;
+    {
+        std::vector<Size> places(ends.size());
+        std::copy(ends.begin(), ends.end() - !ends.empty(), places.begin() + !ends.empty());
+        const auto put = [&](Id src, Id dst, Size link) {
+            if constexpr (LINKS_WEIGHTED)
+                entries[places[src]++] =
+                    Entry{dst} << 32 | std::bit_cast<std::uint32_t>(m_weights[link]);
+            else
+                entries[places[src]++] = dst;
+        };
+        eachLink([&](Size i, Id src, Id dst, bool arc) {
+            if (src == dst) return;
+            put(src, dst, i);
+            if (!arc) put(dst, src, i);
+            arcs |= arc;
+        });
+    }
+    const auto dest = [](Entry entry) {
+        return static_cast<Id>(entry >> (LINKS_WEIGHTED ? 32 : 0));
     };
-    for (Size first = begin; first < end; first += most) {
-        const Size count = std::min(most, end - first);
-        for (Size i = 0; i < count; ++i) {
-            const auto [src, dst] = m_links[first + i];
-            nodes[i] = {m_nodes[src], m_nodes[dst]};
-            __builtin_prefetch(&nodes[i].first->links);
-            if constexpr (!DIRECTED) __builtin_prefetch(&nodes[i].second->links);
-        }
-        for (Size i = 0; i < count; ++i) {
-            fetchLast(nodes[i].first);
-            if constexpr (!DIRECTED) fetchLast(nodes[i].second);
-        }
-        for (Size i = 0; i < count; ++i) {
-            LinkWeight weight = 1;
-            if constexpr (LINKS_WEIGHTED) weight = m_weights[first + i];
-            m_graph->m_directed |= storeLink<DIRECTED>(nodes[i].first, nodes[i].second, weight,
-                                                       m_graph->m_sumdups, errors, &late);
+    const auto begin = [&](Size node) { return entries + (node == 0 ? 0 : ends[node - 1]); };
+    for (Size i = 0; i < ends.size(); ++i) {
+        Entry* const end = entries + ends[i];
+        std::sort(begin(i), end);
+        if (std::adjacent_find(begin(i), end,
+                               [&](Entry a, Entry b) { return dest(a) == dest(b); }) != end)
+            return false;
+    }
+    // Nodes were created in the order of their numbers, which is that of their addresses, too.
+    for (Size i = 0; i < ends.size(); ++i) {
+        auto& links = m_nodes[i]->links;
+        links.reserve(static_cast<Size>(entries + ends[i] - begin(i)));
+        for (const Entry* entry = begin(i); entry != entries + ends[i]; ++entry) {
+            __builtin_prefetch(&m_nodes[dest(entry[AHEAD])]);
+            if constexpr (LINKS_WEIGHTED)
+                links.emplace_back(m_nodes[dest(*entry)],
+                                   std::bit_cast<float>(static_cast<std::uint32_t>(*entry)));
+            else
+                links.emplace_back(m_nodes[dest(*entry)]);
         }
     }
+    eachLink([&](Size i, Id src, Id dst, bool) {
+        if (src == dst) addSelfLink(m_nodes[src], weight(i), m_graph->m_sumdups, errors);
+    });
+    m_graph->m_directed = arcs;
+    return true;
+}
+
+/// Stores link by link, by the rules of repeated ones.
+template <bool LINKS_WEIGHTED>
+void GraphLoader<LINKS_WEIGHTED>::storeInOrder(const std::vector<Size>& ends,
+                                               StructLinkErrors* errors) {
+    for (Size i = 0; i < ends.size(); ++i)
+        m_nodes[i]->links.reserve(ends[i] - (i == 0 ? 0 : ends[i - 1]));
+    LateLinks<LinksT> late;
+    eachLink([&](Size i, Id src, Id dst, bool arc) {
+        // The nodes are strewn over the memory.
+        if (i + 2 * AHEAD < m_links.size()) {
+            const auto [farSrc, farDst] = m_links[i + 2 * AHEAD];
+            __builtin_prefetch(&m_nodes[farSrc]->links);
+            __builtin_prefetch(&m_nodes[farDst]->links);
+            const auto [nearSrc, nearDst] = m_links[i + AHEAD];
+            for (const Id node : {nearSrc, nearDst})
+                __builtin_prefetch(m_nodes[node]->links.data() + m_nodes[node]->links.size());
+        }
+        m_graph->m_directed |= arc ? storeLink<true>(m_nodes[src], m_nodes[dst], weight(i),
+                                                     m_graph->m_sumdups, errors, &late)
+                                   : storeLink<false>(m_nodes[src], m_nodes[dst], weight(i),
+                                                      m_graph->m_sumdups, errors, &late);
+    });
+    late.merge();
+    for (NodeT* node : m_nodes)
+        if (node->links.capacity() / 4 * 3 > node->links.size()) node->links.shrink_to_fit();
 }
 
 template <bool LINKS_WEIGHTED>
 auto GraphLoader<LINKS_WEIGHTED>::graph(StructLinkErrors* errors) -> std::shared_ptr<GraphT> {
-    const std::vector<Id> room = degrees();
-    for (Size i = 0; i < room.size(); ++i) m_nodes[i]->links.reserve(room[i]);
-    LateLinks<LinksT> late;
-    eachRun([&](bool arcs, Size begin, Size end) {
-        arcs ? store<true>(begin, end, errors, late) : store<false>(begin, end, errors, late);
-    });
-    late.merge();
-    // Repeated links leave gaps.
-    for (NodeT* node : m_nodes)
-        if (node->links.capacity() / 4 * 3 > node->links.size()) node->links.shrink_to_fit();
+    const std::vector<Size> ends = this->ends();
+    if (!storeDistinct(ends, errors)) storeInOrder(ends, errors);
     m_graph->m_unmapped = std::move(m_nodes);
     return std::move(m_graph);
 }

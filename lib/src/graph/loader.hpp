@@ -14,9 +14,7 @@ namespace vorl::detail {
 
 /// Gathers nodes and links, and makes the graph of them in the end.
 ///
-/// The graph is the one that the operations of `Graph` make, called in the same order. As all
-/// links are known before the first one is stored, the lists get their room at once, and what the
-/// next links need is fetched ahead.
+/// The graph is the one that the operations of `Graph` make, called in the same order.
 template <bool LINKS_WEIGHTED>
 class GraphLoader {
 public:
@@ -27,7 +25,7 @@ public:
 
     /// @param expected how many nodes may come
     GraphLoader(Id expected, bool shuffle, bool sumdups)
-        : m_graph(std::make_shared<GraphT>(0, shuffle, sumdups)), m_numbers(expected) {}
+        : m_graph(std::make_shared<GraphT>(expected, shuffle, sumdups)), m_numbers(expected) {}
 
     /// Adds the ids firstId to firstId + nodesNum - 1.
     void addNodes(Id nodesNum, Id firstId, StructNodeErrors* errors);
@@ -43,6 +41,9 @@ public:
     std::shared_ptr<GraphT> graph(StructLinkErrors* errors);
 
 private:
+    /// How many links ahead memory is fetched.
+    static constexpr Size AHEAD = 24;
+
     using Ends = std::pair<Id, Id>;
     /// Links from a place on, up to the next run, that are all arcs or all edges.
     struct Run {
@@ -54,11 +55,18 @@ private:
     Id known(Id id) const;
     template <bool DIRECTED, class NumberT>
     void append(Id src, const InpLinksT& links, NumberT number);
-    std::vector<Id> degrees() const;
     template <class VisitT>
-    void eachRun(VisitT visit) const;
-    template <bool DIRECTED>
-    void store(Size begin, Size end, StructLinkErrors* errors, LateLinks<LinksT>& late);
+    void eachLink(VisitT visit) const;
+    std::vector<Size> ends() const;
+    bool storeDistinct(const std::vector<Size>& ends, StructLinkErrors* errors);
+    void storeInOrder(const std::vector<Size>& ends, StructLinkErrors* errors);
+
+    LinkWeight weight([[maybe_unused]] Size link) const {
+        if constexpr (LINKS_WEIGHTED)
+            return m_weights[link];
+        else
+            return 1;
+    }
 
     std::shared_ptr<GraphT> m_graph;
     IdNumbers m_numbers;
