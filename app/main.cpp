@@ -10,6 +10,9 @@
 #include <cstdio>
 #include <iostream>
 #include <new>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 namespace vorl::app {
 
@@ -89,6 +92,10 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     vorl::ftrace = nullptr;
+#ifdef M_MMAP_THRESHOLD
+    // Large buffers go back to the system at once. Left alone, the limit rises with their size.
+    mallopt(M_MMAP_THRESHOLD, 1 << 20);
+#endif
     std::string message;
     try {
         return runProgram(argc, argv);

@@ -5,7 +5,10 @@
 #include <vorl/types/item.hpp>
 
 #include <algorithm>
-#include <vector>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <type_traits>
 
 namespace vorl {
 
@@ -65,15 +68,15 @@ public:
     void cover() {
         const std::size_t count = (m_arena->used() >> SHIFT) + 1;
         if (count <= m_marks.size()) return;
-        m_marks.resize(std::max(count, m_marks.size() * 3 / 2));
-        m_weights.resize(m_marks.size());
+        m_marks.extend(std::max(count, m_marks.size() * 9 / 8));
+        m_weights.extend(m_marks.size());
         m_base = m_arena->firstRange().begin;
         m_span = std::min(m_arena->firstRange().size, m_marks.size() << SHIFT);
     }
     /// Frees all marks.
     void release() {
-        std::vector<Mark>().swap(m_marks);
-        std::vector<Weights>().swap(m_weights);
+        m_marks = {};
+        m_weights = {};
         m_span = 0;
     }
     /// Calls for the mark of a cluster ahead of its use.
@@ -87,6 +90,35 @@ public:
     }
 
 private:
+    /// An array that grows, where the system can do so without a second copy.
+    template <class T>
+    class Array {
+    public:
+        static_assert(std::is_trivially_copyable_v<T>);
+
+        std::size_t size() const { return m_size; }
+        T& operator[](std::size_t place) { return m_data.get()[place]; }
+        const T& operator[](std::size_t place) const { return m_data.get()[place]; }
+
+        /// @param size not less than the present one
+        void extend(std::size_t size) {
+            void* const data = std::realloc(m_data.get(), size * sizeof(T));
+            if (!data) throw std::bad_alloc();
+            static_cast<void>(m_data.release());
+            m_data.reset(static_cast<T*>(data));
+            std::uninitialized_value_construct(m_data.get() + m_size, m_data.get() + size);
+            m_size = size;
+        }
+
+    private:
+        struct Free {
+            void operator()(T* data) const { std::free(data); }
+        };
+
+        std::unique_ptr<T, Free> m_data;
+        std::size_t m_size = 0;
+    };
+
     // No two clusters share a mark, since none is smaller than this.
     static constexpr unsigned SHIFT = 7;
     static_assert(sizeof(ClusterT) >= 1u << SHIFT);
@@ -105,8 +137,8 @@ private:
     std::shared_ptr<Arena> m_arena;
     std::uintptr_t m_base = 0;
     std::size_t m_span = 0;  // bytes of the first range that have marks
-    std::vector<Mark> m_marks;
-    std::vector<Weights> m_weights;
+    Array<Mark> m_marks;
+    Array<Weights> m_weights;
 };
 
 }  // namespace vorl
