@@ -154,6 +154,7 @@ public:
 
 private:
     friend class detail::GraphLoader<LINKS_WEIGHTED>;
+    using UnmappedT = std::vector<typename IdNodesT::value_type>;
 
     void show();
     void mergeLate();
@@ -165,7 +166,7 @@ private:
     Reduction m_reduction = Reduction::NONE;
     Id m_linksMarg = 0;
     IdNodesT m_idnodes;
-    std::vector<NodeT*> m_unmapped;  // nodes that the map lacks until it is needed
+    UnmappedT m_unmapped;  // nodes that the map lacks until it is needed
     bool m_shuffle = false;
     bool m_sumdups = false;
     std::shared_ptr<HierarchyT> m_hierarchy;

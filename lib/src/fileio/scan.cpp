@@ -1,6 +1,5 @@
 #include "scan.hpp"
 
-#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <limits>
@@ -19,7 +18,11 @@ bool LineReader::next() {
         }
         sought = m_filled - m_begin;
         if (read()) continue;
-        if (m_begin == m_filled) return false;
+        // What a failed read left of a line is no line.
+        if (m_begin == m_filled || m_file.bad()) {
+            m_next = m_filled;
+            return false;
+        }
         m_end = m_next = m_filled;
         break;
     }
@@ -30,8 +33,7 @@ bool LineReader::next() {
 /// Reads on behind what there is of the line, which moves to the front.
 /// @return false at the end of the file
 bool LineReader::read() {
-    std::copy(m_buffer.begin() + static_cast<std::ptrdiff_t>(m_begin),
-              m_buffer.begin() + static_cast<std::ptrdiff_t>(m_filled), m_buffer.begin());
+    std::memmove(m_buffer.data(), m_buffer.data() + m_begin, m_filled - m_begin);
     m_filled -= std::exchange(m_begin, 0);
     if (m_buffer.size() - 1 - m_filled < BLOCK / 2) m_buffer.resize(2 * m_buffer.size());
     m_file.read(m_buffer.data() + m_filled,

@@ -224,7 +224,7 @@ void Graph<LINKS_WEIGHTED>::reset(Id nodesNum, bool shuffle, bool sumdups, Reduc
     m_linksMarg = reducedLinksMarg(nodesNum, m_reduction);
     m_late.reset();
     m_idnodes.clear();
-    m_unmapped.clear();
+    m_unmapped = UnmappedT();
     m_nodes = NodesT();
     m_directed = false;
     if (nodesNum != 0) {
@@ -255,8 +255,8 @@ template <bool LINKS_WEIGHTED>
 auto Graph<LINKS_WEIGHTED>::idNodes() -> IdNodesT& {
     if (!m_unmapped.empty()) {
         if (mapCapacity(m_idnodes) < m_unmapped.size()) m_idnodes.reserve(m_unmapped.size());
-        for (NodeT* node : m_unmapped) m_idnodes.emplace(node->id, node);
-        std::vector<NodeT*>().swap(m_unmapped);
+        for (const auto& [id, node] : m_unmapped) m_idnodes.emplace(id, node);
+        m_unmapped = UnmappedT();
     }
     return m_idnodes;
 }
@@ -283,8 +283,7 @@ auto Graph<LINKS_WEIGHTED>::hierarchy() -> std::shared_ptr<HierarchyT> {
 template <bool LINKS_WEIGHTED>
 auto Graph<LINKS_WEIGHTED>::buildHierarchy(const ClusterOptions& options)
     -> std::shared_ptr<HierarchyT> {
-    if (m_hierarchy) idNodes();  // its nodes may be gone afterwards
-    show();                      // the hierarchy holds the nodes from now on
+    show();  // the hierarchy holds the nodes from now on
     m_hierarchy = cluster<LinksT>(m_nodes, !m_directed, options);
     return hierarchy();
 }
@@ -355,13 +354,13 @@ auto Graph<LINKS_WEIGHTED>::late() -> LateLinks<LinksT>& {
 template <bool LINKS_WEIGHTED>
 auto Graph<LINKS_WEIGHTED>::release(IdNodesT* idnodes, bool* directed) -> std::shared_ptr<NodesT> {
     mergeLate();
+    if (idnodes) *idnodes = std::move(idNodes());
+    m_idnodes.clear();
+    m_unmapped = UnmappedT();
     if (directed) *directed = m_directed;
     m_directed = false;
     m_reduction = Reduction::NONE;
     m_linksMarg = 0;
-    if (idnodes) *idnodes = std::move(idNodes());
-    m_idnodes.clear();
-    m_unmapped.clear();
     auto nodes = std::make_shared<NodesT>(std::move(m_nodes));
     m_nodes = NodesT();
     return nodes;

@@ -93,11 +93,11 @@ std::vector<Size> GraphLoader<LINKS_WEIGHTED>::ends() const {
 /// Sorts the links into lists, which is faster than to insert each of them.
 /// @return false, and nothing is stored, if a link between different nodes is repeated
 template <bool LINKS_WEIGHTED>
-bool GraphLoader<LINKS_WEIGHTED>::storeDistinct(const std::vector<Size>& ends,
-                                                StructLinkErrors* errors) {
+bool GraphLoader<LINKS_WEIGHTED>::storeDistinct(StructLinkErrors* errors) {
     // A destination above the bits of its weight.
     using Entry = std::conditional_t<LINKS_WEIGHTED, std::uint64_t, Id>;
-    Arena memory;
+    const std::vector<Size> ends = this->ends();
+    Arena memory;  // zeros where nothing was written
     const Size count = ends.empty() ? 0 : ends.back();
     auto* const entries =
         static_cast<Entry*>(memory.allocate((count + AHEAD) * sizeof(Entry), sizeof(Entry)));
@@ -130,6 +130,11 @@ bool GraphLoader<LINKS_WEIGHTED>::storeDistinct(const std::vector<Size>& ends,
                                [&](Entry a, Entry b) { return dest(a) == dest(b); }) != end)
             return false;
     }
+    eachLink([&](Size i, Id src, Id dst, bool) {
+        if (src == dst) addSelfLink(m_nodes[src], weight(i), m_graph->m_sumdups, errors);
+    });
+    std::vector<Ends>().swap(m_links);
+    std::vector<LinkWeight>().swap(m_weights);
     // Nodes were created in the order of their numbers, which is that of their addresses, too.
     for (Size i = 0; i < ends.size(); ++i) {
         auto& links = m_nodes[i]->links;
@@ -143,19 +148,13 @@ bool GraphLoader<LINKS_WEIGHTED>::storeDistinct(const std::vector<Size>& ends,
                 links.emplace_back(m_nodes[dest(*entry)]);
         }
     }
-    eachLink([&](Size i, Id src, Id dst, bool) {
-        if (src == dst) addSelfLink(m_nodes[src], weight(i), m_graph->m_sumdups, errors);
-    });
     m_graph->m_directed = arcs;
     return true;
 }
 
 /// Stores link by link, by the rules of repeated ones.
 template <bool LINKS_WEIGHTED>
-void GraphLoader<LINKS_WEIGHTED>::storeInOrder(const std::vector<Size>& ends,
-                                               StructLinkErrors* errors) {
-    for (Size i = 0; i < ends.size(); ++i)
-        m_nodes[i]->links.reserve(ends[i] - (i == 0 ? 0 : ends[i - 1]));
+void GraphLoader<LINKS_WEIGHTED>::storeInOrder(StructLinkErrors* errors) {
     LateLinks<LinksT> late;
     eachLink([&](Size i, Id src, Id dst, bool arc) {
         // The nodes are strewn over the memory.
@@ -179,9 +178,9 @@ void GraphLoader<LINKS_WEIGHTED>::storeInOrder(const std::vector<Size>& ends,
 
 template <bool LINKS_WEIGHTED>
 auto GraphLoader<LINKS_WEIGHTED>::graph(StructLinkErrors* errors) -> std::shared_ptr<GraphT> {
-    const std::vector<Size> ends = this->ends();
-    if (!storeDistinct(ends, errors)) storeInOrder(ends, errors);
-    m_graph->m_unmapped = std::move(m_nodes);
+    if (!storeDistinct(errors)) storeInOrder(errors);
+    m_graph->m_unmapped.reserve(m_nodes.size());
+    for (NodeT* node : m_nodes) m_graph->m_unmapped.emplace_back(node->id, node);
     return std::move(m_graph);
 }
 

@@ -58,8 +58,8 @@ private:
     template <class VisitT>
     void eachLink(VisitT visit) const;
     std::vector<Size> ends() const;
-    bool storeDistinct(const std::vector<Size>& ends, StructLinkErrors* errors);
-    void storeInOrder(const std::vector<Size>& ends, StructLinkErrors* errors);
+    bool storeDistinct(StructLinkErrors* errors);
+    void storeInOrder(StructLinkErrors* errors);
 
     LinkWeight weight([[maybe_unused]] Size link) const {
         if constexpr (LINKS_WEIGHTED)

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <random>
 #include <string>
@@ -127,6 +128,13 @@ std::string assemble(const Shape& shape, const std::vector<Line>& lines, bool su
     return told(graph) + trace.take();
 }
 
+void compare(const Shape& shape, const std::vector<Line>& lines, bool sumdups) {
+    ASSERT_EQ(read<true>(shape, textOf(shape, lines, true), sumdups),
+              assemble<true>(shape, lines, sumdups));
+    ASSERT_EQ(read<false>(shape, textOf(shape, lines, false), sumdups),
+              assemble<false>(shape, lines, sumdups));
+}
+
 std::vector<Id> idsFrom(Id first, Id count, Id step = 1) {
     std::vector<Id> ids;
     for (Id i = 0; i < count; ++i) ids.push_back(first + i * step);
@@ -155,12 +163,48 @@ TEST(LoadedNetworks, AreThoseOfSingleCalls) {
                     std::shuffle(used.ids.begin(), used.ids.end(), std::mt19937_64(seed));
                     used.ids.resize(200);
                 }
-                const std::vector<Line> lines = randomLines(used, seed);
-                ASSERT_EQ(read<true>(used, textOf(used, lines, true), sumdups),
-                          assemble<true>(used, lines, sumdups));
-                ASSERT_EQ(read<false>(used, textOf(used, lines, false), sumdups),
-                          assemble<false>(used, lines, sumdups));
+                compare(used, randomLines(used, seed), sumdups);
             }
+}
+
+TEST(LoadedNetworks, HaveListsOfThousandsInAnyOrder) {
+    std::vector<Line> lines{{0, true, {}}, {1, false, {}}};
+    for (Id id = 2; id < 5000; ++id)
+        for (Line& line : lines)
+            for (int times = 1 + (id % 3 == 0); times > 0; --times)
+                line.links.emplace_back(id, static_cast<LinkWeight>(id % 64) / 8 + 1);
+    for (Line& line : lines) std::shuffle(line.links.begin(), line.links.end(), std::mt19937_64(5));
+    for (const bool sumdups : {false, true})
+        compare({"hubs", FileFormat::RCG, true, true, false, {}}, lines, sumdups);
+}
+
+TEST(LoadedNetworks, KnowIdsAgainHoweverTheyCome) {
+    // The first ones are far above all that follow for long.
+    std::vector<Line> lines{{90'000, false, {InpLink<true>(4'000'000'000)}}};
+    for (Id id = 0; id < 20'000; ++id) lines.push_back({id, false, {InpLink<true>(id + 1)}});
+    for (const Id id : {90'000u, 4'000'000'000u, 90'001u, 5u})
+        lines.push_back({id, false, {InpLink<true>(7)}});
+    compare({"far ids", FileFormat::NSE, false, false, false, {}}, lines, false);
+}
+
+TEST(LoadedNetworks, AreTheSameInRandomOrder) {
+    const Folder folder;
+    InpOptions options;
+    options.format = FileFormat::RCG;
+    options.shuffle = true;
+    for (const char* nodes : {"", "/Nodes 6 3\n"}) {
+        options.filename =
+            folder.write("network", nodes + std::string("/Edges\n3> 4 5 6\n7> 8 3\n4> 8\n"));
+        const auto graph = RcgParser(options).build<Graph<false>>();
+        std::vector<std::string> links;
+        for (const auto& node : graph->nodes())
+            for (const auto& ln : node.links)
+                links.push_back(std::to_string(node.id) + ">" + std::to_string(ln.dest->id));
+        std::sort(links.begin(), links.end());
+        EXPECT_EQ(links, (std::vector<std::string>{"3>4", "3>5", "3>6", "3>7", "4>3", "4>8", "5>3",
+                                                   "6>3", "7>3", "7>8", "8>4", "8>7"}));
+        EXPECT_EQ(graph->nodes().size(), 6);
+    }
 }
 
 TEST(LoadedNetworks, HaveLinesOfAnyLength) {
@@ -191,6 +235,13 @@ TEST(LoadedNetworks, GiveTheirNodesByIdAlsoWhenClustered) {
     graph->release(&idnodes);
     EXPECT_EQ(idnodes.size(), 5);
     EXPECT_THROW(graph->node(7), std::out_of_range);
+
+    // Nodes that are gone.
+    const auto other = NslParser(options).build<Graph<false>>();
+    cluster<UnweightedLinks>(other->nodes(), true, ClusterOptions());
+    EXPECT_THROW(other->node(5), std::out_of_range);
+    other->addNodes(1, 5);
+    EXPECT_EQ(other->node(5)->id, 5);
 }
 
 }  // namespace
