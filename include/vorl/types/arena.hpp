@@ -25,7 +25,7 @@ public:
     Arena& operator=(const Arena&) = delete;
     ~Arena();
 
-    /// Memory above all that was handed out before.
+    /// Memory above all that was handed out before, filled with zeros.
     /// @throws std::bad_alloc if the system has no more memory or address space.
     void* allocate(std::size_t size, std::size_t alignment) {
         const std::uintptr_t begin = (m_next + alignment - 1) & ~(alignment - 1);
