@@ -35,7 +35,7 @@ inline std::string_view takeLine(std::string_view& text) {
 /// Cuts the first word off the text; empty at its end.
 inline std::string_view nextToken(std::string_view& text) {
     text = trimFront(text);
-    // The library's search for one of several signs is far slower.
+    // The standard library's search for one of several signs is far slower.
     std::size_t end = 0;
     while (end < text.size() && !isBlank(text[end])) ++end;
     const std::string_view token = text.substr(0, end);
