@@ -30,17 +30,22 @@ public:
         return place == FREE ? end() : begin() + place;
     }
 
-    /// The value of an item; a new one starts from its default.
-    ValueT& operator[](ItemT* item) {
+    /// Inserts an item unless it is there.
+    /// @return the value that the map holds for it, and whether that is the given one
+    std::pair<ValueT&, bool> insert(ItemT* item, ValueT value) {
         if (m_places.size() <= 2 * m_entries.size())
             rehash(m_places.empty() ? 16 : 2 * m_places.size());
         std::uint32_t& place = m_places[probe(item)];
-        if (place == FREE) {
+        const bool isNew = place == FREE;
+        if (isNew) {
             place = static_cast<std::uint32_t>(m_entries.size());
-            m_entries.emplace_back(item, ValueT());
+            m_entries.emplace_back(item, value);
         }
-        return m_entries[place].second;
+        return {m_entries[place].second, isNew};
     }
+
+    /// The value of an item; a new one starts from its default.
+    ValueT& operator[](ItemT* item) { return insert(item, ValueT()).first; }
 
     /// Makes room for a number of entries.
     void reserve(std::size_t count) {
@@ -51,6 +56,7 @@ public:
     }
 
     void clear() {
+        if (m_entries.empty()) return;
         if (m_places.size() > 64 * (m_entries.size() + 1)) m_places.clear();
         for (std::uint32_t& place : m_places) place = FREE;
         m_entries.clear();

@@ -2,6 +2,7 @@
 
 #include "text_writer.hpp"
 
+#include <vorl/hierarchy/unwrapper.hpp>
 #include <vorl/types/assert.hpp>
 #include <vorl/types/text.hpp>
 
@@ -37,6 +38,7 @@ template <class LinksT>
 class Writer {
 public:
     using ClusterT = Cluster<LinksT>;
+    using Members = typename detail::Unwrapper<LinksT>::Members;
 
     Writer(const Hierarchy<LinksT>& hier, FileWrappers& fouts, ClsOutFmtBase clsfmt,
            bool fltMembers)
@@ -44,8 +46,8 @@ public:
           m_fouts(fouts),
           m_fuzzy(isset(clsfmt, ClsOutFmt::SHARED) || isset(clsfmt, ClsOutFmt::EXTENDED)),
           m_numbered(isset(clsfmt, ClsOutFmt::EXTENDED)),
-          m_maxshare(isset(clsfmt, ClsOutFmt::MAXSHARE)),
-          m_fltMembers(fltMembers) {}
+          m_fltMembers(fltMembers),
+          m_unwrapper(isset(clsfmt, ClsOutFmt::MAXSHARE)) {}
 
     void root() {
         header(0, m_hier.root().size());
@@ -103,8 +105,9 @@ private:
                (cl.des.empty() || cl.des.front()->owners.size() < 2);
     }
 
-    /// The row of a cluster, made of the members that it unfolds to.
-    const std::string& row(const ClusterT& cl, const ClusterNodes<LinksT>& members) {
+    /// The row of a cluster.
+    const std::string& row(const ClusterT& cl) { return row(cl, m_unwrapper.unwrap(cl)); }
+    const std::string& row(const ClusterT& cl, const Members& members) {
         m_row.clear();
         if (m_numbered) {
             detail::appendId(m_row, cl.id);
@@ -132,7 +135,7 @@ private:
         std::fwrite(text.data(), 1, text.size(), m_fouts[fout].fdescr());
     }
 
-    void print(const ClusterT& cl, Size fout) { put(row(cl, m_hier.unwrap(cl, m_maxshare)), fout); }
+    void print(const ClusterT& cl, Size fout) { put(row(cl), fout); }
 
     /// The level from which on the cluster is a part of another one.
     static LevelNum topOf(const ClusterT& cl, LevelNum elev) {
@@ -145,7 +148,7 @@ private:
                 const LevelNum top = topOf(cl, elev);
                 LevelNum l = std::max(blev, ilev);
                 if (l >= top) continue;
-                const std::string& text = row(cl, m_hier.unwrap(cl, m_maxshare));
+                const std::string& text = row(cl);
                 for (; l < top; ++l) put(text, l - blev);
             }
     }
@@ -179,7 +182,7 @@ private:
             for (const ClusterT& cl : m_hier.levels()[ilev].clusters) {
                 const LevelNum top = topOf(cl, elev);
                 if (first == levinds.size() || levinds[first] >= top) continue;
-                const std::string& text = row(cl, m_hier.unwrap(cl, m_maxshare));
+                const std::string& text = row(cl);
                 for (Size i = first; i != levinds.size() && levinds[i] < top; ++i) put(text, i);
             }
         }
@@ -189,8 +192,8 @@ private:
     FileWrappers& m_fouts;
     const bool m_fuzzy;
     const bool m_numbered;
-    const bool m_maxshare;
     const bool m_fltMembers;
+    detail::Unwrapper<LinksT> m_unwrapper;
     std::string m_row;
 };
 
@@ -239,7 +242,7 @@ void Writer<LinksT>::significant(ClsOutFmt structure, const SignifclsOptions& op
                 bounds = {density * opts.densdrop, weight * opts.wrstep, 0};
             records.emplace(&cl, bounds);
             if (!significant) continue;
-            const ClusterNodes<LinksT> members = m_hier.unwrap(cl, m_maxshare);
+            const Members& members = m_unwrapper.unwrap(cl);
             if (cl.owners.empty() || opts.szmin <= members.size()) put(row(cl, members), 0);
         }
 }

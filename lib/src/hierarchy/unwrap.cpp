@@ -1,9 +1,7 @@
 // The unfolding of a cluster into its nodes with their shares.
 #include <vorl/hierarchy/hierarchy.hpp>
+#include <vorl/hierarchy/unwrapper.hpp>
 #include <vorl/types/assert.hpp>
-
-#include <algorithm>
-#include <cmath>
 
 namespace vorl {
 
@@ -33,38 +31,76 @@ bool isLargest(const OwnersT& owners, const OwnerT& owner) {
 
 }  // namespace
 
-template <class LinksT>
-ClusterNodes<LinksT> Hierarchy<LinksT>::unwrap(const ClusterT& cl, bool maxshare) const {
-    using ItemT = const NodeI<LinksT>;
-    ClusterNodes<LinksT> result;
-    const double nodes = static_cast<double>(m_nodes.size());
-    if (weight() > 0 && !(cl.weight() < 0)) {
-        const double expected = (2 * cl.weight() + 1) * (nodes + std::sqrt(nodes)) / weight();
-        result.reserve(static_cast<std::size_t>(std::min(expected, nodes)));
-    }
+namespace detail {
 
-    ItemMap<ItemT, AccWeight> frontier;
-    ItemMap<ItemT, AccWeight> next;
-    frontier[&cl] = 1;
-    for (; !frontier.empty(); frontier.swap(next)) {
-        next.clear();
-        for (const auto& [item, share] : frontier) {
-            const auto* const des = item->descs();
-            if (!des) {
-                result[static_cast<const NodeT*>(item)] += static_cast<Share>(share);
-                continue;
-            }
-            const auto* const cluster = static_cast<const ClusterT*>(item);
-            for (const NodeI<LinksT>* desc : *des) {
-                const auto& owner = ownerOf(*desc, cluster);
-                if (maxshare && !isLargest(desc->owners, owner)) continue;
-                // The only owner has the item whole, whatever its numbers say.
-                const bool whole =
-                    desc->owners.size() == 1 && (owner.numac != desc->totac || desc->totac == 0);
-                next[desc] += whole ? share : owner.numac * share / desc->totac;
-            }
+template <class LinksT>
+auto Unwrapper<LinksT>::unwrap(const ClusterT& cl) -> const Members& {
+    m_members.clear();
+    m_memberPlaces.clear();
+    m_frontier.assign(1, {&cl, 1, true});
+    for (; !m_frontier.empty(); m_frontier.swap(m_next)) {
+        m_next.clear();
+        m_nextPlaces.clear();
+        for (const Entry& entry : m_frontier) {
+            if (entry.item->descs())
+                addDescendants(entry);
+            else
+                addNode(entry);
         }
     }
+    return m_members;
+}
+
+template <class LinksT>
+void Unwrapper<LinksT>::addNode(const Entry& entry) {
+    const auto* const node = static_cast<const NodeT*>(entry.item);
+    const auto share = static_cast<Share>(entry.share);
+    if (!entry.sole) {
+        const auto place = static_cast<std::uint32_t>(m_members.size());
+        const auto [known, isNew] = m_memberPlaces.insert(node, place);
+        if (!isNew) {
+            m_members[known].second += share;
+            return;
+        }
+    }
+    m_members.emplace_back(node, share);
+}
+
+template <class LinksT>
+void Unwrapper<LinksT>::addDescendants(const Entry& entry) {
+    const auto* const cluster = static_cast<const ClusterT*>(entry.item);
+    for (const ItemT* desc : cluster->des) {
+        const auto& owner = ownerOf(*desc, cluster);
+        const bool alone = desc->owners.size() == 1;
+        if (m_maxshare && !alone && !isLargest(desc->owners, owner)) continue;
+        // The only owner has the item whole, whatever its numbers say.
+        const bool whole = alone && (owner.numac != desc->totac || desc->totac == 0);
+        const AccWeight share = whole ? entry.share : owner.numac * entry.share / desc->totac;
+        const bool sole = entry.sole && alone;
+        if (!sole) {
+            const auto place = static_cast<std::uint32_t>(m_next.size());
+            const auto [known, isNew] = m_nextPlaces.insert(desc, place);
+            if (!isNew) {
+                m_next[known].share += share;
+                continue;
+            }
+        }
+        m_next.push_back({desc, share, sole});
+    }
+}
+
+template class Unwrapper<UnweightedLinks>;
+template class Unwrapper<WeightedLinks>;
+
+}  // namespace detail
+
+template <class LinksT>
+ClusterNodes<LinksT> Hierarchy<LinksT>::unwrap(const ClusterT& cl, bool maxshare) const {
+    detail::Unwrapper<LinksT> unwrapper(maxshare);
+    const auto& members = unwrapper.unwrap(cl);
+    ClusterNodes<LinksT> result;
+    result.reserve(members.size());
+    for (const auto& [node, share] : members) result[node] = share;
     return result;
 }
 
