@@ -30,12 +30,14 @@ public:
         PROPAGATED = 1,  ///< takes no further part in the level, as its state tells
         ABSORBED = 2,    ///< has owners
         TOUCHED = 4,     ///< a neighbour was absorbed on the level that is being folded
-        QUIET = 8        ///< carried past the level unchanged, and so on until it is touched
+        QUIET = 8,       ///< carried past the level unchanged, and so on until it is touched
+        ONE_CAND = 16    ///< has one candidate, while candidates are sought
     };
 
     struct Mark {
         /// Of an absorbed cluster: the owner, if there is just one; of another cluster while a
-        /// level is folded: the next of its links to a cluster of the level, see `pairLinks`.
+        /// level is folded: the next of its links to a cluster of the level, see `pairLinks`; and
+        /// while candidates are sought: the candidate, if there is just one.
         void* aim = nullptr;
         AccWeight gmax = GAIN_NONE;  ///< the best gain, while candidates are sought
         std::uint32_t place = 0;     ///< where the links to this cluster are summed

@@ -98,6 +98,7 @@ public:
     MarksT m_marks{m_arena.arena()};
     /// The least weight of a pair that bounds its gain, infinite where none does.
     AccWeight m_boundMin = std::numeric_limits<AccWeight>::infinity();
+    AccWeight m_unit = 0;                          ///< what 1 is of the total weight
     Size m_quietLinks = 0;                         ///< number of links of the quiet clusters
     std::vector<const AccLink<LinksT>*> m_active;  ///< scratch memory of `visitActive`
     AccLinksT m_sums;                 ///< scratch memory of folding: links to what stays on
@@ -302,11 +303,18 @@ private:
     /// The share of its best gain below which an offer would not tie, 1 - 2^-26.5.
     static constexpr AccWeight OFFER = 0.9999999894632878;
 
+    /// What a gain must be below so that it is below a best gain whatever the tolerance makes of
+    /// it. Tiny gains all tie.
+    static AccWeight lostBelow(AccWeight gmax) { return gmax >= 1e-6 ? gmax * (1 - 0x1p-20) : 0; }
     /// Whether a gain of at most `bound` is below a best gain whatever the tolerance makes of it.
-    /// Of tiny weights nothing is said: they all tie, and rounding may leave their gain undefined.
+    /// Of tiny weights nothing is said, since rounding may leave their gain undefined.
     bool isOutbid(AccWeight bound, AccWeight gmax) const {
-        return gmax >= 1e-6 && bound < gmax * (1 - 0x1p-20) && bound >= m_boundMin;
+        return bound < lostBelow(gmax) && bound >= m_boundMin;
     }
+    /// Whether the gain of an item and the destination of its link is below 0 or the best gains of
+    /// both, whatever the tolerance makes of it, as far as a cheap bound tells.
+    template <class ItemT>
+    bool isOutbid(ItemT& el, const typename ItemT::LinkT& ln);
     /// Settles whether the weights of pairs are bounds of gains: where no gain may leave the range
     /// of 32 bits, and the weights agree, which those of a list of links with faults don't.
     void settleBounds();
@@ -396,6 +404,8 @@ private:
     template <class ItemT>
     void raiseGmax(ItemT& item, AccWeight gain);
     template <class ItemT>
+    void markOneCand(ItemT& el);
+    template <class ItemT>
     void filterCands(ItemT& el, ClustersT& cls);
     template <class ItemT>
     void rawClusterItem(ItemT& el, ClustersT& cls);
@@ -444,6 +454,33 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::clusterGain(const ItemT& el,
             "clusterGain(), #%u.%u score or w12_io overflowed: score = %G, w12_io = %G\n", el.id,
             ln.dest->id, score, w12);
     return w12 - score;
+}
+
+// The dynamic gamma is the logarithmic mean of two ratios of densities, and that isn't below their
+// geometric mean: x1 * x2 = s * t^2 * (t - s) / (w^2 * (t^2 - w^2)), see `newmanGamma`.
+template <bool NONSYMMETRIC, class LinksT>
+template <class ItemT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::isOutbid(ItemT& el, const typename ItemT::LinkT& ln) {
+    if constexpr (IS_NODE<ItemT>) {
+        return false;
+    } else {
+        const AccWeight pair = pairBound(ln);
+        if (!(pair >= m_boundMin)) return false;
+        const AccWeight lost = lostBelow(std::min(gmaxOf(el), gmaxOf(*ln.dest)));
+        if (pair < lost) return true;
+        if (!(m_gamma < 0)) return false;
+        const auto [w1, s1] = weightsOf(el);
+        const auto [w2, s2] = weightsOf(*ln.dest);
+        const AccWeight s = s1 + s2;
+        const AccWeight w = w1 + w2;
+        const AccWeight out = (1 - w2 * m_unit) * (w1 - s1) + (1 - w1 * m_unit) * (w2 - s2);
+        const AccWeight t = w + out;
+        // Where rounding could matter nothing is said.
+        if (!(out > 1e-4 * t) || t * m_unit > 1 - 1e-6) return false;
+        const AccWeight expected = 2 * w1 * w2 * m_unit * m_gammaRatio * t;
+        const AccWeight left = (pair - lost) * (1 + 0x1p-18) * w;
+        return expected * expected * s * (t - s) > left * left * out * (t + w);
+    }
 }
 
 template <bool NONSYMMETRIC, class LinksT>

@@ -186,7 +186,9 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::settleBounds() {
     AccWeight sum = 0;
     for (const ClusterT& cl : m_levels.back().clusters) sum += cl.m_context->weight;
     const bool agree = std::fabs(sum - m_weight) <= 1e-6 * m_weight;
-    if (agree && m_weight * std::max(1.f, m_gamma) < 1e24) m_boundMin = 1e-12 * m_weight;
+    if (agree && m_weight * std::max(1.f, m_gamma) < 1e24)
+        m_boundMin = std::max(1e-12 * m_weight, 1e-6);
+    m_unit = 1 / m_weight;
 }
 
 /// Forms levels until one forms no cluster or a stop rule fires; after a compression of the root

@@ -33,11 +33,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::defineItemCands(ItemT& el, ClustersT& 
         return;
     }
     visitActive(el, [&](const auto& ln) {
+        if (isOutbid(el, ln)) return;
         const AccWeight gain = clusterGain(el, ln);
         if (less(gain)) return;
         accBest(ectx.cands, gmaxOf(el), ln.dest, gain, 1);
         raiseGmax(*ln.dest, gain);
     });
+    markOneCand(el);
     if (ectx.cands.empty()) propagate(el, cls);
 }
 
@@ -49,6 +51,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::filterCands(ItemT& el, ClustersT& cls)
     auto kept = ectx.cands.begin();
     for (ItemT* cand : ectx.cands) {
         if (isPropagated(*cand)) continue;
+        if constexpr (!IS_NODE<ItemT>) {
+            const Mark& mark = m_marks.of(*cand);
+            if (mark.is(MarksT::ONE_CAND)) {
+                if (mark.aim == &el) *kept++ = cand;
+                continue;
+            }
+        }
         Context<ItemT>& cctx = *cand->m_context;
         if (cctx.cands.empty()) {
             if (xinterlevprop(cctx.state))
@@ -60,7 +69,20 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::filterCands(ItemT& el, ClustersT& cls)
         if (holds(cctx.cands, &el)) *kept++ = cand;
     }
     ectx.cands.erase(kept, ectx.cands.end());
+    markOneCand(el);
     if (ectx.cands.empty()) propagate(el, cls);
+}
+
+// Nearly all items have one candidate, which is then known without the context.
+template <bool NONSYMMETRIC, class LinksT>
+template <class ItemT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::markOneCand(ItemT& el) {
+    if constexpr (!IS_NODE<ItemT>) {
+        const auto& cands = el.m_context->cands;
+        Mark& mark = m_marks.of(el);
+        mark.set(MarksT::ONE_CAND, cands.size() == 1);
+        if (cands.size() == 1) mark.aim = cands.front();
+    }
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -101,11 +123,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::defineIlevpropItemCands(ItemT& el, Clu
             }
             if (!dest.m_context->cands.empty()) return;
         }
+        if (isOutbid(el, ln)) return;
         const AccWeight gain = clusterGain(el, ln);
         if (less(gain)) return;
         accBest(ectx.cands, gmaxOf(el), &dest, gain, 1);
         raiseGmax(dest, gain);
     });
+    markOneCand(el);
     if (ectx.cands.empty()) {
         propagate(el, cls);
         return;
