@@ -31,7 +31,7 @@ public:
         ABSORBED = 2,    ///< has owners
         TOUCHED = 4,     ///< a neighbour was absorbed on the level that is being folded
         QUIET = 8,       ///< carried past the level unchanged, and so on until it is touched
-        ONE_CAND = 16    ///< has one candidate, while candidates are sought
+        ONE_CAND = 16    ///< has one candidate; valid only while candidates are sought
     };
 
     struct Mark {

@@ -303,20 +303,19 @@ private:
     /// The share of its best gain below which an offer would not tie, 1 - 2^-26.5.
     static constexpr AccWeight OFFER = 0.9999999894632878;
 
-    /// What a gain must be below so that it is below a best gain whatever the tolerance makes of
-    /// it. Tiny gains all tie.
+    /// What a gain below is below a best gain, too, whatever the tolerance makes of it; 0 where the
+    /// best gain is so small that others tie with it.
     static AccWeight lostBelow(AccWeight gmax) { return gmax >= 1e-6 ? gmax * (1 - 0x1p-20) : 0; }
-    /// Whether a gain of at most `bound` is below a best gain whatever the tolerance makes of it.
-    /// Of tiny weights nothing is said, since rounding may leave their gain undefined.
-    bool isOutbid(AccWeight bound, AccWeight gmax) const {
-        return bound < lostBelow(gmax) && bound >= m_boundMin;
+    /// Whether a pair's weight, which its gain isn't above, is below a best gain for certain.
+    bool isLight(AccWeight pair, AccWeight gmax) const {
+        return pair < lostBelow(gmax) && pair >= m_boundMin;
     }
-    /// Whether the gain of an item and the destination of its link is below 0 or the best gains of
-    /// both, whatever the tolerance makes of it, as far as a cheap bound tells.
+    /// Whether the gain of an item and the destination of its link is for certain below 0 or below
+    /// the best gains of both, as far as bounds tell that are cheaper than the gain.
     template <class ItemT>
     bool isOutbid(ItemT& el, const typename ItemT::LinkT& ln);
     /// Settles whether the weights of pairs are bounds of gains: where no gain may leave the range
-    /// of 32 bits, and the weights agree, which those of a list of links with faults don't.
+    /// of 32 bits, no weight is negative, and the sum of the weights is the total weight.
     void settleBounds();
 
     /// What the weight of a pair isn't above, infinity where that isn't at hand.
@@ -475,7 +474,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::isOutbid(ItemT& el, const typename Ite
         const AccWeight w = w1 + w2;
         const AccWeight out = (1 - w2 * m_unit) * (w1 - s1) + (1 - w1 * m_unit) * (w2 - s2);
         const AccWeight t = w + out;
-        // Where rounding could matter nothing is said.
+        // Nothing is said where rounding could matter, or where the total would be raised.
         if (!(out > 1e-4 * t) || t * m_unit > 1 - 1e-6) return false;
         const AccWeight expected = 2 * w1 * w2 * m_unit * m_gammaRatio * t;
         const AccWeight left = (pair - lost) * (1 + 0x1p-18) * w;
@@ -506,7 +505,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::visitActive(ItemT& el, VisitT visit) {
             auto& ln = links[i];
             const Mark& mark = m_marks.of(ln.dest);
             if (mark.is(MarksT::PROPAGATED)) continue;
-            if (isOutbid(pairBound(ln), std::min(own, mark.gmax))) continue;
+            if (isLight(pairBound(ln), std::min(own, mark.gmax))) continue;
             m_active.push_back(&ln);
         }
         for (std::size_t i = 0; i < m_active.size(); ++i) {

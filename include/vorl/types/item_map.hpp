@@ -31,15 +31,16 @@ public:
     }
 
     /// Inserts an item unless it is there.
-    /// @return the value that the map holds for it, and whether that is the given one
+    /// @return the value that the map holds for it, until the next insertion, and whether that is
+    ///     the given one
     std::pair<ValueT&, bool> insert(ItemT* item, ValueT value) {
         if (m_places.size() <= 2 * m_entries.size())
             rehash(m_places.empty() ? 16 : 2 * m_places.size());
         std::uint32_t& place = m_places[probe(item)];
         const bool isNew = place == FREE;
         if (isNew) {
-            place = static_cast<std::uint32_t>(m_entries.size());
-            m_entries.emplace_back(item, value);
+            m_entries.emplace_back(item, std::move(value));
+            place = static_cast<std::uint32_t>(m_entries.size() - 1);
         }
         return {m_entries[place].second, isNew};
     }
@@ -60,12 +61,6 @@ public:
         if (m_places.size() > 64 * (m_entries.size() + 1)) m_places.clear();
         for (std::uint32_t& place : m_places) place = FREE;
         m_entries.clear();
-    }
-
-    void swap(ItemMap& other) noexcept {
-        m_entries.swap(other.m_entries);
-        m_places.swap(other.m_places);
-        std::swap(m_shift, other.m_shift);
     }
 
 private:

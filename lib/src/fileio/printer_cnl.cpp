@@ -1,8 +1,8 @@
 #include <vorl/fileio/printer_cnl.hpp>
 
+#include "../hierarchy/unwrap.hpp"
 #include "text_writer.hpp"
 
-#include <vorl/hierarchy/unwrapper.hpp>
 #include <vorl/types/assert.hpp>
 #include <vorl/types/text.hpp>
 

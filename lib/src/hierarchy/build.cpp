@@ -181,13 +181,21 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildFirstLevel(bool modtrace, float& 
     return true;
 }
 
+// Below 1e-6 a clearly negative gain may still tie with 0, and below 1e-12 of the total weight
+// rounding may leave a gain undefined.
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::settleBounds() {
     AccWeight sum = 0;
-    for (const ClusterT& cl : m_levels.back().clusters) sum += cl.m_context->weight;
+    for (const ClusterT& cl : m_levels.back().clusters) {
+        sum += cl.m_context->weight;
+        if (!(cl.m_sweight >= 0)) return;
+        if constexpr (NodeT::LinkT::IS_WEIGHTED)
+            for (const auto& ln : cl.links)
+                if (!(ln.weight >= 0)) return;
+    }
     const bool agree = std::fabs(sum - m_weight) <= 1e-6 * m_weight;
-    if (agree && m_weight * std::max(1.f, m_gamma) < 1e24)
-        m_boundMin = std::max(1e-12 * m_weight, 1e-6);
+    if (!agree || !(m_weight * std::max(1.f, m_gamma) < 1e24)) return;
+    m_boundMin = std::max(1e-12 * m_weight, 1e-6);
     m_unit = 1 / m_weight;
 }
 

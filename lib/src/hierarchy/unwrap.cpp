@@ -1,6 +1,7 @@
 // The unfolding of a cluster into its nodes with their shares.
+#include "unwrap.hpp"
+
 #include <vorl/hierarchy/hierarchy.hpp>
-#include <vorl/hierarchy/unwrapper.hpp>
 #include <vorl/types/assert.hpp>
 
 namespace vorl {

@@ -32,16 +32,18 @@ ErrorsT& collector(std::optional<ErrorsT>& errors, const char* message) {
     return *errors;
 }
 
-/// Whether all links are in order and have their back links, found without a search.
+/// Whether it is shown without a search that all links are in order, have their back links and no
+/// negative weight.
 ///
 /// Where the nodes ascend, what leads back to the node at hand is in each list the next link that
-/// hasn't been met. How many a node's list has met is counted in its `totac`, which has no other
-/// use before the clustering.
+/// hasn't been met. How many a node's list has met is counted in its `totac`, which nodes don't use
+/// before the clustering.
 template <class NodesT>
 bool isSound(NodesT& nodes) {
     using NodeT = typename NodesT::value_type;
     constexpr std::size_t ahead = 8;
-    const auto isNextMet = [](const NodeT& node) {
+    Size met = 0;
+    const auto meetLinks = [&met](const NodeT& node) {
         const NodeT* prev = nullptr;
         const std::size_t count = node.links.size();
         for (std::size_t i = 0; i < count; ++i) {
@@ -57,25 +59,30 @@ bool isSound(NodesT& nodes) {
             const auto& back = dest.links[dest.totac];
             if (back.dest != &node || dest.id == node.id || !(back.weight >= 0)) return false;
             ++dest.totac;
+            ++met;
         }
         return true;
     };
-    const auto first = nodes.begin();
-    bool sound = std::all_of(first, nodes.end(), [](const NodeT& node) { return node.totac == 0; });
-    if (!sound) return false;
+    if (!std::all_of(nodes.begin(), nodes.end(), [](const NodeT& nd) { return nd.totac == 0; }))
+        return false;
+    bool sound = true;
     const NodeT* prev = nullptr;
-    for (auto it = first; sound && it != nodes.end(); prev = &*it++)
-        sound = (!prev || cmpBase(prev, &*it)) && isNextMet(*it);
-    Size met = 0;
-    Size links = 0;
-    for (NodeT& node : nodes) {
-        met += std::exchange(node.totac, 0);
-        links += node.links.size();
+    for (auto it = nodes.begin(); sound && it != nodes.end(); prev = &*it++)
+        sound = (!prev || cmpBase(prev, &*it)) && meetLinks(*it);
+
+    // Where no link leads to a node of another network, the nodes have all that was counted.
+    Size counted = 0;
+    for (const NodeT& node : nodes) counted += node.totac;
+    if (sound && counted == met) {
+        for (NodeT& node : nodes) node.totac = 0;
+        return true;
     }
-    if (met == links) return sound;
-    // Some of the links lead to nodes that aren't at hand.
     for (NodeT& node : nodes)
-        for (auto& ln : node.links) ln.dest->totac = 0;
+        for (auto& ln : node.links) {
+            if (met == 0) return false;
+            --met;
+            --ln.dest->totac;
+        }
     return false;
 }
 

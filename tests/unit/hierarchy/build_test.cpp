@@ -173,6 +173,14 @@ TEST(Build, StopsAtALevelThatGainsTooLittle) {
     EXPECT_EQ(hier->root().size(), hier->levels().back().fullsize);
 }
 
+// The gain of a pair may then be above its weight.
+TEST(Build, TakesNegativeWeightsInsideItems) {
+    const auto hier = build<WeightedLinks>(
+        edges(6, {{0, 1, 1}, {1, 2, 0.25f}, {2, 3, 50}, {4, 5, 100}}, {{0, -2.f}, {1, -2.f}}),
+        ClusterOptions(-1));
+    EXPECT_EQ(hier->root().size(), 2u);
+}
+
 TEST(Build, CreatesTheBackLinksOfArcs) {
     TestNetwork network = edges(3, {});
     network.directed = true;

@@ -39,6 +39,21 @@ TEST(Unwrapping, AddsUpSharesOverAllPaths) {
         }
 }
 
+TEST(Unwrapping, AddsUpPathsOfDifferentLengths) {
+    HandMade made(3);
+    made.level(2);
+    ClusterT& a = made.cluster(10, {{&made.node(0), 1}, {&made.node(1), 1}});
+    ClusterT& b = made.cluster(11, {{&made.node(0), 3}, {&made.node(2), 1}});
+    made.level(1);
+    ClusterT& c = made.cluster(12, {{&a, 1}});
+    made.level(1);
+    // The nodes of a are reached twice, also the one that has no other owner.
+    ClusterT& d = made.cluster(13, {{&a, 3}, {&b, 1}, {&c, 1}});
+    EXPECT_EQ(unwrapped(made, c), "0:0.0625 1:0.25 ");
+    EXPECT_EQ(unwrapped(made, d), "0:1 1:1 2:1 ");
+    EXPECT_EQ(unwrapped(made, d, true), "1:0.75 0:0.75 2:1 ");
+}
+
 TEST(Unwrapping, GivesAnOnlyOwnerTheWholeItem) {
     HandMade made(2);
     made.level(1);

@@ -163,6 +163,20 @@ TEST(Validated, UnweightedBackLinkReadsAsOne) {
     EXPECT_EQ(net.linksNum, 2);
 }
 
+TEST(Validated, NodesAreLeftAsTheyAreButForTheirLinks) {
+    Weighted net(3);
+    Nodes<WeightedLinks> others;
+    Node<WeightedLinks>& other = others.emplace_back(7);
+    other.totac = 1;
+    net.link(0, 1);
+    net.link(1, 0);
+    net.link(1, 2);
+    net.nodes[2]->links.emplace_back(&other);
+    EXPECT_EQ(net.validated<true>(), CREATED + " 2->1 7->2\n");
+    for (const auto* node : net.nodes) EXPECT_EQ(node->totac, 0u);
+    EXPECT_EQ(other.totac, 1u);
+}
+
 TEST(Validated, CleanNetworkIsSilent) {
     Weighted empty(0);
     EXPECT_EQ(empty.validated<true>(true), "");

@@ -5,6 +5,7 @@
 #include <vorl/types/item.hpp>
 #include <vorl/types/item_map.hpp>
 
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -31,7 +32,9 @@ private:
     struct Entry {
         const ItemT* item;
         AccWeight share;
-        bool sole;  ///< whether one path leads here, as each item above has one owner
+        /// Whether no second path leads here: the item and all between it and the cluster that is
+        /// unfolded have one owner each.
+        bool sole;
     };
     using Places = ItemMap<const ItemT, std::uint32_t>;
 
