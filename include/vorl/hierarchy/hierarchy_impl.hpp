@@ -98,7 +98,7 @@ public:
     MarksT m_marks{m_arena.arena()};
     /// The least weight of a pair that bounds its gain, infinite where none does.
     AccWeight m_boundMin = std::numeric_limits<AccWeight>::infinity();
-    AccWeight m_unit = 0;                          ///< what 1 is of the total weight
+    AccWeight m_unit = 0;                          ///< 1 / m_weight, for bounds of gains
     Size m_quietLinks = 0;                         ///< number of links of the quiet clusters
     std::vector<const AccLink<LinksT>*> m_active;  ///< scratch memory of `visitActive`
     AccLinksT m_sums;                 ///< scratch memory of folding: links to what stays on
