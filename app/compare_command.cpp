@@ -27,7 +27,7 @@ struct Comparison {
 };
 
 ClustersFile read(const std::string& file, const CompareCommand& command) {
-    ClustersFile clusters = readClusters(file);
+    ClustersFile clusters = parseClusters(TextFile(file).text(), file);
     if (command.strict) clusters.requireStrict();
     if (clusters.clusters.empty())
         throw InputError(file + ": there are no clusters, at least one is expected");

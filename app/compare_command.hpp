@@ -1,8 +1,8 @@
 // The command `vorl compare`.
 #pragma once
 
-#include "agreement.hpp"
-#include "clusters_file.hpp"
+#include <vorl/agreement/agreement.hpp>
+#include <vorl/reading/clusters_file.hpp>
 
 #include <string>
 #include <vector>

@@ -1,11 +1,11 @@
 #include "evaluate_command.hpp"
 
-#include "clusters_file.hpp"
 #include "errors.hpp"
 #include "memory_file.hpp"
 #include "output_text.hpp"
 #include "text_file.hpp"
 
+#include <vorl/reading/clusters_file.hpp>
 #include <vorl/shared/operations.hpp>
 
 #include <algorithm>
@@ -62,7 +62,8 @@ void run(const EvaluateCommand& command) {
     requireOneStandardInput(command.read.file, command.clusters);
     Network network = readNetwork(command.read);
     if (!command.quiet) showWarnings(network, command.read);
-    auto clusters = std::make_unique<ClustersFile>(readClusters(command.clusters));
+    auto clusters = std::make_unique<ClustersFile>(
+        parseClusters(TextFile(command.clusters).text(), command.clusters));
     if (command.strict) clusters->requireStrict();
     if (clusters->clusters.empty())
         throw InputError(command.clusters + ": there are no clusters, at least one is expected");

@@ -1,7 +1,8 @@
 #include "network_text.hpp"
 
 #include "errors.hpp"
-#include "tokens.hpp"
+
+#include <vorl/reading/tokens.hpp>
 
 #include <algorithm>
 #include <charconv>
@@ -91,7 +92,7 @@ protected:
     }
 
     Id checkId(std::string_view token, const char* what) const {
-        return app::toId(token, what, [this](const std::string& told) { return fault(told); });
+        return vorl::toId(token, what, [this](const std::string& told) { return fault(told); });
     }
 
     LinkWeight checkWeight(std::string_view token) const {

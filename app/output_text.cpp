@@ -7,8 +7,6 @@
 
 namespace vorl::app {
 
-std::string number(double value) { return format("%.9g", value); }
-
 namespace {
 
 /// Number of bytes of the UTF-8 character that the text begins with, 0 if it is none.
@@ -50,16 +48,6 @@ std::string jsonQuoted(const std::string& text) {
             result += c;
     }
     return result + '"';
-}
-
-std::string grouped(Size value) {
-    std::string digits = std::to_string(value);
-    for (std::size_t place = digits.size(); place > 3;) digits.insert(place -= 3, 1, ',');
-    return digits;
-}
-
-std::string counted(Size count, const char* thing) {
-    return grouped(count) + " " + thing + (count == 1 ? "" : "s");
 }
 
 std::string bytes(Size size) {

@@ -1,7 +1,7 @@
 // Pieces of what the program prints, for a person or as JSON.
 #pragma once
 
-#include <vorl/types/numbers.hpp>
+#include <vorl/reading/wording.hpp>
 
 #include <cstdio>
 #include <string>
@@ -16,14 +16,8 @@ std::string format(const char* pattern, ArgsT... args) {
     return text;
 }
 
-/// 9 significant digits, which read back as the same 32-bit number.
-std::string number(double value);
 /// The text as a JSON string; bytes that are no UTF-8, as names of files may have, are replaced.
 std::string jsonQuoted(const std::string& text);
-/// 1234567 as 1,234,567.
-std::string grouped(Size value);
-/// "1 node", "2 nodes".
-std::string counted(Size count, const char* thing);
 /// 1536 as 1.5 KiB.
 std::string bytes(Size size);
 

@@ -1,11 +1,11 @@
 // The reader of the format CNL on any text behind a byte of options, on a fixed network. Clusters
 // that the program calls strict are loaded and measured.
 #include "../support/accepted_network.hpp"
-#include "app/clusters_file.hpp"
 #include "app/errors.hpp"
 #include "app/memory_file.hpp"
 
 #include <vorl/fileio/parser_cnl.hpp>
+#include <vorl/reading/clusters_file.hpp>
 #include <vorl/shared/operations.hpp>
 #include <vorl/types/trace.hpp>
 
@@ -100,7 +100,7 @@ void build(GraphT graph, const std::string& name) {
 
 /// Loads and measures the clusters, which must be strict.
 template <class GraphT, class MakeT>
-void load(const app::ClustersFile& file, MakeT make, const std::string& name) {
+void load(const ClustersFile& file, MakeT make, const std::string& name) {
     const std::set<Id> owned(file.nodes.begin(), file.nodes.end());
     double expected = 0;
     GraphT graph = make();
@@ -139,12 +139,12 @@ void read(const std::string& text) {
     const app::MemoryFile file(text);
     if (!breaksTheContract(text)) build(ring<DIRECTED, GraphT>(), file.name());
     try {
-        const app::ClustersFile clusters = app::parseClusters(text, "fuzz");
+        const ClustersFile clusters = parseClusters(text, "fuzz");
         const bool known = clusters.nodes.empty() || clusters.nodes.back() < NODES;
         const bool plain = text.find('\r') == std::string::npos && !text.starts_with("\xEF");
         if (clusters.deviations.empty() && known && plain)
             load<GraphT>(clusters, ring<DIRECTED, GraphT>, file.name());
-    } catch (const app::InputError&) {
+    } catch (const InputError&) {
     }
 }
 

@@ -1,7 +1,7 @@
 // Reading of cluster files: what is accepted, what is brought into the strict form, what is
 // refused.
-#include "app/clusters_file.hpp"
-#include "app/errors.hpp"
+#include <vorl/reading/clusters_file.hpp>
+
 #include "cli/program.hpp"
 
 #include <gtest/gtest.h>

@@ -1,17 +1,19 @@
-// How alike two clusterings of the same nodes are.
+/// @file
+/// How alike two clusterings of the same nodes are.
 #pragma once
 
+#include <vorl/types/export.hpp>
 #include <vorl/types/numbers.hpp>
 
 #include <optional>
 #include <span>
 #include <vector>
 
-namespace vorl::app {
+namespace vorl {
 
 /// Clusters over the nodes 0 to n - 1, by cluster and by node. A node may be in any number of
 /// clusters, and each counts alike whatever its share.
-class Cover {
+class VORL_API Cover {
 public:
     /// Clusters without members are left out.
     /// @param nodes     n, below 2^32
@@ -96,6 +98,7 @@ struct Agreement {
 /// of a cluster and one that holds a quarter of all nodes, and the pairs that omega looks at.
 /// Memory goes by the memberships. The same input gives the same result: sums run in the order of
 /// the clusters, and the sample is drawn with a fixed seed.
-Agreement agreement(const Cover& first, const Cover& second, const OmegaLimits& limits = {});
+VORL_API Agreement agreement(const Cover& first, const Cover& second,
+                             const OmegaLimits& limits = {});
 
-}  // namespace vorl::app
+}  // namespace vorl

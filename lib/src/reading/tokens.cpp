@@ -1,9 +1,9 @@
-#include "tokens.hpp"
+#include <vorl/reading/tokens.hpp>
 
 #include <strings.h>
 #include <algorithm>
 
-namespace vorl::app {
+namespace vorl {
 
 std::string quoted(std::string_view text) {
     constexpr std::size_t most = 32;
@@ -31,4 +31,4 @@ std::string_view takeValue(std::string_view& text) {
     return token;
 }
 
-}  // namespace vorl::app
+}  // namespace vorl

@@ -1,6 +1,6 @@
 // The measures of likeness: values worked out by hand, limits of the literature, and the plain
 // definitions over all pairs on random clusterings.
-#include "app/agreement.hpp"
+#include <vorl/agreement/agreement.hpp>
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <map>
 #include <random>
 
-namespace vorl::app {
+namespace vorl {
 namespace {
 
 using Clusters = std::vector<std::vector<Id>>;
@@ -182,4 +182,4 @@ TEST(Agreement, SampledOmegaIsNearTheExactOne) {
 }
 
 }  // namespace
-}  // namespace vorl::app
+}  // namespace vorl

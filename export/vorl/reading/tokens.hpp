@@ -1,6 +1,8 @@
-// The words of a line of input.
+/// @file
+/// The words of a line of input.
 #pragma once
 
+#include <vorl/types/export.hpp>
 #include <vorl/types/numbers.hpp>
 
 #include <algorithm>
@@ -8,13 +10,13 @@
 #include <string>
 #include <string_view>
 
-namespace vorl::app {
+namespace vorl {
 
 /// May stand at the begin of a text.
 inline constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 
 /// A piece of the input in a message: short, and without control characters.
-std::string quoted(std::string_view text);
+VORL_API std::string quoted(std::string_view text);
 
 inline bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
@@ -45,9 +47,9 @@ inline std::string_view nextToken(std::string_view& text) {
 
 /// Cuts a key of a header off the text, with the blanks behind it, if it stands there in any case
 /// and a blank or the end follows.
-bool takeKey(std::string_view& text, std::string_view key);
+VORL_API bool takeKey(std::string_view& text, std::string_view key);
 /// Cuts the value behind a key off the text, with one comma and the blanks behind it.
-std::string_view takeValue(std::string_view& text);
+VORL_API std::string_view takeValue(std::string_view& text);
 
 /// The id that a word is.
 /// @param what the name of the id in messages
@@ -65,4 +67,4 @@ Id toId(std::string_view token, const char* what, FaultT fault) {
     return static_cast<Id>(id);
 }
 
-}  // namespace vorl::app
+}  // namespace vorl

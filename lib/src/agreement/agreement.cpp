@@ -1,4 +1,4 @@
-#include "agreement.hpp"
+#include <vorl/agreement/agreement.hpp>
 
 #include <algorithm>
 #include <array>
@@ -7,7 +7,7 @@
 #include <random>
 #include <utility>
 
-namespace vorl::app {
+namespace vorl {
 
 namespace {
 
@@ -409,4 +409,4 @@ Agreement agreement(const Cover& first, const Cover& second, const OmegaLimits& 
     return result;
 }
 
-}  // namespace vorl::app
+}  // namespace vorl

@@ -1,9 +1,7 @@
-#include "clusters_file.hpp"
+#include <vorl/reading/clusters_file.hpp>
 
-#include "errors.hpp"
-#include "output_text.hpp"
-#include "text_file.hpp"
-#include "tokens.hpp"
+#include <vorl/reading/tokens.hpp>
+#include <vorl/reading/wording.hpp>
 
 #include <algorithm>
 #include <charconv>
@@ -12,7 +10,7 @@
 #include <limits>
 #include <utility>
 
-namespace vorl::app {
+namespace vorl {
 
 namespace {
 
@@ -156,7 +154,7 @@ private:
     }
 
     Id toId(std::string_view token, const char* what) const {
-        return app::toId(token, what, [this](const std::string& told) { return fault(told); });
+        return vorl::toId(token, what, [this](const std::string& told) { return fault(told); });
     }
 
     Share toShare(std::string_view token, Id node) const {
@@ -290,7 +288,7 @@ private:
         if (unbalanced != 0)
             deviation(Deviation::SHARES_UNBALANCED, lineOf(firstUnbalanced),
                       "shares that don't add up to 1 for " + nodes(unbalanced, firstUnbalanced) +
-                          format(", but to %.6g", sum),
+                          ", but to " + number(sum, 6),
                       "scaled to add up to 1");
     }
 
@@ -334,8 +332,10 @@ std::string ClustersFile::strictText() const {
         fuzzy = true;
         for (std::size_t i = 0; i < places.size(); ++i) stated[places[i]] = own.shares[i];
     });
-    std::string text = format("# Clusters: %zu, Nodes: %zu, Fuzzy: %d, Numbered: %d\n",
-                              clusters.size(), nodes.size(), fuzzy, numbered);
+    std::string text = "# Clusters: " + std::to_string(clusters.size()) +
+                       ", Nodes: " + std::to_string(nodes.size()) +
+                       ", Fuzzy: " + (fuzzy ? "1" : "0") +
+                       ", Numbered: " + (numbered ? "1\n" : "0\n");
     text.reserve(text.size() + (fuzzy ? 20 : 11) * members.size() + 13 * clusters.size());
     for (const Cluster& cluster : clusters) {
         if (numbered) text += std::to_string(cluster.id) + "> ";
@@ -361,12 +361,8 @@ void ClustersFile::requireStrict() const {
     if (!deviations.empty()) throw InputError::at(name, deviations[0].line, deviations[0].found);
 }
 
-ClustersFile readClusters(const std::string& file) {
-    return parseClusters(TextFile(file).text(), file);
-}
-
 ClustersFile parseClusters(std::string_view text, const std::string& name) {
     return Reader(name).read(text);
 }
 
-}  // namespace vorl::app
+}  // namespace vorl

@@ -1,6 +1,9 @@
-// Reading of clusters for the program, with every fault told by file and line.
+/// @file
+/// Reading of clusters, with every fault told by file and line.
 #pragma once
 
+#include <vorl/reading/input_error.hpp>
+#include <vorl/types/export.hpp>
 #include <vorl/types/numbers.hpp>
 
 #include <optional>
@@ -9,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vorl::app {
+namespace vorl {
 
 /// One way in which a file that makes sense strays from the strict form of the format, in which the
 /// header's counts are right, each cluster has members, and the shares of a node are either all
@@ -34,7 +37,7 @@ struct Deviation {
 };
 
 /// Clusters of nodes as a file lists them.
-struct ClustersFile {
+struct VORL_API ClustersFile {
     struct Cluster {
         std::size_t line = 0;   ///< of the file, from 1
         Id id = ID_NONE;        ///< ID_NONE where clusters aren't numbered
@@ -72,15 +75,12 @@ struct ClustersFile {
     void requireStrict() const;
 };
 
-/// Reads a file in the format CNL: a cluster a line, `[id>] node[:share] ...`, with comments that
+/// Reads clusters in the format CNL: a cluster a line, `[id>] node[:share] ...`, with comments that
 /// begin with # and an optional header among those at the top. Carriage returns at line ends and a
-/// byte order mark are accepted. Memory and time go by the size of the file, never by what its
+/// byte order mark are accepted. Memory and time go by the size of the text, never by what its
 /// header tells.
-/// @throws InputError with the file and line of the first fault
-ClustersFile readClusters(const std::string& file);
-
-/// As `readClusters`, for a text that is at hand.
 /// @param name  of the file, for messages
-ClustersFile parseClusters(std::string_view text, const std::string& name);
+/// @throws InputError with the file and line of the first fault
+VORL_API ClustersFile parseClusters(std::string_view text, const std::string& name);
 
-}  // namespace vorl::app
+}  // namespace vorl
