@@ -59,7 +59,7 @@ Comparison compare(const CompareCommand& command) {
 
 std::string asJson(const Comparison& comparison) {
     // 12 digits, before those that may differ between systems by their logarithm.
-    const auto measure = [](double value) { return format("%.12g", value); };
+    const auto measure = [](double value) { return jsonNumber(value, 12); };
     const auto optional = [&](const std::optional<double>& value) {
         return value ? measure(*value) : std::string("null");
     };

@@ -9,6 +9,7 @@
 #include <vorl/shared/operations.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <variant>
@@ -40,7 +41,9 @@ std::string asText(const EvaluateCommand& command, Size clusters, Size nodes,
         return format("%-13s %.6f", name, static_cast<double>(value)) + note + "\n";
     };
     return command.clusters + ": " + counted(clusters, "cluster") + " of " +
-           counted(nodes, "node") + "\n\n" + row("conductance", measures.cdn, "") +
+           counted(nodes, "node") + "\n\n" +
+           (std::isnan(measures.cdn) ? format("%-13s %s\n", "conductance", NO_CONDUCTANCE)
+                                     : row("conductance", measures.cdn, "")) +
            row("modularity", measures.mod,
                " at gamma " + format("%.6g", static_cast<double>(command.gamma))) +
            row("best gamma", measures.gamma,
@@ -50,10 +53,10 @@ std::string asText(const EvaluateCommand& command, Size clusters, Size nodes,
 
 std::string asJson(Size clusters, Size nodes, const Intrinsics& measures) {
     return "{\"clusters\": " + std::to_string(clusters) + ", \"nodes\": " + std::to_string(nodes) +
-           ", \"conductance\": " + number(static_cast<double>(measures.cdn)) +
-           ", \"modularity\": " + number(static_cast<double>(measures.mod)) +
-           ", \"gamma\": " + number(static_cast<double>(measures.gamma)) +
-           ", \"modularity_at_gamma\": " + number(static_cast<double>(measures.sgmod)) + "}\n";
+           ", \"conductance\": " + jsonNumber(static_cast<double>(measures.cdn)) +
+           ", \"modularity\": " + jsonNumber(static_cast<double>(measures.mod)) +
+           ", \"gamma\": " + jsonNumber(static_cast<double>(measures.gamma)) +
+           ", \"modularity_at_gamma\": " + jsonNumber(static_cast<double>(measures.sgmod)) + "}\n";
 }
 
 }  // namespace
@@ -76,7 +79,7 @@ void run(const EvaluateCommand& command) {
     if (const Size left = network.nodes - clusters->nodes.size();
         clusters->nodes.size() < network.nodes)
         remark(counted(left, "node") + " of the network " + (left == 1 ? "is" : "are") +
-               " in no cluster");
+               " in no cluster; links to " + (left == 1 ? "it" : "them") + " lead out of clusters");
 
     std::visit(
         [&](auto& graph) {

@@ -178,12 +178,13 @@ std::string asJson(const std::string& file, const NetworkInfo& info) {
            ", \"edges\": " + std::to_string(facts.edges) +
            ", \"arcs\": " + std::to_string(facts.arcs) +
            ", \"directed\": " + flag(facts.directed()) + ", \"weighted\": " + flag(facts.weighted) +
-           ", \"weight\": {\"sum\": " + number(facts.weight) +
-           ", \"min\": " + number(static_cast<double>(info.weightMin)) +
-           ", \"max\": " + number(static_cast<double>(info.weightMax)) +
+           ", \"weight\": {\"sum\": " + jsonNumber(facts.weight) +
+           ", \"min\": " + jsonNumber(static_cast<double>(info.weightMin)) +
+           ", \"max\": " + jsonNumber(static_cast<double>(info.weightMax)) +
            "}, \"degree\": {\"min\": " + std::to_string(info.degreeMin) +
            ", \"max\": " + std::to_string(info.degreeMax) +
-           ", \"mean\": " + number(info.degreeMean) + ", \"median\": " + number(info.degreeMedian) +
+           ", \"mean\": " + jsonNumber(info.degreeMean) +
+           ", \"median\": " + jsonNumber(info.degreeMedian) +
            "}, \"components\": " + std::to_string(info.components) +
            ", \"largest_component\": " + std::to_string(info.largest) +
            ", \"isolated_nodes\": " + std::to_string(info.isolated) +

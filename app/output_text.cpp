@@ -2,10 +2,15 @@
 
 #include "errors.hpp"
 
+#include <cmath>
 #include <iterator>
 #include <string_view>
 
 namespace vorl::app {
+
+std::string jsonNumber(double value, int digits) {
+    return std::isfinite(value) ? number(value, digits) : std::string("null");
+}
 
 namespace {
 

@@ -16,6 +16,11 @@ std::string format(const char* pattern, ArgsT... args) {
     return text;
 }
 
+/// In place of a conductance, where there is none.
+inline constexpr const char* NO_CONDUCTANCE = "none (it takes weight on both sides of a cut)";
+
+/// A number for JSON, of 9 significant digits, null for infinities and NaN.
+std::string jsonNumber(double value, int digits = 9);
 /// The text as a JSON string; bytes that are no UTF-8, as names of files may have, are replaced.
 std::string jsonQuoted(const std::string& text);
 /// 1536 as 1.5 KiB.

@@ -23,7 +23,7 @@ std::string asJson(const Summary& summary) {
                        ", \"links\": " + std::to_string(summary.links) +
                        ", \"directed\": " + (summary.directed ? "true" : "false") +
                        ", \"weighted\": " + (summary.weighted ? "true" : "false") +
-                       ", \"weight\": " + number(summary.weight) + "}, \"levels\": [";
+                       ", \"weight\": " + jsonNumber(summary.weight) + "}, \"levels\": [";
     for (std::size_t i = 0; i < summary.levels.size(); ++i)
         text += std::string(i ? ", " : "") +
                 "{\"clusters\": " + std::to_string(summary.levels[i].first) +
@@ -31,14 +31,15 @@ std::string asJson(const Summary& summary) {
     const HierScore& score = summary.score;
     text += "], \"root\": " + std::to_string(summary.rootSizes.size()) +
             ", \"clusters\": " + std::to_string(score.clusters) +
-            ", \"score\": {\"modularity\": " + number(score.modularity) +
-            ", \"gamma\": " + number(score.gamma) + ", \"egamma\": " + number(score.egamma) +
-            ", \"conductance\": " + number(score.conductance) + "}, \"files\": [";
+            ", \"score\": {\"modularity\": " + jsonNumber(score.modularity) +
+            ", \"gamma\": " + jsonNumber(score.gamma) +
+            ", \"egamma\": " + jsonNumber(score.egamma) +
+            ", \"conductance\": " + jsonNumber(score.conductance) + "}, \"files\": [";
     for (std::size_t i = 0; i < summary.files.size(); ++i)
         text += (i ? ", " : "") + jsonQuoted(summary.files[i]);
-    text += "], \"seconds\": {\"read\": " + number(summary.readSeconds) +
-            ", \"build\": " + number(summary.buildSeconds) +
-            ", \"write\": " + number(summary.writeSeconds) +
+    text += "], \"seconds\": {\"read\": " + jsonNumber(summary.readSeconds) +
+            ", \"build\": " + jsonNumber(summary.buildSeconds) +
+            ", \"write\": " + jsonNumber(summary.writeSeconds) +
             "}, \"peak_memory_bytes\": " + std::to_string(summary.peakMemory) + "}\n";
     return text;
 }

@@ -210,13 +210,33 @@ TEST(Evaluate, TellsFaultsOfTheClusters) {
     EXPECT_EQ(evaluate("1 2\n3 99\n").code, 1);
     EXPECT_TRUE(
         contains(evaluate("1 2 3\n4 5 6\n").err, "28 nodes of the network are in no cluster"));
-    // One cluster of all nodes has all weight inside.
+    // One cluster of all nodes has all weight inside, and nothing to be cut from.
     std::string all;
     for (int i = 1; i <= 34; ++i) all += std::to_string(i) + " ";
     const std::string json = evaluate(all + "\n", " --json --gamma 0.5").out;
     EXPECT_EQ(json,
-              "{\"clusters\": 1, \"nodes\": 34, \"conductance\": 1, \"modularity\": 0.5, "
+              "{\"clusters\": 1, \"nodes\": 34, \"conductance\": null, \"modularity\": 0.5, "
               "\"gamma\": 1, \"modularity_at_gamma\": 0}\n");
+}
+
+TEST(Evaluate, WeighsClustersThatDontCoverTheNetwork) {
+    const Folder folder;
+    const auto measured = [&](const std::string& network, const std::string& clusters) {
+        const Outcome run =
+            vorl("evaluate -q --json " + network + " " + folder.write("c.cnl", clusters));
+        return std::pair(value(run.out, "conductance"), value(run.out, "modularity"));
+    };
+    // One of two factions; 11 of the 75 ends of links in it belong to links that lead out.
+    const auto faction =
+        measured(DATA + "karate.nse", "1 2 3 4 5 6 7 8 9 11 12 13 14 17 18 20 22\n");
+    EXPECT_NEAR(std::stod(faction.first), 11. / 75, 1e-6);
+    EXPECT_NEAR(std::stod(faction.second), (64 - 75. * 75 / 156) / 156, 1e-6);
+    const std::string triangles = folder.write("n.nse", "0 1\n1 2\n2 0\n3 4\n4 5\n5 3\n");
+    EXPECT_EQ(measured(triangles, "0 1\n3 4\n").first, "0.5");
+    EXPECT_EQ(measured(triangles, "0 1 2\n").first, "0");
+    EXPECT_TRUE(
+        contains(vorl("evaluate " + triangles + " " + folder.write("c.cnl", "0 1 2 3 4 5\n")).out,
+                 "conductance   none ("));
 }
 
 TEST(Evaluate, ClustersWithoutACutAreNoFault) {

@@ -15,17 +15,22 @@ namespace vorl {
 
 /// Measures the clusters of a file on a network.
 ///
-/// Shares of nodes count at both ends of a link. A network without a cut between the clusters has
-/// the conductance 0, and clusters without weight are left out of it.
+/// Shares of nodes count at both ends of a link. A node of no cluster adds nothing itself, but its
+/// links to clusters lead out of these: the weight of a cluster is that in the network, whatever
+/// the other clusters cover.
 ///
-/// @param[out] intr takes all measures, `mod` at the given gamma
+/// Each cluster adds to the conductance, also one that no link leaves, or that has no weight, with
+/// 0. It takes weight on both sides of a cut: a single cluster that holds all of the network's
+/// weight, or none, has no conductance.
+///
+/// @param[out] intr takes all measures, `mod` at the given gamma; `cdn` is NaN if there is none
 /// @param graph the network; spent by the call
 /// @param filename a file in the format CNL
-/// @param gamma resolution of the modularity, not negative
+/// @param gamma resolution of the modularity, from 0 on
 /// @param validation whether and how the links are validated beforehand
 /// @return the number of clusters
 /// @throws std::invalid_argument for a file without clusters, a network without weight or a
-///     negative gamma
+///     gamma that is negative, infinite or NaN
 /// @throws as `loadClusters`
 template <class GraphT>
 VORL_API Size evaluateClusters(Intrinsics& intr, GraphT& graph, const std::string& filename,

@@ -25,9 +25,9 @@ struct Intrinsics {
 ///
 /// A cluster may hold a link to itself, which stands for each of its inner links once: it is moved
 /// into the cluster's self weight, counted twice. (Clusters as `loadClusters` leaves them hold
-/// both directions of an inner link; `evaluateClusters` measures those.) A second call finds no
-/// self links, and counts the weight that the first one moved. Measures that aren't asked for keep
-/// their values.
+/// both directions of an inner link, and no link to nodes of no cluster; `evaluateClusters`
+/// measures those as they lie in the network.) A second call finds no self links, and counts the
+/// weight that the first one moved. Measures that aren't asked for keep their values.
 ///
 /// Modularity: M. E. J. Newman, M. Girvan, Finding and evaluating community structure in networks,
 /// Phys. Rev. E 69, 026113 (2004), with the resolution of J. Reichardt, S. Bornholdt, Statistical

@@ -27,6 +27,11 @@ AccWeight networkWeight(NodesT& nodes, Validation validation) {
     return weight;
 }
 
+template <class NodeT>
+AccWeight pairWeight(const NodeT& node, const typename NodeT::LinkT& ln, bool directed) {
+    return directed ? linkWeight<true>(&node, ln) : linkWeight<false>(&node, ln);
+}
+
 template <class LinksT>
 class SharesReader {
 public:
@@ -59,7 +64,8 @@ private:
 template <class ParserT, class GraphT>
 AccWeight detail::loadClusters(Clusters<typename GraphT::LinksT>& clusters, GraphT& graph,
                                const std::string& filename, Validation validation,
-                               FarShares farShares) {
+                               FarShares farShares,
+                               OutsideWeights<typename GraphT::LinksT>* outside) {
     using LinksT = typename GraphT::LinksT;
     using ClusterT = Cluster<LinksT>;
     bool directed = false;
@@ -85,6 +91,9 @@ AccWeight detail::loadClusters(Clusters<typename GraphT::LinksT>& clusters, Grap
             sum += share;
             for (const auto& ln : node.links) {
                 const Node<LinksT>& far = *ln.dest;
+                if (outside && far.owners.empty())
+                    (*outside)[&cluster] +=
+                        pairWeight(node, ln, directed) / 2 * static_cast<AccWeight>(share);
                 const auto* const stated =
                     nearShares || farShares == FarShares::STATED ? reader.stated(far) : nullptr;
                 auto place = cluster.links.begin();
@@ -119,10 +128,11 @@ AccWeight loadClusters(Clusters<typename GraphT::LinksT>& clusters, GraphT& grap
                                          detail::FarShares::AS_LOADED);
 }
 
-#define VORL_INSTANTIATE(GraphT, LinksT)                                                \
-    template AccWeight detail::loadClusters<CnlParser>(                                 \
-        Clusters<LinksT>&, GraphT&, const std::string&, Validation, detail::FarShares); \
-    template VORL_API AccWeight loadClusters<CnlParser>(Clusters<LinksT>&, GraphT&,     \
+#define VORL_INSTANTIATE(GraphT, LinksT)                                               \
+    template AccWeight detail::loadClusters<CnlParser>(                                \
+        Clusters<LinksT>&, GraphT&, const std::string&, Validation, detail::FarShares, \
+        detail::OutsideWeights<LinksT>*);                                              \
+    template VORL_API AccWeight loadClusters<CnlParser>(Clusters<LinksT>&, GraphT&,    \
                                                         const std::string&, Validation);
 
 VORL_INSTANTIATE(Graph<false>, UnweightedLinks)

@@ -5,6 +5,8 @@
 #include <vorl/processing/gamma.hpp>
 #include <vorl/processing/weights.hpp>
 
+#include <cmath>
+#include <limits>
 #include <stdexcept>
 
 namespace vorl {
@@ -24,29 +26,33 @@ void settleSelfLinks(Clusters<LinksT>& clusters) {
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-void measure(Intrinsics& intr, const Clusters<LinksT>& clusters, AccWeight weight,
-             AccWeight gamma) {
+void measure(Intrinsics& intr, const Clusters<LinksT>& clusters,
+             const detail::OutsideWeights<LinksT>& outside, AccWeight weight, AccWeight gamma) {
     AccWeight inner = 0;
     AccWeight ww = 0;
     AccWeight modularity = 0;
     AccWeight cuts = 0;
+    bool uncut = clusters.size() == 1;
     for (const Cluster<LinksT>& cl : clusters) {
         const AccWeight s = cl.weight();
-        const AccWeight w = s + linksWeight<NONSYMMETRIC>(cl);
+        const auto left = outside.find(&cl);
+        const AccWeight w = s + linksWeight<NONSYMMETRIC>(cl) +
+                            (left == outside.end() ? AccWeight{0} : left->second);
         inner += s;
         modularity += s - (w / weight * w) * gamma;
+        uncut = uncut && !(less(AccWeight{0}, w) && less(w, weight));
         if (!less(AccWeight{0}, w)) continue;
         ww += w * w;
         cuts += detail::cutShare(w, s, weight);
     }
-    const bool separate = equal(inner, weight);
     const AccWeight expected = ww / weight;
+    const bool separate = equal(inner, weight);
     const AccWeight estimate = inner == 0 || separate ? 1 : newmanGamma(inner, expected, weight);
     intr.mod = static_cast<float>(modularity / weight);
     intr.gamma = static_cast<float>(estimate);
     intr.sgmod = static_cast<float>((inner - estimate * expected) / weight);
-    if (clusters.size() == 1)
-        intr.cdn = 1;
+    if (uncut)
+        intr.cdn = std::numeric_limits<float>::quiet_NaN();
     else
         intr.cdn =
             separate ? 0 : static_cast<float>(cuts / static_cast<AccWeight>(clusters.size()));
@@ -57,11 +63,13 @@ void measure(Intrinsics& intr, const Clusters<LinksT>& clusters, AccWeight weigh
 template <class GraphT>
 Size evaluateClusters(Intrinsics& intr, GraphT& graph, const std::string& filename, AccWeight gamma,
                       Validation validation) {
-    if (gamma < 0) throw std::invalid_argument("evaluateClusters(), gamma must not be negative\n");
+    if (!(gamma >= 0) || std::isinf(gamma))
+        throw std::invalid_argument("evaluateClusters(), gamma must be a number, not negative\n");
     const bool directed = graph.directed();
     Clusters<typename GraphT::LinksT> clusters;
+    detail::OutsideWeights<typename GraphT::LinksT> outside;
     const AccWeight weight = detail::loadClusters<CnlParser>(clusters, graph, filename, validation,
-                                                             detail::FarShares::STATED);
+                                                             detail::FarShares::STATED, &outside);
     if (clusters.empty())
         throw std::invalid_argument("evaluateClusters(), there are no clusters\n");
     if (!(weight > 0))
@@ -69,9 +77,9 @@ Size evaluateClusters(Intrinsics& intr, GraphT& graph, const std::string& filena
     settleSelfLinks(clusters);
     intr.flags = IntrinsicsFlags::ALL;
     if (directed)
-        measure<true>(intr, clusters, weight, gamma);
+        measure<true>(intr, clusters, outside, weight, gamma);
     else
-        measure<false>(intr, clusters, weight, gamma);
+        measure<false>(intr, clusters, outside, weight, gamma);
     return clusters.size();
 }
 

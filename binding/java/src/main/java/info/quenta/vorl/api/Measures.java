@@ -1,10 +1,12 @@
 package info.quenta.vorl.api;
 
 /**
- * How well clusters fit a network.
+ * How well clusters fit a network. Nodes of no cluster add nothing themselves; their links to
+ * clusters lead out of these.
  *
  * @param clusters number of clusters
- * @param conductance mean conductance; 0 where no link runs between clusters
+ * @param conductance mean conductance; 0 where no link leaves a cluster, NaN for a single cluster
+ *     that holds all links or none, since there is no cut
  * @param modularity modularity at the resolution asked for
  * @param gamma the resolution at which the clusters would be the best partition
  * @param modularityAtGamma modularity at that resolution
