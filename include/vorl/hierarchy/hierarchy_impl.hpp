@@ -9,6 +9,7 @@
 #include <vorl/processing/reduction.hpp>
 #include <vorl/processing/weights.hpp>
 #include <vorl/types/options.hpp>
+#include <vorl/types/progress.hpp>
 
 #include <initializer_list>
 #include <type_traits>
@@ -104,6 +105,7 @@ public:
     AccLinksT m_sums;                 ///< scratch memory of folding: links to what stays on
     AccLinksT m_newSums;              ///< the same, links to the clusters of the level
     std::vector<std::size_t> m_runs;  ///< where the links of each descendant begin in m_sums
+    ProgressReporter m_report;
 
     /// Takes the nodes over; the argument is left empty.
     /// @throws std::invalid_argument if a reduction is asked for without nodes

@@ -133,7 +133,7 @@ std::shared_ptr<GraphT> NslParser::build(bool weights) {
         prev = src;
     };
     readLink(m_line.c_str(), m_line.c_str() + m_line.size());
-    for (LineReader lines(m_file); lines.next();) readLink(lines.begin(), lines.end());
+    for (LineReader lines(m_file, m_size); lines.next();) readLink(lines.begin(), lines.end());
     flush();
     const auto graph = loader.graph(&errors);
     errors.show();

@@ -158,7 +158,7 @@ std::shared_ptr<GraphT> RcgParser::build() {
     StructLinkErrors errors("WARNING build(), the duplicated links are skipped: ");
     Id id = ID_NONE;
     typename GraphT::InpLinksT links;
-    for (LineReader lines(m_file); lines.next();) {
+    for (LineReader lines(m_file, m_size); lines.next();) {
         const char* pos = skipBlanks(lines.begin());
         if (*pos == '\0' || *pos == '#') continue;
         if (*pos == '/') {

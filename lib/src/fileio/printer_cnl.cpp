@@ -4,6 +4,7 @@
 #include "text_writer.hpp"
 
 #include <vorl/types/assert.hpp>
+#include <vorl/types/progress.hpp>
 #include <vorl/types/text.hpp>
 
 #include <algorithm>
@@ -47,7 +48,9 @@ public:
           m_fuzzy(isset(clsfmt, ClsOutFmt::SHARED) || isset(clsfmt, ClsOutFmt::EXTENDED)),
           m_numbered(isset(clsfmt, ClsOutFmt::EXTENDED)),
           m_fltMembers(fltMembers),
-          m_unwrapper(isset(clsfmt, ClsOutFmt::MAXSHARE)) {}
+          m_unwrapper(isset(clsfmt, ClsOutFmt::MAXSHARE)) {
+        m_report.begin("writing clusters");
+    }
 
     void root() {
         header(0, m_hier.root().size());
@@ -108,6 +111,7 @@ private:
     /// The row of a cluster.
     const std::string& row(const ClusterT& cl) { return row(cl, m_unwrapper.unwrap(cl)); }
     const std::string& row(const ClusterT& cl, const Members& members) {
+        m_report.advance();
         m_row.clear();
         if (m_numbered) {
             detail::appendId(m_row, cl.id);
@@ -195,6 +199,7 @@ private:
     const bool m_fltMembers;
     detail::Unwrapper<LinksT> m_unwrapper;
     std::string m_row;
+    ProgressReporter m_report;
 };
 
 template <class LinksT>

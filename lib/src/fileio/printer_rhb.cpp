@@ -2,6 +2,8 @@
 
 #include "text_writer.hpp"
 
+#include <vorl/types/progress.hpp>
+
 #include <algorithm>
 
 namespace vorl {
@@ -29,17 +31,23 @@ void outpel(const ItemT& item, FileWrapper& fout) {
 
 template <class LinksT>
 void RhbPrinter<LinksT>::output(FileWrapper& fout) const {
+    const ProgressReporter report;
+    report.begin("writing the hierarchy", m_hier.nodes().size() + m_hier.score().clusters);
+    const auto print = [&](const auto& item) {
+        report.advance();
+        outpel(item, fout);
+    };
     std::FILE* file = fout.fdescr();
     std::fprintf(file, "/Hierarchy levels:%lu clusters:%lu\n", m_hier.levels().size(),
                  m_hier.score().clusters);
     std::fprintf(file, "\n/Nodes %lu\n", m_hier.nodes().size());
     std::fputs("# node1_id> owner1_id[:share1] owner2_id[:share2] ...\n", file);
-    for (const auto& node : m_hier.nodes()) outpel(node, fout);
+    for (const auto& node : m_hier.nodes()) print(node);
     Id index = 0;
     for (const auto& level : m_hier.levels()) {
         std::fprintf(file, "\n/Level %u pure:%lu extended:%u\n", index++, level.clusters.size(),
                      level.fullsize);
-        for (const auto& cl : level.clusters) outpel(cl, fout);
+        for (const auto& cl : level.clusters) print(cl);
     }
     detail::checkWritten(fout, "RhbPrinter::output()");
 }

@@ -38,8 +38,10 @@ bool LineReader::read() {
     if (m_buffer.size() - 1 - m_filled < BLOCK / 2) m_buffer.resize(2 * m_buffer.size());
     m_file.read(m_buffer.data() + m_filled,
                 static_cast<std::streamsize>(m_buffer.size() - 1 - m_filled));
-    m_filled += static_cast<std::size_t>(m_file.gcount());
-    return m_file.gcount() != 0;
+    const auto count = static_cast<std::size_t>(m_file.gcount());
+    m_report.advance(count);
+    m_filled += count;
+    return count != 0;
 }
 
 Size estimateTokens(Size size) {

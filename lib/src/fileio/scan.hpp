@@ -3,6 +3,7 @@
 
 #include <vorl/fileio/parse_number.hpp>
 #include <vorl/types/numbers.hpp>
+#include <vorl/types/progress.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <strings.h>
@@ -122,10 +123,13 @@ void readComments(std::ifstream& file, std::string& line, IsHeaderT isHeader) {
     line.clear();
 }
 
-/// The lines of the rest of a file, read in large blocks.
+/// The lines of the rest of a file, read in large blocks, which is reported as progress.
 class LineReader {
 public:
-    explicit LineReader(std::istream& file) : m_file(file), m_buffer(BLOCK + 1) {}
+    /// @param size of the file in bytes, all bits set while unknown
+    LineReader(std::istream& file, Size size) : m_file(file), m_buffer(BLOCK + 1) {
+        m_report.begin("reading", size == ~Size{0} ? 0 : size);
+    }
 
     /// Goes to the next line.
     /// @return false at the end of the file
@@ -146,6 +150,7 @@ private:
     std::size_t m_end = 0;
     std::size_t m_next = 0;  // behind the line and its end
     std::size_t m_filled = 0;
+    ProgressReporter m_report;
 };
 
 /// The number of tokens that a text of this size may hold, if its ids are numbered through.

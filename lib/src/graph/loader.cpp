@@ -72,8 +72,10 @@ template <class VisitT>
 void GraphLoader<LINKS_WEIGHTED>::eachLink(VisitT visit) const {
     for (auto run = m_runs.begin(); run != m_runs.end(); ++run) {
         const Size end = run + 1 == m_runs.end() ? m_links.size() : run[1].begin;
-        for (Size i = run->begin; i < end; ++i)
+        for (Size i = run->begin; i < end; ++i) {
+            if (i % CHECKED == 0) m_report.check();
             visit(i, m_links[i].first, m_links[i].second, run->arcs);
+        }
     }
 }
 
@@ -123,7 +125,9 @@ bool GraphLoader<LINKS_WEIGHTED>::storeDistinct(StructLinkErrors* errors) {
         return static_cast<Id>(entry >> (LINKS_WEIGHTED ? 32 : 0));
     };
     const auto begin = [&](Size node) { return entries + (node == 0 ? 0 : ends[node - 1]); };
+    m_report.begin("sorting links", ends.size());
     for (Size i = 0; i < ends.size(); ++i) {
+        m_report.advance();
         Entry* const end = entries + ends[i];
         std::sort(begin(i), end);
         if (std::adjacent_find(begin(i), end,
@@ -136,7 +140,9 @@ bool GraphLoader<LINKS_WEIGHTED>::storeDistinct(StructLinkErrors* errors) {
     std::vector<Ends>().swap(m_links);
     std::vector<LinkWeight>().swap(m_weights);
     // Nodes were created in the order of their numbers, which is that of their addresses, too.
+    m_report.begin("storing links", ends.size());
     for (Size i = 0; i < ends.size(); ++i) {
+        m_report.advance();
         auto& links = m_nodes[i]->links;
         links.reserve(static_cast<Size>(entries + ends[i] - begin(i)));
         for (const Entry* entry = begin(i); entry != entries + ends[i]; ++entry) {

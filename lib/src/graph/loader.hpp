@@ -5,6 +5,7 @@
 
 #include <vorl/graph.hpp>
 #include <vorl/types/id_numbers.hpp>
+#include <vorl/types/progress.hpp>
 
 #include <memory>
 #include <utility>
@@ -43,6 +44,8 @@ public:
 private:
     /// How many links ahead memory is fetched.
     static constexpr Size AHEAD = 24;
+    /// How many links pass between looks at whether to go on.
+    static constexpr Size CHECKED = 1 << 16;
 
     using Ends = std::pair<Id, Id>;
     /// Links from a place on, up to the next run, that are all arcs or all edges.
@@ -74,6 +77,7 @@ private:
     std::vector<Ends> m_links;    // of numbers
     std::vector<LinkWeight> m_weights;
     std::vector<Run> m_runs;
+    ProgressReporter m_report;
 };
 
 extern template class GraphLoader<false>;

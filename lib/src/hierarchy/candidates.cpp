@@ -89,6 +89,7 @@ template <bool NONSYMMETRIC, class LinksT>
 template <class IItemXT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::initCands(IItemXT first, IItemXT last, ClustersT& cls) {
     for (; first != last; ++first) {
+        m_report.advance();
         auto& el = detail::itemAt(first);
         VORL_ASSERT(el.m_context, "initCands(), el context must be defined");
         auto& ectx = *el.m_context;
@@ -143,6 +144,7 @@ template <class IItemXT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::initPropnomCands(IItemXT first, IItemXT last,
                                                            ClustersT& cls) {
     for (; first != last; ++first) {
+        m_report.advance();
         prefetchItems(first, last, [this](const ClusterT* item) { return isPropagated(*item); });
         auto& el = detail::itemAt(first);
         if (isPropagated(el)) continue;

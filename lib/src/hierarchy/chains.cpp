@@ -24,6 +24,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::mcandsChains(Chains<ItemT>& chains,
     // The 32-bit comparison lets a gain slightly below 0 pass.
     const auto gainOf = [](const Context<ItemT>& ctx) { return ctx.gmax < 0 ? 0 : ctx.gmax; };
     for (auto id = cands.begin(); id != cands.end(); ++id) {
+        m_report.check();
         ItemT* dest = *id;
         const Context<ItemT>& dctx = *dest->m_context;
         VORL_ASSERT(!xpropagated(dctx.state) && !dctx.cands.empty(),

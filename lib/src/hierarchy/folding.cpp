@@ -32,6 +32,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::pairLinks(ClustersT& clusters) {
     if constexpr (NONSYMMETRIC && requires(AccLink<LinksT> ln) { ln.pair; }) {
         constexpr std::size_t ahead = 8;
         for (ClusterT& cl : clusters) {
+            m_report.check();
             const std::size_t count = cl.links.size();
             for (std::size_t i = 0; i < count; ++i) {
                 if (i + 2 * ahead < count) m_marks.prefetch(cl.links[i + 2 * ahead].dest);
@@ -226,7 +227,9 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
     if constexpr (CLUSTERS) markAbsorbed(clusters);
     Id desnum = 0;
     Id rdsnum = 0;
+    m_report.begin("folding", clusters.size() + propagates.size(), m_levels.size() - 1);
     for (ClusterT& cl : clusters) {
+        m_report.advance();
         accLinks<CLUSTERS>(cl);
         if constexpr (CLUSTERS) desnum += static_cast<Id>(cl.des.size());
         if (m_reductionClusters != Reduction::NONE && m_linksMarg != 0 &&
@@ -258,6 +261,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
         };
         Id quiet = 0;
         for (auto it = propagates.begin(); it != propagates.end(); ++it) {
+            m_report.advance();
             prefetchItems(it, propagates.end(), isQuiet);
             if (isQuiet(*it)) {
                 ++quiet;

@@ -31,6 +31,10 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::clusterLevel(IStored<ItemT> first, ISt
         return false;
     };
 
+    const auto begin = [&](const char* stage) {
+        m_report.begin(stage, itemsNum + props.size(), m_levels.size());
+    };
+    begin("candidates");
     initCands(first, last, cls);
     if constexpr (clsproc) initPropnomCands(props.begin(), props.end(), cls);
     if (nothingLeft()) return refuse();
@@ -41,8 +45,10 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::clusterLevel(IStored<ItemT> first, ISt
         settleGmax(props.begin(), props.end());
     }
 
+    begin("chains");
     initNonfilterParts(first, last);
     if constexpr (clsproc) initNonfilterParts(props.begin(), props.end());
+    begin("clusters");
     rawCluster(first, last, cls);
     if constexpr (clsproc) rawCluster(props.begin(), props.end(), cls);
     propagateConvert(first, last, cls);

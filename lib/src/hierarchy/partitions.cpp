@@ -10,6 +10,7 @@ template <bool NONSYMMETRIC, class LinksT>
 template <class IItemXT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::initNonfilterParts(IItemXT first, IItemXT last) {
     for (; first != last; ++first) {
+        m_report.advance();
         auto& el = detail::itemAt(first);
         using ItemT = std::remove_reference_t<decltype(el)>;
         Context<ItemT>& ectx = *el.m_context;

@@ -55,6 +55,7 @@ template <class IItemXT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::propagateConvert(IItemXT first, IItemXT last,
                                                            ClustersT& cls) {
     for (; first != last; ++first) {
+        m_report.check();
         auto& el = detail::itemAt(first);
         using ItemT = std::remove_reference_t<decltype(el)>;
         Context<ItemT>& ectx = *el.m_context;

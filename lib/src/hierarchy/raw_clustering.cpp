@@ -32,7 +32,10 @@ std::uint16_t freeCands(ItemT& item) {
 template <bool NONSYMMETRIC, class LinksT>
 template <class IItemXT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::rawCluster(IItemXT first, IItemXT last, ClustersT& cls) {
-    for (; first != last; ++first) rawClusterItem(detail::itemAt(first), cls);
+    for (; first != last; ++first) {
+        m_report.advance();
+        rawClusterItem(detail::itemAt(first), cls);
+    }
 }
 
 template <bool NONSYMMETRIC, class LinksT>

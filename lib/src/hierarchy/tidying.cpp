@@ -26,6 +26,7 @@ template <bool NONSYMMETRIC, class LinksT>
 template <class IItemXT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::membershipTidy(IItemXT first, IItemXT last) {
     for (; first != last; ++first) {
+        m_report.check();
         auto& el = detail::itemAt(first);
         VORL_ASSERT(el.m_context, "membershipTidy(), el context must be defined");
         auto& ectx = *el.m_context;

@@ -1,5 +1,6 @@
 #include <vorl/processing/validation.hpp>
 
+#include <vorl/types/progress.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <algorithm>
@@ -99,7 +100,10 @@ void detail::validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool sev
     std::optional<StructLinkErrors> backErrors;
     if (created && created->defined()) backErrors = *created;
 
+    const ProgressReporter report;
+    report.begin("checking links", nodes.size());
     for (NodeT& node : nodes) {
+        report.advance();
         auto& links = node.links;
         if (severe)
             for (std::size_t i = 1; i < links.size(); ++i)
@@ -165,7 +169,10 @@ void detail::createBackLinks(NodesT& nodes, StructLinkErrors& created) {
     using NodeT = typename NodesT::value_type;
     using LinkT = typename NodeT::LinkT;
     std::vector<std::pair<NodeT*, NodeT*>> missing;
+    const ProgressReporter report;
+    report.begin("looking for back links", nodes.size());
     for (NodeT& node : nodes) {
+        report.advance();
         const NodeT* prev = nullptr;
         for (const auto& ln : node.links) {
             NodeT* dest = ln.dest;
@@ -180,6 +187,7 @@ void detail::createBackLinks(NodesT& nodes, StructLinkErrors& created) {
         return a.first == b.first ? cmpBase(a.second, b.second) : cmpBase(a.first, b.first);
     });
     for (auto it = missing.begin(); it != missing.end();) {
+        report.check();
         auto& links = it->first->links;
         const auto last = std::find_if(it, missing.end(),
                                        [&](const auto& pair) { return pair.first != it->first; });
