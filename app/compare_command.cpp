@@ -1,8 +1,10 @@
 #include "compare_command.hpp"
 
 #include "errors.hpp"
+#include "network_input.hpp"
 #include "output_text.hpp"
-#include "text_file.hpp"
+
+#include <vorl/reading/text_file.hpp>
 
 #include <algorithm>
 #include <cstdio>

@@ -3,8 +3,9 @@
 #include "errors.hpp"
 #include "output_text.hpp"
 #include "output_tree.hpp"
-#include "text_file.hpp"
 
+#include <vorl/reading/network_text.hpp>
+#include <vorl/reading/text_file.hpp>
 #include <vorl/types/id_numbers.hpp>
 
 #include <algorithm>
@@ -16,6 +17,14 @@
 namespace vorl::app {
 
 namespace {
+
+FileFormat outputFormat(const ConvertCommand& command) {
+    try {
+        return networkFormat({.file = command.output, .format = command.format});
+    } catch (const UnknownFormat& err) {
+        throw UsageError(std::string(err.what()) + ", give it with --to");
+    }
+}
 
 void checkFormat(const ConvertCommand& command, FileFormat format, const NetworkFacts& facts,
                  Size linked) {
@@ -44,9 +53,7 @@ void write(const std::string& text, OutputTree& files, const std::string& name) 
 }  // namespace
 
 void run(const ConvertCommand& command) {
-    FileFormat format = command.format;
-    if (format == FileFormat::UNKNOWN)
-        format = networkFormat({.file = command.output, .format = FileFormat::UNKNOWN}, "--to");
+    const FileFormat format = outputFormat(command);
     const FileFormat inputFormat = networkFormat(command.read);
     requireOther(command.output, command.read.file);
     OutputTree files(command.output);

@@ -1,11 +1,11 @@
 #include "evaluate_command.hpp"
 
 #include "errors.hpp"
-#include "memory_file.hpp"
 #include "output_text.hpp"
-#include "text_file.hpp"
 
 #include <vorl/reading/clusters_file.hpp>
+#include <vorl/reading/memory_file.hpp>
+#include <vorl/reading/text_file.hpp>
 #include <vorl/shared/operations.hpp>
 
 #include <algorithm>

@@ -1,8 +1,9 @@
 #include "info_command.hpp"
 
 #include "output_text.hpp"
-#include "text_file.hpp"
 
+#include <vorl/reading/network_text.hpp>
+#include <vorl/reading/text_file.hpp>
 #include <vorl/types/id_numbers.hpp>
 
 #include <algorithm>

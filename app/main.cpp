@@ -2,6 +2,7 @@
 #include "errors.hpp"
 #include "options.hpp"
 
+#include <vorl/reading/network.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <fcntl.h>
@@ -67,6 +68,8 @@ int runProgram(int argc, char** argv) {
         complain(message);
     } catch (const CLI::ParseError& err) {
         complain(err.what());
+    } catch (const UnknownFormat& err) {
+        std::cerr << "vorl: " << err.what() << ", give it with --format\n";
     } catch (const UsageError& err) {
         std::cerr << "vorl: " << err.what() << "\n";
     }

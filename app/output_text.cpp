@@ -3,7 +3,6 @@
 #include "errors.hpp"
 
 #include <cmath>
-#include <iterator>
 #include <string_view>
 
 namespace vorl::app {
@@ -53,17 +52,6 @@ std::string jsonQuoted(const std::string& text) {
             result += c;
     }
     return result + '"';
-}
-
-std::string bytes(Size size) {
-    const char* const units[] = {"B", "KiB", "MiB", "GiB", "TiB"};
-    double value = static_cast<double>(size);
-    std::size_t unit = 0;
-    while (value >= 1024 && unit + 1 < std::size(units)) {
-        value /= 1024;
-        ++unit;
-    }
-    return format(unit ? "%.1f %s" : "%.0f %s", value, units[unit]);
 }
 
 void print(const std::string& text) {

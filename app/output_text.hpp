@@ -23,8 +23,6 @@ inline constexpr const char* NO_CONDUCTANCE = "none (it takes weight on both sid
 std::string jsonNumber(double value, int digits = 9);
 /// The text as a JSON string; bytes that are no UTF-8, as names of files may have, are replaced.
 std::string jsonQuoted(const std::string& text);
-/// 1536 as 1.5 KiB.
-std::string bytes(Size size);
 
 /// Writes to the standard output.
 /// @throws InputError if that fails

@@ -3,9 +3,9 @@
 #include "../support/accepted_network.hpp"
 #include "app/compare_command.hpp"
 #include "app/errors.hpp"
-#include "app/memory_file.hpp"
 
 #include <vorl/fileio/parser_cnl.hpp>
+#include <vorl/reading/memory_file.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <cmath>

@@ -1,11 +1,10 @@
 // The reader of the format CNL on any text behind a byte of options, on a fixed network. Clusters
 // that the program calls strict are loaded and measured.
 #include "../support/accepted_network.hpp"
-#include "app/errors.hpp"
-#include "app/memory_file.hpp"
 
 #include <vorl/fileio/parser_cnl.hpp>
 #include <vorl/reading/clusters_file.hpp>
+#include <vorl/reading/memory_file.hpp>
 #include <vorl/shared/operations.hpp>
 #include <vorl/types/trace.hpp>
 
@@ -136,7 +135,7 @@ void load(const ClustersFile& file, MakeT make, const std::string& name) {
 
 template <bool DIRECTED, class GraphT>
 void read(const std::string& text) {
-    const app::MemoryFile file(text);
+    const MemoryFile file(text);
     if (!breaksTheContract(text)) build(ring<DIRECTED, GraphT>(), file.name());
     try {
         const ClustersFile clusters = parseClusters(text, "fuzz");

@@ -1,11 +1,11 @@
-// The program's reader of networks on any text behind a byte of options. What it accepts must be
-// read by the library and be fit for clustering, and must come back from the text that the program
-// writes of it.
+// The reader of networks on any text behind a byte of options. What it accepts must be
+// read by the library and be fit for clustering, and must come back from the text that is
+// written of it.
 #include "../support/accepted_network.hpp"
-#include "app/errors.hpp"
-#include "app/memory_file.hpp"
-#include "app/network_input.hpp"
 
+#include <vorl/reading/memory_file.hpp>
+#include <vorl/reading/network.hpp>
+#include <vorl/reading/network_text.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <cstddef>
@@ -17,7 +17,6 @@
 namespace {
 
 using namespace vorl;
-using namespace vorl::app;
 
 struct Scan {
     std::vector<RawLink> links;  // before the facts, whose scan fills them

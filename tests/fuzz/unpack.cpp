@@ -1,6 +1,6 @@
 // Arbitrary bytes as compressed data: they unpack to no more than what is allowed, or are refused.
-#include "app/unpack.hpp"
-#include "app/errors.hpp"
+#include <vorl/reading/input_error.hpp>
+#include <vorl/reading/unpack.hpp>
 
 #include <cstddef>
 #include <cstdint>
@@ -8,7 +8,7 @@
 #include <cstdlib>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace vorl::app;
+    using namespace vorl;
     constexpr std::size_t most = 1 << 20;
     const std::string_view packed(reinterpret_cast<const char*>(data), size);
     const auto unpacked = [&](Packing packing) {

@@ -11,6 +11,7 @@
 #include <vorl/processing/intrinsics.hpp>
 #include <vorl/processing/links_margin.hpp>
 #include <vorl/processing/validation.hpp>
+#include <vorl/reading/network.hpp>
 #include <vorl/shared/operations.hpp>
 #include <vorl/types/text.hpp>
 #include <vorl/types/trace.hpp>
@@ -104,6 +105,15 @@ void useParsers(const std::string& network, const std::string& folder) {
     const auto hierarchy = parser.build<Graph<false>>()->buildHierarchy();
     check(hierarchy->root().size() == 4, "clusters of karate");
     check(std::fabs(hierarchy->score().modularity - 0.412615f) < 1e-5f, "modularity of karate");
+
+    const Network read = readNetwork({.file = network});
+    check(!read.weighted && read.nodes == 34 && read.links == 78, "network of karate");
+    try {
+        readNetwork({.file = folder + "/none.nse"});
+        check(false, "a file that isn't there");
+    } catch (const InputError& err) {
+        check(std::string(err.what()).ends_with("none.nse: No such file or directory"), err.what());
+    }
 
     input.filename = folder + "/network.rcg";
     input.format = FileFormat::RCG;

@@ -3,10 +3,9 @@
 /// process.
 #pragma once
 
-#include "app/memory_file.hpp"
-
 #include <vorl/fileio/iotypes.hpp>
 #include <vorl/graph.hpp>
+#include <vorl/reading/memory_file.hpp>
 #include <vorl/types/search.hpp>
 
 #include <cmath>
@@ -102,7 +101,7 @@ void requireReading(const InpOptions& options) {
 /// The same of a text, in a way that a byte of options tells.
 template <class ParserT>
 void requireReading(std::uint8_t byte, std::string_view text, FileFormat format) {
-    const app::MemoryFile file(text);
+    const MemoryFile file(text);
     InpOptions options;
     options.filename = file.name();
     options.format = format;

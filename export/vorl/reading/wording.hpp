@@ -15,5 +15,7 @@ VORL_API std::string number(double value, int digits = 9);
 VORL_API std::string grouped(Size value);
 /// "1 node", "2 nodes".
 VORL_API std::string counted(Size count, const char* thing);
+/// 1536 as 1.5 KiB.
+VORL_API std::string bytes(Size size);
 
 }  // namespace vorl

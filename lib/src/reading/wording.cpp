@@ -1,6 +1,7 @@
 #include <vorl/reading/wording.hpp>
 
 #include <charconv>
+#include <iterator>
 
 namespace vorl {
 
@@ -18,6 +19,20 @@ std::string grouped(Size value) {
 
 std::string counted(Size count, const char* thing) {
     return grouped(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
+std::string bytes(Size size) {
+    const char* const units[] = {"B", "KiB", "MiB", "GiB", "TiB"};
+    double value = static_cast<double>(size);
+    std::size_t unit = 0;
+    while (value >= 1024 && unit + 1 < std::size(units)) {
+        value /= 1024;
+        ++unit;
+    }
+    char text[64];
+    const auto [end, err] =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, unit == 0 ? 0 : 1);
+    return std::string(text, end) + " " + units[unit];
 }
 
 }  // namespace vorl

@@ -1,14 +1,14 @@
-#include "app/unpack.hpp"
-
-#include "app/errors.hpp"
-#include "app/text_file.hpp"
 #include "cli/packed.hpp"
 #include "cli/program.hpp"
 #include "support/trace.hpp"
 
+#include <vorl/reading/input_error.hpp>
+#include <vorl/reading/text_file.hpp>
+#include <vorl/reading/unpack.hpp>
+
 #include <gtest/gtest.h>
 
-namespace vorl::app {
+namespace vorl {
 namespace {
 
 struct Case {
@@ -77,4 +77,4 @@ TEST(TextFile, EndlessOnesAreRefused) {
 }
 
 }  // namespace
-}  // namespace vorl::app
+}  // namespace vorl

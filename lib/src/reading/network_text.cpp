@@ -1,7 +1,6 @@
-#include "network_text.hpp"
+#include <vorl/reading/network_text.hpp>
 
-#include "errors.hpp"
-
+#include <vorl/reading/input_error.hpp>
 #include <vorl/reading/tokens.hpp>
 
 #include <algorithm>
@@ -10,7 +9,7 @@
 #include <cstring>
 #include <limits>
 
-namespace vorl::app {
+namespace vorl {
 
 namespace {
 
@@ -379,4 +378,4 @@ std::string normalised(std::string_view text) {
     return result;
 }
 
-}  // namespace vorl::app
+}  // namespace vorl

@@ -1,6 +1,8 @@
-// The text of a network: its check, line by line, and its writing.
+/// @file
+/// The text of a network: its check, line by line, and its writing.
 #pragma once
 
+#include <vorl/types/export.hpp>
 #include <vorl/types/flags.hpp>
 #include <vorl/types/numbers.hpp>
 
@@ -9,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-namespace vorl::app {
+namespace vorl {
 
 /// A link as a line tells it.
 struct RawLink {
@@ -44,14 +46,14 @@ using LinkVisitor = std::function<void(const RawLink&)>;
 /// @param readWeights whether links may have weights, if the text allows for them
 /// @param visit is given each link
 /// @throws InputError with the file and line of the first fault
-NetworkFacts scanNetwork(std::string_view text, const std::string& name, FileFormat format,
-                         bool readWeights, const LinkVisitor& visit = {});
+VORL_API NetworkFacts scanNetwork(std::string_view text, const std::string& name, FileFormat format,
+                                  bool readWeights, const LinkVisitor& visit = {});
 
 /// Builds the text of a network, link by link.
 ///
 /// Links of one source that follow each other share a line where the format allows for it, so that
 /// the nodes appear in the same order in every format.
-class NetworkWriter {
+class VORL_API NetworkWriter {
 public:
     /// @param format RCG, NSE or NSA
     /// @param facts of the network to be written
@@ -72,6 +74,6 @@ private:
 };
 
 /// The text without byte order mark and carriage returns at line ends.
-std::string normalised(std::string_view text);
+VORL_API std::string normalised(std::string_view text);
 
-}  // namespace vorl::app
+}  // namespace vorl

@@ -1,20 +1,21 @@
-// A file in memory with a name that the library's parsers can open.
+/// @file
+/// A file in memory with a name that the library's parsers can open.
 #pragma once
 
-#include "errors.hpp"
+#include <vorl/reading/input_error.hpp>
 
 #include <string>
 #include <string_view>
 
-namespace vorl::app {
+namespace vorl {
 
 /// The system has no memory for such a file, or a limit of file sizes forbids it.
-class MemoryFileError : public InputError {
+class VORL_API MemoryFileError : public InputError {
 public:
     using InputError::InputError;
 };
 
-class MemoryFile {
+class VORL_API MemoryFile {
 public:
     /// @throws MemoryFileError
     explicit MemoryFile(std::string_view text);
@@ -28,4 +29,4 @@ private:
     int m_file;
 };
 
-}  // namespace vorl::app
+}  // namespace vorl

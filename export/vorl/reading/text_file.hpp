@@ -1,25 +1,25 @@
-// A whole file in memory.
+/// @file
+/// A whole file in memory.
 #pragma once
+
+#include <vorl/types/export.hpp>
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 
-namespace vorl::app {
+namespace vorl {
 
 /// The name that stands for the standard input.
 inline constexpr const char* STANDARD_INPUT = "-";
 
 /// Half of the machine's memory, in bytes: a device may go on forever, and a few packed kilobytes
 /// may unpack to any size.
-std::size_t textLimit();
-
-/// @throws UsageError if both files are the standard input, which is read once
-void requireOneStandardInput(const std::string& first, const std::string& second);
+VORL_API std::size_t textLimit();
 
 /// Contents of a file, unpacked where it is compressed by gzip or zstd, which its first bytes tell.
 /// They are read and not mapped, lest a file that shrinks meanwhile stop the process.
-class TextFile {
+class VORL_API TextFile {
 public:
     /// @param name of the file, "-" for the standard input
     /// @param most bytes of the file and of what it unpacks to
@@ -39,4 +39,4 @@ private:
     bool m_plain = false;
 };
 
-}  // namespace vorl::app
+}  // namespace vorl

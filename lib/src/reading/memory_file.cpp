@@ -1,11 +1,11 @@
-#include "memory_file.hpp"
+#include <vorl/reading/memory_file.hpp>
 
 #include <sys/mman.h>
 #include <unistd.h>
 #include <cerrno>
 #include <cstring>
 
-namespace vorl::app {
+namespace vorl {
 
 MemoryFile::MemoryFile(std::string_view text) : m_file(memfd_create("vorl", MFD_CLOEXEC)) {
     while (m_file >= 0 && !text.empty()) {
@@ -21,4 +21,4 @@ MemoryFile::MemoryFile(std::string_view text) : m_file(memfd_create("vorl", MFD_
 
 MemoryFile::~MemoryFile() { close(m_file); }
 
-}  // namespace vorl::app
+}  // namespace vorl

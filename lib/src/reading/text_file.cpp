@@ -1,8 +1,8 @@
-#include "text_file.hpp"
+#include <vorl/reading/text_file.hpp>
 
-#include "errors.hpp"
-#include "output_text.hpp"
-#include "unpack.hpp"
+#include <vorl/reading/input_error.hpp>
+#include <vorl/reading/unpack.hpp>
+#include <vorl/reading/wording.hpp>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,18 +12,13 @@
 #include <cstring>
 #include <limits>
 
-namespace vorl::app {
+namespace vorl {
 
 std::size_t textLimit() {
     const long pages = sysconf(_SC_PHYS_PAGES);
     const long size = sysconf(_SC_PAGESIZE);
     if (pages <= 0 || size <= 0) return std::numeric_limits<std::size_t>::max() / 2;
     return static_cast<std::size_t>(pages) / 2 * static_cast<std::size_t>(size);
-}
-
-void requireOneStandardInput(const std::string& first, const std::string& second) {
-    if (first == STANDARD_INPUT && second == STANDARD_INPUT)
-        throw UsageError("only one of the files can be the standard input");
 }
 
 TextFile::TextFile(const std::string& name, std::size_t most) {
@@ -62,4 +57,4 @@ int TextFile::readAll(int file, std::size_t most) {
     return 0;
 }
 
-}  // namespace vorl::app
+}  // namespace vorl

@@ -1,0 +1,52 @@
+/// @file
+/// Reading of a network, with every fault told by file and line.
+#pragma once
+
+#include <vorl/graph.hpp>
+#include <vorl/reading/input_error.hpp>
+#include <vorl/types/export.hpp>
+#include <vorl/types/flags.hpp>
+
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace vorl {
+
+struct ReadOptions {
+    std::string file;                         ///< "-" for the standard input
+    FileFormat format = FileFormat::UNKNOWN;  ///< told from the name where unknown
+    bool unweighted = false;
+    bool sumDuplicates = false;
+    bool shuffle = false;
+};
+
+/// A network ready to be clustered. Arcs are always held in the weighted form, in which they keep
+/// their direction.
+struct Network {
+    std::variant<std::shared_ptr<Graph<false>>, std::shared_ptr<Graph<true>>> graph;
+    bool directed = false;
+    bool weighted = false;
+    Size nodes = 0;
+    Size links = 0;                     ///< edges or arcs in the file, each counted once
+    std::vector<std::string> warnings;  ///< what the user should know of the file
+};
+
+/// Neither the options nor the name tell the format of a file.
+class VORL_API UnknownFormat : public InputError {
+public:
+    using InputError::InputError;
+};
+
+/// The format of a network, by the options or by its name; ".gz" and ".zst" at its end don't count.
+/// @throws UnknownFormat if neither tells
+VORL_API FileFormat networkFormat(const ReadOptions& options);
+
+/// Reads a file in the format NSE, NSA or RCG, also one that is compressed by gzip or zstd.
+///
+/// What the library traces meanwhile is caught and given as warnings, so no other thread may trace.
+/// @throws InputError with the file and line of the first fault
+VORL_API Network readNetwork(const ReadOptions& options);
+
+}  // namespace vorl
