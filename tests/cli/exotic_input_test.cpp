@@ -144,5 +144,23 @@ TEST(ExoticInput, OddLinesAreTaken) {
               "4294967294 4294967292 1\n4294967294 4294967293 1\n");
 }
 
+TEST(ExoticInput, PlainOnesNeedNoUnpacker) {
+    // Libraries of the system as they are where they are missing.
+    const Folder folder;
+    folder.write("libz.so.1", "");
+    folder.write("libzstd.so.1", "");
+    const std::string without = "LD_LIBRARY_PATH=" + folder.path().string();
+    EXPECT_EQ(vorl("info " + folder.write("plain.nse", "1 2\n"), without).code, 0);
+    for (const auto& [packed, text] :
+         {std::pair{gzip("1 2\n"), "gzip data can't be unpacked here, "},
+          std::pair{zstd("1 2\n"), "zstd data can't be unpacked here, "}}) {
+        const std::string file = folder.write("packed.nse", packed);
+        const Outcome outcome = vorl("info " + file, without);
+        EXPECT_EQ(outcome.code, 1);
+        EXPECT_TRUE(contains(outcome.err, "vorl: " + file + ": " + text)) << outcome.err;
+        EXPECT_EQ(vorl("info " + file).code, 0);
+    }
+}
+
 }  // namespace
 }  // namespace vorl::test
