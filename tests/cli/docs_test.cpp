@@ -46,9 +46,10 @@ std::vector<Example> examples(const fs::path& file) {
 
 /// Whether the test can run it: not what builds, installs or calls other programs.
 bool runnable(const Example& example) {
-    static const std::set<std::string> PROGRAMS{"vorl", "cat", "head", "tail",  "sed",
-                                                "grep", "ls",  "gzip", "sort",  "wc",
-                                                "cut",  "awk", "for",  "printf"};
+    static const std::set<std::string> PROGRAMS{
+        "vorl", "cat", "head", "tail",   "sed",
+        "grep", "ls",  "gzip", "sort",   "wc",
+        "cut",  "awk", "for",  "printf", "docs/pictures/draw_network.py"};
     return PROGRAMS.contains(example.command.substr(0, example.command.find(' ')));
 }
 
@@ -89,7 +90,9 @@ class Docs : public testing::TestWithParam<fs::path> {};
 TEST_P(Docs, ShownCommandsGiveTheShownOutput) {
     const Folder folder;
     fs::create_directory(folder / "work");
-    fs::create_directory_symlink(VORL_DATA_DIR, folder / "work/data");
+    const fs::path source = fs::path(VORL_DATA_DIR).parent_path();
+    for (const char* name : {"data", "docs"})
+        fs::create_directory_symlink(source / name, folder / "work" / name);
     const std::string before = "cd " + (folder / "work").string() + " && export LC_ALL=C PATH=" +
                                fs::path(VORL_BINARY).parent_path().string() + ":$PATH && ( ";
     for (const Example& example : examples(GetParam())) {
@@ -99,6 +102,11 @@ TEST_P(Docs, ShownCommandsGiveTheShownOutput) {
         if (std::system(run.c_str()) == -1) FAIL() << run;
         EXPECT_EQ(masked(contents(folder / "out")), masked(example.output))
             << GetParam().filename() << ":" << example.line << ": " << example.command;
+    }
+    for (const auto& picture : fs::directory_iterator(source / "docs/pictures")) {
+        const fs::path drawn = folder / "work" / picture.path().filename();
+        if (!fs::exists(drawn)) continue;
+        EXPECT_EQ(contents(drawn), contents(picture.path())) << drawn;
     }
 }
 
