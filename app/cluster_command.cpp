@@ -6,6 +6,7 @@
 #include "summary.hpp"
 
 #include <vorl/processing/validation.hpp>
+#include <vorl/shared/operations.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <sys/resource.h>
@@ -49,6 +50,7 @@ template <class LinksT>
 void describe(const Hierarchy<LinksT>& hier, Summary& summary) {
     summary.weight = hier.weight();
     summary.score = hier.score();
+    summary.modularityAtOne = rootModularity(hier);
     for (const auto& level : hier.levels())
         summary.levels.emplace_back(level.clusters.size(), level.fullsize);
     for (const auto* cl : hier.root()) summary.rootSizes.push_back(cl->nnodes());

@@ -68,13 +68,13 @@ std::string asJson(const Comparison& comparison) {
     const auto side = [](const Compared& compared) {
         return "{\"file\": " + jsonQuoted(compared.file) +
                ", \"clusters\": " + std::to_string(compared.cover.clusters()) +
-               ", \"nodes\": " + std::to_string(compared.nodes) +
+               ", \"covered_nodes\": " + std::to_string(compared.nodes) +
                ", \"shared_nodes\": " + std::to_string(compared.cover.sharedNodes()) +
                ", \"nodes_only_here\": " + std::to_string(compared.only) + "}";
     };
     const Agreement& agreement = comparison.agreement;
     return "{\"first\": " + side(comparison.first) + ", \"second\": " + side(comparison.second) +
-           ", \"nodes\": " + std::to_string(comparison.first.cover.nodes()) +
+           ", \"compared_nodes\": " + std::to_string(comparison.first.cover.nodes()) +
            ", \"nmi_max\": " + measure(agreement.nmiMax) +
            ", \"nmi_lfk\": " + measure(agreement.nmiLfk) + ", \"f1\": " + measure(agreement.f1) +
            ", \"omega\": " + measure(agreement.omega) +

@@ -46,17 +46,20 @@ std::string asText(const EvaluateCommand& command, Size clusters, Size nodes,
                                      : row("conductance", measures.cdn, "")) +
            row("modularity", measures.mod,
                " at gamma " + format("%.6g", static_cast<double>(command.gamma))) +
-           row("best gamma", measures.gamma,
-               " (at which the clusters would be the best partition)") +
-           row("modularity", measures.sgmod, " at the best gamma");
+           row("gamma", measures.gamma, " estimated from the clusters by the log-ratio rule") +
+           row("modularity", measures.sgmod, " at the estimated gamma");
 }
 
-std::string asJson(Size clusters, Size nodes, const Intrinsics& measures) {
-    return "{\"clusters\": " + std::to_string(clusters) + ", \"nodes\": " + std::to_string(nodes) +
-           ", \"conductance\": " + jsonNumber(static_cast<double>(measures.cdn)) +
-           ", \"modularity\": " + jsonNumber(static_cast<double>(measures.mod)) +
-           ", \"gamma\": " + jsonNumber(static_cast<double>(measures.gamma)) +
-           ", \"modularity_at_gamma\": " + jsonNumber(static_cast<double>(measures.sgmod)) + "}\n";
+std::string asJson(const EvaluateCommand& command, Size clusters, Size nodes, Size covered,
+                   const Intrinsics& measures) {
+    const auto measure = [](float value) { return jsonNumber(static_cast<double>(value)); };
+    return "{\"file\": " + jsonQuoted(command.clusters) +
+           ", \"clusters\": " + std::to_string(clusters) + ", \"nodes\": " + std::to_string(nodes) +
+           ", \"covered_nodes\": " + std::to_string(covered) +
+           ", \"conductance\": " + measure(measures.cdn) +
+           ", \"modularity\": " + measure(measures.mod) + ", \"gamma\": " + measure(command.gamma) +
+           ", \"estimated_gamma\": " + measure(measures.gamma) +
+           ", \"modularity_at_estimated_gamma\": " + measure(measures.sgmod) + "}\n";
 }
 
 }  // namespace
@@ -76,8 +79,8 @@ void run(const EvaluateCommand& command) {
     };
     if (const std::string deviations = clusters->deviationsText(); !deviations.empty())
         remark(deviations);
-    if (const Size left = network.nodes - clusters->nodes.size();
-        clusters->nodes.size() < network.nodes)
+    const Size covered = clusters->nodes.size();
+    if (const Size left = network.nodes - covered; covered < network.nodes)
         remark(counted(left, "node") + " of the network " + (left == 1 ? "is" : "are") +
                " in no cluster; links to " + (left == 1 ? "it" : "them") + " lead out of clusters");
 
@@ -89,7 +92,7 @@ void run(const EvaluateCommand& command) {
             Intrinsics measures;
             const Size count = evaluateClusters(measures, *graph, file.name(),
                                                 static_cast<AccWeight>(command.gamma));
-            print(command.json ? asJson(count, network.nodes, measures)
+            print(command.json ? asJson(command, count, network.nodes, covered, measures)
                                : asText(command, count, network.nodes, measures));
         },
         network.graph);

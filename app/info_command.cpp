@@ -179,7 +179,7 @@ std::string asJson(const std::string& file, const NetworkInfo& info) {
            ", \"edges\": " + std::to_string(facts.edges) +
            ", \"arcs\": " + std::to_string(facts.arcs) +
            ", \"directed\": " + flag(facts.directed()) + ", \"weighted\": " + flag(facts.weighted) +
-           ", \"weight\": {\"sum\": " + jsonNumber(facts.weight) +
+           ", \"link_weight\": {\"sum\": " + jsonNumber(facts.weight) +
            ", \"min\": " + jsonNumber(static_cast<double>(info.weightMin)) +
            ", \"max\": " + jsonNumber(static_cast<double>(info.weightMax)) +
            "}, \"degree\": {\"min\": " + std::to_string(info.degreeMin) +

@@ -15,6 +15,9 @@ std::string levelRow(const Summary& summary, std::size_t index) {
                   grouped(fullsize).c_str());
 }
 
+/// A root of one item holds the whole network, and nothing is cut from it.
+bool hasConductance(const Summary& summary) { return summary.rootSizes.size() > 1; }
+
 }  // namespace
 
 std::string asJson(const Summary& summary) {
@@ -29,12 +32,15 @@ std::string asJson(const Summary& summary) {
                 "{\"clusters\": " + std::to_string(summary.levels[i].first) +
                 ", \"fullsize\": " + std::to_string(summary.levels[i].second) + "}";
     const HierScore& score = summary.score;
-    text += "], \"root\": " + std::to_string(summary.rootSizes.size()) +
-            ", \"clusters\": " + std::to_string(score.clusters) +
-            ", \"score\": {\"modularity\": " + jsonNumber(score.modularity) +
-            ", \"gamma\": " + jsonNumber(score.gamma) +
-            ", \"egamma\": " + jsonNumber(score.egamma) +
-            ", \"conductance\": " + jsonNumber(score.conductance) + "}, \"files\": [";
+    text +=
+        "], \"root\": " + std::to_string(summary.rootSizes.size()) +
+        ", \"clusters\": " + std::to_string(score.clusters) +
+        ", \"score\": {\"modularity\": " + jsonNumber(score.modularity) +
+        ", \"gamma\": " + (score.gamma < 0 ? "\"auto\"" : jsonNumber(score.gamma)) +
+        ", \"modularity_at_1\": " + jsonNumber(summary.modularityAtOne) +
+        ", \"estimated_gamma\": " + (summary.levels.empty() ? "null" : jsonNumber(score.egamma)) +
+        ", \"conductance\": " + (hasConductance(summary) ? jsonNumber(score.conductance) : "null") +
+        "}, \"files\": [";
     for (std::size_t i = 0; i < summary.files.size(); ++i)
         text += (i ? ", " : "") + jsonQuoted(summary.files[i]);
     text += "], \"seconds\": {\"read\": " + jsonNumber(summary.readSeconds) +
@@ -82,11 +88,15 @@ std::string asText(const Summary& summary) {
     text +=
         format("modularity    %.6f at gamma %s\n", static_cast<double>(score.modularity),
                score.gamma < 0 ? "auto" : format("%.6g", static_cast<double>(score.gamma)).c_str());
-    if (levels != 0)
-        text += format(
-            "conductance   %.6f\nbest gamma    %.6f (at which the root would be the best "
-            "partition)\n",
-            static_cast<double>(score.conductance), static_cast<double>(score.egamma));
+    if (score.gamma != 1)
+        text += format("              %.6f at gamma 1\n", summary.modularityAtOne);
+    if (levels != 0) {
+        text += "conductance   " +
+                (hasConductance(summary) ? format("%.6f", static_cast<double>(score.conductance))
+                                         : NO_CONDUCTANCE) +
+                format("\ngamma         %.6f estimated from the root by the log-ratio rule\n",
+                       static_cast<double>(score.egamma));
+    }
     constexpr std::size_t mostFiles = 6;
     const std::size_t files = summary.files.size();
     for (std::size_t i = 0; i < std::min(files, mostFiles); ++i)

@@ -20,6 +20,7 @@ struct Summary {
     std::vector<std::pair<Size, Size>> levels;  ///< clusters and fullsize
     std::vector<AccWeight> rootSizes;           ///< nodes of the root's items
     HierScore score;
+    AccWeight modularityAtOne = 0;  ///< of the root at the resolution 1
     std::vector<std::string> files;
     double readSeconds = 0;
     double buildSeconds = 0;

@@ -31,8 +31,9 @@ TEST(Cluster, JsonTellsTheFigures) {
               "{\"clusters\": 4, \"fullsize\": 13}, {\"clusters\": 3, \"fullsize\": 10}, "
               "{\"clusters\": 3, \"fullsize\": 7}, {\"clusters\": 1, \"fullsize\": 6}, "
               "{\"clusters\": 1, \"fullsize\": 5}, {\"clusters\": 1, \"fullsize\": 4}], \"root\": "
-              "4, \"clusters\": 30, \"score\": {\"modularity\": 0.412615031, \"gamma\": -1, "
-              "\"egamma\": 1.09035492, \"conductance\": 0.287933081}, \"files\": [], , }\n");
+              "4, \"clusters\": 30, \"score\": {\"modularity\": 0.412615031, \"gamma\": \"auto\", "
+              "\"modularity_at_1\": 0.418803419, \"estimated_gamma\": 1.09035492, \"conductance\": "
+              "0.287933081}, \"files\": [], , }\n");
 }
 
 TEST(Cluster, OptionsReachTheEngine) {

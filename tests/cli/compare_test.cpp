@@ -12,15 +12,16 @@ TEST(Compare, JsonTellsTheMeasures) {
     const std::string thirds = folder.write("thirds.cnl", "3> 15 14\n1> 13 12\n2> 11 10\n");
     const Outcome run = vorl("compare --json " + halves + " " + thirds);
     EXPECT_EQ(run.code, 0);
-    EXPECT_EQ(run.out, "{\"first\": {\"file\": \"" + halves +
-                           "\", \"clusters\": 2, \"nodes\": 6, \"shared_nodes\": 0, "
-                           "\"nodes_only_here\": 0}, \"second\": {\"file\": \"" +
-                           thirds +
-                           "\", \"clusters\": 3, \"nodes\": 6, \"shared_nodes\": 0, "
-                           "\"nodes_only_here\": 0}, \"nodes\": 6, \"nmi_max\": 0.333333333333, "
-                           "\"nmi_lfk\": 0.39624062518, \"f1\": 0.733333333333, \"omega\": "
-                           "0.242424242424, \"omega_samples\": 0, \"ari\": 0.242424242424, "
-                           "\"nmi\": 0.515803742979}\n");
+    EXPECT_EQ(run.out,
+              "{\"first\": {\"file\": \"" + halves +
+                  "\", \"clusters\": 2, \"covered_nodes\": 6, \"shared_nodes\": 0, "
+                  "\"nodes_only_here\": 0}, \"second\": {\"file\": \"" +
+                  thirds +
+                  "\", \"clusters\": 3, \"covered_nodes\": 6, \"shared_nodes\": 0, "
+                  "\"nodes_only_here\": 0}, \"compared_nodes\": 6, \"nmi_max\": 0.333333333333, "
+                  "\"nmi_lfk\": 0.39624062518, \"f1\": 0.733333333333, \"omega\": "
+                  "0.242424242424, \"omega_samples\": 0, \"ari\": 0.242424242424, "
+                  "\"nmi\": 0.515803742979}\n");
     EXPECT_TRUE(contains(run.err, thirds + ": the clusters are numbered")) << run.err;
     EXPECT_EQ(vorl("compare -q " + halves + " " + thirds).err, "");
     const Outcome strict = vorl("compare --strict " + halves + " " + thirds);
@@ -48,11 +49,12 @@ TEST(Compare, NodesOfOneFileOnly) {
     const auto tells = [&](const std::string& nodes, const char* json) {
         return contains(vorl("compare --json " + files + " --nodes " + nodes).out, json);
     };
-    EXPECT_TRUE(tells("union", "\"nodes\": 9, \"nmi_max\""));
+    EXPECT_TRUE(tells("union", "\"compared_nodes\": 9, \"nmi_max\""));
     EXPECT_TRUE(
-        tells("common", "\"nodes\": 5, \"nmi_max\": 1, \"nmi_lfk\": 1, \"f1\": 1, \"omega\": 1, "));
+        tells("common",
+              "\"compared_nodes\": 5, \"nmi_max\": 1, \"nmi_lfk\": 1, \"f1\": 1, \"omega\": 1, "));
     EXPECT_TRUE(tells("first", "\"nodes_only_here\": 2}, \"second\""));
-    EXPECT_TRUE(tells("second", "\"nodes_only_here\": 2}, \"nodes\": 7, "));
+    EXPECT_TRUE(tells("second", "\"nodes_only_here\": 2}, \"compared_nodes\": 7, "));
 }
 
 TEST(Compare, SampledOmegaIsSaid) {

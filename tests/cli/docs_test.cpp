@@ -1,5 +1,5 @@
-// The commands shown in README and docs give the shown output.
-#include "support/folder.hpp"
+// The commands shown in README and docs give the shown output, and the docs tell what is there.
+#include "cli/program.hpp"
 
 #include <gtest/gtest.h>
 
@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -108,6 +109,25 @@ TEST_P(Docs, ShownCommandsGiveTheShownOutput) {
         if (!fs::exists(drawn)) continue;
         EXPECT_EQ(contents(drawn), contents(picture.path())) << drawn;
     }
+}
+
+TEST(Formats, TellEachNameOfTheJsonDocuments) {
+    const Folder folder;
+    const std::string clusters = (folder / "c.cnl").string();
+    const std::string karate = VORL_DATA_DIR "/karate.nse";
+    std::string json;
+    for (const std::string& arguments :
+         {"cluster " + karate + " --levels root -o " + clusters, "info " + karate,
+          "evaluate " + karate + " " + clusters, "compare " + clusters + " " + clusters}) {
+        const Outcome run = vorl(arguments + " --json");
+        ASSERT_EQ(run.code, 0) << run.err;
+        json += run.out;
+    }
+    const std::string text =
+        contents(std::filesystem::path(VORL_DATA_DIR).parent_path() / "docs/formats.md");
+    const std::regex name("\"([a-z_0-9]+)\":");
+    for (std::sregex_iterator it(json.begin(), json.end(), name), end; it != end; ++it)
+        EXPECT_TRUE(contains(text, "`" + it->str(1) + "`")) << it->str(1);
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Docs, testing::ValuesIn(documents()), [](const auto& parameter) {

@@ -170,8 +170,10 @@ TEST(Output, RootIsMeasuredAsTheBuildDoes) {
             std::any_of(counts.begin(), counts.end(), [](const auto& c) { return c.second > 1; });
         const Outcome run = vorl("evaluate " + DATA + network + " " + file + " --json -q");
         ASSERT_EQ(run.code, 0) << run.err;
-        const std::map<std::string, std::string> names{
-            {"modularity", "modularity"}, {"conductance", "conductance"}, {"gamma", "egamma"}};
+        const std::map<std::string, std::string> names{{"modularity", "modularity"},
+                                                       {"modularity", "modularity_at_1"},
+                                                       {"conductance", "conductance"},
+                                                       {"estimated_gamma", "estimated_gamma"}};
         for (const auto& [measured, built] : names) {
             const std::string expected = value(build.out, built);
             if (!overlaps)
@@ -214,9 +216,10 @@ TEST(Evaluate, TellsFaultsOfTheClusters) {
     std::string all;
     for (int i = 1; i <= 34; ++i) all += std::to_string(i) + " ";
     const std::string json = evaluate(all + "\n", " --json --gamma 0.5").out;
-    EXPECT_EQ(json,
-              "{\"clusters\": 1, \"nodes\": 34, \"conductance\": null, \"modularity\": 0.5, "
-              "\"gamma\": 1, \"modularity_at_gamma\": 0}\n");
+    EXPECT_EQ(json, "{\"file\": \"" + (folder / "c.cnl").string() +
+                        "\", \"clusters\": 1, \"nodes\": 34, \"covered_nodes\": 34, "
+                        "\"conductance\": null, \"modularity\": 0.5, \"gamma\": 0.5, "
+                        "\"estimated_gamma\": 1, \"modularity_at_estimated_gamma\": 0}\n");
 }
 
 TEST(Evaluate, WeighsClustersThatDontCoverTheNetwork) {
@@ -291,7 +294,7 @@ TEST(Info, TellsWhatTheFileHolds) {
     EXPECT_EQ(vorl("info --json " + file).out,
               "{\"file\": \"" + file +
                   "\", \"nodes\": 9, \"edges\": 6, \"arcs\": 3, \"directed\": true, \"weighted\": "
-                  "true, \"weight\": {\"sum\": 12.5, \"min\": 0.5, \"max\": 4}, \"degree\": "
+                  "true, \"link_weight\": {\"sum\": 12.5, \"min\": 0.5, \"max\": 4}, \"degree\": "
                   "{\"min\": 0, \"max\": 2, \"mean\": 1.33333333, \"median\": 2}, "
                   "\"components\": 5, \"largest_component\": 3, \"isolated_nodes\": 2, "
                   "\"self_links\": 1, \"repeated_links\": 2}\n");

@@ -36,6 +36,11 @@ template <class GraphT>
 VORL_API Size evaluateClusters(Intrinsics& intr, GraphT& graph, const std::string& filename,
                                AccWeight gamma = 1, Validation validation = Validation::STANDARD);
 
+/// Modularity of the root at a resolution that may differ from the one of the build, for comparison
+/// with other clusterings; without levels that of the nodes, each on its own.
+template <class LinksT>
+VORL_API AccWeight rootModularity(const Hierarchy<LinksT>& hier, AccWeight gamma = 1);
+
 /// Levels of a range, thinned out.
 ///
 /// The first level is taken, and then each one that has at most the given ratio of the clusters of

@@ -8,8 +8,10 @@
 
 namespace vorl {
 
-/// The log-ratio rule: the resolution at which a partition would be the best one, from the
-/// density inside it against the density expected at random, and the same outside.
+/// The log-ratio rule: a resolution estimated from the density inside a partition against the
+/// density expected at random, and the same outside. The partition maximises the likelihood of the
+/// model behind the rule only if it maximises the modularity at this resolution, too; another one
+/// may have more.
 ///
 /// M. E. J. Newman, Equivalence between modularity optimization and maximum likelihood methods for
 /// community detection, Phys. Rev. E 94, 052315 (2016), https://doi.org/10.1103/PhysRevE.94.052315

@@ -11,7 +11,7 @@ namespace vorl {
 struct Intrinsics {
     float cdn = 0;     ///< mean conductance of the clusters, in [0, 1]
     float mod = -1;    ///< modularity at the given gamma
-    float gamma = 0;   ///< estimated resolution at which the clusters are the best partition
+    float gamma = 0;   ///< resolution estimated from the clusters by the log-ratio rule
     float sgmod = -1;  ///< modularity at the estimated gamma
     IntrinsicsFlags flags = IntrinsicsFlags::NONE;
 

@@ -83,9 +83,26 @@ Size evaluateClusters(Intrinsics& intr, GraphT& graph, const std::string& filena
     return clusters.size();
 }
 
+template <class LinksT>
+AccWeight rootModularity(const Hierarchy<LinksT>& hier, AccWeight gamma) {
+    AccWeight sum = 0;
+    const auto add = [&](const auto& item) {
+        const AccWeight w = item.ctxWeight(false);
+        sum += item.weight() - (w / hier.weight() * w) * gamma;
+    };
+    if (hier.levels().empty())
+        for (const auto& node : hier.nodes()) add(node);
+    else
+        for (const auto* cl : hier.root()) add(*cl);
+    return sum / hier.weight();
+}
+
 template VORL_API Size evaluateClusters(Intrinsics&, Graph<false>&, const std::string&, AccWeight,
                                         Validation);
 template VORL_API Size evaluateClusters(Intrinsics&, Graph<true>&, const std::string&, AccWeight,
                                         Validation);
+
+template VORL_API AccWeight rootModularity(const Hierarchy<UnweightedLinks>&, AccWeight);
+template VORL_API AccWeight rootModularity(const Hierarchy<WeightedLinks>&, AccWeight);
 
 }  // namespace vorl

@@ -91,8 +91,8 @@ public final class Bulk {
      *
      * @param file without a header
      * @param gamma resolution of the modularity, not negative
-     * @return the number of clusters, their conductance, the modularity, the resolution at which
-     *     they would be the best partition, and the modularity at it
+     * @return the number of clusters, their conductance, the modularity, the resolution estimated
+     *     from them, and the modularity at it
      */
     public static double[] evaluate(Graph graph, String file, double gamma) {
         double[] result = evaluate(Graph.getCPtr(graph), true, file, gamma);

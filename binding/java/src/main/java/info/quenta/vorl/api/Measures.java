@@ -8,8 +8,9 @@ package info.quenta.vorl.api;
  * @param conductance mean conductance; 0 where no link leaves a cluster, NaN for a single cluster
  *     that holds all links or none, since there is no cut
  * @param modularity modularity at the resolution asked for
- * @param gamma the resolution at which the clusters would be the best partition
- * @param modularityAtGamma modularity at that resolution
+ * @param estimatedGamma the resolution estimated from the clusters by the log-ratio rule
+ * @param modularityAtEstimatedGamma modularity at that resolution
  */
 public record Measures(
-    long clusters, float conductance, float modularity, float gamma, float modularityAtGamma) {}
+    long clusters, float conductance, float modularity, float estimatedGamma,
+    float modularityAtEstimatedGamma) {}

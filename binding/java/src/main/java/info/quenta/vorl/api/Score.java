@@ -5,7 +5,7 @@ package info.quenta.vorl.api;
  *
  * @param modularity modularity of the root
  * @param gamma the resolution used; negative where it was found by itself
- * @param estimatedGamma the resolution at which the root would be the best partition
+ * @param estimatedGamma the resolution estimated from the root by the log-ratio rule
  * @param conductance mean conductance of the root
  * @param clusters number of clusters formed on all levels
  */
