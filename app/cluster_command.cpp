@@ -1,6 +1,7 @@
 #include "cluster_command.hpp"
 
 #include "errors.hpp"
+#include "folder_names.hpp"
 #include "output_text.hpp"
 #include "output_tree.hpp"
 #include "summary.hpp"
@@ -71,9 +72,9 @@ void tellOtherFiles(const std::string& file, const std::vector<std::string>& wri
     const std::filesystem::path path = file;
     const std::filesystem::path folder = path.parent_path() / path.stem();
     Size others = 0;
-    std::error_code err;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, err))
-        others += std::find(written.begin(), written.end(), entry.path().string()) == written.end();
+    for (const std::string& name : namesIn(folder.string()))
+        others +=
+            std::find(written.begin(), written.end(), (folder / name).string()) == written.end();
     if (others != 0)
         std::fprintf(stderr, "vorl: %s: %s that this run didn't write stood there already\n",
                      folder.c_str(), counted(others, "file").c_str());
@@ -89,6 +90,7 @@ void run(const ClusterCommand& command) {
     if (!command.output.file.empty()) {
         files.emplace(command.output.file, goesToFolder(command.output));
         checkOutput(command, *files);
+        files->protect(command.read.file);
     }
     Stopwatch watch;
     Summary summary;

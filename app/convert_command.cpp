@@ -57,6 +57,7 @@ void run(const ConvertCommand& command) {
     const FileFormat inputFormat = networkFormat(command.read);
     requireOther(command.output, command.read.file);
     OutputTree files(command.output);
+    files.protect(command.read.file);
     const TextFile file(command.read.file);
     const auto scan = [&](const LinkVisitor& visit) {
         return scanNetwork(file.text(), command.read.file, inputFormat, !command.read.unweighted,

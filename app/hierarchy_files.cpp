@@ -1,6 +1,7 @@
 #include "hierarchy_files.hpp"
 
 #include "errors.hpp"
+#include "folder_names.hpp"
 #include "output_tree.hpp"
 
 #include <vorl/shared/operations.hpp>
@@ -72,6 +73,18 @@ void write(const Hierarchy<LinksT>& hier, const OutputRequest& request, const fs
             throw InputError(request.file + ": " + file.filename().string() + " can't be created");
 }
 
+/// Whether a file of a level may get the name.
+bool isNameOfLevel(const std::string& name, const fs::path& file) {
+    const std::string prefix = file.stem().string() + "_";
+    const std::string extension = file.extension().string();
+    if (name.size() <= prefix.size() + extension.size() || !name.starts_with(prefix) ||
+        !name.ends_with(extension))
+        return false;
+    const auto digits = name.begin() + static_cast<std::ptrdiff_t>(prefix.size());
+    return std::all_of(digits, name.end() - static_cast<std::ptrdiff_t>(extension.size()),
+                       [](char c) { return c >= '0' && c <= '9'; });
+}
+
 /// @throws InputError if there can't be a file of that name
 void requirePossible(const fs::path& path) {
     std::error_code err;
@@ -101,6 +114,9 @@ void checkTargets(const OutputRequest& request, const std::string& input) {
         throw InputError(folder.string() + ": it isn't a folder, which the files of levels need");
     if (access(folder.c_str(), W_OK | X_OK) != 0)
         throw InputError(folder.string() + ": " + std::strerror(errno));
+    if (access(folder.c_str(), R_OK) != 0) return;
+    for (const std::string& name : namesIn(folder.string()))
+        if (isNameOfLevel(name, file)) requireOther((folder / name).string(), input);
 }
 
 template <class LinksT>

@@ -1,26 +1,26 @@
 #include "output_tree.hpp"
 
 #include "errors.hpp"
+#include "folder_names.hpp"
 
 #include <fcntl.h>
-#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
-#include <thread>
 
 namespace vorl::app {
 
 namespace fs = std::filesystem;
 
 namespace {
+
+/// Where the files are in the hidden folder.
+constexpr const char* FILES = "files";
 
 InputError failure(const std::string& name, int err) {
     return InputError(name + ": " + std::strerror(err));
@@ -44,60 +44,7 @@ void requireWritable(const fs::path& folder) {
 
 }  // namespace
 
-/// Removes what was written before a signal ends the program. A handler could not do that, since it
-/// may interrupt the allocation of memory, hence a thread waits for the signals.
-class OutputTree::SignalWatch {
-public:
-    explicit SignalWatch(OutputTree& tree) : m_tree(tree) {
-        sigemptyset(&m_signals);
-        sigaddset(&m_signals, WAKE);
-        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-            // Such as those of a run that nohup started.
-            struct sigaction action {};
-            if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
-                sigaddset(&m_signals, signal);
-        }
-        pthread_sigmask(SIG_BLOCK, &m_signals, &m_former);
-        try {
-            m_thread = std::thread([this] { watch(); });
-        } catch (const std::system_error& err) {
-            throw InputError("no thread can be started: " + err.code().message());
-        }
-    }
-
-    ~SignalWatch() {
-        pthread_kill(m_thread.native_handle(), WAKE);
-        m_thread.join();
-        pthread_sigmask(SIG_SETMASK, &m_former, nullptr);
-    }
-
-private:
-    static constexpr int WAKE = SIGUSR2;
-
-    void watch() const {
-        int signal = 0;
-        sigwait(&m_signals, &signal);
-        if (signal == WAKE) return;
-        {
-            const std::lock_guard lock(m_tree.m_mutex);
-            m_tree.remove();
-        }
-        std::signal(signal, SIG_DFL);
-        // None but this one, since the call to wake up may have come, too.
-        sigset_t own;
-        sigemptyset(&own);
-        sigaddset(&own, signal);
-        pthread_sigmask(SIG_UNBLOCK, &own, nullptr);
-        raise(signal);
-    }
-
-    OutputTree& m_tree;
-    sigset_t m_signals;
-    sigset_t m_former;
-    std::thread m_thread;
-};
-
-OutputTree::OutputTree(const std::string& name, bool folder) : m_name(name) {
+OutputTree::OutputTree(const std::string& name, bool folder) : m_name(name), m_inFolder(folder) {
     const fs::path asked(name);
     for (const char* packing : {".gz", ".zst"})
         if (name.ends_with(packing))
@@ -123,20 +70,21 @@ OutputTree::OutputTree(const std::string& name, bool folder) : m_name(name) {
         std::error_code err;
         parent = fs::temp_directory_path(err);
     }
-    m_watch = std::make_unique<SignalWatch>(*this);
-    const std::lock_guard lock(m_mutex);
+    m_signals = std::make_unique<EndSignals>(
+        [](void* tree) noexcept { static_cast<OutputTree*>(tree)->remove(); }, this);
+    const EndSignals::Pause pause(*m_signals);
     try {
         create(parent.empty() ? "." : parent);
+        // The library warns of a folder that is there already.
+        m_path = (fs::path(m_folder.path()) / FILES / asked.filename()).string();
     } catch (...) {
         remove();
         throw;
     }
-    // The library warns of a folder that is there already.
-    m_path = (fs::path(m_folder) / "files" / asked.filename()).string();
 }
 
 OutputTree::~OutputTree() {
-    const std::lock_guard lock(m_mutex);
+    const EndSignals::Pause pause(*m_signals);
     remove();
 }
 
@@ -148,50 +96,75 @@ void OutputTree::create(const std::string& parent) {
         m_created.push_back(path.string());
     fs::create_directories(parent, err);
     if (err) throw InputError(parent + ": " + err.message());
-    std::string folder = (fs::path(parent) / ".vorl-XXXXXX").string();
-    if (!mkdtemp(folder.data())) throw failure(parent, errno);
-    m_folder = folder;
+    m_folder.make(parent);
 }
 
-void OutputTree::remove() {
-    std::error_code err;
-    // The rest of the program goes on writing until it ends.
-    for (int tries = 0; tries < 100 && !m_folder.empty() && fs::exists(m_folder, err); ++tries)
-        fs::remove_all(m_folder, err);
+void OutputTree::remove() noexcept {
+    m_folder.remove();
     // Those that hold a file stay.
-    for (const std::string& folder : m_created) fs::remove(folder, err);
+    for (const std::string& folder : m_created) rmdir(folder.c_str());
+}
+
+void OutputTree::protect(const std::string& input) { m_inputs.push_back(input); }
+
+/// The files that were written, as names within their folder, the asked one first.
+std::vector<fs::path> OutputTree::written() const {
+    const fs::path top = fs::path(m_path).parent_path();
+    const fs::path asked = fs::path(m_path).filename();
+    const auto fail = [this](const std::error_code& err) {
+        return InputError(m_name + ": what was written can't be found: " + err.message());
+    };
+    std::vector<fs::path> files;
+    for (std::vector<fs::path> folders{top}; !folders.empty();) {
+        const fs::path folder = std::move(folders.back());
+        folders.pop_back();
+        // As a mask of modes may have taken the right to read.
+        chmod(folder.c_str(), S_IRWXU);
+        try {
+            for (const std::string& name : namesIn(folder.string())) {
+                const fs::path path = folder / name;
+                if (fs::is_directory(path))
+                    folders.push_back(path);
+                else
+                    files.push_back(path.lexically_relative(top));
+            }
+        } catch (const std::system_error& err) {
+            throw fail(err.code());
+        }
+    }
+    std::sort(files.begin(), files.end());
+    const auto rest = std::stable_partition(files.begin(), files.end(),
+                                            [&](const fs::path& file) { return file == asked; });
+    if (m_inFolder ? files.empty() : rest == files.begin())
+        throw fail(std::make_error_code(std::errc::no_such_file_or_directory));
+    return files;
 }
 
 std::vector<std::string> OutputTree::commit() {
     if (m_device) return copyToDevice();
-    const std::lock_guard lock(m_mutex);
-    const fs::path files = fs::path(m_path).parent_path();
+    const EndSignals::Pause pause(*m_signals);
     const fs::path parent = fs::path(m_name).parent_path();
-    std::error_code err;
-    std::vector<fs::path> written;
-    for (const auto& entry : fs::recursive_directory_iterator(files, err))
-        if (!entry.is_directory()) written.push_back(fs::relative(entry.path(), files));
-    std::sort(written.begin(), written.end());
-    std::stable_partition(written.begin(), written.end(), [this](const fs::path& file) {
-        return file == fs::path(m_path).filename();
-    });
+    const std::vector<fs::path> files = written();
+    std::vector<std::string> names;
     // What stands in the way of one keeps all of them from their names.
-    for (const fs::path& file : written) {
+    for (const fs::path& file : files) {
         const fs::path name = parent / file;
+        names.push_back(name.string());
+        for (const std::string& input : m_inputs) requireOther(names.back(), input);
+        std::error_code err;
         if (fs::is_directory(name, err)) throw failure(name.string(), EISDIR);
         const fs::path folder = name.parent_path();
         if (folder.empty()) continue;
-        if (fs::create_directories(folder, err))
-            m_created.insert(m_created.begin(), folder.string());
+        m_created.insert(m_created.begin(), folder.string());
+        if (!fs::create_directories(folder, err)) m_created.erase(m_created.begin());
         if (err) throw InputError(folder.string() + ": " + err.message());
         requireWritable(folder);
     }
-    std::vector<std::string> names;
-    for (const fs::path& file : written) {
-        const fs::path name = parent / file;
-        fs::rename(files / file, name, err);
-        if (err) throw InputError(name.string() + ": " + err.message());
-        names.push_back(name.string());
+    const fs::path top = fs::path(m_path).parent_path();
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        std::error_code err;
+        fs::rename(top / files[i], names[i], err);
+        if (err) throw InputError(names[i] + ": " + err.message());
     }
     return names;
 }

@@ -1,8 +1,11 @@
 // Files that appear under their names only when all of them are complete.
 #pragma once
 
+#include "end_signals.hpp"
+#include "hidden_folder.hpp"
+
+#include <filesystem>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -12,7 +15,8 @@ namespace vorl::app {
 inline constexpr const char* STANDARD_OUTPUT = "-";
 
 /// A hidden folder beside the asked file in which it and the files of its family are written, to be
-/// moved to their names in the end. A run that fails, or that a signal ends, leaves nothing.
+/// moved to their names in the end. A run that fails, or that a signal ends, leaves nothing; what a
+/// killed run left is removed by the next one that writes to the same folder.
 /// One at a time.
 class OutputTree {
 public:
@@ -33,28 +37,29 @@ public:
     bool isDevice() const { return m_device; }
     /// What is asked for goes where the program's results go.
     bool isStandardOutput() const;
+    /// Keeps `commit` from replacing a file.
+    void protect(const std::string& input);
     /// Moves all files to their names.
     /// @return the names, that of the asked file first
-    /// @throws InputError if a file can't be moved
+    /// @throws InputError if there are none, or one can't be moved; UsageError if one is protected
     std::vector<std::string> commit();
 
 private:
-    class SignalWatch;
-
     void create(const std::string& parent);
-    void remove();
+    void remove() noexcept;
+    std::vector<std::filesystem::path> written() const;
     std::vector<std::string> copyToDevice();
 
     std::string m_name;
+    bool m_inFolder;
     bool m_device = false;
-    int m_stream = -1;     ///< the standard stream that the asked file is
-    std::string m_folder;  ///< the hidden folder
+    int m_stream = -1;  ///< the standard stream that the asked file is
+    HiddenFolder m_folder;
     std::string m_path;
     /// Folders that were missing on the way, the lowest first.
     std::vector<std::string> m_created;
-    /// Held while the hidden folder is made, and while files are moved to their names.
-    std::mutex m_mutex;
-    std::unique_ptr<SignalWatch> m_watch;
+    std::vector<std::string> m_inputs;
+    std::unique_ptr<EndSignals> m_signals;
 };
 
 /// @throws UsageError if writing the one file would replace the other one

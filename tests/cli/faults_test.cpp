@@ -79,15 +79,19 @@ TEST(Usage, NothingThatIsReadIsOverwritten) {
     const std::string odd = folder.write("net.rhb", text);
     const std::string link = (folder / "link.cnl").string();
     std::filesystem::create_symlink(network, link);
+    std::filesystem::create_directory(folder / "net");
+    const std::string level = folder.write("net/net_00.nse", text);
     for (const std::string& arguments :
          {"cluster " + network + " -o " + network, "cluster " + network + " -o " + link,
           "cluster " + odd + " --format nse -o " + (folder / "net.cnl").string(),
+          "cluster " + level + " --levels per-level -o " + network,
           "convert " + network + " " + folder.path().string() + "/./net.nse"}) {
         const Outcome run = vorl(arguments);
         EXPECT_EQ(run.code, 2) << arguments;
         EXPECT_TRUE(contains(run.err, "is read, and would be overwritten")) << run.err;
         EXPECT_EQ(contents(network), text);
         EXPECT_EQ(contents(odd), text);
+        EXPECT_EQ(contents(level), text);
     }
 }
 
