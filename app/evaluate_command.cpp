@@ -8,7 +8,6 @@
 #include <vorl/reading/text_file.hpp>
 #include <vorl/shared/operations.hpp>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -19,20 +18,12 @@ namespace vorl::app {
 
 namespace {
 
-/// @throws InputError for the first member that the network doesn't have
 template <class GraphT>
-void requireNodes(const ClustersFile& clusters, GraphT& graph, const std::string& network) {
+std::vector<Id> nodeIds(GraphT& graph) {
     std::vector<Id> ids;
     ids.reserve(graph.nodes().size());
     for (const auto& node : graph.nodes()) ids.push_back(node.id);
-    std::sort(ids.begin(), ids.end());
-    if (std::includes(ids.begin(), ids.end(), clusters.nodes.begin(), clusters.nodes.end())) return;
-    for (const auto& cluster : clusters.clusters)
-        for (const Id id : clusters.membersOf(cluster))
-            if (!std::binary_search(ids.begin(), ids.end(), id))
-                throw InputError::at(
-                    clusters.name, cluster.line,
-                    "the node " + std::to_string(id) + " isn't in the network " + network);
+    return ids;
 }
 
 std::string asText(const EvaluateCommand& command, Size clusters, Size nodes,
@@ -71,8 +62,7 @@ void run(const EvaluateCommand& command) {
     auto clusters = std::make_unique<ClustersFile>(
         parseClusters(TextFile(command.clusters).text(), command.clusters));
     if (command.strict) clusters->requireStrict();
-    if (clusters->clusters.empty())
-        throw InputError(command.clusters + ": there are no clusters, at least one is expected");
+    clusters->requireClusters();
     const auto remark = [&](const std::string& text) {
         if (!command.quiet)
             std::fprintf(stderr, "vorl: %s: %s\n", command.clusters.c_str(), text.c_str());
@@ -86,7 +76,7 @@ void run(const EvaluateCommand& command) {
 
     std::visit(
         [&](auto& graph) {
-            requireNodes(*clusters, *graph, command.read.file);
+            clusters->requireNodes(nodeIds(*graph), command.read.file);
             const MemoryFile file(clusters->strictText());
             clusters.reset();
             Intrinsics measures;

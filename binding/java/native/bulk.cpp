@@ -1,19 +1,28 @@
 // Native methods of info.quenta.vorl.Bulk: whole networks and levels in one call.
 #include "frame.hpp"
 
+#include <vorl/fileio/iotypes.hpp>
 #include <vorl/graph.hpp>
 #include <vorl/hierarchy/cluster.hpp>
 #include <vorl/processing/validation.hpp>
+#include <vorl/reading/clusters_file.hpp>
+#include <vorl/reading/memory_file.hpp>
+#include <vorl/reading/network.hpp>
+#include <vorl/reading/text_file.hpp>
 #include <vorl/shared/operations.hpp>
 #include <vorl/types/trace.hpp>
 
+#include <cerrno>
 #include <cmath>
+#include <cstdio>
+#include <cstring>
 #include <iterator>
 #include <limits>
 #include <memory>
 #include <stdexcept>
 #include <unordered_map>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace vorl::java {
@@ -48,6 +57,12 @@ auto guarded(JNIEnv* env, OperationT operation) -> decltype(operation()) {
         rethrow(env);
         return decltype(operation())();
     }
+}
+
+/// The handle of a new shared pointer.
+template <class T>
+jlong handle(std::shared_ptr<T> object) {
+    return reinterpret_cast<jlong>(new std::shared_ptr<T>(std::move(object)));
 }
 
 jsize length(std::size_t size) {
@@ -191,9 +206,28 @@ Nodes<LinksT> copied(const Nodes<LinksT>& nodes) {
     return copies;
 }
 
+/// What is wrong with the network, null if it can be clustered.
+template <bool WEIGHTED>
+const char* fault(Graph<WEIGHTED>& graph) {
+    AccWeight total = 0;
+    for (const auto& node : graph.nodes()) {
+        if (!(node.m_sweight >= 0)) return "a self link has a weight that isn't a positive number";
+        total += node.m_sweight;
+        for (const auto& ln : node.links) {
+            if (!(ln.weight >= 0)) return "a link has a weight that isn't a positive number";
+            total += ln.weight;
+        }
+    }
+    if (total == 0) return "the network has no links, or they weigh nothing";
+    if (total > std::numeric_limits<float>::max()) return "the weights add up to more than 3.4e38";
+    return nullptr;
+}
+
 template <bool WEIGHTED>
 jlong clustered(Graph<WEIGHTED>& graph, const ClusterOptions& options) {
     using LinksT = typename Graph<WEIGHTED>::LinksT;
+    if (const char* const text = fault(graph)) throw std::invalid_argument(text);
+    if (!std::isfinite(options.gamma)) throw std::invalid_argument("gamma isn't a number");
     Nodes<LinksT> nodes = copied<LinksT>(graph.nodes());
     // The engine needs the back links of arcs, which it leaves to the validation.
     if (graph.directed() && options.validation == Validation::NONE) {
@@ -201,8 +235,7 @@ jlong clustered(Graph<WEIGHTED>& graph, const ClusterOptions& options) {
         Size links = 0;
         validate<true>(nodes, weight, links);
     }
-    auto hier = cluster<LinksT>(nodes, !graph.directed(), options);
-    return reinterpret_cast<jlong>(new std::shared_ptr<Hierarchy<LinksT>>(std::move(hier)));
+    return handle(cluster<LinksT>(nodes, !graph.directed(), options));
 }
 
 /// A copy of the graph; evaluation takes the nodes of the one that it is given.
@@ -227,23 +260,6 @@ Graph<WEIGHTED> copied(Graph<WEIGHTED>& graph) {
     return copy;
 }
 
-/// What is wrong with the network, null if it can be clustered.
-template <bool WEIGHTED>
-const char* fault(Graph<WEIGHTED>& graph) {
-    AccWeight total = 0;
-    for (const auto& node : graph.nodes()) {
-        if (!(node.m_sweight >= 0)) return "a self link has a weight that isn't a positive number";
-        total += node.m_sweight;
-        for (const auto& ln : node.links) {
-            if (!(ln.weight >= 0)) return "a link has a weight that isn't a positive number";
-            total += ln.weight;
-        }
-    }
-    if (total == 0) return "the network has no links, or they weigh nothing";
-    if (total > std::numeric_limits<float>::max()) return "the weights add up to more than 3.4e38";
-    return nullptr;
-}
-
 }  // namespace
 
 }  // namespace vorl::java
@@ -252,6 +268,25 @@ using namespace vorl;
 using namespace vorl::java;
 
 extern "C" {
+
+JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_read(JNIEnv* env, jclass, jstring file,
+                                                        jbooleanArray weighted,
+                                                        jobjectArray warnings) {
+    return guarded(env, [&] {
+        const Text name(env, file);
+        ReadOptions options;
+        options.file = name.data();
+        const Network network = readNetwork(options);
+        std::string told;
+        for (const std::string& warning : network.warnings) told += warning + "\n";
+        const jstring text = toString(env, told);
+        if (!text) return jlong{0};
+        env->SetObjectArrayElement(warnings, 0, text);
+        const jboolean kind = network.graph.index() == 1;
+        env->SetBooleanArrayRegion(weighted, 0, 1, &kind);
+        return std::visit([](const auto& graph) { return handle(graph); }, network.graph);
+    });
+}
 
 JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_addLinks(JNIEnv* env, jclass, jlong graph,
                                                            jboolean weighted, jboolean directed,
@@ -303,13 +338,20 @@ JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_cluster(JNIEnv* env, jclass, 
 
 JNIEXPORT jdoubleArray JNICALL Java_info_quenta_vorl_Bulk_evaluate(JNIEnv* env, jclass, jlong graph,
                                                                    jboolean weighted, jstring file,
-                                                                   jdouble gamma) {
+                                                                   jstring network, jdouble gamma) {
     return guarded(env, [&] {
         const Text name(env, file);
+        const Text networkName(env, network);
         return onGraph(graph, weighted, [&](auto& gr) {
+            const ClustersFile clusters = parseClusters(TextFile(name.data()).text(), name.data());
+            clusters.requireClusters();
+            std::vector<Id> ids;
+            for (const auto& node : gr.nodes()) ids.push_back(node.id);
+            clusters.requireNodes(std::move(ids), networkName.data());
+            const MemoryFile strict(clusters.strictText());
             auto copy = copied(gr);
             Intrinsics intr;
-            const Size count = evaluateClusters(intr, copy, name.data(), gamma);
+            const Size count = evaluateClusters(intr, copy, strict.name(), gamma);
             const jdouble values[] = {static_cast<jdouble>(count), intr.cdn, intr.mod, intr.gamma,
                                       intr.sgmod};
             const jdoubleArray array = env->NewDoubleArray(std::size(values));
@@ -319,8 +361,39 @@ JNIEXPORT jdoubleArray JNICALL Java_info_quenta_vorl_Bulk_evaluate(JNIEnv* env, 
     });
 }
 
-JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_trace(JNIEnv*, jclass, jlong stream) {
-    return reinterpret_cast<jlong>(std::exchange(ftrace, reinterpret_cast<std::FILE*>(stream)));
+JNIEXPORT jboolean JNICALL Java_info_quenta_vorl_Bulk_trace(JNIEnv*, jclass, jboolean on) {
+    static std::FILE* const stream = ftrace ? ftrace : stderr;
+    return std::exchange(ftrace, on ? stream : nullptr) != nullptr;
+}
+
+JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_openFile(JNIEnv* env, jclass, jstring file) {
+    return guarded(env, [&] {
+        const Text name(env, file);
+        FileWrapper wrapper(std::fopen(name.data(), "w"));
+        if (!wrapper.fdescr())
+            throw InputError(std::string(name.data()) + ": " + std::strerror(errno));
+        return reinterpret_cast<jlong>(new FileWrapper(std::move(wrapper)));
+    });
+}
+
+JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_listFiles(JNIEnv* env, jclass,
+                                                             jlongArray files) {
+    return guarded(env, [&] {
+        std::vector<jlong> handles(static_cast<std::size_t>(env->GetArrayLength(files)));
+        env->GetLongArrayRegion(files, 0, static_cast<jsize>(handles.size()), handles.data());
+        auto list = std::make_unique<FileWrappers>();
+        list->reserve(handles.size());
+        for (const jlong file : handles)
+            if (!reinterpret_cast<FileWrapper*>(file)->fdescr())
+                throw std::invalid_argument("the file is not open");
+        for (const jlong file : handles)
+            list->push_back(std::move(*reinterpret_cast<FileWrapper*>(file)));
+        return reinterpret_cast<jlong>(list.release());
+    });
+}
+
+JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_deleteFiles(JNIEnv*, jclass, jlong files) {
+    delete reinterpret_cast<FileWrappers*>(files);
 }
 
 JNIEXPORT jlongArray JNICALL Java_info_quenta_vorl_Bulk_sizes(JNIEnv* env, jclass, jlong hierarchy,

@@ -6,9 +6,30 @@
 
 namespace vorl::java {
 
-void raise(JNIEnv* env, const char* type, const char* text) {
+jstring toString(JNIEnv* env, std::string_view text) {
+    const auto size = static_cast<jsize>(text.size());
+    const jbyteArray bytes = env->NewByteArray(size);
+    if (!bytes) return nullptr;
+    env->SetByteArrayRegion(bytes, 0, size, reinterpret_cast<const jbyte*>(text.data()));
+    const jclass type = env->FindClass("java/lang/String");
+    const jmethodID make =
+        type ? env->GetMethodID(type, "<init>", "([BLjava/lang/String;)V") : nullptr;
+    const jstring encoding = make ? env->NewStringUTF("UTF-8") : nullptr;
+    const jobject made = encoding ? env->NewObject(type, make, bytes, encoding) : nullptr;
+    env->DeleteLocalRef(encoding);
+    env->DeleteLocalRef(type);
+    env->DeleteLocalRef(bytes);
+    return static_cast<jstring>(made);
+}
+
+void raise(JNIEnv* env, const char* type, std::string_view text) {
     env->ExceptionClear();
-    if (const jclass found = env->FindClass(type)) env->ThrowNew(found, text);
+    const jstring message = toString(env, text);
+    const jclass found = message ? env->FindClass(type) : nullptr;
+    const jmethodID make =
+        found ? env->GetMethodID(found, "<init>", "(Ljava/lang/String;)V") : nullptr;
+    const jobject made = make ? env->NewObject(found, make, message) : nullptr;
+    if (made) env->Throw(static_cast<jthrowable>(made));
 }
 
 void rethrow(JNIEnv* env) {
@@ -19,7 +40,7 @@ void rethrow(JNIEnv* env) {
     } catch (const std::exception& err) {
         raise(env, "java/lang/RuntimeException", err.what());
     } catch (const std::string& text) {
-        raise(env, "java/lang/RuntimeException", text.c_str());
+        raise(env, "java/lang/RuntimeException", text);
     } catch (...) {
         raise(env, "java/lang/UnknownError", "exception of an unknown type");
     }
@@ -31,6 +52,10 @@ bool fromBigInteger(JNIEnv* env, jobject number, unsigned long long& value) {
     if (!toByteArray) return false;
     const auto bytes = static_cast<jbyteArray>(env->CallObjectMethod(number, toByteArray));
     if (env->ExceptionCheck()) return false;
+    if (!bytes) {
+        raise(env, "java/lang/NullPointerException", "toByteArray() of a BigInteger is null");
+        return false;
+    }
     const jsize count = env->GetArrayLength(bytes);
     jbyte* const data = env->GetByteArrayElements(bytes, nullptr);
     if (!data) return false;

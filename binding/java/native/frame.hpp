@@ -4,12 +4,18 @@
 #include <jni.h>
 
 #include <string>
+#include <string_view>
 
 namespace vorl::java {
 
+/// A text in UTF-8 as a java.lang.String; bytes that are no UTF-8, as a file may hold, are
+/// replaced.
+/// @return null if Java raised an exception
+jstring toString(JNIEnv* env, std::string_view text);
+
 /// Raises a Java exception in place of a pending one.
 /// @param type name of the class with slashes
-void raise(JNIEnv* env, const char* type, const char* text);
+void raise(JNIEnv* env, const char* type, std::string_view text);
 
 /// Turns the C++ exception being handled into a Java exception with its text: OutOfMemoryError
 /// where memory ran out, else RuntimeException.

@@ -16,6 +16,14 @@
   }
 %}
 
+// A printer writes into an open file.
+%typemap(check) vorl::FileWrapper& fout %{
+  if (!$1->fdescr()) {
+    SWIG_JavaThrowException(jenv, SWIG_JavaNullPointerException, "the file is not open");
+    return $null;
+  }
+%}
+
 namespace vorl {
 
 FileFormat inpFileFmt(const char* filename);

@@ -7,8 +7,9 @@
 
 #include <cstddef>
 #include <memory>
-#include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace vorl {
 using std::shared_ptr;

@@ -3,6 +3,46 @@
 %{
 #include <vorl/graph.hpp>
 #include <vorl/processing/struct_errors.hpp>
+
+namespace vorl::java {
+
+// The heading of a collector, which only refers to it.
+struct Heading {
+    std::string text;
+
+    virtual ~Heading() = default;
+};
+
+template <class ErrorsT>
+struct OwnErrors : Heading, ErrorsT {
+    explicit OwnErrors(const char* heading) : ErrorsT(nullptr) {
+        text = heading;
+        this->message = text.c_str();
+    }
+};
+
+// Takes over what the other one has collected, and a copy of its heading.
+inline StructErrors& assign(StructErrors& errors, const StructErrors& other) {
+    std::string text = other.message;
+    errors = other;
+    if (auto* const own = dynamic_cast<Heading*>(&errors)) {
+        own->text = std::move(text);
+        errors.message = own->text.c_str();
+    }
+    return errors;
+}
+
+}  // namespace vorl::java
+%}
+
+%typemap(check) const char* message %{
+  if (!$1) {
+    SWIG_JavaThrowException(jenv, SWIG_JavaNullPointerException, "null string");
+    return $null;
+  }
+%}
+%feature("action") vorl::StructErrors::operator= %{
+  result = &vorl::java::assign(*arg1, *arg2);
 %}
 
 %shared_handle(Graph, GraphPtr, vorl::Graph<true>)
@@ -41,7 +81,7 @@ public:
 
     %extend {
         StructNodeErrors(const char* message) {
-            return new vorl::StructNodeErrors(vorl::java::lasting(message));
+            return new vorl::java::OwnErrors<vorl::StructNodeErrors>(message);
         }
     }
 };
@@ -55,7 +95,7 @@ public:
 
     %extend {
         StructLinkErrors(const char* message) {
-            return new vorl::StructLinkErrors(vorl::java::lasting(message));
+            return new vorl::java::OwnErrors<vorl::StructLinkErrors>(message);
         }
     }
 };

@@ -5,11 +5,18 @@
 
 namespace vorl::java {
 
-// Keeps a text that the library only refers to, for as long as the process lives.
-inline const char* lasting(const char* text) {
-    static std::set<std::string> texts;
-    return text ? texts.insert(text).first->c_str() : nullptr;
-}
+// A record with the texts that it refers to.
+struct OwnBuildInfo : BuildInfo {
+    std::vector<std::string> texts;
+
+    explicit OwnBuildInfo(Clustering kind) : BuildInfo{} {
+        clustering = kind;
+        texts.reserve(4);
+    }
+    const char* keep(const char* text) {
+        return text ? texts.emplace_back(text).c_str() : nullptr;
+    }
+};
 
 }  // namespace vorl::java
 %}
@@ -108,10 +115,14 @@ struct BuildInfo {
     %extend {
         BuildInfo(const char* revision, Clustering clustering, const char* compiler,
                   const char* langenv, const char* time) {
-            using vorl::java::lasting;
-            return new vorl::BuildInfo{lasting(revision), clustering, lasting(compiler),
-                                       lasting(langenv), lasting(time)};
+            auto info = std::make_unique<vorl::java::OwnBuildInfo>(clustering);
+            info->revision = info->keep(revision);
+            info->compiler = info->keep(compiler);
+            info->langenv = info->keep(langenv);
+            info->time = info->keep(time);
+            return info.release();
         }
+        ~BuildInfo() { delete static_cast<vorl::java::OwnBuildInfo*>(self); }
     }
     std::string rev() const;
     std::string summary() const;

@@ -73,6 +73,12 @@ struct VORL_API ClustersFile {
     std::string deviationsText(bool withShares = true) const;
     /// @throws InputError for the first deviation, with file and line
     void requireStrict() const;
+    /// @throws InputError if there are no clusters
+    void requireClusters() const;
+    /// @param ids      of the nodes of a network, in any order
+    /// @param network  its name, for the message; empty if it has none
+    /// @throws InputError for the first member that isn't among them, with file and line
+    void requireNodes(std::vector<Id> ids, const std::string& network) const;
 };
 
 /// Reads clusters in the format CNL: a cluster a line, `[id>] node[:share] ...`, with comments that

@@ -52,6 +52,8 @@ VORL_API AccWeight rootModularity(const Hierarchy<LinksT>& hier, AccWeight gamma
 /// @param last index of a level, not below first
 /// @param step ratio in [0, 1]; 1 takes all levels
 /// @return indices of levels, ascending
+/// @throws std::out_of_range if there are no such levels
+/// @throws std::invalid_argument if the ratio is none
 template <class LinksT>
 VORL_API std::vector<LevelNum> levelsByStep(const Hierarchy<LinksT>& hier, LevelNum first,
                                             LevelNum last, float step);
@@ -72,6 +74,7 @@ VORL_API std::vector<LevelNum> levelsAround(const Hierarchy<LinksT>& hier, Id wa
 /// @param levels indices of levels, ascending; at least one
 /// @param format file format and filtering; the structure of the output isn't looked at
 /// @param clsfile name as that of `OutputOptions`
+/// @throws std::out_of_range if there is no level, or one that the hierarchy doesn't have
 /// @throws std::filesystem::filesystem_error with the file that can't be written
 /// @throws std::ios_base::failure if writing fails
 template <class LinksT>

@@ -361,6 +361,22 @@ void ClustersFile::requireStrict() const {
     if (!deviations.empty()) throw InputError::at(name, deviations[0].line, deviations[0].found);
 }
 
+void ClustersFile::requireClusters() const {
+    if (clusters.empty())
+        throw InputError(name + ": there are no clusters, at least one is expected");
+}
+
+void ClustersFile::requireNodes(std::vector<Id> ids, const std::string& network) const {
+    std::sort(ids.begin(), ids.end());
+    if (std::includes(ids.begin(), ids.end(), nodes.begin(), nodes.end())) return;
+    for (const Cluster& cluster : clusters)
+        for (const Id id : membersOf(cluster))
+            if (!std::binary_search(ids.begin(), ids.end(), id))
+                throw InputError::at(name, cluster.line,
+                                     "the node " + std::to_string(id) + " isn't in the network" +
+                                         (network.empty() ? "" : " " + network));
+}
+
 ClustersFile parseClusters(std::string_view text, const std::string& name) {
     return Reader(name).read(text);
 }

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <stdexcept>
 #include <system_error>
 
 namespace vorl {
@@ -39,6 +40,11 @@ void close(FileWrapper& file, const fs::path& path) {
 template <class LinksT>
 std::vector<LevelNum> levelsByStep(const Hierarchy<LinksT>& hier, LevelNum first, LevelNum last,
                                    float step) {
+    if (first > last || last >= hier.levels().size())
+        throw std::out_of_range("levelsByStep(), there are no levels " + std::to_string(first) +
+                                " to " + std::to_string(last) + "\n");
+    if (!(step >= 0 && step <= 1))
+        throw std::invalid_argument("levelsByStep(), the step must be from 0 to 1\n");
     const auto size = [&](LevelNum i) { return hier.levels()[i].fullsize; };
     std::vector<LevelNum> levels;
     Id next = size(first);
@@ -71,6 +77,8 @@ std::vector<LevelNum> levelsAround(const Hierarchy<LinksT>& hier, Id wanted) {
 template <class LinksT>
 void writeLevels(const Hierarchy<LinksT>& hier, const std::vector<LevelNum>& levels,
                  ClsOutFmtBase format, const std::string& clsfile) {
+    if (levels.empty() || levels.back() >= hier.levels().size())
+        throw std::out_of_range("writeLevels(), there are no such levels\n");
     const fs::path path = clsfile;
     const std::string stem = path.stem().string();
     const fs::path folder = path.parent_path() / stem;

@@ -23,13 +23,19 @@ const BuildInfo INFO{VORL_REVISION_TEXT,
 #endif
                      "C++20", __DATE__ " " __TIME__};
 
+/// A caller's record may leave texts out.
+const char* shown(const char* text) { return text ? text : ""; }
+
 }  // namespace
 
-std::string BuildInfo::rev() const { return std::string(revision, std::strcspn(revision, "/")); }
+std::string BuildInfo::rev() const {
+    return std::string(shown(revision), std::strcspn(shown(revision), "/"));
+}
 
 std::string BuildInfo::summary() const {
-    return std::string("Revision: ") + revision + "\nClustering: " + to_string(clustering) +
-           "\nCompiler: " + compiler + "\nLangEnv: " + langenv + "\nTime: " + time + "\n";
+    return std::string("Revision: ") + shown(revision) + "\nClustering: " + to_string(clustering) +
+           "\nCompiler: " + shown(compiler) + "\nLangEnv: " + shown(langenv) +
+           "\nTime: " + shown(time) + "\n";
 }
 
 const BuildInfo& libBuild() { return INFO; }

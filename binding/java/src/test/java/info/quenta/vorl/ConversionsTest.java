@@ -89,8 +89,15 @@ class ConversionsTest {
         SWIGTYPE_p_Clustering crisp = vorl.toClustering((short) 1);
         BuildInfo info = new BuildInfo("7/abc", crisp, null, "C++", "now");
         assertEquals("7", info.rev());
+        assertTrue(info.summary().contains("\nCompiler: \nLangEnv: C++\n"));
+        assertEquals("", new BuildInfo(null, crisp, null, null, null).rev());
         assertNull(info.getCompiler());
         assertEquals("now", info.getTime());
+        info.delete();
+        StructNodeErrors copy = new StructNodeErrors("another heading, which is longer than 16: ");
+        copy.assign(errors);
+        errors.delete();
+        assertEquals("heading: ", copy.getMessage());
     }
 
     @Test
@@ -144,6 +151,17 @@ class ConversionsTest {
         refused("null string", type, () -> vorl.ensureDir(null));
         refused("null string", type, () -> vorl.inpFileFmt(null));
         refused("BigInteger null", type, () -> new HierScore().setClusters(null));
+        refused("toByteArray() of a BigInteger is null", type,
+            () -> new HierScore().setClusters(new BigInteger("1") {
+                private static final long serialVersionUID = 1;
+
+                @Override
+                public byte[] toByteArray() {
+                    return null;
+                }
+            }));
+        refused("null string", type, () -> new StructNodeErrors(null));
+        refused("null string", type, () -> new StructLinkErrors(null));
         refused("Attempt to dereference null State", type,
             () -> vorl.to_string((SWIGTYPE_p_State) null));
         refused("Attempt to dereference null Clustering", type,

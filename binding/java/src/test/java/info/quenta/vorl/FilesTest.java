@@ -24,22 +24,32 @@ class FilesTest {
         return options;
     }
 
+    private static List<Float> weights(Node node) {
+        return node.getLinks().stream().map(Arc::getWeight).toList();
+    }
+
     @Test
     void networksAreReadInEachFormat() throws Exception {
         NslParser arcs = new NslParser(input(write("a.nsa", "0 1 0.5\n1 2\n")));
         assertTrue(arcs.weighted());
         GraphPtr graph = arcs.build();
         assertTrue(graph.directed());
-        assertEquals(0.5, vorl.NodeEdgesWeight(graph.node(0)));
-        assertEquals(2, graph.buildHierarchy().score().getClusters().signum() * 2);
+        assertEquals(List.of(0.5f), weights(graph.node(0)));
+        assertEquals(List.of(1f), weights(graph.node(1)));
+        assertEquals(List.of(), weights(graph.node(2)));
+        assertEquals(1.5, graph.buildHierarchy().weight());
 
         RcgParser sections = new RcgParser(input(write("a.rcg",
             "/Graph weighted:0 validated:1\n/Nodes 3 7\n"
                 + "/Edges\n7> 8 9\n8> 9\n")));
         assertTrue(!sections.weighted() && sections.validated());
         SGraphPtr unweighted = sections.sbuild();
+        for (long id = 7; id < 10; ++id) {
+            SNode node = unweighted.node(id);
+            assertEquals(id, node.getId());
+            assertEquals(2, vorl.SNodeEdgesWeight(node));
+        }
         assertEquals(6, unweighted.buildHierarchy().weight());
-        assertEquals(9, unweighted.node(9).getId());
     }
 
     @Test
@@ -78,17 +88,64 @@ class FilesTest {
     }
 
     @Test
-    void printersWriteIntoWrappedFiles() {
-        Hierarchy hierarchy =
-            new NslParser(input(Settings.data("lesmis.nse").toString())).build().buildHierarchy();
-        RhbPrinter printer = new RhbPrinter(hierarchy);
-        FileWrapper none = new FileWrapper();
-        assertEquals(0, none.reset());
-        assertEquals(null, none.release());
-        assertEquals(null, new FileWrapper(none).fdescr());
-        new RhbPrinter(printer).delete();
-        new CnlPrinter(hierarchy).delete();
-        assertTrue(hierarchy.levels() != null && hierarchy.nodes() != null);
+    void printersWriteIntoWrappedFiles() throws Exception {
+        Graph graph = new NslParser(input(Settings.data("lesmis.nse").toString())).build();
+        Hierarchy hierarchy = graph.buildHierarchy();
+        OutputOptions options = new OutputOptions();
+        options.setClsfile(folder + "/expected.cnl");
+        options.setClsfmt((short) (ClsOutFmt.ROOT.swigValue() | ClsOutFmt.EXTENDED.swigValue()));
+        hierarchy.output(options);
+
+        FileWrapper description = Bulk.open(folder + "/printed.rhb");
+        new RhbPrinter(new RhbPrinter(hierarchy)).output(description);
+        assertEquals(0, description.reset());
+        assertEquals(Files.readString(folder.resolve("expected.rhb")),
+            Files.readString(folder.resolve("printed.rhb")));
+
+        try (Bulk.Files files = new Bulk.Files(Bulk.open(folder + "/printed.cnl"))) {
+            new CnlPrinter(new CnlPrinter(hierarchy)).output(files.list(), options.getClsfmt());
+        }
+        assertEquals(Files.readString(folder.resolve("expected.cnl")),
+            Files.readString(folder.resolve("printed.cnl")));
+    }
+
+    /** The bits of an object of eight bytes, where a native method takes a pointer to a number. */
+    private static long bits(LinkSrcDstId place) { return place.getDid() << 32 | place.getSid(); }
+
+    private static LinkSrcDstId place(long bits) {
+        return new LinkSrcDstId(bits & 0xFFFFFFFFL, bits >>> 32);
+    }
+
+    @Test
+    void networksAreValidated() {
+        Graph graph = new Graph(3, false, true);
+        graph.addNodes(3);
+        graph.addArc(0, 1, 0.5f);
+        graph.addArc(1, 2, 2);
+        graph.addArc(2, 2, 4);
+        LinkSrcDstId weight = place(Double.doubleToLongBits(6.5));
+        LinkSrcDstId count = place(2);
+        vorl.validateArcs(graph.nodes(), new SWIGTYPE_p_double(LinkSrcDstId.getCPtr(weight), false),
+            new SWIGTYPE_p_unsigned_long_long(LinkSrcDstId.getCPtr(count), false), true);
+        assertEquals(6.5, Double.longBitsToDouble(bits(weight)));
+        assertEquals(4, bits(count)); // with the back links that were missing
+        assertEquals(0, graph.node(1).getLinks().get(0).getWeight());
+        assertEquals(1.25, vorl.NodeArcsWeight(graph.node(1)));
+    }
+
+    @Test
+    void linksOfClustersAreWeighed() {
+        Cluster one = new Cluster(0);
+        Cluster two = new Cluster(0);
+        LinkSrcDstId nowhere = place(0); // the end of an empty list
+        CArcPos end = new CArcPos(LinkSrcDstId.getCPtr(nowhere), false);
+        vorl.addCArc(one.getLinks(), end, two, 2.5);
+        vorl.addCArc(two.getLinks(), end, one, 1.5);
+        assertEquals(2, vorl.carcsWeight(one)); // half of what goes out and comes in
+        assertEquals(2.5, vorl.cedgesWeight(one));
+        assertEquals(1.5, vorl.cedgesWeight(two));
+        assertEquals(0, vorl.reducedLinksMarg(5, Reduction.ACCURATE));
+        assertEquals(7, vorl.reducedLinksMarg(1000, Reduction.MEAN));
     }
 
     @Test

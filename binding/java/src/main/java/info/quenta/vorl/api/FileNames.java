@@ -16,6 +16,7 @@ final class FileNames {
         if (name.chars().anyMatch(c -> Character.isSurrogate((char) c)))
             throw new VorlException(
                 name + ": a file name without characters beyond U+FFFF is expected");
-        return name;
+        // A plain hyphen would be the standard input.
+        return name.equals("-") ? "./-" : name;
     }
 }

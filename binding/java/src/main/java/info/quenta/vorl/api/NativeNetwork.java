@@ -17,7 +17,7 @@ interface NativeNetwork {
 
     NativeHierarchy cluster(ClusterOptions options);
 
-    Measures evaluate(String clusters, double gamma);
+    Measures evaluate(String clusters, String network, double gamma);
 
     void delete();
 
@@ -53,8 +53,8 @@ interface NativeNetwork {
         }
 
         @Override
-        public Measures evaluate(String clusters, double gamma) {
-            return measures(Bulk.evaluate(graph, clusters, gamma));
+        public Measures evaluate(String clusters, String network, double gamma) {
+            return measures(Bulk.evaluate(graph, clusters, network, gamma));
         }
 
         @Override
@@ -90,8 +90,8 @@ interface NativeNetwork {
         }
 
         @Override
-        public Measures evaluate(String clusters, double gamma) {
-            return measures(Bulk.evaluate(graph, clusters, gamma));
+        public Measures evaluate(String clusters, String network, double gamma) {
+            return measures(Bulk.evaluate(graph, clusters, network, gamma));
         }
 
         @Override

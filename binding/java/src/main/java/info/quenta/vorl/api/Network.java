@@ -1,14 +1,9 @@
 package info.quenta.vorl.api;
 
+import info.quenta.vorl.Bulk;
 import info.quenta.vorl.ClusterOptions;
-import info.quenta.vorl.FileFormat;
 import info.quenta.vorl.Graph;
-import info.quenta.vorl.InpOptions;
-import info.quenta.vorl.NslParser;
-import info.quenta.vorl.RcgParser;
 import info.quenta.vorl.SGraph;
-import info.quenta.vorl.vorl;
-import java.io.IOException;
 import java.io.UncheckedIOException;
 import java.nio.file.Files;
 import java.nio.file.NoSuchFileException;
@@ -16,6 +11,7 @@ import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
+import java.util.function.Supplier;
 
 /**
  * A network: nodes with ids, joined by edges or arcs, weighted or not.
@@ -28,8 +24,13 @@ public final class Network implements AutoCloseable {
 
     private final Resource<NativeNetwork> resource;
 
-    private Network(NativeNetwork network) {
+    private final String name; // of the file, empty if it was built
+    private final List<String> warnings;
+
+    private Network(NativeNetwork network, String name, List<String> warnings) {
         this.resource = new Resource<>(this, "network", network, NativeNetwork::delete);
+        this.name = name;
+        this.warnings = warnings;
         String fault = resource.call(NativeNetwork::fault);
         if (fault != null) {
             close();
@@ -38,8 +39,10 @@ public final class Network implements AutoCloseable {
     }
 
     /**
-     * Reads a file of links. Its format is told from the name: NSE ({@code .nse}, {@code .ncol}),
-     * NSA ({@code .nsa}) or RCG ({@code .rcg}, {@code .hig}).
+     * Reads a file of links, as the program does: with the same result and the same messages. Its
+     * format is told from the name: NSE ({@code .nse}, {@code .ncol}), NSA ({@code .nsa}) or RCG
+     * ({@code .rcg}, {@code .hig}), behind which {@code .gz} or {@code .zst} may stand. A file that
+     * is compressed by gzip or zstd is unpacked, and a weight of 0 reads as 1.
      *
      * @param file the file
      * @return the network, to be closed
@@ -48,46 +51,36 @@ public final class Network implements AutoCloseable {
      *     clustered
      */
     public static Network read(Path file) {
-        if (!Files.exists(file))
-            throw new UncheckedIOException(new NoSuchFileException(file.toString()));
-        return Resource.alone(false, () -> {
-            InpOptions options = new InpOptions();
-            try {
-                String name = FileNames.toNative(file);
-                options.setFilename(name);
-                options.setFormat(vorl.inpFileFmt(name));
-                return new Network(parse(options));
-            } finally {
-                options.delete();
-            }
-        });
+        String name = FileNames.toNative(file);
+        return orMissing(file, () -> Resource.alone(false, () -> {
+            Bulk.Reading reading = Bulk.read(name);
+            NativeNetwork network = reading.weighted() != null
+                ? new NativeNetwork.Weighted(reading.weighted())
+                : new NativeNetwork.Unweighted(reading.unweighted());
+            return new Network(network, name, reading.warnings());
+        }));
     }
 
-    private static NativeNetwork parse(InpOptions options) {
-        FileFormat format = options.getFormat();
-        if (format == FileFormat.UNKNOWN)
-            throw new VorlException(
-                options.getFilename() + ": the format can't be told from the name");
-        if (format == FileFormat.NSE || format == FileFormat.NSA) {
-            NslParser parser = new NslParser(options);
-            try {
-                // Arcs keep their direction in the weighted form only.
-                if (parser.weighted() || format == FileFormat.NSA)
-                    return new NativeNetwork.Weighted(parser.build());
-                return new NativeNetwork.Unweighted(parser.sbuild());
-            } finally {
-                parser.delete();
-            }
-        }
-        RcgParser parser = new RcgParser(options);
+    /** Calls the operation; a file that isn't there is told in the way of Java. */
+    private static <R> R orMissing(Path file, Supplier<R> operation) {
         try {
-            if (parser.weighted())
-                return new NativeNetwork.Weighted(parser.build());
-            return new NativeNetwork.Unweighted(parser.sbuild());
-        } finally {
-            parser.delete();
+            return operation.get();
+        } catch (VorlException err) {
+            if (Files.exists(file))
+                throw err;
+            NoSuchFileException missing = new NoSuchFileException(file.toString());
+            missing.addSuppressed(err);
+            throw new UncheckedIOException(err.getMessage(), missing);
         }
     }
+
+    /**
+     * What the user should know of the file that was read, such as that links stand in it twice.
+     *
+     * @return an immutable list of lines without the file's name; empty if there is nothing to say,
+     *     or the network was built
+     */
+    public List<String> warnings() { return warnings; }
 
     /**
      * Starts a network that is built link by link.
@@ -126,7 +119,7 @@ public final class Network implements AutoCloseable {
      *
      * <p>A cluster a line is expected, {@code [id>] node[:share] ...}, with comments that begin
      * with #. Shares that a node doesn't state are even ones, and those that don't add up to 1 are
-     * scaled.
+     * scaled. What the program's {@code evaluate} refuses is refused with the same message.
      *
      * @param clusters the file
      * @param gamma resolution of the modularity, at least 0; 1 is that of the plain one
@@ -138,22 +131,9 @@ public final class Network implements AutoCloseable {
     public Measures evaluate(Path clusters, double gamma) {
         if (!(gamma >= 0) || Double.isInfinite(gamma))
             throw new IllegalArgumentException("gamma is " + gamma + ", at least 0 is expected");
-        resource.check();
-        ClustersFile file = ClustersFile.read(clusters);
-        try {
-            Path copy = Files.createTempFile("vorl", ".cnl");
-            try {
-                file.write(copy);
-                return resource.callAlone(
-                    false, network -> network.evaluate(FileNames.toNative(copy), gamma));
-            } catch (VorlException err) {
-                throw new VorlException(clusters + ": " + err.getMessage(), err);
-            } finally {
-                Files.delete(copy);
-            }
-        } catch (IOException err) {
-            throw new UncheckedIOException(err);
-        }
+        String file = FileNames.toNative(clusters);
+        return orMissing(clusters,
+            () -> resource.callAlone(false, network -> network.evaluate(file, name, gamma)));
     }
 
     /**
@@ -178,7 +158,8 @@ public final class Network implements AutoCloseable {
 
     /**
      * Collects links. Nodes come into being with their first link; of repeated links the first one
-     * counts. An edge and an arc of weight 1 are meant where no weight is given.
+     * counts. An edge and an arc of weight 1 are meant where no weight is given. A link of weight 0
+     * adds no weight, unlike in a file, where it reads as 1.
      */
     public static final class Builder {
         private static final float[] NO_WEIGHTS = {};
@@ -295,6 +276,13 @@ public final class Network implements AutoCloseable {
             NativeNetwork network = weights.length > 0 || arcs
                 ? new NativeNetwork.Weighted(new Graph())
                 : new NativeNetwork.Unweighted(new SGraph());
+            return Resource.alone(false, () -> {
+                addTo(network);
+                return new Network(network, "", List.of());
+            });
+        }
+
+        private void addTo(NativeNetwork network) {
             for (int i = 0; i < runs.size(); ++i) {
                 Run run = runs.get(i);
                 int end = i + 1 < runs.size() ? runs.get(i + 1).start : count;
@@ -303,7 +291,6 @@ public final class Network implements AutoCloseable {
                 network.addLinks(run.directed, Arrays.copyOfRange(src, run.start, end),
                     Arrays.copyOfRange(dst, run.start, end), part, end - run.start);
             }
-            return new Network(network);
         }
 
         private Builder addAll(boolean directed, long[] from, long[] to, float[] given) {

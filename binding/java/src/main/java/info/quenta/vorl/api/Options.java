@@ -96,15 +96,15 @@ public final class Options {
 
         /**
          * The resolution: negative (the default) finds it by itself, 0 merges whatever is linked, 1
-         * is that of the modularity.
+         * is that of the modularity, and above it clusters get smaller.
          *
-         * @param gamma at most 1
+         * @param gamma any number of 32 bits
          * @return this builder
-         * @throws IllegalArgumentException if it is above 1 or not a number
+         * @throws IllegalArgumentException if it is infinite or not a number
          */
         public Builder gamma(double gamma) {
-            if (!(gamma <= 1))
-                throw new IllegalArgumentException("gamma is " + gamma + ", at most 1 is expected");
+            if (!Float.isFinite((float) gamma))
+                throw new IllegalArgumentException("gamma is " + gamma + ", a number is expected");
             this.gamma = (float) gamma;
             return this;
         }
@@ -163,10 +163,10 @@ public final class Options {
          *
          * @param gainMargin at most 1; acts only together with {@link #traceModularity}
          * @return this builder
-         * @throws IllegalArgumentException if it is above 1 or not a number
+         * @throws IllegalArgumentException if it is above 1, infinite or not a number
          */
         public Builder gainMargin(double gainMargin) {
-            if (!(gainMargin <= 1))
+            if (!(gainMargin <= 1) || Double.isInfinite(gainMargin))
                 throw new IllegalArgumentException(
                     "gainMargin is " + gainMargin + ", at most 1 is expected");
             this.gainMargin = (float) gainMargin;

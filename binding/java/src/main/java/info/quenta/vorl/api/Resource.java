@@ -70,13 +70,11 @@ final class Resource<T> {
     /** Calls the operation alone, and without a trace unless one is wanted. */
     static <R> R alone(boolean trace, Supplier<R> operation) {
         synchronized (LIBRARY) {
-            if (trace)
-                return translated(operation);
-            long stream = Bulk.trace(0);
+            boolean on = Bulk.trace(trace);
             try {
                 return translated(operation);
             } finally {
-                Bulk.trace(stream);
+                Bulk.trace(on);
             }
         }
     }
