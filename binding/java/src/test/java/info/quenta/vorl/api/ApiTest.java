@@ -311,6 +311,22 @@ class ApiTest {
         }
     }
 
+    @Test
+    void clustersNeedNotCoverTheNetwork() throws Exception {
+        try (
+            Network apart = Network.builder()
+                                .edges(new long[] {0, 1, 2, 3, 4, 5}, new long[] {1, 2, 0, 4, 5, 3})
+                                .build()) {
+            // Each pair holds 2 of the weight 12, and 2 lead out of it.
+            Measures pairs = apart.evaluate(clusters("0 1\n3 4\n"), 1);
+            assertEquals(0.5, pairs.conductance(), 1e-6);
+            assertEquals(2 * (2. / 12 - 1. / 9), pairs.modularity(), 1e-6);
+        }
+        try (Network network = triangles().build()) {
+            assertTrue(Float.isNaN(network.evaluate(clusters("0 1 2 3 4 5\n"), 1).conductance()));
+        }
+    }
+
     private void assertUnmeasured(Network network, String text, String reason) throws Exception {
         Path file = clusters(text);
         String message =
