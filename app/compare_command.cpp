@@ -1,14 +1,14 @@
 #include "compare_command.hpp"
 
+#include "clusters_input.hpp"
 #include "errors.hpp"
 #include "network_input.hpp"
 #include "output_text.hpp"
 
-#include <vorl/reading/text_file.hpp>
-
 #include <algorithm>
-#include <cstdio>
+#include <cmath>
 #include <iterator>
+#include <limits>
 
 namespace vorl::app {
 
@@ -28,20 +28,17 @@ struct Comparison {
     Agreement agreement;
 };
 
-ClustersFile read(const std::string& file, const CompareCommand& command) {
-    ClustersFile clusters = parseClusters(TextFile(file).text(), file);
-    if (command.strict) clusters.requireStrict();
-    if (clusters.clusters.empty())
-        throw InputError(file + ": there are no clusters, at least one is expected");
-    const std::string deviations = clusters.deviationsText(false);
-    if (!command.quiet && !deviations.empty())
-        std::fprintf(stderr, "vorl: %s: %s\n", file.c_str(), deviations.c_str());
-    return clusters;
+ClusterLevels read(const std::string& file, const CompareCommand& command) {
+    return readClusters(file, {.format = command.format,
+                               .strict = command.strict,
+                               .levels = command.levels,
+                               .shares = false,
+                               .quiet = command.quiet});
 }
 
 Comparison compare(const CompareCommand& command) {
-    const ClustersFile first = read(command.first, command);
-    const ClustersFile second = read(command.second, command);
+    const ClustersFile first = read(command.first, command).flat();
+    const ClustersFile second = read(command.second, command).flat();
     const std::vector<Id> nodes = chosenNodes(first, second, command.nodes);
     const auto compared = [&](const ClustersFile& file) {
         Compared result{file.name, coverOf(file, nodes, command.count), 0, 0};
@@ -80,7 +77,118 @@ std::string asJson(const Comparison& comparison) {
            ", \"omega\": " + measure(agreement.omega) +
            ", \"omega_samples\": " + std::to_string(agreement.omegaSamples) +
            ", \"ari\": " + optional(agreement.ari) + ", \"nmi\": " + optional(agreement.nmi) +
-           "}\n";
+           ", \"vi\": " + optional(agreement.vi) + "}\n";
+}
+
+/// The measures of two levels.
+struct LevelRow {
+    LevelNum first;
+    LevelNum second;
+    Size firstClusters;
+    Size secondClusters;
+    Agreement agreement;
+};
+
+/// A measure of a table of levels, and how its best value is told.
+struct Column {
+    const char* name;
+    const char* key;
+    double (*value)(const Agreement&);  ///< NaN if there is none
+    bool least;                         ///< the least value is the best one
+};
+
+constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
+constexpr Column COLUMNS[] = {
+    {"NMI max", "nmi_max", [](const Agreement& a) { return a.nmiMax; }, false},
+    {"NMI LFK", "nmi_lfk", [](const Agreement& a) { return a.nmiLfk; }, false},
+    {"F1", "f1", [](const Agreement& a) { return a.f1; }, false},
+    {"omega", "omega", [](const Agreement& a) { return a.omega; }, false},
+    {"ARI", "ari", [](const Agreement& a) { return a.ari.value_or(NONE); }, false},
+    {"NMI", "nmi", [](const Agreement& a) { return a.nmi.value_or(NONE); }, false},
+    {"VI", "vi", [](const Agreement& a) { return a.vi.value_or(NONE); }, true},
+};
+
+/// The row with the best value of a column, the first of several; none if no row has a value.
+std::optional<std::size_t> bestRow(const std::vector<LevelRow>& rows, const Column& column) {
+    std::optional<std::size_t> best;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const double value = column.value(rows[i].agreement);
+        if (std::isnan(value)) continue;
+        const double former = best ? column.value(rows[*best].agreement) : 0;
+        if (!best || (column.least ? value < former : value > former)) best = i;
+    }
+    return best;
+}
+
+std::vector<LevelRow> compareLevels(const ClusterLevels& first, const ClusterLevels& second,
+                                    const CompareCommand& command) {
+    // The same nodes for all levels, though the lower ones may not have all of them.
+    const std::vector<Id> nodes = chosenNodes(first.flat(), second.flat(), command.nodes);
+    const auto covers = [&](const ClusterLevels& clusters) {
+        std::vector<Cover> result;
+        for (LevelNum level = 0; level < clusters.levels(); ++level)
+            result.push_back(coverOf(clusters.level(level), nodes, command.count));
+        return result;
+    };
+    const std::vector<Cover> x = covers(first);
+    const std::vector<Cover> y = covers(second);
+    std::vector<LevelRow> rows;
+    for (LevelNum i = 0; i < x.size(); ++i)
+        for (LevelNum j = 0; j < y.size(); ++j)
+            rows.push_back(
+                {i, j, x[i].clusters(), y[j].clusters(), agreement(x[i], y[j], command.omega)});
+    return rows;
+}
+
+std::string levelsAsJson(const std::vector<LevelRow>& rows, const CompareCommand& command) {
+    std::string text = "{\"first\": " + jsonQuoted(command.first) +
+                       ", \"second\": " + jsonQuoted(command.second) + ", \"levels\": [";
+    for (const LevelRow& row : rows) {
+        text += (&row == rows.data() ? "{" : ", {") +
+                ("\"first_level\": " + std::to_string(row.first)) +
+                ", \"second_level\": " + std::to_string(row.second) +
+                ", \"first_clusters\": " + std::to_string(row.firstClusters) +
+                ", \"second_clusters\": " + std::to_string(row.secondClusters);
+        for (const Column& column : COLUMNS) {
+            const double value = column.value(row.agreement);
+            text += std::string(", \"") + column.key +
+                    "\": " + (std::isnan(value) ? "null" : number(value, 12));
+        }
+        text += "}";
+    }
+    text += "], \"best\": {";
+    for (const Column& column : COLUMNS) {
+        const auto best = bestRow(rows, column);
+        text += (&column == COLUMNS ? "\"" : ", \"") + std::string(column.key) +
+                "\": " + (best ? std::to_string(*best) : "null");
+    }
+    return text + "}}\n";
+}
+
+std::string levelsAsText(const std::vector<LevelRow>& rows, const CompareCommand& command,
+                         bool ofFirst, bool ofSecond) {
+    std::string text = command.first + " and " + command.second + "\n\n";
+    const auto head = [&text](bool shown, const char* level, const char* clusters) {
+        if (shown) text += format("%6s", level);
+        if (shown) text += format("%10s", clusters);
+    };
+    head(ofFirst, "level", "clusters");
+    head(ofSecond, ofFirst ? "2nd" : "level", "clusters");
+    for (const Column& column : COLUMNS) text += format("%10s ", column.name);
+    text.back() = '\n';
+    for (const LevelRow& row : rows) {
+        if (ofFirst) text += format("%6u%10s", row.first, grouped(row.firstClusters).c_str());
+        if (ofSecond) text += format("%6u%10s", row.second, grouped(row.secondClusters).c_str());
+        for (const Column& column : COLUMNS) {
+            const double value = column.value(row.agreement);
+            const bool best = bestRow(rows, column) == static_cast<std::size_t>(&row - rows.data());
+            text += (std::isnan(value) ? format("%10s", "-") : format("%10.4f", value)) +
+                    (best ? '*' : ' ');
+        }
+        text.erase(text.find_last_not_of(' ') + 1);
+        text += '\n';
+    }
+    return text + "* the best of its column\n";
 }
 
 std::string asText(const Comparison& comparison) {
@@ -115,6 +223,7 @@ std::string asText(const Comparison& comparison) {
             : "estimated from " + grouped(agreement.omegaSamples) + " pairs drawn of each file");
     if (agreement.ari) row("adjusted Rand", *agreement.ari, "of partitions");
     if (agreement.nmi) row("NMI", *agreement.nmi, "of partitions, over the mean entropy");
+    if (agreement.vi) row("variation", *agreement.vi, "of information, of partitions, in nats");
     if (!agreement.ari) text += "No adjusted Rand index and NMI: these aren't two partitions.\n";
     return text;
 }
@@ -158,6 +267,16 @@ Cover coverOf(const ClustersFile& file, const std::vector<Id>& nodes, Size count
 
 void run(const CompareCommand& command) {
     requireOneStandardInput(command.first, command.second);
+    if (command.levels) {
+        const ClusterLevels first = read(command.first, command);
+        const ClusterLevels second = read(command.second, command);
+        const std::vector<LevelRow> rows = compareLevels(first, second, command);
+        const bool ofSecond = second.levels() > 1;
+        print(command.json
+                  ? levelsAsJson(rows, command)
+                  : levelsAsText(rows, command, first.levels() > 1 || !ofSecond, ofSecond));
+        return;
+    }
     const Comparison comparison = compare(command);
     print(command.json ? asJson(comparison) : asText(comparison));
 }

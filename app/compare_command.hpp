@@ -2,7 +2,7 @@
 #pragma once
 
 #include <vorl/agreement/agreement.hpp>
-#include <vorl/reading/clusters_file.hpp>
+#include <vorl/reading/cluster_levels.hpp>
 
 #include <string>
 #include <vector>
@@ -19,6 +19,8 @@ struct CompareCommand {
     NodeSet nodes = NodeSet::UNION;
     Id count = 0;  ///< number of nodes of the network, counted if it is the larger number
     OmegaLimits omega;
+    ClustersFormat format = ClustersFormat::UNKNOWN;
+    bool levels = false;  ///< each level by itself
     bool strict = false;
     bool json = false;
     bool quiet = false;

@@ -2,17 +2,13 @@
 
 #include "errors.hpp"
 #include "output_text.hpp"
-#include "output_tree.hpp"
+#include "text_output.hpp"
 
 #include <vorl/reading/network_text.hpp>
 #include <vorl/reading/text_file.hpp>
 #include <vorl/types/id_numbers.hpp>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
 
 namespace vorl::app {
 
@@ -38,18 +34,6 @@ void checkFormat(const ConvertCommand& command, FileFormat format, const Network
                " without a link can't be told in the formats nse and nsa");
 }
 
-void write(const std::string& text, OutputTree& files, const std::string& name) {
-    std::error_code err;
-    std::filesystem::create_directories(std::filesystem::path(files.path()).parent_path(), err);
-    std::FILE* const file = std::fopen(files.path().c_str(), "w");
-    if (!file) throw InputError(name + ": " + std::strerror(errno));
-    errno = 0;
-    const bool whole = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    if (std::fclose(file) != 0 || !whole)
-        throw InputError(name + ": " + std::strerror(errno ? errno : EIO));
-    files.commit();
-}
-
 }  // namespace
 
 void run(const ConvertCommand& command) {
@@ -73,7 +57,7 @@ void run(const ConvertCommand& command) {
 
     NetworkWriter writer(format, facts);
     scan([&](const RawLink& ln) { writer.add(ln); });
-    write(writer.take(), files, command.output);
+    writeText(writer.take(), files, command.output);
     if (!command.quiet && !files.isStandardOutput())
         print(command.output + ": " + counted(*facts.nodes, "node") + ", " +
               counted(facts.links(), "link") + "\n");

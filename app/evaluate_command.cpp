@@ -1,16 +1,17 @@
 #include "evaluate_command.hpp"
 
+#include "clusters_input.hpp"
 #include "errors.hpp"
 #include "output_text.hpp"
 
-#include <vorl/reading/clusters_file.hpp>
 #include <vorl/reading/memory_file.hpp>
 #include <vorl/reading/text_file.hpp>
 #include <vorl/shared/operations.hpp>
 
 #include <cmath>
 #include <cstdio>
-#include <memory>
+#include <optional>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -53,39 +54,130 @@ std::string asJson(const EvaluateCommand& command, Size clusters, Size nodes, Si
            ", \"modularity_at_estimated_gamma\": " + measure(measures.sgmod) + "}\n";
 }
 
+ClusterLevels read(const EvaluateCommand& command) {
+    return readClusters(command.clusters, {.format = command.format,
+                                           .strict = command.strict,
+                                           .levels = command.levels,
+                                           .quiet = command.quiet});
+}
+
+/// Measures clusters on a network, which is spent.
+Intrinsics measured(const EvaluateCommand& command, Network& network, ClustersFile clusters) {
+    Intrinsics measures;
+    std::visit(
+        [&](auto& graph) {
+            clusters.requireNodes(nodeIds(*graph), command.read.file);
+            const MemoryFile file(clusters.strictText());
+            clusters = {};  // room for the evaluation
+            evaluateClusters(measures, *graph, file.name(), static_cast<AccWeight>(command.gamma));
+        },
+        network.graph);
+    return measures;
+}
+
+/// The clusters of one level, and what is measured of them.
+struct LevelRow {
+    Size clusters;
+    Size nodes;  ///< in a cluster
+    Intrinsics measures;
+};
+
+std::vector<LevelRow> evaluateLevels(const EvaluateCommand& command) {
+    if (command.read.file == STANDARD_INPUT)
+        throw UsageError(
+            "--levels reads the network anew for each level, which the standard "
+            "input doesn't allow for");
+    const ClusterLevels clusters = read(command);
+    std::vector<LevelRow> rows;
+    for (LevelNum level = 0; level < clusters.levels(); ++level) {
+        Network network = readNetwork(command.read);
+        if (level == 0 && !command.quiet) showWarnings(network, command.read);
+        ClustersFile file = clusters.level(level);
+        rows.push_back({file.clusters.size(), file.nodes.size(), Intrinsics()});
+        rows.back().measures = measured(command, network, std::move(file));
+    }
+    return rows;
+}
+
+/// The row with the highest modularity, or the lowest conductance; none if no row has one.
+std::optional<std::size_t> bestRow(const std::vector<LevelRow>& rows, float Intrinsics::*measure,
+                                   bool least) {
+    std::optional<std::size_t> best;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const float value = rows[i].measures.*measure;
+        if (std::isnan(value)) continue;
+        const float former = best ? rows[*best].measures.*measure : 0;
+        if (!best || (least ? value < former : value > former)) best = i;
+    }
+    return best;
+}
+
+std::string levelsAsText(const EvaluateCommand& command, const std::vector<LevelRow>& rows) {
+    std::string text = command.clusters +
+                       "\n\n level  clusters     nodes  conductance  modularity"
+                       "  est. gamma  modularity there\n";
+    const auto conductance = bestRow(rows, &Intrinsics::cdn, true);
+    const auto modularity = bestRow(rows, &Intrinsics::mod, false);
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const Intrinsics& measures = rows[i].measures;
+        const auto value = [](float measure) {
+            return std::isnan(measure) ? std::string("-")
+                                       : format("%.6f", static_cast<double>(measure));
+        };
+        text += format("%6zu%10s%10s%13s%s%11s%s%11s%18s\n", i, grouped(rows[i].clusters).c_str(),
+                       grouped(rows[i].nodes).c_str(), value(measures.cdn).c_str(),
+                       conductance == i ? "*" : " ", value(measures.mod).c_str(),
+                       modularity == i ? "*" : " ", value(measures.gamma).c_str(),
+                       value(measures.sgmod).c_str());
+    }
+    return text + "* the best of its column; modularity at gamma " +
+           format("%.6g", static_cast<double>(command.gamma)) + "\n";
+}
+
+std::string levelsAsJson(const EvaluateCommand& command, const std::vector<LevelRow>& rows) {
+    const auto value = [](float measure) { return jsonNumber(static_cast<double>(measure)); };
+    const auto place = [](const std::optional<std::size_t>& best) {
+        return best ? std::to_string(*best) : std::string("null");
+    };
+    std::string text = "{\"file\": " + jsonQuoted(command.clusters) +
+                       ", \"gamma\": " + value(command.gamma) + ", \"levels\": [";
+    for (const LevelRow& row : rows)
+        text += (&row == rows.data() ? "{" : ", {") +
+                ("\"clusters\": " + std::to_string(row.clusters)) +
+                ", \"covered_nodes\": " + std::to_string(row.nodes) +
+                ", \"conductance\": " + value(row.measures.cdn) +
+                ", \"modularity\": " + value(row.measures.mod) +
+                ", \"estimated_gamma\": " + value(row.measures.gamma) +
+                ", \"modularity_at_estimated_gamma\": " + value(row.measures.sgmod) + "}";
+    return text + "], \"best\": {\"conductance\": " + place(bestRow(rows, &Intrinsics::cdn, true)) +
+           ", \"modularity\": " + place(bestRow(rows, &Intrinsics::mod, false)) + "}}\n";
+}
+
 }  // namespace
 
 void run(const EvaluateCommand& command) {
     requireOneStandardInput(command.read.file, command.clusters);
+    if (command.levels) {
+        const std::vector<LevelRow> rows = evaluateLevels(command);
+        print(command.json ? levelsAsJson(command, rows) : levelsAsText(command, rows));
+        return;
+    }
     Network network = readNetwork(command.read);
     if (!command.quiet) showWarnings(network, command.read);
-    auto clusters = std::make_unique<ClustersFile>(
-        parseClusters(TextFile(command.clusters).text(), command.clusters));
-    if (command.strict) clusters->requireStrict();
-    clusters->requireClusters();
+    ClustersFile clusters = read(command).flat();
     const auto remark = [&](const std::string& text) {
         if (!command.quiet)
             std::fprintf(stderr, "vorl: %s: %s\n", command.clusters.c_str(), text.c_str());
     };
-    if (const std::string deviations = clusters->deviationsText(); !deviations.empty())
-        remark(deviations);
-    const Size covered = clusters->nodes.size();
+    const Size covered = clusters.nodes.size();
     if (const Size left = network.nodes - covered; covered < network.nodes)
         remark(counted(left, "node") + " of the network " + (left == 1 ? "is" : "are") +
                " in no cluster; links to " + (left == 1 ? "it" : "them") + " lead out of clusters");
 
-    std::visit(
-        [&](auto& graph) {
-            clusters->requireNodes(nodeIds(*graph), command.read.file);
-            const MemoryFile file(clusters->strictText());
-            clusters.reset();
-            Intrinsics measures;
-            const Size count = evaluateClusters(measures, *graph, file.name(),
-                                                static_cast<AccWeight>(command.gamma));
-            print(command.json ? asJson(command, count, network.nodes, covered, measures)
-                               : asText(command, count, network.nodes, measures));
-        },
-        network.graph);
+    const Size count = clusters.clusters.size();
+    const Intrinsics measures = measured(command, network, std::move(clusters));
+    print(command.json ? asJson(command, count, network.nodes, covered, measures)
+                       : asText(command, count, network.nodes, measures));
 }
 
 }  // namespace vorl::app

@@ -3,6 +3,8 @@
 
 #include "network_input.hpp"
 
+#include <vorl/reading/cluster_levels.hpp>
+
 #include <string>
 
 namespace vorl::app {
@@ -10,6 +12,8 @@ namespace vorl::app {
 struct EvaluateCommand {
     ReadOptions read;
     std::string clusters;
+    ClustersFormat format = ClustersFormat::UNKNOWN;
+    bool levels = false;  ///< each level by itself
     float gamma = 1;
     bool strict = false;
     bool json = false;

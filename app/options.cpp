@@ -298,16 +298,34 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
     app.add_flag("-q,--quiet", command.quiet, "No summary, no warnings")->group(group);
 }
 
+constexpr const char* CLUSTERS_FORM =
+    "a cluster a line, [id>] node[:share] ..., a table of nodes and clusters (.tsv, .csv, .clu), "
+    "or "
+    "a hierarchy (.rhb)";
+
+/// How the files of clusters are read.
+void addTableOption(CLI::App& app, ClustersFormat& format) {
+    app.add_flag_function(
+        "--table", [&format](std::int64_t) { format = ClustersFormat::TABLE; },
+        "Clusters are tables, a node and its cluster a line, whatever the name of the file");
+}
+
+void addClustersOptions(CLI::App& app, ClustersFormat& format, bool& levels, bool& strict) {
+    addTableOption(app, format);
+    app.add_flag("--levels", levels, "A row for each level of a hierarchy, the best ones marked");
+    app.add_flag("--strict", strict,
+                 "Refuse files with wrong counts in the header, incomplete shares and the like");
+}
+
 void addEvaluateOptions(CLI::App& app, EvaluateCommand& command) {
     addReadOptions(app, command.read);
-    app.add_option("CLUSTERS", command.clusters, "The clusters, one a line: [id>] node[:share] ...")
+    app.add_option("CLUSTERS", command.clusters, std::string("The clusters: ") + CLUSTERS_FORM)
         ->check(checkName)
         ->required();
     addAssemblyOptions(app, command.read);
     addFloat(app, "--gamma", command.gamma, 0, 1e30f, "G",
              "Resolution of the modularity; 1 if not given");
-    app.add_flag("--strict", command.strict,
-                 "Refuse files with wrong counts in the header, incomplete shares and the like");
+    addClustersOptions(app, command.format, command.levels, command.strict);
     app.add_flag("--json", command.json, "The result as one JSON document");
     app.add_flag("-q,--quiet", command.quiet, "No remarks on the files");
 }
@@ -330,7 +348,7 @@ void addConvertOptions(CLI::App& app, ConvertCommand& command) {
 
 /// The options of `vorl compare`.
 void addCompareOptions(CLI::App& app, CompareCommand& command) {
-    app.add_option("FIRST", command.first, "Clusters, one a line: [id>] node[:share] ...")
+    app.add_option("FIRST", command.first, std::string("Clusters: ") + CLUSTERS_FORM)
         ->check(checkName)
         ->required();
     app.add_option("SECOND", command.second, "Clusters to compare with; their order is the same")
@@ -352,9 +370,65 @@ void addCompareOptions(CLI::App& app, CompareCommand& command) {
                     "The omega index is exact up to N pairs of nodes inside the clusters of a file "
                     "(100000000); above, it is estimated from 5000000 pairs of each, drawn with a "
                     "fixed seed");
-    app.add_flag("--strict", command.strict,
-                 "Refuse files with wrong counts in the header, incomplete shares and the like");
+    addClustersOptions(app, command.format, command.levels, command.strict);
     app.add_flag("--json", command.json, "The result as one JSON document");
+    app.add_flag("-q,--quiet", command.quiet, "No remarks on the files");
+}
+
+void addHierarchyFile(CLI::App& app, std::string& file) {
+    app.add_option("FILE", file, "A hierarchy (.rhb), - is the standard input")
+        ->check(checkName)
+        ->required();
+}
+
+void addShowOptions(CLI::App& app, ShowCommand& command) {
+    addHierarchyFile(app, command.file);
+    CLI::Option* const node =
+        addNumber<Id>(app, "--node", command.node,
+                      "The clusters of the node with this id, up to the root, with its shares");
+    addNumber<Id>(app, "--cluster", command.cluster,
+                  "The members, the owners and the parts of the cluster with this id")
+        ->excludes(node);
+    app.add_flag("--json", command.json, "The result as one JSON document");
+}
+
+void addCutOptions(CLI::App& app, CutCommand& command) {
+    addHierarchyFile(app, command.file);
+    CLI::Option* const level =
+        addNumber<LevelNum>(app, "--level", command.level, "The level, 0 is the lowest");
+    addNumber<Id>(app, "--clusters", command.clusters,
+                  "The level whose number of clusters is nearest to N")
+        ->excludes(level);
+    app.add_option("-o,--output", command.output,
+                   "File of the clusters; the standard output if not given")
+        ->check(checkName)
+        ->type_name("FILE");
+    app.add_flag("-q,--quiet", command.quiet, "No report");
+}
+
+void addExtractOptions(CLI::App& app, ExtractCommand& command) {
+    addReadOptions(app, command.read);
+    app.add_option("CLUSTERS", command.clusters, std::string("The clusters: ") + CLUSTERS_FORM)
+        ->check(checkName)
+        ->required();
+    addTableOption(app, command.clustersFormat);
+    CLI::Option* const cluster = addNumber<Id>(
+        app, "--cluster", command.cluster,
+        "The network of the nodes of the cluster with this id, or of this place from 1 on");
+    CLI::Option* const quotient =
+        app.add_flag("--quotient", command.quotient,
+                     "The network of the clusters: links between them, and inside as self links")
+            ->excludes(cluster);
+    addNumber<LevelNum>(app, "--level", command.level,
+                        "Level of the clusters of the quotient; the root of a hierarchy if not "
+                        "given")
+        ->needs(quotient);
+    app.add_option("-o,--output", command.output, "File to write; the standard output if not given")
+        ->check(checkName)
+        ->type_name("FILE");
+    addChoice(
+        app, "--to", FORMATS, [&command](FileFormat format) { command.format = format; },
+        "Format of the file to write; told from its name, else that of the network");
     app.add_flag("-q,--quiet", command.quiet, "No remarks on the files");
 }
 
@@ -370,6 +444,10 @@ CommandLine::CommandLine() : app(DESCRIPTION, "vorl") {
     add("info", "Tell what the file of a network holds", addInfoOptions, info);
     add("convert", "Write a network in another format", addConvertOptions, convert);
     add("compare", "Tell how alike two clusterings are", addCompareOptions, compare);
+    add("show", "Tell what a hierarchy holds, of a node or of a cluster", addShowOptions, show);
+    add("cut", "Write the clusters of one level of a hierarchy", addCutOptions, cut);
+    add("extract", "Write the network inside a cluster, or that of the clusters", addExtractOptions,
+        extract);
 }
 
 template <class CommandT>

@@ -5,8 +5,11 @@
 #include "cluster_command.hpp"
 #include "compare_command.hpp"
 #include "convert_command.hpp"
+#include "cut_command.hpp"
 #include "evaluate_command.hpp"
+#include "extract_command.hpp"
 #include "info_command.hpp"
+#include "show_command.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -35,6 +38,9 @@ public:
     InfoCommand info;
     ConvertCommand convert;
     CompareCommand compare;
+    ShowCommand show;
+    CutCommand cut;
+    ExtractCommand extract;
 
 private:
     template <class CommandT>

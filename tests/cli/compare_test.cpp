@@ -21,7 +21,7 @@ TEST(Compare, JsonTellsTheMeasures) {
                   "\"nodes_only_here\": 0}, \"compared_nodes\": 6, \"nmi_max\": 0.333333333333, "
                   "\"nmi_lfk\": 0.39624062518, \"f1\": 0.733333333333, \"omega\": "
                   "0.242424242424, \"omega_samples\": 0, \"ari\": 0.242424242424, "
-                  "\"nmi\": 0.515803742979}\n");
+                  "\"nmi\": 0.515803742979, \"vi\": 0.867563228481}\n");
     EXPECT_TRUE(contains(run.err, thirds + ": the clusters are numbered")) << run.err;
     EXPECT_EQ(vorl("compare -q " + halves + " " + thirds).err, "");
     const Outcome strict = vorl("compare --strict " + halves + " " + thirds);

@@ -141,7 +141,7 @@ void read(const std::string& text) {
         const ClustersFile clusters = parseClusters(text, "fuzz");
         const bool known = clusters.nodes.empty() || clusters.nodes.back() < NODES;
         const bool plain = text.find('\r') == std::string::npos && !text.starts_with("\xEF");
-        if (clusters.deviations.empty() && known && plain)
+        if (clusters.deviations.empty() && !clusters.severalLevels && known && plain)
             load<GraphT>(clusters, ring<DIRECTED, GraphT>, file.name());
     } catch (const InputError&) {
     }

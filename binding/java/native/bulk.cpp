@@ -5,7 +5,7 @@
 #include <vorl/graph.hpp>
 #include <vorl/hierarchy/cluster.hpp>
 #include <vorl/processing/validation.hpp>
-#include <vorl/reading/clusters_file.hpp>
+#include <vorl/reading/cluster_levels.hpp>
 #include <vorl/reading/memory_file.hpp>
 #include <vorl/reading/network.hpp>
 #include <vorl/reading/text_file.hpp>
@@ -343,8 +343,7 @@ JNIEXPORT jdoubleArray JNICALL Java_info_quenta_vorl_Bulk_evaluate(JNIEnv* env, 
         const Text name(env, file);
         const Text networkName(env, network);
         return onGraph(graph, weighted, [&](auto& gr) {
-            const ClustersFile clusters = parseClusters(TextFile(name.data()).text(), name.data());
-            clusters.requireClusters();
+            const ClustersFile clusters = readClusterLevels(name.data()).flat();
             std::vector<Id> ids;
             for (const auto& node : gr.nodes()) ids.push_back(node.id);
             clusters.requireNodes(std::move(ids), networkName.data());

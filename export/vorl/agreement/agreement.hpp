@@ -65,7 +65,7 @@ struct OmegaLimits {
     Size samples = 5'000'000;       ///< pairs drawn from each clustering above that
 };
 
-/// Measures of likeness, all symmetric and 1 for equal clusterings.
+/// Measures of likeness, all symmetric, and all but the last one 1 for equal clusterings.
 struct Agreement {
     /// Mutual information of overlapping clusters over the larger entropy; 0 to 1.
     /// A. F. McDaid, D. Greene, N. Hurley, arXiv:1110.2515 (2011).
@@ -90,6 +90,10 @@ struct Agreement {
     /// Mutual information over the mean of the entropies; of partitions only. L. Danon et al.,
     /// J. Stat. Mech. P09008 (2005), doi:10.1088/1742-5468/2005/09/P09008.
     std::optional<double> nmi;
+    /// Variation of information in nats, from 0 for equal partitions up to the logarithm of the
+    /// number of nodes; of partitions only. M. Meila, J. Multivar. Anal. 98, 873 (2007),
+    /// doi:10.1016/j.jmva.2006.11.013.
+    std::optional<double> vi;
 };
 
 /// Compares two clusterings of the same number of nodes, each with at least one cluster.

@@ -46,17 +46,34 @@ struct VORL_API ClustersFile {
     };
 
     std::string name;
-    std::vector<Cluster> clusters;  ///< in the file's order; those without members are left out
-    std::vector<Id> members;        ///< of all clusters, one behind the other, in the file's order
-    std::vector<Share> shares;      ///< of each member, 0 where none is stated; empty if all are 0
-    std::vector<Id> nodes;          ///< each node once, ascending
+    std::vector<Cluster> clusters;   ///< in the file's order; those without members are left out
+    std::vector<Id> members;         ///< of all clusters, one behind the other, in the file's order
+    std::vector<Share> shares;       ///< of each member, 0 where none is stated; empty if all are 0
+    std::vector<std::size_t> lines;  ///< of each member, where it isn't that of the cluster
+    std::vector<Id> nodes;           ///< each node once, ascending
     bool numbered = false;
+    /// Whether there are clusters of several levels, which is told by those inside others: more
+    /// than half of all, or any where the header counts more clusters than there are lines.
+    bool severalLevels = false;
     std::optional<Size> toldNodes;  ///< the number of nodes of the network by the header
     std::vector<Deviation> deviations;
 
     std::span<const Id> membersOf(const Cluster& cluster) const {
         return {members.data() + cluster.begin, cluster.end - cluster.begin};
     }
+
+    /// The line of the file that tells of a member.
+    std::size_t lineOf(const Cluster& cluster, std::size_t member) const {
+        return lines.empty() ? cluster.line : lines[member];
+    }
+
+    /// The levels of clusters that lie inside each other. A level holds the clusters that aren't
+    /// inside another one of it; the first one those without inner clusters, and each further one
+    /// adds those of which all inner clusters came before.
+    /// @return the places of the clusters on each level, ascending
+    std::vector<std::vector<Id>> nestedLevels() const;
+    /// The clusters of these places, ascending, alone.
+    ClustersFile selected(std::span<const Id> places) const;
 
     /// The share of each member in its cluster; those of a node add up to 1.
     ///
@@ -67,7 +84,8 @@ struct VORL_API ClustersFile {
     std::vector<Share> completeShares() const;
 
     /// The file in the strict form, with plain lines, which `CnlParser` takes as it is.
-    std::string strictText() const;
+    /// @param told  number of nodes for the header, if it is larger than that of the file
+    std::string strictText(Size told = 0) const;
 
     /// What was brought into the strict form, in one line; empty if nothing was.
     std::string deviationsText(bool withShares = true) const;
@@ -88,5 +106,17 @@ struct VORL_API ClustersFile {
 /// @param name  of the file, for messages
 /// @throws InputError with the file and line of the first fault
 VORL_API ClustersFile parseClusters(std::string_view text, const std::string& name);
+
+/// Reads a table of memberships: a node and a cluster a line, parted by blanks, tabs, commas or
+/// semicolons.
+///
+/// A line of names, also as a comment, may stand first; it tells the columns of the node, of the
+/// cluster (community, module, group ...) and of the share. Without it the first two columns count,
+/// and further ones aren't read. Behind a line that begins with *vertices a line is the cluster of
+/// the node of that number, from 1 on. Nodes are ids; clusters may bear any name, and are numbered
+/// if all names are ids. Quotes around a word don't count.
+/// @param name  of the file, for messages
+/// @throws InputError with the file and line of the first fault
+VORL_API ClustersFile parseTable(std::string_view text, const std::string& name);
 
 }  // namespace vorl

@@ -172,18 +172,14 @@ double meanRest(const Side& own, const Side& other) {
     return result / static_cast<double>(own.whole.size());
 }
 
-double nmiOfPartitions(const Side& x, const Side& y, double information, Size count) {
-    const double nodes = static_cast<double>(count);
-    const auto entropy = [nodes](const std::vector<Size>& sizes) {
-        double result = 0;
-        for (Size size : sizes) {
-            const double part = static_cast<double>(size) / nodes;
-            result -= part * std::log(part);
-        }
-        return result;
-    };
-    const double total = entropy(x.sizes) + entropy(y.sizes);
-    return total == 0 ? 1 : 2 * information / total;
+/// Entropy in nats of the cluster of a node.
+double entropyOf(const std::vector<Size>& sizes, Size count) {
+    double result = 0;
+    for (Size size : sizes) {
+        const double part = static_cast<double>(size) / static_cast<double>(count);
+        result -= part * std::log(part);
+    }
+    return result;
 }
 
 /// Numbers of pairs of nodes by the number of clusters that they have in common, without those that
@@ -397,7 +393,11 @@ Agreement agreement(const Cover& first, const Cover& second, const OmegaLimits& 
         const double every = static_cast<double>(pairsOf(first.nodes()));
         result.omega = every == 0 ? 1 : omegaOf({{inX}}, {{inY}}, inX + inY - 2 * inBoth, every);
         result.ari = result.omega;
-        result.nmi = nmiOfPartitions(walk.x, walk.y, walk.together.information, first.nodes());
+        const double entropies =
+            entropyOf(walk.x.sizes, first.nodes()) + entropyOf(walk.y.sizes, first.nodes());
+        const double information = walk.together.information;
+        result.nmi = entropies == 0 ? 1 : 2 * information / entropies;
+        result.vi = std::max(0., entropies - 2 * information);
     } else if (pairsOf(first.nodes()) == 0) {
         result.omega = 1;
     } else if (pairs <= limits.exactPairs) {

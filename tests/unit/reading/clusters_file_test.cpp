@@ -67,7 +67,7 @@ TEST(ClustersFile, DeviationsAreFound) {
          2,
          "for node 3"},
         {"1:0.333333\n1:0.333333\n1:0.333333\n", {Deviation::SHARES_ROUNDED}, 1, "node 1"},
-        {"4\n1:0.3 2:0.7 4\n2:0.4 1:0.3\n",
+        {"4 5\n1:0.3 2:0.7 4\n2:0.4 1:0.3 6\n",
          {Deviation::SHARES_UNBALANCED},
          2,
          "for 2 nodes (the first is 1), but to 0.6"},

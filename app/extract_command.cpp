@@ -1,0 +1,119 @@
+#include "extract_command.hpp"
+
+#include "clusters_input.hpp"
+#include "errors.hpp"
+#include "output_text.hpp"
+#include "text_output.hpp"
+
+#include <vorl/reading/network_text.hpp>
+#include <vorl/reading/quotient.hpp>
+#include <vorl/reading/text_file.hpp>
+#include <vorl/types/id_numbers.hpp>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace vorl::app {
+
+namespace {
+
+/// The format that the output is written in: told, by its name, or that of the network.
+FileFormat outputFormat(const ExtractCommand& command) {
+    if (command.format != FileFormat::UNKNOWN) return command.format;
+    if (command.output == STANDARD_OUTPUT) return networkFormat(command.read);
+    try {
+        return networkFormat({.file = command.output});
+    } catch (const UnknownFormat&) {
+        throw UsageError(command.output +
+                         ": the format can't be told from the name, give it with "
+                         "--to");
+    }
+}
+
+void remark(const ExtractCommand& command, const std::string& file, const std::string& text) {
+    if (!command.quiet) std::fprintf(stderr, "vorl: %s: %s\n", file.c_str(), text.c_str());
+}
+
+void requireHolds(const ExtractCommand& command, FileFormat format, bool arcs) {
+    if (format == FileFormat::NSE && arcs)
+        throw InputError(command.read.file +
+                         ": the network has arcs, which the format nse can't hold; nsa or rcg can");
+}
+
+std::string inducedText(const ExtractCommand& command, FileFormat format) {
+    const std::vector<Id> members =
+        readClusters(command.clusters,
+                     {.format = command.clustersFormat, .levels = true, .quiet = command.quiet})
+            .membersOf(*command.cluster);
+    const TextFile text(command.read.file);
+    const auto scan = [&](const LinkVisitor& visit) {
+        return scanNetwork(text.text(), command.read.file, networkFormat(command.read),
+                           !command.read.unweighted, [&](const RawLink& ln) {
+                               if (std::binary_search(members.begin(), members.end(), ln.src) &&
+                                   std::binary_search(members.begin(), members.end(), ln.dst))
+                                   visit(ln);
+                           });
+    };
+    NetworkFacts own;
+    IdNumbers linked;
+    const NetworkFacts whole = scan([&](const RawLink& ln) {
+        ++(ln.arc ? own.arcs : own.edges);
+        linked.number(ln.src);
+        linked.number(ln.dst);
+    });
+    own.weighted = whole.weighted;
+    own.toldDirected = whole.toldDirected;
+    own.nodes = linked.size();
+    requireHolds(command, format, own.directed());
+    if (linked.size() < members.size())
+        remark(command, command.clusters,
+               counted(members.size() - linked.size(), "node") +
+                   " without a link inside the cluster left out");
+    NetworkWriter writer(format, own);
+    scan([&](const RawLink& ln) { writer.add(ln); });
+    return writer.take();
+}
+
+std::string quotientText(const ExtractCommand& command, FileFormat format) {
+    const ClusterLevels levels =
+        readClusters(command.clusters, {.format = command.clustersFormat,
+                                        .levels = command.level.has_value(),
+                                        .quiet = command.quiet});
+    if (command.level && *command.level >= levels.levels())
+        throw InputError(command.clusters + ": there is no level " +
+                         std::to_string(*command.level) + ", but " +
+                         counted(levels.levels(), "level"));
+    const ClustersFile clusters = command.level ? levels.level(*command.level) : levels.flat();
+    const Network network = readNetwork(command.read);
+    if (!command.quiet) showWarnings(network, command.read);
+    const Quotient quotient = quotientOf(network, clusters);
+    requireHolds(command, format, network.directed);
+    const auto leftOut = [&](Size count, const char* thing, const char* why) {
+        if (count != 0) remark(command, command.clusters, counted(count, thing) + why);
+    };
+    leftOut(quotient.uncovered, "node", " of the network in no cluster, left out with all links");
+    leftOut(quotient.linkless, "cluster", " without any link left out");
+    NetworkFacts facts;
+    (network.directed ? facts.arcs : facts.edges) = quotient.links.size();
+    facts.toldDirected = network.directed;
+    facts.nodes = clusters.clusters.size() - quotient.linkless;
+    NetworkWriter writer(format, facts);
+    for (const RawLink& ln : quotient.links) writer.add(ln);
+    return writer.take();
+}
+
+}  // namespace
+
+void run(const ExtractCommand& command) {
+    if (!command.cluster && !command.quotient)
+        throw UsageError("extract needs a cluster, --cluster ID, or --quotient");
+    requireOneStandardInput(command.read.file, command.clusters);
+    requireOther(command.output, command.read.file);
+    requireOther(command.output, command.clusters);
+    const FileFormat format = outputFormat(command);
+    OutputTree files(command.output);
+    writeText(command.quotient ? quotientText(command, format) : inducedText(command, format),
+              files, command.output);
+}
+
+}  // namespace vorl::app

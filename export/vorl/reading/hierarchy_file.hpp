@@ -1,0 +1,100 @@
+/// @file
+/// Reading of whole hierarchies, with every fault told by file and line.
+#pragma once
+
+#include <vorl/reading/clusters_file.hpp>
+#include <vorl/types/id_numbers.hpp>
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace vorl {
+
+/// A hierarchy as a file in the format RHB describes it.
+///
+/// Its items are numbered through, the nodes first in the file's order, then the clusters level by
+/// level. So an owner has a higher number than what it owns.
+class VORL_API HierarchyFile {
+public:
+    using Item = std::uint32_t;
+
+    /// An item with a share: the part of something that lies in the item, or of the item that lies
+    /// in something.
+    struct Share {
+        Item item;
+        double share;  ///< in (0, 1]
+    };
+
+    const std::string& name() const { return m_name; }
+    Item nodes() const { return m_nodes; }
+    Item clusters() const { return static_cast<Item>(m_ids.size()) - m_nodes; }
+    LevelNum levels() const { return static_cast<LevelNum>(m_levels.size()); }
+    /// Number of clusters formed on a level.
+    Item formedOn(LevelNum level) const;
+    /// Number of items of the hierarchy at the height of a level, as the file tells it.
+    Size heightOf(LevelNum level) const { return m_levels[level].fullsize; }
+
+    bool isNode(Item item) const { return item < m_nodes; }
+    Id id(Item item) const { return m_ids[item]; }
+    /// The level on which a cluster was formed.
+    LevelNum levelOf(Item cluster) const;
+    /// @throws InputError if the file has no such node, or no such cluster
+    Item node(Id id) const;
+    Item cluster(Id id) const;
+
+    /// The clusters that own an item directly, with the shares of the item in them.
+    std::span<const Share> owners(Item item) const {
+        return {m_owners.data() + m_begins[item], m_begins[item + 1] - m_begins[item]};
+    }
+    /// The items that a cluster owns directly, with the shares of each in it.
+    std::vector<Share> parts(Item cluster) const;
+    /// The clusters that own an item directly or indirectly, ascending, with the shares of the item
+    /// in each, added up over all paths.
+    std::vector<Share> ancestors(Item item) const;
+    /// The nodes of a cluster, ascending, with the shares of each in it.
+    std::vector<Share> members(Item cluster) const;
+
+    /// Number of the clusters that stand at a level: those that it formed and those carried past
+    /// it.
+    Item clustersAt(LevelNum level) const;
+    /// The level at which the number of clusters is nearest to the wanted one; the lower of two.
+    /// @throws InputError if there are no levels
+    LevelNum nearestLevel(Size wanted) const;
+    /// The clusters that stand at a level, with their nodes and shares.
+    ClustersFile cut(LevelNum level) const;
+
+private:
+    friend class HierarchyReader;
+
+    struct Level {
+        Item end;  ///< of its clusters
+        Size fullsize;
+    };
+
+    bool standsAt(Item cluster, LevelNum level) const;
+
+    std::string m_name;
+    Item m_nodes = 0;
+    std::vector<Id> m_ids;  ///< of the items
+    std::vector<std::size_t> m_lines;
+    std::vector<Level> m_levels;
+    std::vector<std::size_t> m_begins{0};  ///< of the owners of each item, and their end
+    std::vector<Share> m_owners;
+    IdNumbers m_nodeNumbers;
+    IdNumbers m_clusterNumbers;
+};
+
+/// Whether the text begins as one in the format RHB does.
+VORL_API bool isHierarchy(std::string_view text);
+
+/// Reads a text in the format RHB. Counts that it tells must be right, owners must be clusters of
+/// one higher level, and the shares of an item must be all stated or all left out, and add up to 1
+/// but for their rounding. Memory and time go by the size of the text.
+/// @param name  of the file, for messages
+/// @throws InputError with the file and line of the first fault
+VORL_API HierarchyFile parseHierarchy(std::string_view text, const std::string& name);
+
+}  // namespace vorl

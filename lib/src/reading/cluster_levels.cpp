@@ -1,0 +1,114 @@
+#include <vorl/reading/cluster_levels.hpp>
+
+#include <vorl/reading/text_file.hpp>
+
+#include <strings.h>
+#include <algorithm>
+#include <set>
+#include <utility>
+
+namespace vorl {
+
+namespace {
+
+/// Whether the name has the extension, in any case, behind which that of a packed file may stand.
+bool hasExtension(std::string_view name, std::string_view extension) {
+    const auto ends = [&name](std::string_view end) {
+        return name.size() >= end.size() &&
+               strncasecmp(name.data() + name.size() - end.size(), end.data(), end.size()) == 0;
+    };
+    for (const std::string_view packing : {".gz", ".zst"})
+        if (ends(packing)) name.remove_suffix(packing.size());
+    return ends(extension);
+}
+
+}  // namespace
+
+const std::string& ClusterLevels::name() const {
+    const ClustersFile* const file = list();
+    return file ? file->name : std::get<HierarchyFile>(m_file).name();
+}
+
+bool ClusterLevels::severalLevels() const {
+    const ClustersFile* const file = list();
+    return file ? file->severalLevels : levels() > 1;
+}
+
+bool ClusterLevels::likeTable() const {
+    const ClustersFile* const file = list();
+    if (!file || file->numbered || file->clusters.size() < 4 || !file->shares.empty()) return false;
+    std::set<Id> firsts;
+    std::set<Id> seconds;
+    for (const auto& cluster : file->clusters) {
+        const auto members = file->membersOf(cluster);
+        if (members.size() != 2 || !firsts.insert(members[0]).second) return false;
+        seconds.insert(members[1]);
+    }
+    return 2 * seconds.size() <= firsts.size();
+}
+
+ClustersFile ClusterLevels::flat() const {
+    const ClustersFile* const file = list();
+    ClustersFile result;
+    if (file)
+        result = *file;
+    else if (levels() != 0)
+        result = level(levels() - 1);
+    result.name = name();
+    result.requireClusters();
+    return result;
+}
+
+LevelNum ClusterLevels::levels() const {
+    if (isHierarchy()) return std::get<HierarchyFile>(m_file).levels();
+    return severalLevels() ? static_cast<LevelNum>(nested().size()) : 1;
+}
+
+const std::vector<std::vector<Id>>& ClusterLevels::nested() const {
+    if (m_nested.empty()) m_nested = std::get<ClustersFile>(m_file).nestedLevels();
+    return m_nested;
+}
+
+ClustersFile ClusterLevels::level(LevelNum level) const {
+    if (isHierarchy()) return std::get<HierarchyFile>(m_file).cut(level);
+    const auto& file = std::get<ClustersFile>(m_file);
+    return severalLevels() ? file.selected(nested()[level]) : file;
+}
+
+std::vector<Id> ClusterLevels::membersOf(Id cluster) const {
+    std::vector<Id> members;
+    if (const ClustersFile* const file = list()) {
+        const auto found = std::find_if(
+            file->clusters.begin(), file->clusters.end(), [&](const ClustersFile::Cluster& other) {
+                return file->numbered
+                           ? other.id == cluster
+                           : &other - file->clusters.data() + std::ptrdiff_t{1} == cluster;
+            });
+        if (found == file->clusters.end())
+            throw InputError(name() + ": there is no cluster " + std::to_string(cluster));
+        const auto own = file->membersOf(*found);
+        members.assign(own.begin(), own.end());
+    } else {
+        const auto& hierarchy = std::get<HierarchyFile>(m_file);
+        for (const auto& member : hierarchy.members(hierarchy.cluster(cluster)))
+            members.push_back(hierarchy.id(member.item));
+    }
+    std::sort(members.begin(), members.end());
+    return members;
+}
+
+ClusterLevels readClusterLevels(const std::string& file, ClustersFormat format) {
+    const TextFile text(file);
+    if (format == ClustersFormat::UNKNOWN) {
+        const bool table = hasExtension(file, ".tsv") || hasExtension(file, ".csv") ||
+                           hasExtension(file, ".clu") || beginsWithNames(text.text());
+        format = isHierarchy(text.text()) ? ClustersFormat::RHB
+                 : table                  ? ClustersFormat::TABLE
+                                          : ClustersFormat::CNL;
+    }
+    if (format == ClustersFormat::RHB) return ClusterLevels(parseHierarchy(text.text(), file));
+    return ClusterLevels(format == ClustersFormat::TABLE ? parseTable(text.text(), file)
+                                                         : parseClusters(text.text(), file));
+}
+
+}  // namespace vorl

@@ -1,0 +1,162 @@
+#include <vorl/reading/hierarchy_file.hpp>
+
+#include <algorithm>
+#include <map>
+
+namespace vorl {
+
+using Item = HierarchyFile::Item;
+
+namespace {
+
+/// Shares of items in others, gathered while items are walked.
+using Shares = std::map<Item, double>;
+
+std::vector<HierarchyFile::Share> listOf(const Shares& shares) {
+    std::vector<HierarchyFile::Share> list;
+    for (const auto& [item, share] : shares) list.push_back({item, std::min(share, 1.)});
+    return list;
+}
+
+}  // namespace
+
+Item HierarchyFile::formedOn(LevelNum level) const {
+    return m_levels[level].end - (level == 0 ? m_nodes : m_levels[level - 1].end);
+}
+
+LevelNum HierarchyFile::levelOf(Item cluster) const {
+    const auto level =
+        std::upper_bound(m_levels.begin(), m_levels.end(), cluster,
+                         [](Item item, const Level& other) { return item < other.end; });
+    return static_cast<LevelNum>(level - m_levels.begin());
+}
+
+Item HierarchyFile::node(Id id) const {
+    const Id number = m_nodeNumbers.find(id);
+    if (number == ID_NONE) throw InputError(m_name + ": there is no node " + std::to_string(id));
+    return number;
+}
+
+Item HierarchyFile::cluster(Id id) const {
+    const Id number = m_clusterNumbers.find(id);
+    if (number == ID_NONE) throw InputError(m_name + ": there is no cluster " + std::to_string(id));
+    return m_nodes + number;
+}
+
+std::vector<HierarchyFile::Share> HierarchyFile::parts(Item cluster) const {
+    std::vector<Share> list;
+    for (Item item = 0; item < cluster; ++item)
+        for (const Share& owner : owners(item))
+            if (owner.item == cluster) list.push_back({item, owner.share});
+    return list;
+}
+
+std::vector<HierarchyFile::Share> HierarchyFile::ancestors(Item item) const {
+    Shares shares;
+    for (const Share& owner : owners(item)) shares[owner.item] += owner.share;
+    // Owners stand behind what they own, so that each is complete when the walk reaches it.
+    for (auto at = shares.begin(); at != shares.end(); ++at)
+        for (const Share& owner : owners(at->first)) shares[owner.item] += at->second * owner.share;
+    return listOf(shares);
+}
+
+std::vector<HierarchyFile::Share> HierarchyFile::members(Item cluster) const {
+    std::vector<double> shares(cluster + std::size_t{1});
+    shares[cluster] = 1;
+    std::vector<Share> list;
+    for (Item item = cluster; item-- > 0;) {
+        for (const Share& owner : owners(item))
+            if (owner.item <= cluster) shares[item] += shares[owner.item] * owner.share;
+        if (isNode(item) && shares[item] > 0) list.push_back({item, std::min(shares[item], 1.)});
+    }
+    std::reverse(list.begin(), list.end());
+    return list;
+}
+
+bool HierarchyFile::standsAt(Item cluster, LevelNum level) const {
+    const auto above = owners(cluster);
+    return cluster < m_levels[level].end &&
+           (above.empty() || above.front().item >= m_levels[level].end);
+}
+
+Item HierarchyFile::clustersAt(LevelNum level) const {
+    Item count = 0;
+    for (Item cluster = m_nodes; cluster < m_levels[level].end; ++cluster)
+        count += standsAt(cluster, level);
+    return count;
+}
+
+LevelNum HierarchyFile::nearestLevel(Size wanted) const {
+    if (m_levels.empty()) throw InputError(m_name + ": the hierarchy has no levels");
+    const auto apart = [&](LevelNum level) {
+        const Size count = clustersAt(level);
+        return count < wanted ? wanted - count : count - wanted;
+    };
+    LevelNum nearest = 0;
+    for (LevelNum level = 1; level < levels(); ++level)
+        if (apart(level) < apart(nearest)) nearest = level;
+    return nearest;
+}
+
+ClustersFile HierarchyFile::cut(LevelNum level) const {
+    // The clusters that hold each item, from the top down.
+    const Item end = m_levels[level].end;
+    std::vector<std::vector<Share>> holders(end);
+    Shares sums;
+    for (Item item = end; item-- > 0;) {
+        if (!isNode(item) && standsAt(item, level)) {
+            holders[item] = {{item, 1}};
+            continue;
+        }
+        const auto above = owners(item);
+        if (above.empty() || above.front().item >= end) continue;
+        if (above.size() == 1) {
+            holders[item] = holders[above.front().item];
+            continue;
+        }
+        sums.clear();
+        for (const Share& owner : above)
+            for (const Share& holder : holders[owner.item])
+                sums[holder.item] += owner.share * holder.share;
+        holders[item] = listOf(sums);
+    }
+
+    ClustersFile file;
+    file.name = m_name;
+    file.numbered = true;
+    file.toldNodes = m_nodes;
+    std::vector<std::size_t> places(end + std::size_t{1});
+    std::vector<Item> order(m_nodes);
+    for (Item node = 0; node < m_nodes; ++node) {
+        order[node] = node;
+        for (const Share& holder : holders[node]) ++places[holder.item + 1];
+        if (!holders[node].empty()) file.nodes.push_back(id(node));
+    }
+    std::sort(file.nodes.begin(), file.nodes.end());
+    std::sort(order.begin(), order.end(), [&](Item a, Item b) { return id(a) < id(b); });
+    for (Item item = 0; item < end; ++item) places[item + 1] += places[item];
+    for (Item item = m_nodes; item < end; ++item)
+        if (places[item] != places[item + 1])
+            file.clusters.push_back({m_lines[item], id(item), places[item], places[item + 1]});
+    file.members.resize(places[end]);
+    file.shares.resize(places[end]);
+    bool anyStated = false;
+    for (const Item node : order) {
+        const std::size_t count = holders[node].size();
+        const auto even = vorl::Share{1} / static_cast<vorl::Share>(count);
+        const bool stated =
+            std::any_of(holders[node].begin(), holders[node].end(), [&](const Share& holder) {
+                return !equal(static_cast<vorl::Share>(holder.share), even, count);
+            });
+        anyStated = anyStated || stated;
+        for (const Share& holder : holders[node]) {
+            const std::size_t place = places[holder.item]++;
+            file.members[place] = id(node);
+            if (stated) file.shares[place] = static_cast<vorl::Share>(holder.share);
+        }
+    }
+    if (!anyStated) file.shares.clear();
+    return file;
+}
+
+}  // namespace vorl

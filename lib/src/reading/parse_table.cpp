@@ -1,0 +1,258 @@
+// The reader of tables of memberships.
+#include "settling.hpp"
+
+#include <vorl/reading/cluster_levels.hpp>
+#include <vorl/reading/tokens.hpp>
+#include <vorl/reading/wording.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <numeric>
+#include <optional>
+#include <set>
+#include <utility>
+
+namespace vorl {
+
+namespace {
+
+bool separates(char c) { return isBlank(c) || c == ',' || c == ';'; }
+
+/// The words of a line, without quotes around them.
+void splitWords(std::string_view line, std::vector<std::string_view>& words) {
+    words.clear();
+    while (!line.empty()) {
+        if (isBlank(line.front())) {
+            line.remove_prefix(1);
+            continue;
+        }
+        const bool quote = line.front() == '"' || line.front() == '\'';
+        std::size_t end = 0;
+        if (quote) {
+            end = line.find(line.front(), 1);
+            if (end == std::string_view::npos) end = line.size();
+            words.push_back(line.substr(1, end - 1));
+            end = std::min(end + 1, line.size());
+        } else {
+            while (end < line.size() && !separates(line[end])) ++end;
+            words.push_back(line.substr(0, end));
+        }
+        line.remove_prefix(end);
+        line = trimFront(line);
+        if (!line.empty() && (line.front() == ',' || line.front() == ';')) line.remove_prefix(1);
+    }
+}
+
+bool isOneOf(std::string_view word, std::initializer_list<std::string_view> names) {
+    std::string lower(word);
+    for (char& c : lower)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return std::find(names.begin(), names.end(), lower) != names.end();
+}
+
+/// Where the words of a line stand.
+struct Columns {
+    std::size_t node = 0;
+    std::size_t cluster = 1;
+    std::optional<std::size_t> share;
+};
+
+/// The columns of a line of names, if it is one.
+std::optional<Columns> columnsOf(const std::vector<std::string_view>& words) {
+    std::optional<std::size_t> node;
+    std::optional<std::size_t> cluster;
+    std::optional<std::size_t> share;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const std::string_view word = words[i];
+        if (!node && isOneOf(word, {"node", "node_id", "nodeid", "id", "vertex", "name", "member"}))
+            node = i;
+        else if (!cluster &&
+                 isOneOf(word, {"cluster", "cluster_id", "community", "community_id", "module",
+                                "module_id", "group", "label", "class", "membership", "partition"}))
+            cluster = i;
+        else if (!share && isOneOf(word, {"share", "shares"}))
+            share = i;
+    }
+    if (!node || !cluster) return std::nullopt;
+    return Columns{*node, *cluster, share};
+}
+
+class TableReader {
+public:
+    explicit TableReader(const std::string& name) { m_file.name = name; }
+
+    ClustersFile read(std::string_view text) {
+        if (text.starts_with(BYTE_ORDER_MARK)) text.remove_prefix(BYTE_ORDER_MARK.size());
+        while (!text.empty()) {
+            ++m_line;
+            std::string_view line = takeLine(text);
+            if (line.ends_with('\r')) line.remove_suffix(1);
+            if (std::memchr(line.data(), '\0', line.size()))
+                throw fault("a NUL byte: the file is binary, lines of text are expected");
+            line = trimFront(line);
+            if (line.empty()) continue;
+            const bool comment = line.front() == '#' || line.front() == '%';
+            if (comment) line.remove_prefix(1);
+            splitWords(line, m_words);
+            if (m_words.empty()) continue;
+            if (comment) {
+                if (m_rows.empty()) readNames();
+            } else if (m_rows.empty() && isOneOf(m_words[0], {"*vertices"})) {
+                m_vector = true;
+            } else if (!m_rows.empty() || m_vector || !readNames()) {
+                readRow();
+            }
+        }
+        assemble();
+        return std::move(m_file);
+    }
+
+private:
+    struct Row {
+        Id cluster;  ///< number by first appearance
+        Id node;
+        Share share;
+        std::size_t line;
+    };
+
+    InputError fault(const std::string& what) const {
+        return InputError::at(m_file.name, m_line, what);
+    }
+
+    /// Takes the names of columns, if the line has them.
+    bool readNames() {
+        const auto named = columnsOf(m_words);
+        if (named) m_columns = *named;
+        return named.has_value();
+    }
+
+    std::string_view word(std::size_t column, const char* what) const {
+        if (column >= m_words.size())
+            throw fault("the line has " + counted(m_words.size(), "word") + ", a " + what +
+                        " is expected in column " + std::to_string(column + 1));
+        return m_words[column];
+    }
+
+    void readRow() {
+        const Size number = m_rows.size() + 1;
+        if (number > std::numeric_limits<std::uint32_t>::max())
+            throw fault("more than 4294967295 members up to here");
+        Row row{0, static_cast<Id>(number), 0, m_line};
+        if (!m_vector)
+            row.node = toId(word(m_columns.node, "node"), "node",
+                            [this](const std::string& told) { return fault(told); });
+        const std::string_view label = word(m_vector ? 0 : m_columns.cluster, "cluster");
+        auto known = m_labels.find(label);
+        if (known == m_labels.end())
+            known = m_labels.emplace(label, static_cast<Id>(m_labels.size())).first;
+        row.cluster = known->second;
+        if (m_columns.share && !m_vector) {
+            const std::string_view token = word(*m_columns.share, "share");
+            const auto [last, err] =
+                std::from_chars(token.data(), token.data() + token.size(), row.share);
+            if (err != std::errc() || last != token.data() + token.size() ||
+                !(row.share >= std::numeric_limits<Share>::min() && row.share <= 1))
+                throw fault("the share of node " + std::to_string(row.node) + " is " +
+                            quoted(token) + ", a number above 0 and up to 1 is expected");
+        }
+        m_rows.push_back(row);
+    }
+
+    /// The ids of the clusters, if all of their names are ids, each another one.
+    std::vector<Id> ids() const {
+        std::vector<Id> result(m_labels.size());
+        std::set<Id> seen;
+        for (const auto& [label, number] : m_labels) {
+            std::uint32_t id = 0;
+            const auto [last, err] = std::from_chars(label.data(), label.data() + label.size(), id);
+            if (err != std::errc() || last != label.data() + label.size() || id == ID_NONE ||
+                !seen.insert(id).second)
+                return {};
+            result[number] = id;
+        }
+        return result;
+    }
+
+    /// Puts the clusters together, by their ids or else as they appeared.
+    void assemble() {
+        const std::vector<Id> ids = this->ids();
+        m_file.numbered = !ids.empty();
+        std::vector<Id> ranks(m_labels.size());
+        std::iota(ranks.begin(), ranks.end(), Id{0});
+        if (m_file.numbered)
+            std::sort(ranks.begin(), ranks.end(), [&](Id a, Id b) { return ids[a] < ids[b]; });
+        std::vector<std::size_t> places(m_labels.size() + 1);
+        for (const Row& row : m_rows) ++places[row.cluster];
+        m_file.clusters.resize(m_labels.size());
+        std::size_t end = 0;
+        for (Id i = 0; i < ranks.size(); ++i) {
+            auto& cluster = m_file.clusters[i];
+            cluster.begin = end;
+            end += std::exchange(places[ranks[i]], end);
+            cluster.end = end;
+            if (m_file.numbered) cluster.id = ids[ranks[i]];
+        }
+        m_file.members.resize(m_rows.size());
+        m_file.lines.resize(m_rows.size());
+        if (m_columns.share) m_file.shares.resize(m_rows.size());
+        for (const Row& row : m_rows) {
+            const std::size_t place = places[row.cluster]++;
+            m_file.members[place] = row.node;
+            m_file.lines[place] = row.line;
+            if (m_columns.share) m_file.shares[place] = row.share;
+        }
+        for (auto& cluster : m_file.clusters) {
+            cluster.line = m_file.lines[cluster.begin];
+            requireDistinct(cluster);
+        }
+        detail::settleNodes(m_file);
+        detail::settleShares(m_file);
+    }
+
+    void requireDistinct(const ClustersFile::Cluster& cluster) {
+        std::vector<std::pair<Id, std::size_t>> members;
+        for (std::size_t i = cluster.begin; i < cluster.end; ++i)
+            members.emplace_back(m_file.members[i], m_file.lines[i]);
+        std::sort(members.begin(), members.end());
+        const auto twice =
+            std::adjacent_find(members.begin(), members.end(),
+                               [](const auto& a, const auto& b) { return a.first == b.first; });
+        if (twice == members.end()) return;
+        m_line = twice[1].second;
+        throw fault("node " + std::to_string(twice->first) + " is in its cluster already by line " +
+                    std::to_string(twice->second) + ", each member once is expected");
+    }
+
+    ClustersFile m_file;
+    std::size_t m_line = 0;
+    std::vector<std::string_view> m_words;
+    bool m_vector = false;  ///< a line is the cluster of the next node
+    Columns m_columns;
+    std::map<std::string, Id, std::less<>> m_labels;
+    std::vector<Row> m_rows;
+};
+
+}  // namespace
+
+bool beginsWithNames(std::string_view text) {
+    if (text.starts_with(BYTE_ORDER_MARK)) text.remove_prefix(BYTE_ORDER_MARK.size());
+    std::vector<std::string_view> words;
+    while (!text.empty()) {
+        std::string_view line = takeLine(text);
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        line = trimFront(line);
+        if (line.empty() || line.front() == '#' || line.front() == '%') continue;
+        splitWords(line, words);
+        return isOneOf(words[0], {"*vertices"}) || columnsOf(words);
+    }
+    return false;
+}
+
+ClustersFile parseTable(std::string_view text, const std::string& name) {
+    return TableReader(name).read(text);
+}
+
+}  // namespace vorl

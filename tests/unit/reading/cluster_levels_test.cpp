@@ -1,0 +1,101 @@
+// Tables of memberships, and clusters of several levels.
+#include <vorl/reading/cluster_levels.hpp>
+
+#include <gtest/gtest.h>
+
+namespace vorl {
+namespace {
+
+using Lists = std::vector<std::vector<Id>>;
+
+Lists listsOf(const ClustersFile& file) {
+    Lists lists;
+    for (const auto& cluster : file.clusters) {
+        const auto members = file.membersOf(cluster);
+        lists.emplace_back(members.begin(), members.end());
+    }
+    return lists;
+}
+
+TEST(Table, FormsThatMeanTheSame) {
+    for (const char* text : {
+             "1\t10\n2\t10\n3\t9\n",
+             "node,community\n1,10\n2,10\n3,9\n",
+             "\xEF\xBB\xBF\"node\";\"cluster\"\r\n1;\"10\"\r\n2;\"10\"\r\n3;\"9\"\r\n",
+             "# node_id module flow\n# another comment\n1 10 0.5\n2 10 0.25\n3 9 0.25\n",
+             "module  name\n10 1\n 10\t2\n\n9  3",
+             "*Vertices 3\n10\n10\n9\n",
+             "1 10 7 8\n2 10\n3 9 x\n",
+         }) {
+        const ClustersFile file = parseTable(text, "a.tsv");
+        EXPECT_EQ(listsOf(file), (Lists{{3}, {1, 2}})) << text;
+        EXPECT_TRUE(file.numbered && file.shares.empty()) << text;
+        EXPECT_EQ(file.clusters[1].id, 10u);
+    }
+    const ClustersFile named = parseTable("1 west\n2 east\n3 west\n", "");
+    EXPECT_FALSE(named.numbered);
+    EXPECT_EQ(listsOf(named), (Lists{{1, 3}, {2}}));
+    EXPECT_EQ(named.lineOf(named.clusters[0], 1), 3u);
+}
+
+TEST(Table, SharesStandInTheirColumn) {
+    const ClustersFile file =
+        parseTable("node\tcommunity\tshare\n4\t0\t1\n5\t0\t0.25\n5\t1\t0.75\n", "a.txt");
+    EXPECT_EQ(file.completeShares(), (std::vector<Share>{1, 0.25f, 0.75f}));
+    EXPECT_TRUE(file.deviations.empty());
+    const ClustersFile odd = parseTable("share node group\n0.5 4 0\n0.25 4 1\n", "a.txt");
+    ASSERT_EQ(odd.deviations.size(), 1u);
+    EXPECT_EQ(odd.deviations[0].kind, Deviation::SHARES_UNBALANCED);
+    EXPECT_EQ(odd.deviations[0].line, 2u);
+}
+
+TEST(Table, FaultsAreTold) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"1 2\n3\n", "a.tsv:2: the line has 1 word, a cluster is expected in column 2"},
+        {"1 2\nx 3\n", "a.tsv:2: the node is \"x\""},
+        {"1 2\n-1 3\n", "a.tsv:2: the node is \"-1\""},
+        {"1 2\n4 2\n1 2\n", "a.tsv:3: node 1 is in its cluster already by line 1"},
+        {"node cluster share\n1 2 1.5\n", "a.tsv:2: the share of node 1 is \"1.5\""},
+        {"foo bar\n1 2\n", "a.tsv:1: the node is \"foo\""},
+    };
+    for (const auto& [text, message] : cases) try {
+            parseTable(text, "a.tsv");
+            ADD_FAILURE() << text;
+        } catch (const InputError& err) {
+            EXPECT_EQ(std::string(err.what()).find(message), 0u) << err.what();
+        }
+}
+
+TEST(ClusterLevels, ClustersInsideOthersAreLevels) {
+    // The header counts a cluster that has no line of its own.
+    const ClustersFile file = parseClusters(
+        "# Clusters: 8, Nodes: 8, Fuzzy: 1, Numbered: 1\n1> 1 2\n2> 3 4\n3> 2 5\n6> 1 2 3 4\n"
+        "7> 2 5 6\n9> 6 5 4 3 2 1\n10> 8 9\n",
+        "a.cnl");
+    EXPECT_TRUE(file.severalLevels);
+    EXPECT_TRUE(file.deviations.empty()) << file.deviationsText();
+    EXPECT_EQ(file.nestedLevels(), (std::vector<std::vector<Id>>{{0, 1, 2, 6}, {3, 4, 6}, {5, 6}}));
+    const ClusterLevels levels(file);
+    EXPECT_EQ(levels.levels(), 3u);
+    EXPECT_EQ(listsOf(levels.level(1)), (Lists{{1, 2, 3, 4}, {2, 5, 6}, {8, 9}}));
+    EXPECT_FALSE(levels.level(1).severalLevels);
+    EXPECT_EQ(levels.level(2).clusters[1].id, 10u);
+    EXPECT_EQ(levels.membersOf(7), (std::vector<Id>{2, 5, 6}));
+
+    // One inner cluster among many is no hierarchy, nor are two equal clusters.
+    EXPECT_FALSE(parseClusters("1 2 3\n1 2\n4 5\n5 6\n", "").severalLevels);
+    EXPECT_FALSE(parseClusters("1 2\n2 1\n", "").severalLevels);
+    // Fewer clusters than the header tells are a fault where nothing tells of levels.
+    const ClustersFile cutOff = parseClusters("# Clusters: 3\n1 2\n2 3\n", "");
+    EXPECT_EQ(cutOff.deviations.size(), 1u);
+}
+
+TEST(ClusterLevels, LinesOfPairsLookLikeATable) {
+    EXPECT_TRUE(ClusterLevels(parseClusters("1 7\n2 7\n3 8\n4 8\n", "")).likeTable());
+    EXPECT_FALSE(ClusterLevels(parseClusters("1 2\n3 4\n5 6\n7 8\n", "")).likeTable());
+    EXPECT_TRUE(beginsWithNames("# a comment\n\nNode\tCommunity\tshare\n"));
+    EXPECT_FALSE(beginsWithNames("1 2\n"));
+}
+
+}  // namespace
+}  // namespace vorl
