@@ -8,7 +8,6 @@
 #include <vorl/reading/cluster_levels.hpp>
 #include <vorl/reading/memory_file.hpp>
 #include <vorl/reading/network.hpp>
-#include <vorl/reading/text_file.hpp>
 #include <vorl/shared/operations.hpp>
 #include <vorl/types/trace.hpp>
 

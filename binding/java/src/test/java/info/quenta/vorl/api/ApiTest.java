@@ -312,7 +312,7 @@ class ApiTest {
     }
 
     @Test
-    void clustersNeedNotCoverTheNetwork() throws Exception {
+    void clustersOfEachFormatAreMeasured() throws Exception {
         try (
             Network apart = Network.builder()
                                 .edges(new long[] {0, 1, 2, 3, 4, 5}, new long[] {1, 2, 0, 4, 5, 3})
@@ -322,7 +322,14 @@ class ApiTest {
             assertEquals(0.5, pairs.conductance(), 1e-6);
             assertEquals(2 * (2. / 12 - 1. / 9), pairs.modularity(), 1e-6);
         }
-        try (Network network = triangles().build()) {
+        try (Network network = triangles().build(); Clustering clustering = network.cluster()) {
+            clustering.write(
+                folder.resolve("x.rhb"), OutputOptions.of(OutputOptions.Clusters.HIERARCHY));
+            Path table = Files.writeString(
+                folder.resolve("x.tsv"), "node\tcluster\n0\ta\n1\ta\n2\ta\n3\tb\n4\tb\n5\tb\n");
+            Measures listed = network.evaluate(clusters("0 1 2\n3 4 5\n"), 1);
+            assertEquals(listed, network.evaluate(folder.resolve("x.rhb"), 1));
+            assertEquals(listed, network.evaluate(table, 1));
             assertTrue(Float.isNaN(network.evaluate(clusters("0 1 2 3 4 5\n"), 1).conductance()));
         }
     }
