@@ -4,6 +4,7 @@
 #include "folder_names.hpp"
 #include "output_text.hpp"
 #include "output_tree.hpp"
+#include "progress_line.hpp"
 #include "summary.hpp"
 
 #include <vorl/processing/validation.hpp>
@@ -11,6 +12,7 @@
 #include <vorl/types/trace.hpp>
 
 #include <sys/resource.h>
+#include <unistd.h>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -71,13 +73,14 @@ void checkOutput(const ClusterCommand& command, const OutputTree& files) {
 void tellOtherFiles(const std::string& file, const std::vector<std::string>& written) {
     const std::filesystem::path path = file;
     const std::filesystem::path folder = path.parent_path() / path.stem();
+    if (access(folder.c_str(), R_OK) != 0) return;
     Size others = 0;
     for (const std::string& name : namesIn(folder.string()))
         others +=
             std::find(written.begin(), written.end(), (folder / name).string()) == written.end();
     if (others != 0)
-        std::fprintf(stderr, "vorl: %s: %s that this run didn't write stood there already\n",
-                     folder.c_str(), counted(others, "file").c_str());
+        tell(folder.string() + ": " + counted(others, "file") +
+             " that this run didn't write stood there already");
 }
 
 }  // namespace
@@ -85,10 +88,12 @@ void tellOtherFiles(const std::string& file, const std::vector<std::string>& wri
 void run(const ClusterCommand& command) {
     ftrace = command.trace ? stderr : nullptr;
     if (command.trace) std::setvbuf(stderr, nullptr, _IOFBF, 1 << 16);
+    std::optional<ProgressLine> line;
+    if (!command.quiet && !command.trace) line.emplace();
 
     std::optional<OutputTree> files;
     if (!command.output.file.empty()) {
-        files.emplace(command.output.file, goesToFolder(command.output));
+        files.emplace(command.output.file, goesToFolder(command.output), command.output.parents);
         checkOutput(command, *files);
         files->protect(command.read.file);
     }
@@ -130,7 +135,7 @@ void run(const ClusterCommand& command) {
         text = asJson(summary);
     else if (!command.quiet && !(files && files->isStandardOutput()))
         text = asText(summary);
-    print(text);
+    printAfter(summary.files, text);
 }
 
 }  // namespace vorl::app

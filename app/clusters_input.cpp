@@ -4,15 +4,12 @@
 
 #include <vorl/reading/text_file.hpp>
 
-#include <cstdio>
-
 namespace vorl::app {
 
 ClusterLevels readClusters(const std::string& file, const ClustersOptions& options) {
     ClusterLevels clusters = readClusterLevels(file, options.format);
     const auto remark = [&](const std::string& text) {
-        if (!options.quiet && !text.empty())
-            std::fprintf(stderr, "vorl: %s: %s\n", file.c_str(), text.c_str());
+        if (!options.quiet && !text.empty()) tell(file + ": " + text);
     };
     if (const ClustersFile* const list = clusters.list()) {
         if (options.strict) list->requireStrict();

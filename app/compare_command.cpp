@@ -4,6 +4,7 @@
 #include "errors.hpp"
 #include "network_input.hpp"
 #include "output_text.hpp"
+#include "progress_line.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -267,6 +268,7 @@ Cover coverOf(const ClustersFile& file, const std::vector<Id>& nodes, Size count
 
 void run(const CompareCommand& command) {
     requireOneStandardInput(command.first, command.second);
+    const ProgressLine line;
     if (command.levels) {
         const ClusterLevels first = read(command.first, command);
         const ClusterLevels second = read(command.second, command);

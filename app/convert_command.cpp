@@ -2,6 +2,8 @@
 
 #include "errors.hpp"
 #include "output_text.hpp"
+#include "output_tree.hpp"
+#include "progress_line.hpp"
 #include "text_output.hpp"
 
 #include <vorl/reading/network_text.hpp>
@@ -9,6 +11,7 @@
 #include <vorl/types/id_numbers.hpp>
 
 #include <algorithm>
+#include <optional>
 
 namespace vorl::app {
 
@@ -40,7 +43,7 @@ void run(const ConvertCommand& command) {
     const FileFormat format = outputFormat(command);
     const FileFormat inputFormat = networkFormat(command.read);
     requireOther(command.output, command.read.file);
-    OutputTree files(command.output);
+    OutputTree files(command.output, false, command.parents);
     files.protect(command.read.file);
     const TextFile file(command.read.file);
     const auto scan = [&](const LinkVisitor& visit) {
@@ -59,8 +62,8 @@ void run(const ConvertCommand& command) {
     scan([&](const RawLink& ln) { writer.add(ln); });
     writeText(writer.take(), files, command.output);
     if (!command.quiet && !files.isStandardOutput())
-        print(command.output + ": " + counted(*facts.nodes, "node") + ", " +
-              counted(facts.links(), "link") + "\n");
+        printAfter({command.output}, command.output + ": " + counted(*facts.nodes, "node") + ", " +
+                                         counted(facts.links(), "link") + "\n");
 }
 
 }  // namespace vorl::app

@@ -13,6 +13,7 @@ struct CutCommand {
     std::string output = "-";
     std::optional<LevelNum> level;
     std::optional<Id> clusters;  ///< wanted number of them, in place of the level
+    bool parents = false;        ///< folders that the output lacks are created
     bool quiet = false;
 };
 

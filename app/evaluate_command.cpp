@@ -3,6 +3,7 @@
 #include "clusters_input.hpp"
 #include "errors.hpp"
 #include "output_text.hpp"
+#include "progress_line.hpp"
 
 #include <vorl/reading/memory_file.hpp>
 #include <vorl/reading/text_file.hpp>
@@ -157,6 +158,8 @@ std::string levelsAsJson(const EvaluateCommand& command, const std::vector<Level
 
 void run(const EvaluateCommand& command) {
     requireOneStandardInput(command.read.file, command.clusters);
+    std::optional<ProgressLine> line;
+    if (!command.quiet) line.emplace();
     if (command.levels) {
         const std::vector<LevelRow> rows = evaluateLevels(command);
         print(command.json ? levelsAsJson(command, rows) : levelsAsText(command, rows));
@@ -166,8 +169,7 @@ void run(const EvaluateCommand& command) {
     if (!command.quiet) showWarnings(network, command.read);
     ClustersFile clusters = read(command).flat();
     const auto remark = [&](const std::string& text) {
-        if (!command.quiet)
-            std::fprintf(stderr, "vorl: %s: %s\n", command.clusters.c_str(), text.c_str());
+        if (!command.quiet) tell(command.clusters + ": " + text);
     };
     const Size covered = clusters.nodes.size();
     if (const Size left = network.nodes - covered; covered < network.nodes)

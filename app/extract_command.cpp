@@ -31,7 +31,7 @@ FileFormat outputFormat(const ExtractCommand& command) {
 }
 
 void remark(const ExtractCommand& command, const std::string& file, const std::string& text) {
-    if (!command.quiet) std::fprintf(stderr, "vorl: %s: %s\n", file.c_str(), text.c_str());
+    if (!command.quiet) tell(file + ": " + text);
 }
 
 void requireHolds(const ExtractCommand& command, FileFormat format, bool arcs) {
@@ -111,7 +111,9 @@ void run(const ExtractCommand& command) {
     requireOther(command.output, command.read.file);
     requireOther(command.output, command.clusters);
     const FileFormat format = outputFormat(command);
-    OutputTree files(command.output);
+    OutputTree files(command.output, false, command.parents);
+    files.protect(command.read.file);
+    files.protect(command.clusters);
     writeText(command.quotient ? quotientText(command, format) : inducedText(command, format),
               files, command.output);
 }

@@ -19,6 +19,7 @@ struct ExtractCommand {
     std::optional<LevelNum> level;  ///< of the clusters of the quotient
     std::string output = "-";
     FileFormat format = FileFormat::UNKNOWN;  ///< of the output, told from its name where unknown
+    bool parents = false;                     ///< folders that the output lacks are created
     bool quiet = false;
 };
 

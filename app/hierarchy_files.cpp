@@ -98,6 +98,8 @@ void requirePossible(const fs::path& path) {
 
 void checkTargets(const OutputRequest& request, const std::string& input) {
     const fs::path file = request.file;
+    if (file.filename().string().starts_with('.') && !file.has_extension())
+        throw UsageError(request.file + ": a name is expected in front of the extension");
     const fs::path description = file.parent_path() / (file.stem().string() + ".rhb");
     requirePossible(description);
     requireOther(description.string(), input);

@@ -13,7 +13,8 @@ enum class Levels { ALL, ROOT, PER_LEVEL, AROUND, SIGNIFICANT, HIERARCHY };
 
 /// What is to be written.
 struct OutputRequest {
-    std::string file;  ///< nothing is written where it is empty
+    std::string file;      ///< nothing is written where it is empty
+    bool parents = false;  ///< folders that the file lacks are created
     Levels levels = Levels::ALL;
     ClsOutFmt format = ClsOutFmt::EXTENDED;
     bool maxShare = false;

@@ -1,6 +1,7 @@
 #include "info_command.hpp"
 
 #include "output_text.hpp"
+#include "progress_line.hpp"
 
 #include <vorl/reading/network_text.hpp>
 #include <vorl/reading/text_file.hpp>
@@ -196,6 +197,7 @@ std::string asJson(const std::string& file, const NetworkInfo& info) {
 }  // namespace
 
 void run(const InfoCommand& command) {
+    const ProgressLine line;
     const FileFormat format = networkFormat(command.read);
     const TextFile file(command.read.file);
     Survey survey;

@@ -1,6 +1,7 @@
 // The program vorl: its command line.
 #include "errors.hpp"
 #include "options.hpp"
+#include "output_text.hpp"
 
 #include <vorl/reading/network.hpp>
 #include <vorl/types/trace.hpp>
@@ -9,8 +10,8 @@
 #include <unistd.h>
 #include <csignal>
 #include <cstdio>
-#include <iostream>
 #include <new>
+#include <sstream>
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
@@ -32,8 +33,10 @@ int runProgram(int argc, char** argv) {
     std::vector<std::string> names;
     for (const auto& command : line.commands) names.push_back(command.app->get_name());
 
-    const auto complain = [](const std::string& message) {
-        std::cerr << "vorl: " << message << "\nRun \"vorl --help\" for help.\n";
+    const auto complain = [&app](const std::string& message) {
+        const auto subs = app.get_subcommands();
+        const std::string command = subs.empty() ? "" : subs.front()->get_name() + " ";
+        tell(message + "\nRun \"vorl " + command + "--help\" for help.");
     };
     try {
         app.parse(argc, argv);
@@ -43,7 +46,10 @@ int runProgram(int argc, char** argv) {
             if (*command.app) command.run();
         return DONE;
     } catch (const CLI::Success& success) {
-        return app.exit(success);
+        std::ostringstream out;
+        const int code = app.exit(success, out, out);
+        print(out.str());
+        return code;
     } catch (const CLI::ExtrasError& err) {
         std::string message = err.what();
         const auto subs = app.get_subcommands();
@@ -69,9 +75,9 @@ int runProgram(int argc, char** argv) {
     } catch (const CLI::ParseError& err) {
         complain(err.what());
     } catch (const UnknownFormat& err) {
-        std::cerr << "vorl: " << err.what() << ", give it with --format\n";
+        tell(err.what() + std::string(", give it with --format"));
     } catch (const UsageError& err) {
-        std::cerr << "vorl: " << err.what() << "\n";
+        tell(err.what());
     }
     return WRONG_USAGE;
 }
@@ -92,7 +98,7 @@ void holdStandardStreams() {
 int main(int argc, char** argv) {
     using namespace vorl::app;
     holdStandardStreams();
-    std::signal(SIGPIPE, SIG_IGN);
+    const auto pipeSignal = std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     vorl::ftrace = nullptr;
 #ifdef M_MMAP_THRESHOLD
@@ -102,12 +108,17 @@ int main(int argc, char** argv) {
     std::string message;
     try {
         return runProgram(argc, argv);
+    } catch (const ClosedPipe& err) {
+        // As the shell knows it of programs before `| head`.
+        std::signal(SIGPIPE, pipeSignal);
+        raise(SIGPIPE);
+        message = err.what();
     } catch (const std::bad_alloc&) {
         message = "out of memory";
     } catch (const std::exception& err) {
         message = err.what();
     }
     while (message.ends_with('\n')) message.pop_back();
-    std::fprintf(stderr, "vorl: %s\n", message.c_str());
+    tell(message);
     return INPUT_FAULT;
 }

@@ -1,16 +1,14 @@
 #include "network_input.hpp"
 
 #include "errors.hpp"
+#include "output_text.hpp"
 
 #include <vorl/reading/text_file.hpp>
-
-#include <cstdio>
 
 namespace vorl::app {
 
 void showWarnings(const Network& network, const ReadOptions& options) {
-    for (const std::string& warning : network.warnings)
-        std::fprintf(stderr, "vorl: %s: %s\n", options.file.c_str(), warning.c_str());
+    for (const std::string& warning : network.warnings) tell(options.file + ": " + warning);
 }
 
 void requireOneStandardInput(const std::string& first, const std::string& second) {

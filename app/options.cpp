@@ -1,6 +1,7 @@
 #include "options.hpp"
 
 #include "errors.hpp"
+#include "output_tree.hpp"
 
 #include <vorl/types/text.hpp>
 
@@ -180,6 +181,7 @@ void addOutputOptions(CLI::App& app, OutputRequest& request) {
         ->check(checkName)
         ->type_name("FILE")
         ->group(group);
+    app.add_flag("--parents", request.parents, "Create the folders that FILE lacks")->group(group);
     addChoice<Levels>(
         app, "--levels",
         {{"all", Levels::ALL},
@@ -189,7 +191,8 @@ void addOutputOptions(CLI::App& app, OutputRequest& request) {
          {"significant", Levels::SIGNIFICANT},
          {"hierarchy", Levels::HIERARCHY}},
         [&request](Levels value) { request.levels = value; },
-        "What to write: all clusters, each once (default); root; per-level (a file for each "
+        "What to write, to the standard output if no file is given: all clusters, each once "
+        "(default); root; per-level (a file for each "
         "level); around (the levels that bracket --clusters N); significant; hierarchy (its "
         "description alone)")
         ->group(group);
@@ -343,6 +346,7 @@ void addConvertOptions(CLI::App& app, ConvertCommand& command) {
     addChoice(
         app, "--to", FORMATS, [&command](FileFormat format) { command.format = format; },
         "Format of the file to write; told from its name if not given");
+    app.add_flag("--parents", command.parents, "Create the folders that OUT lacks");
     app.add_flag("-q,--quiet", command.quiet, "No report");
 }
 
@@ -403,6 +407,7 @@ void addCutOptions(CLI::App& app, CutCommand& command) {
                    "File of the clusters; the standard output if not given")
         ->check(checkName)
         ->type_name("FILE");
+    app.add_flag("--parents", command.parents, "Create the folders that FILE lacks");
     app.add_flag("-q,--quiet", command.quiet, "No report");
 }
 
@@ -429,6 +434,7 @@ void addExtractOptions(CLI::App& app, ExtractCommand& command) {
     addChoice(
         app, "--to", FORMATS, [&command](FileFormat format) { command.format = format; },
         "Format of the file to write; told from its name, else that of the network");
+    app.add_flag("--parents", command.parents, "Create the folders that FILE lacks");
     app.add_flag("-q,--quiet", command.quiet, "No remarks on the files");
 }
 
@@ -459,8 +465,8 @@ void CommandLine::add(const char* name, const char* description,
     commands.push_back({sub, [&command] { run(command); }});
 }
 
-void checkOptions(const CLI::App& app, const ClusterCommand& command) {
-    const OutputRequest& request = command.output;
+void checkOptions(const CLI::App& app, ClusterCommand& command) {
+    OutputRequest& request = command.output;
     const auto given = [&](const char* option) { return app.count(option) != 0; };
     const auto needs = [&](std::initializer_list<const char*> options, Levels levels,
                            const char* name) {
@@ -482,6 +488,11 @@ void checkOptions(const CLI::App& app, const ClusterCommand& command) {
         throw UsageError("--weight-step is at most 0.5, or needs --no-weight-range");
     if (request.weightStep && !request.weightRange.value_or(true) && *request.weightStep == 0)
         throw UsageError("--weight-step is above 0 with --no-weight-range");
+    if (given("--gain-margin") && !command.build.modtrace)
+        throw UsageError("--gain-margin needs --trace-modularity");
+    // Who asks for clusters, and for no file, wants to see them.
+    if (request.file.empty() && given("--levels") && !goesToFolder(request))
+        request.file = STANDARD_OUTPUT;
     for (const char* option : {"--levels", "--shares", "--max-share"})
         if (request.file.empty() && given(option))
             throw UsageError(std::string(option) + " needs a file to write, --output FILE");

@@ -48,9 +48,9 @@ private:
              CommandT& command);
 };
 
-/// What parsing can't check: options that need each other.
+/// What parsing can't check: options that need each other. Fills in what they imply.
 /// @throws UsageError
-void checkOptions(const CLI::App& app, const ClusterCommand& command);
+void checkOptions(const CLI::App& app, ClusterCommand& command);
 
 /// " (did you mean X?)" for the nearest word, if there is one near enough.
 std::string suggestion(const std::string& word, const std::vector<std::string>& words);

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 namespace vorl::app {
 
@@ -24,8 +25,16 @@ std::string jsonNumber(double value, int digits = 9);
 /// The text as a JSON string; bytes that are no UTF-8, as names of files may have, are replaced.
 std::string jsonQuoted(const std::string& text);
 
+/// The text with a question mark for each control character, as names of files may have, but for
+/// ends of lines and tabs.
+std::string printable(const std::string& text);
+
 /// Writes to the standard output.
-/// @throws InputError if that fails
+/// @throws InputError if that fails, ClosedPipe where nobody reads it any more
 void print(const std::string& text);
+/// Prints what a run tells in the end; a failure tells that the files are written all the same.
+void printAfter(const std::vector<std::string>& files, const std::string& text);
+/// Writes a line, behind the name of the program, to the standard error stream.
+void tell(const std::string& message);
 
 }  // namespace vorl::app

@@ -44,7 +44,8 @@ void requireWritable(const fs::path& folder) {
 
 }  // namespace
 
-OutputTree::OutputTree(const std::string& name, bool folder) : m_name(name), m_inFolder(folder) {
+OutputTree::OutputTree(const std::string& name, bool folder, bool parents)
+    : m_name(name), m_inFolder(folder) {
     const fs::path asked(name);
     for (const char* packing : {".gz", ".zst"})
         if (name.ends_with(packing))
@@ -66,8 +67,11 @@ OutputTree::OutputTree(const std::string& name, bool folder) : m_name(name), m_i
         m_device = exists && !isFolder && (!S_ISREG(info.st_mode) || m_stream >= 0);
         parent = asked.parent_path();
     }
+    std::error_code err;
+    if (!parents && !parent.empty() && !fs::exists(parent, err) &&
+        (!err || err == std::errc::no_such_file_or_directory))
+        throw InputError(parent + ": there is no such folder; --parents creates it");
     if (m_device) {
-        std::error_code err;
         parent = fs::temp_directory_path(err);
     }
     m_signals = std::make_unique<EndSignals>(
@@ -189,7 +193,9 @@ std::vector<std::string> OutputTree::copyToDevice() {
             }
         }
     }
+    if (file.bad() && err == 0) err = EIO;
     if (close(device) != 0 && err == 0) err = errno;
+    if (err == EPIPE && isStandardOutput()) throw ClosedPipe(failure(m_name, err).what());
     if (err != 0) throw failure(m_name, err);
     return {m_name};
 }

@@ -20,13 +20,13 @@ inline constexpr const char* STANDARD_OUTPUT = "-";
 /// One at a time.
 class OutputTree {
 public:
-    /// @param name of the asked file, "-" for the standard output; missing folders on its way are
-    /// created
+    /// @param name of the asked file, "-" for the standard output
     /// @param folder  the files go into a folder of the name without its extension, and none has
     /// the name itself
+    /// @param parents  missing folders on its way are created
     /// @throws InputError if nothing can be written there, UsageError for the name of a compressed
     /// file
-    explicit OutputTree(const std::string& name, bool folder = false);
+    explicit OutputTree(const std::string& name, bool folder = false, bool parents = false);
     OutputTree(const OutputTree&) = delete;
     OutputTree& operator=(const OutputTree&) = delete;
     ~OutputTree();

@@ -117,6 +117,18 @@ TEST(ExoticInput, ClustersGiveTheSameMeasures) {
     }
 }
 
+TEST(ExoticInput, OddNamesAndColumnsAreTaken) {
+    const Folder folder;
+    const std::string file = folder.write("NET.NSE", "1 2 3 4\n2 3 5\n1 3 1 1\n");
+    EXPECT_EQ(vorl("cluster " + file).err,
+              "vorl: " + file +
+                  ": line 1 and others have more than three columns; what follows the weight isn't "
+                  "read\n");
+    // No sequence of a terminal comes out of a name.
+    const Outcome run = Child({"info", "a\x1B[31m\x7F\xC2\x9B.dat"}).outcome();
+    EXPECT_TRUE(run.err.starts_with("vorl: a?[31m??.dat: ")) << run.err;
+}
+
 TEST(ExoticInput, OddLinesAreTaken) {
     const Folder folder;
     const auto rows = [&](const std::string& name, const std::string& text) {

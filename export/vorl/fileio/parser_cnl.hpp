@@ -39,7 +39,7 @@ struct RawMembership {
 class VORL_API CnlParser {
 public:
     /// Opens the file and reads its header.
-    /// @throws std::ios_base::failure if the file can't be opened
+    /// @throws std::ios_base::failure if the file can't be opened or read
     explicit CnlParser(const std::string& filename);
 
     /// Whether the header allows for shares; they are read in any case.
@@ -49,6 +49,7 @@ public:
     ///
     /// A header whose number of clusters isn't that of the lines fails an assertion, and so does a
     /// node with more stated shares than clusters.
+    /// @throws std::ios_base::failure if the file can't be read
     /// @throws std::invalid_argument for an id or a share that can't be read
     /// @throws std::out_of_range for an id that isn't among the nodes
     template <class LinksT>

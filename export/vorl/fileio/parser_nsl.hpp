@@ -20,7 +20,7 @@ class VORL_API NslParser {
 public:
     /// Opens the file and reads its header.
     /// @throws std::invalid_argument if the format of the options isn't NSE or NSA
-    /// @throws std::ios_base::failure if the file can't be opened
+    /// @throws std::ios_base::failure if the file can't be opened or read
     explicit NslParser(const InpOptions& opts);
 
     /// Whether the header tells of weights, or there is none.
@@ -32,6 +32,7 @@ public:
     ///
     /// The weight of a link defaults to 1, and a weight of 0 reads as 1. Repeated links are traced.
     /// @param weights whether the third column is read; never in a graph of unweighted links
+    /// @throws std::ios_base::failure if the file can't be read
     /// @throws std::invalid_argument for an id or a weight that can't be read
     /// @throws std::domain_error for a line with a single id
     template <class GraphT>

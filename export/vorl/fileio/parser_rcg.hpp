@@ -20,7 +20,7 @@ class VORL_API RcgParser {
 public:
     /// Opens the file and reads through to its first section of links.
     /// @throws std::invalid_argument if the format of the options isn't RCG, or for a bad value
-    /// @throws std::ios_base::failure if the file can't be opened
+    /// @throws std::ios_base::failure if the file can't be opened or read
     /// @throws std::domain_error if a section is unknown or out of order
     explicit RcgParser(const InpOptions& opts);
 
@@ -34,6 +34,7 @@ public:
     /// The weight of a link defaults to 1, and a weight of 0 reads as 1. Repeated nodes and links
     /// are traced. Nodes are created beforehand if the file gives their number and first id; a
     /// number of 0 with a first id fails an assertion.
+    /// @throws std::ios_base::failure if the file can't be read
     /// @throws std::invalid_argument for an id or a weight that can't be read
     /// @throws std::domain_error for an unknown section
     /// @throws std::out_of_range for a node that wasn't announced, if nodes are

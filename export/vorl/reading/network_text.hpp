@@ -33,6 +33,8 @@ struct NetworkFacts {
     std::optional<Id> firstId;   ///< the nodes are numbered through from it
     Size linkless = 0;           ///< nodes that are named without any link
     bool toldDirected = false;   ///< the links are arcs even if there are none
+    Size wideLines = 0;          ///< lines with something behind the weight
+    std::size_t firstWideLine = 0;
 
     Size links() const { return edges + arcs; }
     bool directed() const { return toldDirected || arcs != 0; }

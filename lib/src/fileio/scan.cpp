@@ -18,8 +18,7 @@ bool LineReader::next() {
         }
         sought = m_filled - m_begin;
         if (read()) continue;
-        // What a failed read left of a line is no line.
-        if (m_begin == m_filled || m_file.bad()) {
+        if (m_begin == m_filled) {
             m_next = m_filled;
             return false;
         }
@@ -62,7 +61,11 @@ Size estimateTokens(Size size) {
 void openText(std::ifstream& file, const std::string& filename, const char* parser) {
     file.clear();
     file.open(filename);
-    if (file.is_open()) return;
+    if (file.is_open()) {
+        // What fails later is no end of the file.
+        file.exceptions(std::ios_base::badbit);
+        return;
+    }
     const int err = errno;
     std::perror((std::string(parser) + "(), error opening the file " + filename).c_str());
     throw std::ios_base::failure(std::string(std::strerror(err)) + "\n");

@@ -156,7 +156,7 @@ private:
 /// The number of tokens that a text of this size may hold, if its ids are numbered through.
 Size estimateTokens(Size size);
 
-/// Opens a file for a parser of the given name.
+/// Opens a file for a parser of the given name. Faults of reading are thrown from then on.
 /// @throws std::ios_base::failure if it can't be opened, which is also reported through perror
 void openText(std::ifstream& file, const std::string& filename, const char* parser);
 

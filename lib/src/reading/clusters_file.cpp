@@ -129,7 +129,7 @@ std::string ClustersFile::strictText(Size told) const {
     std::string text = "# Clusters: " + std::to_string(clusters.size()) +
                        ", Nodes: " + std::to_string(std::max(told, nodes.size())) +
                        ", Fuzzy: " + (fuzzy ? "1" : "0") +
-                       ", Numbered: " + (numbered ? "1\n" : "0\n");
+                       ", Numbered: " + (numbered && !clusters.empty() ? "1\n" : "0\n");
     text.reserve(text.size() + (fuzzy ? 20 : 11) * members.size() + 13 * clusters.size());
     for (const Cluster& cluster : clusters) {
         if (numbered) text += std::to_string(cluster.id) + "> ";

@@ -128,11 +128,16 @@ void parse(Network& network, bool weightedGraph, BuildT build) {
 FileFormat networkFormat(const ReadOptions& options) {
     if (options.format != FileFormat::UNKNOWN) return options.format;
     std::string name = options.file;
+    for (char& c : name)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
     for (const char* packing : {".gz", ".zst"})
         if (name.ends_with(packing)) name.erase(name.rfind('.'));
     const FileFormat format = inpFileFmt(name.c_str());
     if (format == FileFormat::UNKNOWN)
-        throw UnknownFormat(options.file + ": the format can't be told from the name");
+        throw UnknownFormat(
+            options.file +
+            ": the format can't be told from the name; it is nse (edges), nsa (arcs) or rcg "
+            "(sections)");
     return format;
 }
 
@@ -180,6 +185,10 @@ Network readNetwork(const ReadOptions& options) {
     else if (facts.linkless != 0 && !facts.firstId)
         network.warnings.push_back(std::to_string(facts.linkless) +
                                    " lines tell of a node without a link");
+    if (facts.wideLines != 0)
+        network.warnings.push_back("line " + std::to_string(facts.firstWideLine) +
+                                   (facts.wideLines == 1 ? " has" : " and others have") +
+                                   " more than three columns; what follows the weight isn't read");
     return network;
 }
 

@@ -2,6 +2,7 @@
 
 #include <vorl/reading/input_error.hpp>
 #include <vorl/reading/tokens.hpp>
+#include <vorl/types/progress.hpp>
 
 #include <algorithm>
 #include <charconv>
@@ -12,6 +13,9 @@
 namespace vorl {
 
 namespace {
+
+/// Bytes between reports.
+constexpr std::size_t BLOCK = 1 << 18;
 
 /// The walk over the lines, and the check of numbers.
 class LineChecker {
@@ -26,9 +30,16 @@ public:
             m_facts.plain = false;
             text.remove_prefix(BYTE_ORDER_MARK.size());
         }
+        const ProgressReporter report;
+        report.begin("checking", text.size());
+        std::size_t reported = text.size();
         const bool binary = text.find('\0') != std::string_view::npos;
         while (!text.empty()) {
             ++m_line;
+            if (reported - text.size() >= BLOCK) {
+                report.advance(reported - text.size());
+                reported = text.size();
+            }
             std::string_view line = takeLine(text);
             if (line.ends_with('\r')) {
                 m_facts.plain = false;
@@ -174,7 +185,11 @@ private:
         if (dest.empty()) throw fault("a single id, a source and a destination are expected");
         ln.dst = checkId(dest, "destination");
         const std::string_view token = m_readWeights ? nextToken(line) : std::string_view();
-        if (!token.empty()) ln.weight = checkWeight(token);
+        if (!token.empty()) {
+            ln.weight = checkWeight(token);
+            if (!trimFront(line).empty() && m_facts.wideLines++ == 0)
+                m_facts.firstWideLine = m_line;
+        }
         addLink(ln);
     }
 

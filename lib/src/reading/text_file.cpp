@@ -3,6 +3,7 @@
 #include <vorl/reading/input_error.hpp>
 #include <vorl/reading/unpack.hpp>
 #include <vorl/reading/wording.hpp>
+#include <vorl/types/progress.hpp>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -26,7 +27,13 @@ TextFile::TextFile(const std::string& name, std::size_t most) {
     const int file =
         name == STANDARD_INPUT ? dup(STDIN_FILENO) : open(name.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) throw fail(errno);
-    int err = readAll(file, most);
+    int err = 0;
+    try {
+        err = readAll(file, most);
+    } catch (...) {
+        close(file);
+        throw;
+    }
     if (close(file) != 0 && err == 0) err = errno;
     if (err != 0) throw fail(err);
     if (m_text.size() > most)
@@ -47,9 +54,14 @@ int TextFile::readAll(int file, std::size_t most) {
     if (m_regular && static_cast<std::size_t>(info.st_size) > most) return EFBIG;
     m_text.resize(m_regular ? static_cast<std::size_t>(info.st_size) + 1
                             : std::min(block, most + 1));
+    const ProgressReporter report;
+    report.begin("reading", m_regular ? static_cast<Size>(info.st_size) : 0);
+    constexpr std::size_t piece = 1 << 24;
     ssize_t count = 0;
-    while (size <= most && (count = read(file, m_text.data() + size, m_text.size() - size)) != 0) {
+    while (size <= most &&
+           (count = read(file, m_text.data() + size, std::min(piece, m_text.size() - size))) != 0) {
         if (count < 0 && errno != EINTR) return errno;
+        report.advance(count > 0 ? static_cast<Size>(count) : 0);
         if (count > 0) size += static_cast<std::size_t>(count);
         if (size == m_text.size() && size <= most) m_text.resize(std::min(2 * size, most + 1));
     }

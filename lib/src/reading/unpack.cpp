@@ -2,9 +2,11 @@
 
 #include <vorl/reading/input_error.hpp>
 #include <vorl/reading/wording.hpp>
+#include <vorl/types/progress.hpp>
 
 #include <dlfcn.h>
 #include <algorithm>
+#include <bit>
 #include <limits>
 #include <memory>
 #include <new>
@@ -15,6 +17,7 @@
 #endif
 #if __has_include(<zstd.h>)
 #include <zstd.h>
+#include <zstd_errors.h>
 #endif
 
 namespace vorl {
@@ -98,8 +101,12 @@ std::string unpackGzip(std::string_view data, const std::string& file, std::size
     const std::unique_ptr<z_stream, int (*)(z_stream*)> end(&stream, zlib.end);
     const auto block = std::make_unique<Bytef[]>(BLOCK);
     Gatherer text(file, "gzip", most);
+    const ProgressReporter report;
+    report.begin("unpacking", data.size());
     bool complete = false;
     while (!complete || !data.empty()) {
+        // Zeros may follow that fill up a block.
+        if (complete && data.find_first_not_of('\0') == std::string_view::npos) break;
         // A further member follows.
         if (complete && zlib.reset(&stream) != Z_OK) throw std::bad_alloc();
         complete = false;
@@ -110,6 +117,7 @@ std::string unpackGzip(std::string_view data, const std::string& file, std::size
         stream.next_out = block.get();
         stream.avail_out = BLOCK;
         const int result = zlib.run(&stream, Z_NO_FLUSH);
+        report.advance(piece - stream.avail_in);
         data.remove_prefix(piece - stream.avail_in);
         text.append(reinterpret_cast<const char*>(block.get()), BLOCK - stream.avail_out);
         if (result == Z_STREAM_END)
@@ -141,6 +149,10 @@ struct Zstd {
     decltype(ZSTD_freeDStream)* end =
         library.function<decltype(ZSTD_freeDStream)>("ZSTD_freeDStream");
     decltype(ZSTD_isError)* isError = library.function<decltype(ZSTD_isError)>("ZSTD_isError");
+    decltype(ZSTD_DCtx_setParameter)* set =
+        library.function<decltype(ZSTD_DCtx_setParameter)>("ZSTD_DCtx_setParameter");
+    decltype(ZSTD_getErrorCode)* errorCode =
+        library.function<decltype(ZSTD_getErrorCode)>("ZSTD_getErrorCode");
     decltype(ZSTD_getErrorName)* errorName =
         library.function<decltype(ZSTD_getErrorName)>("ZSTD_getErrorName");
 };
@@ -150,16 +162,30 @@ std::string unpackZstd(std::string_view data, const std::string& file, std::size
     const std::unique_ptr<ZSTD_DStream, std::size_t (*)(ZSTD_DStream*)> stream(zstd.create(),
                                                                                zstd.end);
     if (!stream) throw std::bad_alloc();
+    // The window that a file asks for is in memory beside the text.
+    constexpr int windowMin = 27;
+    constexpr int windowMax = 31;
+    const int window = std::clamp(static_cast<int>(std::bit_width(most)) - 1, windowMin, windowMax);
+    zstd.set(stream.get(), ZSTD_d_windowLogMax, window);
     const auto block = std::make_unique<char[]>(BLOCK);
     Gatherer text(file, "zstd", most);
     ZSTD_inBuffer in{data.data(), data.size(), 0};
+    const ProgressReporter report;
+    report.begin("unpacking", data.size());
     std::size_t rest = 1;
     while (in.pos < in.size || rest != 0) {
         ZSTD_outBuffer out{block.get(), BLOCK, 0};
         const std::size_t before = in.pos;
         rest = zstd.run(stream.get(), &out, &in);
+        if (zstd.isError(rest) && zstd.errorCode(rest) == ZSTD_error_memory_allocation)
+            throw std::bad_alloc();
+        if (zstd.isError(rest) && zstd.errorCode(rest) == ZSTD_error_frameParameter_windowTooLarge)
+            throw damaged(file, "zstd",
+                          "needs a window of more than " + bytes(Size{1} << window) +
+                              ", which is too much here");
         if (zstd.isError(rest))
             throw damaged(file, "zstd", std::string("is damaged: ") + zstd.errorName(rest));
+        report.advance(in.pos - before);
         text.append(block.get(), out.pos);
         if (rest != 0 && in.pos == before && out.pos == 0)
             throw damaged(file, "zstd", "ends early");

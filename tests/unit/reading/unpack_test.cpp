@@ -56,6 +56,26 @@ TEST(Unpack, PiecesAreJoined) {
     }
 }
 
+TEST(Unpack, ZerosMayFillUpABlock) {
+    const std::string packed = test::gzip("1 2\n") + std::string(700, '\0');
+    EXPECT_EQ(unpack(packed, Packing::GZIP, "f", MOST), "1 2\n");
+    EXPECT_THROW(unpack(packed + "1", Packing::GZIP, "f", MOST), InputError);
+}
+
+TEST(Unpack, WindowsMayBeAsLargeAsTheText) {
+    // The head of a frame of unknown size with a window of 2 GiB, and one block, "1 2\n".
+    const std::string head = std::string("\x28\xB5\x2F\xFD", 4) + '\0' + '\xA8';
+    const std::string packed = head + std::string(
+                                          "\x21\0\0"
+                                          "1 2\n",
+                                          7);
+    EXPECT_EQ(unpack(packed, Packing::ZSTD, "f", std::size_t{1} << 32), "1 2\n");
+    const std::string error =
+        test::errorOf<InputError>([&] { unpack(packed, Packing::ZSTD, "f", MOST); });
+    EXPECT_EQ(error,
+              "f: the zstd data needs a window of more than 128.0 MiB, which is too much here");
+}
+
 TEST(Unpack, SizeIsLimited) {
     const std::string zeros(1'000'000, '0');
     for (const Case& c : CASES) {

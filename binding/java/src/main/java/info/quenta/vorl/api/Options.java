@@ -113,14 +113,14 @@ public final class Options {
          * Merge on until the root has no more than this many clusters; 0 (the default) for no
          * limit.
          *
-         * @param rootMax from 0 to 65534
+         * @param rootMax from 0 to 65535
          * @return this builder
          * @throws IllegalArgumentException if it is out of range
          */
         public Builder rootMax(int rootMax) {
-            if (rootMax < 0 || rootMax > 65534)
+            if (rootMax < 0 || rootMax > 65535)
                 throw new IllegalArgumentException(
-                    "rootMax is " + rootMax + ", 0 to 65534 is expected");
+                    "rootMax is " + rootMax + ", 0 to 65535 is expected");
             this.rootMax = rootMax;
             return this;
         }

@@ -358,7 +358,7 @@ class ApiTest {
             assertThrows(IllegalArgumentException.class, () -> Options.builder().gamma(gamma));
         assertThrows(IllegalArgumentException.class,
             () -> Options.builder().gainMargin(Double.NEGATIVE_INFINITY));
-        assertThrows(IllegalArgumentException.class, () -> Options.builder().rootMax(65535));
+        assertThrows(IllegalArgumentException.class, () -> Options.builder().rootMax(65536));
     }
 
     @Test
