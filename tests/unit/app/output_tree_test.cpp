@@ -35,7 +35,7 @@ using vorl::test::Folder;
 /// tree only.
 void writeFiles(const std::string& name, bool folder, long allocations) {
     allocationsLeft = allocations;
-    OutputTree tree(name, folder);
+    OutputTree tree(name, folder, true);
     const long left = std::exchange(allocationsLeft, -1);
     const fs::path path = tree.path();
     fs::create_directories(folder ? path.parent_path() / path.stem() : path.parent_path());
