@@ -51,7 +51,6 @@ Size peakMemory() {
 
 template <class LinksT>
 void describe(const Hierarchy<LinksT>& hier, Summary& summary) {
-    summary.weight = hier.weight();
     summary.score = hier.score();
     summary.modularityAtOne = rootModularity(hier);
     for (const auto& level : hier.levels())
@@ -59,14 +58,37 @@ void describe(const Hierarchy<LinksT>& hier, Summary& summary) {
     for (const auto* cl : hier.root()) summary.rootSizes.push_back(cl->nnodes());
 }
 
-void checkOutput(const ClusterCommand& command, const OutputTree& files) {
-    if (files.isStandardOutput() && command.json)
-        throw UsageError("the clusters and the summary can't both go to the standard output");
-    if (!files.isDevice())
-        checkTargets(command.output, command.read.file);
-    else if (goesToFolder(command.output))
+/// What is asked to be written of one of the resolutions; of several each has its own files.
+OutputRequest outputAt(const ClusterCommand& command, float gamma) {
+    OutputRequest request = command.output;
+    if (request.file.empty() || command.gammas.size() == 1) return request;
+    const std::filesystem::path file = request.file;
+    request.file =
+        (file.parent_path() / (file.stem().string() + "_gamma_" + gammaName(gamma))).string() +
+        file.extension().string();
+    return request;
+}
+
+/// Opens the files of one of the resolutions.
+void open(std::optional<OutputTree>& files, const ClusterCommand& command, float gamma) {
+    const OutputRequest request = outputAt(command, gamma);
+    if (request.file.empty()) return;
+    // An extension is what a name can be set before.
+    if (command.gammas.size() > 1 && (std::filesystem::path(request.file).extension().empty() ||
+                                      command.output.file == STANDARD_OUTPUT))
         throw UsageError(command.output.file +
+                         " can't hold the files of several resolutions, give the name of a file "
+                         "with an extension, such as clusters.cnl");
+    files.reset();
+    files.emplace(request.file, goesToFolder(request), request.parents);
+    if (files->isStandardOutput() && command.json)
+        throw UsageError("the clusters and the summary can't both go to the standard output");
+    if (!files->isDevice())
+        checkTargets(request, command.read.file);
+    else if (goesToFolder(request))
+        throw UsageError(request.file +
                          " can't hold the files of several levels, give the name of a file");
+    files->protect(command.read.file);
 }
 
 /// Tells of files that were in the folder of the levels before, lest they be taken for levels.
@@ -83,6 +105,42 @@ void tellOtherFiles(const std::string& file, const std::vector<std::string>& wri
              " that this run didn't write stood there already");
 }
 
+/// Clusters at one of the resolutions and writes.
+/// @param last  the graph isn't needed any more
+template <class GraphT>
+Summary runOnce(const ClusterCommand& command, float gamma, GraphT& graph, bool last,
+                std::optional<OutputTree>& files, NetworkSummary& read, Stopwatch& watch) {
+    ClusterOptions options = command.build;
+    options.gamma = gamma;
+    // Ids count on from one hierarchy to the next, and each run is to be as if it were alone.
+    Cluster<typename GraphT::LinksT>::m_uid = 0;
+    Summary summary;
+    std::shared_ptr<typename GraphT::HierarchyT> hier;
+    if (last) {
+        // The engine needs the back links of arcs, which it leaves to the validation.
+        if (graph.directed() && options.validation == Validation::NONE) {
+            AccWeight weight = 0;
+            Size links = 0;
+            validate<true>(graph.nodes(), weight, links);
+        }
+        hier = graph.buildHierarchy(options);
+    } else {
+        hier = clusterCopy(graph, options);
+    }
+    summary.buildSeconds = watch.lap();
+    read.weight = hier->weight();
+    describe(*hier, summary);
+    // The score of a build without clusters keeps its start values.
+    summary.gamma = hier->levels().empty() ? gamma : hier->score().gamma;
+    if (!files) return summary;
+    const OutputRequest request = outputAt(command, gamma);
+    writeHierarchy(*hier, request, files->path());
+    summary.files = files->commit();
+    summary.writeSeconds = watch.lap();
+    if (goesToFolder(request) && !command.quiet) tellOtherFiles(request.file, summary.files);
+    return summary;
+}
+
 }  // namespace
 
 void run(const ClusterCommand& command) {
@@ -91,51 +149,40 @@ void run(const ClusterCommand& command) {
     std::optional<ProgressLine> line;
     if (!command.quiet && !command.trace) line.emplace();
 
+    // All files are checked before the work is done; those of the first resolution stay open.
     std::optional<OutputTree> files;
-    if (!command.output.file.empty()) {
-        files.emplace(command.output.file, goesToFolder(command.output), command.output.parents);
-        checkOutput(command, *files);
-        files->protect(command.read.file);
-    }
+    for (std::size_t i = command.gammas.size(); i-- > 0;) open(files, command, command.gammas[i]);
     Stopwatch watch;
-    Summary summary;
-    summary.file = command.read.file;
+    NetworkSummary read;
+    read.file = command.read.file;
     Network network = readNetwork(command.read);
-    summary.nodes = network.nodes;
-    summary.links = network.links;
-    summary.directed = network.directed;
-    summary.weighted = network.weighted;
-    summary.readSeconds = watch.lap();
+    read.nodes = network.nodes;
+    read.links = network.links;
+    read.directed = network.directed;
+    read.weighted = network.weighted;
+    read.seconds = watch.lap();
     if (!command.quiet) showWarnings(network, command.read);
 
-    std::visit(
-        [&](auto& graph) {
-            // The engine needs the back links of arcs, which it leaves to the validation.
-            if (network.directed && command.build.validation == Validation::NONE) {
-                AccWeight weight = 0;
-                Size links = 0;
-                validate<true>(graph->nodes(), weight, links);
-            }
-            const auto hier = graph->buildHierarchy(command.build);
-            summary.buildSeconds = watch.lap();
-            describe(*hier, summary);
-            if (files) {
-                writeHierarchy(*hier, command.output, files->path());
-                summary.files = files->commit();
-                summary.writeSeconds = watch.lap();
-                if (goesToFolder(command.output) && !command.quiet)
-                    tellOtherFiles(command.output.file, summary.files);
-            }
-        },
-        network.graph);
-    summary.peakMemory = peakMemory();
+    std::vector<Summary> summaries;
+    for (const float gamma : command.gammas) {
+        if (!summaries.empty()) open(files, command, gamma);
+        const bool last = gamma == command.gammas.back();
+        std::visit(
+            [&](auto& graph) {
+                summaries.push_back(runOnce(command, gamma, *graph, last, files, read, watch));
+            },
+            network.graph);
+    }
 
     std::string text;
     if (command.json)
-        text = asJson(summary);
+        text = asJson(read, summaries, peakMemory());
     else if (!command.quiet && !(files && files->isStandardOutput()))
-        text = asText(summary);
-    printAfter(summary.files, text);
+        text = asText(read, summaries, peakMemory());
+    std::vector<std::string> written;
+    for (const Summary& summary : summaries)
+        written.insert(written.end(), summary.files.begin(), summary.files.end());
+    printAfter(written, text);
 }
 
 }  // namespace vorl::app

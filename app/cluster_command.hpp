@@ -6,11 +6,15 @@
 
 #include <vorl/types/options.hpp>
 
+#include <vector>
+
 namespace vorl::app {
 
 struct ClusterCommand {
     ReadOptions read;
-    ClusterOptions build;
+    /// The resolutions to cluster at, one after the other; -1 finds it by itself.
+    std::vector<float> gammas{-1.f};
+    ClusterOptions build;  ///< its gamma isn't looked at
     OutputRequest output;
     bool json = false;
     bool trace = false;

@@ -2,6 +2,7 @@
 
 #include "errors.hpp"
 #include "output_tree.hpp"
+#include "summary.hpp"
 
 #include <vorl/types/text.hpp>
 
@@ -84,11 +85,30 @@ float toFloat(const std::string& option, const std::string& text, float low, flo
     float value = 0;
     if (!CLI::detail::lexical_cast(text, value) || !(value >= low && value <= high))
         throw CLI::ValidationError(
-            option,
-            "\"" + text + "\" isn't a number " +
-                (low < -1e30f ? "of at most " : "from " + CLI::detail::to_string(low) + " to ") +
-                CLI::detail::to_string(high));
+            option, "\"" + text + "\" isn't a number " +
+                        (low < -1e30f   ? "of at most " + CLI::detail::to_string(high)
+                         : high > 1e30f ? "from " + CLI::detail::to_string(low) + " on"
+                                        : "from " + CLI::detail::to_string(low) + " to " +
+                                              CLI::detail::to_string(high)));
     return value;
+}
+
+constexpr float UNBOUNDED = std::numeric_limits<float>::max();
+
+/// Resolutions, of which -1 stands for auto.
+std::vector<float> toGammas(const std::string& text) {
+    std::vector<float> gammas;
+    for (std::size_t begin = 0; begin <= text.size();) {
+        const std::size_t end = std::min(text.find(',', begin), text.size());
+        const std::string word = text.substr(begin, end - begin);
+        const float gamma = word == "auto" ? -1.f : toFloat("--gamma", word, 0, UNBOUNDED);
+        for (const float former : gammas)
+            if (gammaName(former) == gammaName(gamma))
+                throw CLI::ValidationError("--gamma", gammaName(gamma) + " stands there twice");
+        gammas.push_back(gamma);
+        begin = end + 1;
+    }
+    return gammas;
 }
 
 /// A whole number, which is nothing but decimal digits.
@@ -224,7 +244,7 @@ void addOutputOptions(CLI::App& app, OutputRequest& request) {
     addFloat(app, "--density-drop", request.densityDrop, 0, 1, "RATIO",
              "The least density, as a ratio of that of the owner (0.865)")
         ->group(group);
-    addFloat(app, "--weight-step", request.weightStep, 0, 1e30f, "RATIO",
+    addFloat(app, "--weight-step", request.weightStep, 0, UNBOUNDED, "RATIO",
              "The weight, as a ratio of that of the owner: the least one with a range, else the "
              "largest (0.135)")
         ->group(group);
@@ -251,12 +271,10 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
     ClusterOptions& build = command.build;
     const char* group = "Clustering";
     app.add_option_function<std::string>(
-           "--gamma",
-           [&build](const std::string& text) {
-               build.gamma = text == "auto" ? -1.f : toFloat("--gamma", text, 0, 1);
-           },
-           "Resolution: auto finds it by itself (default); 0 to 1")
-        ->type_name("auto|G")
+           "--gamma", [&command](const std::string& text) { command.gammas = toGammas(text); },
+           "Resolution: auto finds it by itself (default); or a number from 0 on, where more means "
+           "smaller clusters; several are tried on one reading, with G in the names of their files")
+        ->type_name("auto|G[,G...]")
         ->group(group);
     addNumber<decltype(build.rootMax)>(
         app, "--root-max", build.rootMax,
@@ -283,7 +301,7 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
         [&build](Validation value) { build.validation = value; },
         "Check of the links: none, standard (default) or severe")
         ->group(group);
-    addFloat(app, "--gain-margin", build.gainMarg, -3e38f, 1, "X",
+    addFloat(app, "--gain-margin", build.gainMarg, -UNBOUNDED, 1, "X",
              "Stop at a level that raises the modularity by no more than this; with "
              "--trace-modularity only")
         ->group(group);
@@ -326,7 +344,7 @@ void addEvaluateOptions(CLI::App& app, EvaluateCommand& command) {
         ->check(checkName)
         ->required();
     addAssemblyOptions(app, command.read);
-    addFloat(app, "--gamma", command.gamma, 0, 1e30f, "G",
+    addFloat(app, "--gamma", command.gamma, 0, UNBOUNDED, "G",
              "Resolution of the modularity; 1 if not given");
     addClustersOptions(app, command.format, command.levels, command.strict);
     app.add_flag("--json", command.json, "The result as one JSON document");

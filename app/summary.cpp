@@ -3,6 +3,7 @@
 #include "output_text.hpp"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 
 namespace vorl::app {
@@ -15,18 +16,24 @@ std::string levelRow(const Summary& summary, std::size_t index) {
                   grouped(fullsize).c_str());
 }
 
+/// Six digits behind the point, for measures, which are small but at extreme resolutions.
+std::string fixed(double value) { return format(std::abs(value) < 1e6 ? "%.6f" : "%.6g", value); }
+
 /// A root of one item holds the whole network, and nothing is cut from it.
 bool hasConductance(const Summary& summary) { return summary.rootSizes.size() > 1; }
 
-}  // namespace
+std::string networkJson(const NetworkSummary& network) {
+    return "{\"file\": " + jsonQuoted(network.file) +
+           ", \"nodes\": " + std::to_string(network.nodes) +
+           ", \"links\": " + std::to_string(network.links) +
+           ", \"directed\": " + (network.directed ? "true" : "false") +
+           ", \"weighted\": " + (network.weighted ? "true" : "false") +
+           ", \"weight\": " + jsonNumber(network.weight) + "}";
+}
 
-std::string asJson(const Summary& summary) {
-    std::string text = "{\"network\": {\"file\": " + jsonQuoted(summary.file) +
-                       ", \"nodes\": " + std::to_string(summary.nodes) +
-                       ", \"links\": " + std::to_string(summary.links) +
-                       ", \"directed\": " + (summary.directed ? "true" : "false") +
-                       ", \"weighted\": " + (summary.weighted ? "true" : "false") +
-                       ", \"weight\": " + jsonNumber(summary.weight) + "}, \"levels\": [";
+/// The fields of a run, without braces and times.
+std::string runJson(const Summary& summary) {
+    std::string text = "\"levels\": [";
     for (std::size_t i = 0; i < summary.levels.size(); ++i)
         text += std::string(i ? ", " : "") +
                 "{\"clusters\": " + std::to_string(summary.levels[i].first) +
@@ -36,26 +43,35 @@ std::string asJson(const Summary& summary) {
         "], \"root\": " + std::to_string(summary.rootSizes.size()) +
         ", \"clusters\": " + std::to_string(score.clusters) +
         ", \"score\": {\"modularity\": " + jsonNumber(score.modularity) +
-        ", \"gamma\": " + (score.gamma < 0 ? "\"auto\"" : jsonNumber(score.gamma)) +
+        ", \"gamma\": " + (summary.gamma < 0 ? "\"auto\"" : jsonNumber(summary.gamma)) +
         ", \"modularity_at_1\": " + jsonNumber(summary.modularityAtOne) +
         ", \"estimated_gamma\": " + (summary.levels.empty() ? "null" : jsonNumber(score.egamma)) +
         ", \"conductance\": " + (hasConductance(summary) ? jsonNumber(score.conductance) : "null") +
         "}, \"files\": [";
     for (std::size_t i = 0; i < summary.files.size(); ++i)
         text += (i ? ", " : "") + jsonQuoted(summary.files[i]);
-    text += "], \"seconds\": {\"read\": " + jsonNumber(summary.readSeconds) +
-            ", \"build\": " + jsonNumber(summary.buildSeconds) +
-            ", \"write\": " + jsonNumber(summary.writeSeconds) +
-            "}, \"peak_memory_bytes\": " + std::to_string(summary.peakMemory) + "}\n";
+    return text + "]";
+}
+
+std::string writtenText(const std::vector<std::string>& files) {
+    constexpr std::size_t most = 6;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(files.size(), most); ++i)
+        text += "written       " + files[i] + "\n";
+    if (files.size() > most)
+        text += "              and " + counted(files.size() - most, "other") + "\n";
     return text;
 }
 
-std::string asText(const Summary& summary) {
-    std::string text = summary.file + ": " + counted(summary.nodes, "node") + ", " +
-                       counted(summary.links, summary.directed ? "arc" : "edge") + ", " +
-                       (summary.weighted ? "weighted" : "unweighted") + ", total weight " +
-                       format("%.6g", summary.weight) + "\n\n";
+std::string networkText(const NetworkSummary& network) {
+    return network.file + ": " + counted(network.nodes, "node") + ", " +
+           counted(network.links, network.directed ? "arc" : "edge") + ", " +
+           (network.weighted ? "weighted" : "unweighted") + ", total weight " +
+           format("%.6g", network.weight) + "\n\n";
+}
 
+std::string runText(const Summary& summary) {
+    std::string text;
     // A tall hierarchy is shown by its ends.
     constexpr std::size_t shown = 16;
     const std::size_t levels = summary.levels.size();
@@ -85,28 +101,80 @@ std::string asText(const Summary& summary) {
         for (std::size_t i = 0; i < count; ++i) text += format(i ? ", %.6g" : "%.6g", sizes[i]);
         text += count < sizes.size() ? ", ... nodes\n" : " nodes\n";
     }
-    text +=
-        format("modularity    %.6f at gamma %s\n", static_cast<double>(score.modularity),
-               score.gamma < 0 ? "auto" : format("%.6g", static_cast<double>(score.gamma)).c_str());
-    if (score.gamma != 1)
+    text += "modularity    " + fixed(static_cast<double>(score.modularity)) + " at gamma " +
+            gammaName(summary.gamma) + "\n";
+    if (summary.gamma != 1)
         text += format("              %.6f at gamma 1\n", summary.modularityAtOne);
-    if (levels != 0) {
-        text += "conductance   " +
-                (hasConductance(summary) ? format("%.6f", static_cast<double>(score.conductance))
-                                         : NO_CONDUCTANCE) +
-                format("\ngamma         %.6f estimated from the root by the log-ratio rule\n",
-                       static_cast<double>(score.egamma));
+    if (levels == 0) return text;
+    return text + "conductance   " +
+           (hasConductance(summary) ? fixed(static_cast<double>(score.conductance))
+                                    : NO_CONDUCTANCE) +
+           format("\ngamma         %.6f estimated from the root by the log-ratio rule\n",
+                  static_cast<double>(score.egamma));
+}
+
+std::string tableText(const std::vector<Summary>& runs) {
+    std::string text =
+        "     gamma    clusters  levels        root  modularity  at gamma 1  conductance  "
+        "estimated gamma\n";
+    for (const Summary& run : runs) {
+        const HierScore& score = run.score;
+        const auto ifThere = [](bool there, float value) {
+            return there ? fixed(static_cast<double>(value)) : std::string("none");
+        };
+        text += format("%10s  %10s  %6zu  %10s  %10s  %10s  %11s  %15s\n",
+                       gammaName(run.gamma).c_str(), grouped(score.clusters).c_str(),
+                       run.levels.size(), grouped(run.rootSizes.size()).c_str(),
+                       fixed(static_cast<double>(score.modularity)).c_str(),
+                       fixed(run.modularityAtOne).c_str(),
+                       ifThere(hasConductance(run), score.conductance).c_str(),
+                       ifThere(!run.levels.empty(), score.egamma).c_str());
     }
-    constexpr std::size_t mostFiles = 6;
-    const std::size_t files = summary.files.size();
-    for (std::size_t i = 0; i < std::min(files, mostFiles); ++i)
-        text += "written       " + summary.files[i] + "\n";
-    if (files > mostFiles)
-        text += "              and " + counted(files - mostFiles, "other") + "\n";
-    text += format("time          %.3g s reading, %.3g s clustering", summary.readSeconds,
-                   summary.buildSeconds);
-    if (!summary.files.empty()) text += format(", %.3g s writing", summary.writeSeconds);
-    return text + "; peak memory " + bytes(summary.peakMemory) + "\n";
+    return text + "\n";
+}
+
+}  // namespace
+
+std::string gammaName(float gamma) {
+    return gamma < 0 ? "auto" : format("%.6g", static_cast<double>(gamma));
+}
+
+std::string asJson(const NetworkSummary& network, const std::vector<Summary>& runs,
+                   Size peakMemory) {
+    const auto seconds = [](const Summary& run) {
+        return "\"build\": " + jsonNumber(run.buildSeconds) +
+               ", \"write\": " + jsonNumber(run.writeSeconds) + "}";
+    };
+    const std::string read = ", \"seconds\": {\"read\": " + jsonNumber(network.seconds);
+    std::string text = "{\"network\": " + networkJson(network) + ", ";
+    if (runs.size() == 1) {
+        text += runJson(runs[0]) + read + ", " + seconds(runs[0]);
+    } else {
+        text += "\"runs\": [";
+        for (const Summary& run : runs)
+            text += (&run == runs.data() ? "{" : ", {") + runJson(run) + ", \"seconds\": {" +
+                    seconds(run) + "}";
+        text += "]" + read + "}";
+    }
+    return text + ", \"peak_memory_bytes\": " + std::to_string(peakMemory) + "}\n";
+}
+
+std::string asText(const NetworkSummary& network, const std::vector<Summary>& runs,
+                   Size peakMemory) {
+    std::vector<std::string> files;
+    double building = 0;
+    double writing = 0;
+    for (const Summary& run : runs) {
+        files.insert(files.end(), run.files.begin(), run.files.end());
+        building += run.buildSeconds;
+        writing += run.writeSeconds;
+    }
+    std::string text =
+        networkText(network) + (runs.size() == 1 ? runText(runs[0]) : tableText(runs)) +
+        writtenText(files) +
+        format("time          %.3g s reading, %.3g s clustering", network.seconds, building);
+    if (!files.empty()) text += format(", %.3g s writing", writing);
+    return text + "; peak memory " + bytes(peakMemory) + "\n";
 }
 
 }  // namespace vorl::app

@@ -10,25 +10,37 @@
 
 namespace vorl::app {
 
-struct Summary {
+/// What was read.
+struct NetworkSummary {
     std::string file;
     Size nodes = 0;
     Size links = 0;
     bool directed = false;
     bool weighted = false;
     AccWeight weight = 0;
+    double seconds = 0;
+};
+
+/// What was made of it at one resolution.
+struct Summary {
     std::vector<std::pair<Size, Size>> levels;  ///< clusters and fullsize
     std::vector<AccWeight> rootSizes;           ///< nodes of the root's items
+    float gamma = 1;                            ///< the resolution in force, negative for auto
     HierScore score;
     AccWeight modularityAtOne = 0;  ///< of the root at the resolution 1
     std::vector<std::string> files;
-    double readSeconds = 0;
     double buildSeconds = 0;
     double writeSeconds = 0;
-    Size peakMemory = 0;  ///< bytes
 };
 
-std::string asJson(const Summary& summary);
-std::string asText(const Summary& summary);
+/// "auto" for -1, else the number.
+std::string gammaName(float gamma);
+
+/// One run is shown in full, several in a table.
+/// @param peakMemory in bytes
+std::string asJson(const NetworkSummary& network, const std::vector<Summary>& runs,
+                   Size peakMemory);
+std::string asText(const NetworkSummary& network, const std::vector<Summary>& runs,
+                   Size peakMemory);
 
 }  // namespace vorl::app

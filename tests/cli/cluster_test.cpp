@@ -59,6 +59,49 @@ TEST(Cluster, OptionsReachTheEngine) {
     EXPECT_EQ(vorl("cluster " + DATA + "jazz.nse --reduction severe,by-weight").code, 1);
 }
 
+TEST(Cluster, ResolutionsAreTriedOnOneReading) {
+    const Folder folder;
+    for (const char* network : {"football.nse", "celegansneural.nsa --validation none"}) {
+        const std::string cluster = std::string("cluster ") + DATA + network + " -o ";
+        const std::string name = (folder / "all.cnl").string();
+        const Outcome run = vorl(cluster + name + " --gamma auto,0.5,2.50 --json");
+        ASSERT_EQ(run.code, 0) << run.err;
+        std::string scores = run.out;
+        for (const char* gamma : {"auto", "0.5", "2.5"}) {
+            const std::string alone = (folder / "alone.cnl").string();
+            const Outcome one = vorl(cluster + alone + " --json --gamma " + gamma);
+            const std::string here = (folder / "all_gamma_").string() + gamma;
+            EXPECT_EQ(contents(here + ".cnl"), contents(alone)) << network << gamma;
+            EXPECT_EQ(contents(here + ".rhb"), contents(folder / "alone.rhb")) << network << gamma;
+            const std::size_t begin = one.out.find("\"levels\"");
+            EXPECT_TRUE(contains(run.out, one.out.substr(begin, one.out.find("\"files\"") - begin)))
+                << network << gamma;
+        }
+        const Outcome table = vorl(cluster + name + " --gamma 0.5,2.5 --levels per-level");
+        EXPECT_TRUE(contains(table.out, "\n     gamma ") && contains(table.out, "\n       0.5 "));
+        EXPECT_TRUE(std::filesystem::exists(folder / "all_gamma_2.5/all_gamma_2.5_0.cnl"));
+    }
+    // What can't be named, and what would be lost.
+    for (const char* output : {"-", "noextension"})
+        EXPECT_EQ(vorl("cluster " + DATA + "karate.nse --gamma 1,2 -o " + output).code, 2);
+    EXPECT_EQ(vorl("cluster " + DATA + "karate.nse --gamma 1,2,1.0").code, 2);
+    const std::string input = folder.write("in_gamma_2.nse", "0 1\n");
+    EXPECT_EQ(vorl("cluster " + input + " --gamma 1,2 -o " + (folder / "in.nse").string()).code, 2);
+    EXPECT_EQ(contents(input), "0 1\n");
+}
+
+TEST(Cluster, AnyResolutionFromZeroOnIsTaken) {
+    const auto json = [](const std::string& gamma) {
+        return vorl("cluster " + DATA + "football.nse --json --gamma " + gamma);
+    };
+    // Conferences are finer than classical modularity has it.
+    EXPECT_TRUE(contains(json("1.73").out, "\"root\": 12"));
+    EXPECT_TRUE(contains(json("3e38").out, "\"root\": 0"));
+    EXPECT_TRUE(contains(json("1e10").out, "\"gamma\": 1e+10"));
+    for (const char* gamma : {"-1", "nan", "inf", "-inf", "1e39", "1,", "\"\"", "1,x"})
+        EXPECT_EQ(json(gamma).code, 2) << gamma;
+}
+
 TEST(Cluster, WritesTheHierarchy) {
     const Folder folder;
     const std::string file = (folder / "karate.rhb").string();

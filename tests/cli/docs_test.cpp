@@ -117,7 +117,8 @@ TEST(Formats, TellEachNameOfTheJsonDocuments) {
     const std::string karate = VORL_DATA_DIR "/karate.nse";
     std::string json;
     for (const std::string& arguments :
-         {"cluster " + karate + " --levels root -o " + clusters, "info " + karate,
+         {"cluster " + karate + " --levels root -o " + clusters,
+          "cluster " + karate + " --gamma 1,2", "info " + karate,
           "evaluate " + karate + " " + clusters, "compare " + clusters + " " + clusters}) {
         const Outcome run = vorl(arguments + " --json");
         ASSERT_EQ(run.code, 0) << run.err;

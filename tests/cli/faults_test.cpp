@@ -15,7 +15,7 @@ TEST(Usage, IsToldWithCodeTwo) {
         {"clutser x.nse", "did you mean cluster?"},
         {"cluster", "NETWORK is required"},
         {"cluster x.nse --gama 1", "did you mean --gamma?"},
-        {"cluster x.nse --gamma 1.5", "--gamma: \"1.5\" isn't a number from 0 to 1"},
+        {"cluster x.nse --gamma 1,nan", "--gamma: \"nan\" isn't a number from 0 on"},
         {"cluster x.nse --gamma -2", "--gamma"},
         {"cluster x.nse --gamma nan", "--gamma"},
         {"cluster x.nse --gamma 1 --gamma 1", "--gamma"},

@@ -3,8 +3,6 @@
 
 #include <vorl/fileio/iotypes.hpp>
 #include <vorl/graph.hpp>
-#include <vorl/hierarchy/cluster.hpp>
-#include <vorl/processing/validation.hpp>
 #include <vorl/reading/cluster_levels.hpp>
 #include <vorl/reading/memory_file.hpp>
 #include <vorl/reading/network.hpp>
@@ -19,7 +17,6 @@
 #include <limits>
 #include <memory>
 #include <stdexcept>
-#include <unordered_map>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -186,25 +183,6 @@ void addOwners(Rows& rows, const ItemT& item) {
     rows.end(item.id);
 }
 
-/// A copy of the nodes; clustering takes the nodes that it is given.
-template <class LinksT>
-Nodes<LinksT> copied(const Nodes<LinksT>& nodes) {
-    Nodes<LinksT> copies;
-    std::unordered_map<const Node<LinksT>*, Node<LinksT>*> copyOf;
-    copyOf.reserve(nodes.size());
-    for (const Node<LinksT>& node : nodes) {
-        Node<LinksT>& copy = copies.emplace_back(node.id, node.links.size());
-        copy.m_sweight = node.m_sweight;
-        copyOf.emplace(&node, &copy);
-    }
-    auto copy = copies.begin();
-    for (const Node<LinksT>& node : nodes) {
-        for (const auto& ln : node.links) copy->links.emplace_back(copyOf.at(ln.dest), ln.weight);
-        ++copy;
-    }
-    return copies;
-}
-
 /// What is wrong with the network, null if it can be clustered.
 template <bool WEIGHTED>
 const char* fault(Graph<WEIGHTED>& graph) {
@@ -224,17 +202,9 @@ const char* fault(Graph<WEIGHTED>& graph) {
 
 template <bool WEIGHTED>
 jlong clustered(Graph<WEIGHTED>& graph, const ClusterOptions& options) {
-    using LinksT = typename Graph<WEIGHTED>::LinksT;
     if (const char* const text = fault(graph)) throw std::invalid_argument(text);
     if (!std::isfinite(options.gamma)) throw std::invalid_argument("gamma isn't a number");
-    Nodes<LinksT> nodes = copied<LinksT>(graph.nodes());
-    // The engine needs the back links of arcs, which it leaves to the validation.
-    if (graph.directed() && options.validation == Validation::NONE) {
-        AccWeight weight = 0;
-        Size links = 0;
-        validate<true>(nodes, weight, links);
-    }
-    return handle(cluster<LinksT>(nodes, !graph.directed(), options));
+    return handle(clusterCopy(graph, options));
 }
 
 /// A copy of the graph; evaluation takes the nodes of the one that it is given.

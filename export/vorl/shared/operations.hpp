@@ -8,6 +8,7 @@
 #include <vorl/processing/intrinsics.hpp>
 #include <vorl/types/flags.hpp>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,13 @@ namespace vorl {
 template <class GraphT>
 VORL_API Size evaluateClusters(Intrinsics& intr, GraphT& graph, const std::string& filename,
                                AccWeight gamma = 1, Validation validation = Validation::STANDARD);
+
+/// Clusters a copy of the network, which stays as it is; the result is the one of `buildHierarchy`.
+/// Back links of arcs are made whatever the validation.
+/// @throws as `cluster`
+template <bool WEIGHTED>
+VORL_API std::shared_ptr<typename Graph<WEIGHTED>::HierarchyT> clusterCopy(
+    Graph<WEIGHTED>& graph, const ClusterOptions& options);
 
 /// Modularity of the root at a resolution that may differ from the one of the build, for comparison
 /// with other clusterings; without levels that of the nodes, each on its own.

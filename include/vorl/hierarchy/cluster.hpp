@@ -17,7 +17,8 @@ namespace vorl {
 /// @param nodes the nodes with their links; taken over, the list is left empty
 /// @param edges true if the links are symmetric, false for arcs
 /// @param options options of the build
-/// @throws std::invalid_argument if a reduction is asked for without nodes
+/// @throws std::invalid_argument if a reduction is asked for without nodes, or if gamma is infinite
+///     or NaN
 /// @throws std::domain_error if validation refuses the links, if a reduction by weight is asked
 ///     for on unweighted links, or if the network's weight was lost
 /// @throws std::overflow_error if a weight, a gain or the number of levels overflows

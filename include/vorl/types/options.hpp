@@ -12,9 +12,10 @@ namespace vorl {
 
 /// Options of a build.
 struct VORL_API ClusterOptions {
-    /// Resolution of the clustering gain, at most 1: a negative value finds the resolution by
-    /// itself, for each pair of items (the dynamic gamma); 0 merges whatever is linked; 1 is the
-    /// resolution of the modularity.
+    /// Resolution of the clustering gain: a negative value finds the resolution by itself, for each
+    /// pair of items (the dynamic gamma); 0 merges whatever is linked; 1 is the resolution of the
+    /// modularity; more means smaller clusters. A build takes any finite value, while `validate`,
+    /// and with it the constructor, refuses those above 1: set the field for them.
     float gamma = -1;
     /// Filter margin of the candidates, in [0, 1]. Accepted and printed; it changes no result.
     float filterMarg = 0.01f;

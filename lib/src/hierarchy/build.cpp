@@ -5,6 +5,7 @@
 #include <vorl/types/text.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 namespace vorl {
@@ -31,6 +32,8 @@ std::int32_t truncateDelta(AccWeight delta) {
 template <class LinksT>
 std::shared_ptr<Hierarchy<LinksT>> cluster(Nodes<LinksT>& nodes, bool edges,
                                            const ClusterOptions& options) {
+    if (!std::isfinite(options.gamma))
+        throw std::invalid_argument("cluster(), gamma must be a finite number\n");
     const auto run = [&](auto hierarchy) -> std::shared_ptr<Hierarchy<LinksT>> {
         hierarchy->build(options.validation, options.rootMax, options.gainMarg, options.modtrace);
         return hierarchy;

@@ -3,11 +3,13 @@
 #include "../fileio/clusters_loading.hpp"
 
 #include <vorl/processing/gamma.hpp>
+#include <vorl/processing/validation.hpp>
 #include <vorl/processing/weights.hpp>
 
 #include <cmath>
 #include <limits>
 #include <stdexcept>
+#include <unordered_map>
 
 namespace vorl {
 
@@ -58,6 +60,24 @@ void measure(Intrinsics& intr, const Clusters<LinksT>& clusters,
             separate ? 0 : static_cast<float>(cuts / static_cast<AccWeight>(clusters.size()));
 }
 
+template <class LinksT>
+Nodes<LinksT> copied(const Nodes<LinksT>& nodes) {
+    Nodes<LinksT> copies;
+    std::unordered_map<const Node<LinksT>*, Node<LinksT>*> copyOf;
+    copyOf.reserve(nodes.size());
+    for (const Node<LinksT>& node : nodes) {
+        Node<LinksT>& copy = copies.emplace_back(node.id, node.links.size());
+        copy.m_sweight = node.m_sweight;
+        copyOf.emplace(&node, &copy);
+    }
+    auto copy = copies.begin();
+    for (const Node<LinksT>& node : nodes) {
+        for (const auto& ln : node.links) copy->links.emplace_back(copyOf.at(ln.dest), ln.weight);
+        ++copy;
+    }
+    return copies;
+}
+
 }  // namespace
 
 template <class GraphT>
@@ -83,6 +103,20 @@ Size evaluateClusters(Intrinsics& intr, GraphT& graph, const std::string& filena
     return clusters.size();
 }
 
+template <bool WEIGHTED>
+std::shared_ptr<typename Graph<WEIGHTED>::HierarchyT> clusterCopy(Graph<WEIGHTED>& graph,
+                                                                  const ClusterOptions& options) {
+    using LinksT = typename Graph<WEIGHTED>::LinksT;
+    auto nodes = copied<LinksT>(graph.nodes());
+    // The engine needs the back links of arcs, which it leaves to the validation.
+    if (graph.directed() && options.validation == Validation::NONE) {
+        AccWeight weight = 0;
+        Size links = 0;
+        validate<true>(nodes, weight, links);
+    }
+    return cluster<LinksT>(nodes, !graph.directed(), options);
+}
+
 template <class LinksT>
 AccWeight rootModularity(const Hierarchy<LinksT>& hier, AccWeight gamma) {
     AccWeight sum = 0;
@@ -102,6 +136,10 @@ template VORL_API Size evaluateClusters(Intrinsics&, Graph<false>&, const std::s
 template VORL_API Size evaluateClusters(Intrinsics&, Graph<true>&, const std::string&, AccWeight,
                                         Validation);
 
+template VORL_API std::shared_ptr<Graph<false>::HierarchyT> clusterCopy(Graph<false>&,
+                                                                        const ClusterOptions&);
+template VORL_API std::shared_ptr<Graph<true>::HierarchyT> clusterCopy(Graph<true>&,
+                                                                       const ClusterOptions&);
 template VORL_API AccWeight rootModularity(const Hierarchy<UnweightedLinks>&, AccWeight);
 template VORL_API AccWeight rootModularity(const Hierarchy<WeightedLinks>&, AccWeight);
 

@@ -91,6 +91,21 @@ TEST(Build, WithoutALevelScoresTheNodes) {
         "nodes: 2, weight (both dir): 202, node links (directed): 2\n"));
 }
 
+TEST(Build, TakesAnyFiniteGamma) {
+    const TestNetwork network = edges(4, {{0, 1, 1}, {1, 2, 1}, {2, 3, 1}});
+    Trace trace;
+    ClusterOptions options;
+    for (const float gamma : {NAN, HUGE_VALF, -HUGE_VALF}) {
+        options.gamma = gamma;
+        EXPECT_THROW(build<WeightedLinks>(network, options), std::invalid_argument);
+    }
+    // Two pairs at first; from 6 / 4 on the middle link doesn't gain.
+    for (const auto& [gamma, root] : {std::pair{0.5f, 1u}, {1.5f, 2u}, {40.f, 0u}}) {
+        options.gamma = gamma;
+        EXPECT_EQ(build<WeightedLinks>(network, options)->root().size(), root) << gamma;
+    }
+}
+
 TEST(Build, OfNothingIsSilent) {
     Trace trace;
     const auto hier = build(TestNetwork("empty", 0), ClusterOptions(1));

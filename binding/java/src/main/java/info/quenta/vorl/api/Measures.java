@@ -11,6 +11,5 @@ package info.quenta.vorl.api;
  * @param estimatedGamma the resolution estimated from the clusters by the log-ratio rule
  * @param modularityAtEstimatedGamma modularity at that resolution
  */
-public record Measures(
-    long clusters, float conductance, float modularity, float estimatedGamma,
+public record Measures(long clusters, float conductance, float modularity, float estimatedGamma,
     float modularityAtEstimatedGamma) {}

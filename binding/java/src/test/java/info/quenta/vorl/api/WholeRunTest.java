@@ -93,8 +93,8 @@ class WholeRunTest {
         try (Network read = Network.read(network)) {
             Measures measures = read.evaluate(ours.resolve("all.cnl"), 0.5);
             Map<String, Number> values = Map.of("clusters", measures.clusters(), "conductance",
-                measures.conductance(), "modularity", measures.modularity(),
-                "estimated_gamma", measures.estimatedGamma(), "modularity_at_estimated_gamma",
+                measures.conductance(), "modularity", measures.modularity(), "estimated_gamma",
+                measures.estimatedGamma(), "modularity_at_estimated_gamma",
                 measures.modularityAtEstimatedGamma());
             for (var value : values.entrySet()) {
                 Matcher field =
