@@ -1,0 +1,190 @@
+#include "agglomeration.hpp"
+
+#include "mixing.hpp"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace vorl::detail {
+
+namespace {
+
+/// What each item points to: the neighbour with the best gain above 0, or itself. Among equal ones
+/// it is left to a hash, since by number all items of a regular network would point one way.
+/// @param gain of an item and the number of one of its links
+template <class WeightT, class GainT>
+Labels pointers(const ItemLinks<WeightT>& links, std::uint32_t round, Workers& workers,
+                const GainT& gain) {
+    Labels aims(links.size());
+    workers.each(links.size(), [&](Size i) {
+        const Id item = static_cast<Id>(i);
+        Id aim = item;
+        double best = 0;
+        for (Size ln = links.begin[i]; ln < links.begin[i + 1]; ++ln) {
+            const double value = gain(item, ln);
+            const Id other = links.dest[ln];
+            if (value > best ||
+                (value == best && aim != item && mixed(other, round) > mixed(aim, round))) {
+                best = value;
+                aim = other;
+            }
+        }
+        aims[i] = aim;
+    });
+    return aims;
+}
+
+/// Numbers what hangs together by pointers, in the order of the least items.
+Id connected(Labels& aims) {
+    const auto size = static_cast<Id>(aims.size());
+    Labels parent(size);
+    for (Id i = 0; i < size; ++i) parent[i] = i;
+    const auto find = [&](Id i) {
+        while (parent[i] != i) i = parent[i] = parent[parent[i]];
+        return i;
+    };
+    for (Id i = 0; i < size; ++i) {
+        const Id a = find(i);
+        const Id b = find(aims[i]);
+        if (a != b) parent[std::max(a, b)] = std::min(a, b);
+    }
+    for (Id i = 0; i < size; ++i) aims[i] = find(i);
+    return compact(aims);
+}
+
+/// What is left of a gain that rounding alone may have made.
+constexpr double ROUNDING = 1 + 0x1p-40;
+
+/// A round of merging; takes its step unless nothing merges.
+bool take(Merges& merges, Labels aims) {
+    const auto size = static_cast<Id>(aims.size());
+    const Id count = connected(aims);
+    if (count == size) return false;
+    merges.steps.push_back(std::move(aims));
+    merges.counts.push_back(count);
+    return true;
+}
+
+/// A round of merging inside groups.
+template <class WeightT>
+bool mergeInside(Merges& merges, const ItemNetwork<WeightT>& network, const Labels& groups,
+                 const std::vector<AccWeight>& groupWeight, Workers& workers,
+                 const Idle& idle = {}) {
+    const auto round = static_cast<std::uint32_t>(merges.steps.size());
+    const auto gain = [&](Id item, Size ln) -> double {
+        const Id other = network.links.dest[ln];
+        if (groups[item] != groups[other] || !(groupWeight[groups[item]] > 0)) return 0;
+        const auto weight = static_cast<AccWeight>(network.links.weight[ln]);
+        const double expected =
+            network.items[item].total * network.items[other].total / groupWeight[groups[item]];
+        return weight > expected * ROUNDING ? weight - expected : 0;
+    };
+    Labels aims = pointers(network.links, round, workers, gain);
+    if (!idle.empty()) {
+        Labels leader(idle.size(), ID_NONE);
+        for (Id i = 0; i < network.size(); ++i)
+            if (idle[groups[i]]) {
+                if (leader[groups[i]] == ID_NONE) leader[groups[i]] = i;
+                aims[i] = leader[groups[i]];
+            }
+    }
+    return take(merges, std::move(aims));
+}
+
+}  // namespace
+
+Merges mergeSimilar(SimilarLinks& similar, const Labels& groups, Id count, Workers& workers,
+                    const Idle& idle) {
+    ItemNetwork<LinkWeight>& first = similar.network;
+    std::vector<AccWeight> groupWeight(count);
+    if (count == 1) {
+        workers.each(first.size(), [&](Size i) { first.items[i].total = similar.total[i]; });
+        groupWeight[0] = similar.weight;
+    } else {
+        workers.each(first.size(), [&](Size i) {
+            AccWeight sum = 0;
+            if (idle.empty() || !idle[groups[i]])
+                for (Size ln = first.links.begin[i]; ln < first.links.begin[i + 1]; ++ln)
+                    if (groups[first.links.dest[ln]] == groups[i])
+                        sum += static_cast<AccWeight>(first.links.weight[ln]);
+            first.items[i].total = sum;
+        });
+        for (Id i = 0; i < first.size(); ++i) groupWeight[groups[i]] += first.items[i].total;
+    }
+
+    Merges merges;
+    if (!mergeInside(merges, first, groups, groupWeight, workers, idle)) return merges;
+    const auto coarser = [&](const Labels& former) {
+        Labels result(merges.counts.back());
+        for (std::size_t i = 0; i < former.size(); ++i) result[merges.steps.back()[i]] = former[i];
+        return result;
+    };
+    Labels current = coarser(groups);
+    ItemNetwork<AccWeight> network =
+        folded(first, merges.steps.back(), merges.counts.back(), workers);
+    while (mergeInside(merges, network, current, groupWeight, workers)) {
+        current = coarser(current);
+        network = folded(network, merges.steps.back(), merges.counts.back(), workers);
+    }
+    return merges;
+}
+
+Merges mergeLikely(ItemNetwork<AccWeight> network, const Likelihood& likelihood, Workers& workers) {
+    Merges merges;
+    for (;;) {
+        std::vector<double> value(network.size());
+        workers.each(network.size(),
+                     [&](Size i) { value[i] = likelihood.value(network.items[i]); });
+        const auto gain = [&](Id item, Size ln) -> double {
+            const Id other = network.links.dest[ln];
+            const AccWeight weight = network.links.weight[ln];
+            const Holding& a = network.items[item];
+            const Holding& b = network.items[other];
+            if (weight <= likelihood.expected(a.total * b.total)) return 0;
+            Holding both = a + b;
+            both.inner += 2 * weight;
+            return likelihood.value(both) - (value[item] + value[other]);
+        };
+        const auto round = static_cast<std::uint32_t>(merges.steps.size());
+        if (!take(merges, pointers(network.links, round, workers, gain))) return merges;
+        network = folded(network, merges.steps.back(), merges.counts.back(), workers);
+    }
+}
+
+Labels likeliestCut(const Merges& merges, const std::vector<Holding>& base,
+                    const std::vector<std::vector<Holding>>& heights,
+                    const Likelihood& likelihood) {
+    std::vector<double> best(base.size());
+    for (std::size_t i = 0; i < base.size(); ++i) best[i] = likelihood.value(base[i]);
+    std::vector<std::vector<char>> whole(merges.steps.size());
+    for (std::size_t step = 0; step < merges.steps.size(); ++step) {
+        const std::vector<Holding>& items = heights[step];
+        std::vector<double> parts(items.size());
+        for (std::size_t i = 0; i < best.size(); ++i) parts[merges.steps[step][i]] += best[i];
+        whole[step].resize(items.size());
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            const double value = likelihood.value(items[i]);
+            whole[step][i] = value >= parts[i];
+            parts[i] = std::max(value, parts[i]);
+        }
+        best = std::move(parts);
+    }
+
+    // From the top down, what lies in a part has its number.
+    Id count = 0;
+    Labels part(best.size(), ID_NONE);
+    for (std::size_t step = merges.steps.size(); step-- > 0;) {
+        for (std::size_t i = 0; i < part.size(); ++i)
+            if (part[i] == ID_NONE && whole[step][i]) part[i] = count++;
+        Labels finer(merges.steps[step].size());
+        for (std::size_t i = 0; i < finer.size(); ++i) finer[i] = part[merges.steps[step][i]];
+        part = std::move(finer);
+    }
+    for (Id& label : part)
+        if (label == ID_NONE) label = count++;
+    compact(part);
+    return part;
+}
+
+}  // namespace vorl::detail

@@ -1,0 +1,202 @@
+#include "refinement.hpp"
+
+#include "mixing.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace vorl::detail {
+
+namespace {
+
+constexpr unsigned CLASSES = 4;
+/// Rounds end when no more than one in so many items moves.
+constexpr Size FEW = 1000;
+
+struct Move {
+    Id item;
+    Id from;
+    Id to;  // ID_NONE: a group of its own
+};
+
+/// Best moves of single items.
+template <class WeightT>
+class Mover {
+public:
+    Mover(const ItemNetwork<WeightT>& network, const Partitioned& partition,
+          const Likelihood& likelihood, const std::vector<double>& values)
+        : m_network(network), m_partition(partition), m_likelihood(likelihood), m_values(values) {}
+
+    /// Where the item is best off; the group that it is in unless another one is clearly better.
+    Id best(Id item) {
+        const ItemLinks<WeightT>& links = m_network.links;
+        const std::vector<Holding>& groups = m_partition.groups;
+        if (m_pull.size() < groups.size()) m_pull.resize(groups.size());
+        m_touched.clear();
+        for (Size ln = links.begin[item]; ln < links.begin[item + Size{1}]; ++ln) {
+            const Id group = m_partition.labels[links.dest[ln]];
+            AccWeight& pull = m_pull[group];
+            if (pull == 0) m_touched.push_back(group);
+            pull += static_cast<AccWeight>(links.weight[ln]);
+        }
+
+        const Id own = m_partition.labels[item];
+        const Holding& self = m_network.items[item];
+        Holding rest = groups[own] - self;
+        rest.inner -= 2 * m_pull[own];
+        const double leave = m_likelihood.value(rest) - m_values[own];
+        const double least = CLEAR * (1 + m_likelihood.scale() * self.total);
+        Id to = own;
+        double best = least;
+        if (rest.nodes > 0 && leave + m_likelihood.value(self) > best) {
+            best = leave + m_likelihood.value(self);
+            to = ID_NONE;
+        }
+        for (const Id group : m_touched) {
+            const AccWeight pull = std::exchange(m_pull[group], 0);
+            if (group == own || pull <= m_likelihood.expected(self.total * groups[group].total))
+                continue;
+            Holding both = groups[group] + self;
+            both.inner += 2 * pull;
+            const double gain = leave + (m_likelihood.value(both) - m_values[group]);
+            if (gain > best || (gain == best && to != own && to != ID_NONE && group < to)) {
+                best = gain;
+                to = group;
+            }
+        }
+        m_pull[own] = 0;
+        return to;
+    }
+
+private:
+    /// Less than this of what an item weighs is no gain.
+    static constexpr double CLEAR = 0x1p-30;
+
+    const ItemNetwork<WeightT>& m_network;
+    const Partitioned& m_partition;
+    const Likelihood& m_likelihood;
+    const std::vector<double>& m_values;
+    std::vector<AccWeight> m_pull;  // of each group, 0 between two items
+    std::vector<Id> m_touched;
+};
+
+/// Carries out moves that were decided at once.
+template <class WeightT>
+void carryOut(const ItemNetwork<WeightT>& network, Partitioned& partition, std::vector<Move>& moves,
+              std::vector<char>& moving, std::vector<char>& touched, Workers& workers) {
+    const ItemLinks<WeightT>& links = network.links;
+    for (Move& move : moves) {
+        if (move.to == ID_NONE) {
+            move.to = static_cast<Id>(partition.groups.size());
+            partition.groups.emplace_back();
+        }
+        partition.groups[move.from] -= network.items[move.item];
+        partition.groups[move.to] += network.items[move.item];
+        moving[move.item] = 1;
+    }
+    // A link between two items that move is met at both of its ends.
+    const auto inner = [&](const Move& move, Id group) {
+        AccWeight sum = 0;
+        for (Size ln = links.begin[move.item]; ln < links.begin[move.item + Size{1}]; ++ln) {
+            const Id other = links.dest[ln];
+            if (partition.labels[other] == group)
+                sum += (moving[other] ? 1 : 2) * static_cast<AccWeight>(links.weight[ln]);
+        }
+        return sum;
+    };
+    workers.share(moves.size(), 256, [&](Size first, Size last, unsigned) {
+        for (Size i = first; i < last; ++i)
+            if (const AccWeight sum = inner(moves[i], moves[i].from); sum > 0)
+                addShared(partition.groups[moves[i].from].inner, -sum);
+    });
+    for (const Move& move : moves) partition.labels[move.item] = move.to;
+    workers.share(moves.size(), 256, [&](Size first, Size last, unsigned) {
+        for (Size i = first; i < last; ++i) {
+            const Move& move = moves[i];
+            if (const AccWeight sum = inner(move, move.to); sum > 0)
+                addShared(partition.groups[move.to].inner, sum);
+            std::atomic_ref<char>(touched[move.item]).store(1, std::memory_order_relaxed);
+            for (Size ln = links.begin[move.item]; ln < links.begin[move.item + Size{1}]; ++ln)
+                std::atomic_ref<char>(touched[links.dest[ln]]).store(1, std::memory_order_relaxed);
+        }
+    });
+    for (const Move& move : moves) moving[move.item] = 0;
+}
+
+/// Leaves out groups that are empty.
+void tidy(Partitioned& partition) {
+    Labels number(partition.groups.size(), ID_NONE);
+    std::vector<Holding> groups;
+    for (Id& label : partition.labels) {
+        if (number[label] == ID_NONE) {
+            number[label] = static_cast<Id>(groups.size());
+            groups.push_back(partition.groups[label]);
+        }
+        label = number[label];
+    }
+    partition.groups = std::move(groups);
+}
+
+}  // namespace
+
+template <class WeightT>
+Size refine(const ItemNetwork<WeightT>& network, Partitioned& partition, Likelihood& likelihood,
+            unsigned rounds, Workers& workers, const Idle& idle, const Idle& asleep) {
+    const Id size = network.size();
+    std::vector<char> active(size, 1);
+    if (!asleep.empty())
+        for (Id i = 0; i < size; ++i) active[i] = !asleep[i];
+    Size all = 0;
+    std::vector<char> moving(size, 0);
+    std::vector<double> values;
+    likelihood.estimate(partition.groups);
+    for (unsigned round = 0; round < rounds; ++round) {
+        std::vector<char> touched(size, 0);
+        Size moved = 0;
+        for (unsigned turn = 0; turn < CLASSES; ++turn) {
+            values.resize(partition.groups.size());
+            workers.each(values.size(),
+                         [&](Size i) { values[i] = likelihood.value(partition.groups[i]); });
+            std::vector<Move> moves;
+            std::mutex mutex;
+            std::vector<Mover<WeightT>> movers(
+                workers.count(), Mover<WeightT>(network, partition, likelihood, values));
+            workers.share(size, 1024, [&](Size first, Size last, unsigned worker) {
+                std::vector<Move> found;
+                for (Size i = first; i < last; ++i) {
+                    const Id item = static_cast<Id>(i);
+                    if (!active[i] || mixed(item, round) % CLASSES != turn) continue;
+                    if (!idle.empty() && idle[i]) continue;
+                    const Id own = partition.labels[i];
+                    const Id to = movers[worker].best(item);
+                    if (to != own) found.push_back({item, own, to});
+                }
+                if (found.empty()) return;
+                const std::lock_guard lock(mutex);
+                moves.insert(moves.end(), found.begin(), found.end());
+            });
+            std::sort(moves.begin(), moves.end(),
+                      [](const Move& a, const Move& b) { return a.item < b.item; });
+            carryOut(network, partition, moves, moving, touched, workers);
+            moved += moves.size();
+            // What a move touched may decide in the classes of this round that are still to come.
+            for (const Move& move : moves)
+                for (Size ln = network.links.begin[move.item];
+                     ln < network.links.begin[move.item + Size{1}]; ++ln)
+                    active[network.links.dest[ln]] = 1;
+        }
+        likelihood.estimate(partition.groups);
+        active = std::move(touched);
+        all += moved;
+        if (moved * FEW <= size) break;
+    }
+    tidy(partition);
+    return all;
+}
+
+template Size refine(const ItemNetwork<LinkWeight>&, Partitioned&, Likelihood&, unsigned, Workers&,
+                     const Idle&, const Idle&);
+template Size refine(const ItemNetwork<AccWeight>&, Partitioned&, Likelihood&, unsigned, Workers&,
+                     const Idle&, const Idle&);
+
+}  // namespace vorl::detail
