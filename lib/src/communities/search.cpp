@@ -92,6 +92,7 @@ public:
         m_likelihood.estimate(m_partition.groups);
         m_clock.book("agglomeration");
 
+        refine(m_network, m_partition, m_likelihood, NODE_MOVES, m_workers);
         Found best{m_start, m_partition, describe(m_partition), m_likelihood, 0};
         m_settled.assign(m_partition.groups.size(), 0);
         for (unsigned round = 1; round <= ROUNDS; ++round) {
