@@ -3,10 +3,13 @@
 #include "search.hpp"
 #include "sharing.hpp"
 
+#include <vorl/processing/gamma.hpp>
 #include <vorl/types/progress.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <optional>
+#include <utility>
 
 namespace vorl {
 
@@ -17,9 +20,11 @@ using detail::Labels;
 
 /// Links that may be walked by searches, all starts together; the first one is always made.
 constexpr Size WALKED = 1000000;
-/// How much more than it saves the naming of communities may cost, as a share of it. Below, they
-/// are told with a saving below 0, since the cost is one of several that have reasons.
-constexpr double DOUBT = 0.1;
+/// How much more than they save communities may cost and still be told, with a saving below 0: a
+/// share of what names them, since other ways of naming have their reasons, too, and a few natural
+/// units, without which small networks would have none.
+constexpr double DOUBT = 0.05;
+constexpr double DOUBT_UNITS = 5;
 constexpr double BITS = 1.44269504088896340736;  // of a natural unit
 
 /// The network without isolated nodes, its weights on a grid.
@@ -48,7 +53,6 @@ struct Linked {
         links.dest.resize(links.begin.back());
         links.weight.resize(links.begin.back());
         network.items.resize(nodes.size());
-        std::vector<AccWeight> squares(nodes.size());
         workers.each(nodes.size(), [&](Size i) {
             const Size from = flat.begin[nodes[i]];
             AccWeight sum = 0;
@@ -58,21 +62,17 @@ struct Linked {
                 const LinkWeight rounded = grid(flat.weight[source]);
                 links.weight[ln] = rounded;
                 sum += static_cast<AccWeight>(rounded);
-                squares[i] += static_cast<AccWeight>(rounded) * static_cast<AccWeight>(rounded);
             }
             const AccWeight self = grid(static_cast<LinkWeight>(flat.self[nodes[i]]));
             network.items[i] = {self, sum + self, 1};
         });
-        // The effective number of links (L. Kish, Survey sampling, 1965): that of equal ones, of
-        // unequal ones the fewer, the more unequal they are.
-        AccWeight square = 0;
+        // Links of the mean weight count as one each.
         AccWeight sum = 0;
         for (Size i = 0; i < nodes.size(); ++i) {
             weight += network.items[i].total;
             sum += network.items[i].total - network.items[i].inner;
-            square += squares[i];
         }
-        if (square > 0) scale = sum / square;
+        if (sum > 0) scale = static_cast<double>(links.dest.size()) / sum;
     }
 };
 
@@ -176,8 +176,11 @@ Communities communities(const FlatNetwork& network, const CommunitiesOptions& op
     for (std::size_t i = 0; i < starts; ++i) {
         detail::Found found = detail::search(linked.network, shared, detail::STARTS[i],
                                              linked.weight, linked.scale, clock, workers);
-        if (!best || found.description.saving() > best->description.saving())
-            best.emplace(std::move(found));
+        // No communities are what is left where none of those found is good enough.
+        const auto rank = [](const detail::Found& one) {
+            return std::pair(one.partition.groups.size() > 1, one.description.saving());
+        };
+        if (!best || rank(found) > rank(*best)) best.emplace(std::move(found));
         report.advance();
     }
 
@@ -190,7 +193,7 @@ Communities communities(const FlatNetwork& network, const CommunitiesOptions& op
     const detail::Density density = best->start.density;
     const detail::Description none = detail::describe(density, linked.weight, linked.scale, whole);
     double saving = best->description.saving() - none.saving();
-    if (saving < -DOUBT * best->description.naming) {
+    if (saving < -(DOUBT * best->description.naming + DOUBT_UNITS)) {
         best->partition = {Labels(nodes, 0), whole};
         best->description = none;
         best->likelihood.estimate(whole);
@@ -208,7 +211,8 @@ Communities communities(const FlatNetwork& network, const CommunitiesOptions& op
     }
     score.modularity = (inner - expected) / linked.weight;
     score.conductance = (linked.weight - inner) / linked.weight;
-    score.gamma = best->likelihood.gamma();
+    score.gamma = newmanGamma(inner, expected, linked.weight);
+    if (!std::isfinite(score.gamma)) score.gamma = 1;
     score.saving = saving * BITS;
     score.naming = best->description.naming * BITS;
     score.ownDensity = density == detail::Density::OWN;

@@ -33,6 +33,7 @@ void Likelihood::estimate(const std::vector<Holding>& groups) {
     m_outside = sums.inner < m_weight && sums.expected < m_weight
                     ? std::max(LEAST, (m_weight - sums.inner) / (m_weight - sums.expected))
                     : LEAST;
+    m_outer = m_weight - sums.inner;
     const bool apart = m_inside > m_outside;
     m_lnRatio = apart ? ln(m_inside / m_outside) : 0;
     m_gamma = m_lnRatio > 0 ? (m_inside - m_outside) / m_lnRatio : 1;

@@ -52,6 +52,11 @@ public:
         return group.total > 0 ? group.inner * m_weight / (group.total * group.total) : 0;
     }
     double outside() const { return m_outside; }
+    /// The density outside without what one item has there, one link being left.
+    double outsideWithout(AccWeight out) const {
+        const AccWeight left = m_outer - 2 * out + 1 / scale();
+        return left > 0 && left < m_outer ? m_outside * (left / m_outer) : m_outside;
+    }
     AccWeight weight() const { return m_weight; }
     double scale() const { return 2 * m_scale; }
     /// The resolution by the log-ratio rule, see newmanGamma.
@@ -64,6 +69,7 @@ private:
     double m_lnNodes;
     double m_inside = 1;
     double m_outside = 0.5;
+    AccWeight m_outer = 0;  // weight outside
     double m_lnRatio = 1;
     double m_gamma = 1;
 };

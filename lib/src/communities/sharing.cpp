@@ -112,8 +112,13 @@ private:
     void gather(Id node) {
         m_candidates.clear();
         const AccWeight total = m_network.items[node].total;
-        const double outside = m_likelihood.outside();
         const auto own = m_shares.of(node);
+        AccWeight out = total - m_network.items[node].inner;
+        for (const CommunityShare& part : own)
+            out -= static_cast<AccWeight>(part.share) * m_pull[part.community];
+        // In a small network the links of the node itself may be most of those outside.
+        m_outside = m_likelihood.outsideWithout(std::max(0.0, out));
+        const double outside = m_outside;
         for (const Id community : m_touched) {
             const AccWeight pull = m_pull[community];
             AccWeight share = 0;
@@ -138,9 +143,9 @@ private:
     }
 
     double alone(const Candidate& candidate, double share) const {
-        const double outside = m_likelihood.outside();
-        return m_likelihood.scale() * (candidate.pull * ln(share * candidate.density / outside) -
-                                       (share * candidate.density - outside) * candidate.expected);
+        return m_likelihood.scale() *
+               (candidate.pull * ln(share * candidate.density / m_outside) -
+                (share * candidate.density - m_outside) * candidate.expected);
     }
 
     double together(std::size_t count, AccWeight sum) const {
@@ -160,6 +165,7 @@ private:
     std::vector<AccWeight> m_pull;
     std::vector<Id> m_touched;
     std::vector<Candidate> m_candidates;
+    double m_outside = 0;  // density outside, as the node at hand sees it
 };
 
 /// The shares of a range of nodes, until all lie in one list.
