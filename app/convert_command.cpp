@@ -45,7 +45,7 @@ void run(const ConvertCommand& command) {
     requireOther(command.output, command.read.file);
     OutputTree files(command.output, false, command.parents);
     files.protect(command.read.file);
-    const TextFile file(command.read.file);
+    const TextFile file(command.read.file, textLimit(memoryLimit(command.read)));
     const auto scan = [&](const LinkVisitor& visit) {
         return scanNetwork(file.text(), command.read.file, inputFormat, !command.read.unweighted,
                            visit);

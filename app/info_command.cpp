@@ -72,6 +72,11 @@ public:
             return;
         }
         const bool swap = !ln.arc && dst < src;
+        // Repeats are dropped now and then, lest they take memory.
+        if (m_links.size() >= m_crowded) {
+            m_repeated += dropRepeats(m_links);
+            m_crowded = std::max(m_crowded, 2 * m_links.size());
+        }
         m_links.push_back(swap ? Size{dst} << 32 | src : Size{src} << 32 | dst);
     }
 
@@ -81,7 +86,7 @@ public:
         info.weightMin = m_min;
         info.weightMax = m_max;
         info.selfLinks = m_selfLinks;
-        info.repeated = dropRepeats(m_links) + dropRepeats(m_selves);
+        info.repeated = m_repeated + dropRepeats(m_links) + dropRepeats(m_selves);
         info.nodes = m_numbers.size();
         if (facts.nodes) info.nodes = std::max<Size>(info.nodes, *facts.nodes);
         measureDegrees(info);
@@ -137,6 +142,8 @@ private:
     IdNumbers m_numbers;
     std::vector<Size> m_links;
     std::vector<Id> m_selves;
+    std::size_t m_crowded = std::size_t{1} << 20;
+    Size m_repeated = 0;
     Size m_selfLinks = 0;
     LinkWeight m_min = 0;
     LinkWeight m_max = 0;
@@ -199,7 +206,7 @@ std::string asJson(const std::string& file, const NetworkInfo& info) {
 void run(const InfoCommand& command) {
     const ProgressLine line;
     const FileFormat format = networkFormat(command.read);
-    const TextFile file(command.read.file);
+    const TextFile file(command.read.file, textLimit(memoryLimit(command.read)));
     Survey survey;
     const NetworkFacts facts =
         scanNetwork(file.text(), command.read.file, format, !command.read.unweighted,

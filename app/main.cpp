@@ -113,6 +113,8 @@ int main(int argc, char** argv) {
         std::signal(SIGPIPE, pipeSignal);
         raise(SIGPIPE);
         message = err.what();
+    } catch (const vorl::MemoryLimitError& err) {
+        message = std::string(err.what()) + "; --memory-limit SIZE allows more";
     } catch (const std::bad_alloc&) {
         message = "out of memory";
     } catch (const std::exception& err) {

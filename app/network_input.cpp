@@ -11,6 +11,10 @@ void showWarnings(const Network& network, const ReadOptions& options) {
     for (const std::string& warning : network.warnings) tell(options.file + ": " + warning);
 }
 
+std::size_t memoryLimit(const ReadOptions& options) {
+    return options.memoryLimit != 0 ? options.memoryLimit : vorl::memoryLimit();
+}
+
 void requireOneStandardInput(const std::string& first, const std::string& second) {
     if (first == STANDARD_INPUT && second == STANDARD_INPUT)
         throw UsageError("only one of the files can be the standard input");

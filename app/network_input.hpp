@@ -10,6 +10,9 @@ namespace vorl::app {
 /// Prints what the user should know of the file to the standard error stream.
 void showWarnings(const Network& network, const ReadOptions& options);
 
+/// The limit of memory in force.
+std::size_t memoryLimit(const ReadOptions& options);
+
 /// @throws UsageError if both files are the standard input, which is read once
 void requireOneStandardInput(const std::string& first, const std::string& second);
 

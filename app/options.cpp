@@ -6,9 +6,11 @@
 
 #include <vorl/types/text.hpp>
 
+#include <sys/resource.h>
 #include <algorithm>
 #include <charconv>
 #include <limits>
+#include <string_view>
 
 namespace vorl::app {
 
@@ -122,6 +124,28 @@ NumberT toNumber(const std::string& option, const std::string& text) {
     return value;
 }
 
+/// A number of bytes, as a whole number and one of K, M, G and T.
+std::size_t toSize(const std::string& option, const std::string& text) {
+    constexpr std::string_view units = "KMGT";
+    Size number = 0;
+    const char* const last = text.data() + text.size();
+    const auto [end, err] = std::from_chars(text.data(), last, number);
+    const std::size_t unit = end == last ? std::string_view::npos : units.find(*end);
+    const std::size_t shift = unit == std::string_view::npos ? 0 : 10 * (unit + 1);
+    if (err != std::errc() || number == 0 || last - end != (shift != 0) ||
+        number > std::numeric_limits<Size>::max() >> shift)
+        throw CLI::ValidationError(option, "\"" + text + "\" is no size, such as 800M or 4G");
+    return number << shift;
+}
+
+/// What an estimate misses ends as a lack of memory.
+void limitMemory(std::size_t most) {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_DATA, &limit) != 0 || limit.rlim_cur <= most) return;
+    limit.rlim_cur = most;
+    setrlimit(RLIMIT_DATA, &limit);
+}
+
 template <class NumberT, class FieldT>
 CLI::Option* addNumber(CLI::App& app, const std::string& option, FieldT& field,
                        const std::string& description) {
@@ -178,6 +202,16 @@ void addReadOptions(CLI::App& app, ReadOptions& read) {
         "nse (edges), nsa (arcs) or rcg (sections); told from the name if not given")
         ->group(group);
     app.add_flag("--unweighted", read.unweighted, "Each link weighs 1")->group(group);
+    app.add_option_function<std::string>(
+           "--memory-limit",
+           [&read](const std::string& text) {
+               read.memoryLimit = toSize("--memory-limit", text);
+               limitMemory(read.memoryLimit);
+           },
+           "The most memory that the run may take, such as 800M or 4G; the machine's but for an "
+           "eighth if not given")
+        ->type_name("SIZE")
+        ->group(group);
 }
 
 /// What is done with repeated links and the order of nodes.

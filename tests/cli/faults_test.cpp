@@ -42,6 +42,7 @@ TEST(Usage, IsToldWithCodeTwo) {
          "the format can't be told from the name; it is nse (edges), nsa (arcs) or rcg"},
         {"cluster x.nse -o y.rhb", "take another extension, or --levels hierarchy"},
         {"cluster x.nse --levels per-level", "--levels needs a file to write"},
+        {"info x.nse --memory-limit 4X", "--memory-limit: \"4X\" is no size"},
         {"cluster x.nse --gain-margin 0.1", "--gain-margin needs --trace-modularity"},
         {"cluster x.nse --gama 1", "\"vorl cluster --help\""},
         {"cluster x.nse -o .cnl", ".cnl: a name is expected in front of the extension"},

@@ -239,6 +239,33 @@ TEST(SystemFaults, LackOfMemoryInALongLineIsNoEndOfTheFile) {
     }
 }
 
+TEST(SystemFaults, LimitsOfMemoryAreToldBeforeItIsSpent) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer takes more memory than any limit";
+#endif
+    const Folder folder;
+    std::string links;
+    for (int i = 0; i < 5'000'000; ++i) links += "0 1\n";
+    const std::string file = folder.write("links.nse.gz", gzip(links));
+    const auto fails = [&](const Names& words, const std::string& message) {
+        const Outcome run = Child(words).outcome();
+        EXPECT_EQ(run.code, 1) << run.out;
+        EXPECT_TRUE(contains(run.err, message)) << run.err;
+    };
+    fails({"cluster", file, "--memory-limit", "30M"}, "unpacks to more than 15.0 MiB");
+    fails({"cluster", file, "--memory-limit", "200M"},
+          ".gz:1325901: there are more than 1,325,900 links, which may need more than 200.0 MiB of "
+          "memory; --memory-limit SIZE allows more\n");
+    const std::string nodes = folder.write("nodes.rcg", "/Nodes 900000 0\n/Edges\n0> 1\n");
+    fails({"cluster", nodes, "--memory-limit", "100M"}, ".rcg:1: the header tells of 900,000");
+    // Repeated links take no memory where they are only counted.
+    const Outcome run = Child({"info", file, "--memory-limit", "60M"}).outcome();
+    EXPECT_TRUE(contains(run.out, "4,999,999 repeated")) << run.out << run.err;
+    // What the estimate misses ends all the same.
+    EXPECT_EQ(Child({"cluster", DATA + "power.nse", "--memory-limit", "3M"}).outcome().err,
+              "vorl: out of memory\n");
+}
+
 /// A named pipe that the program reads a network from.
 class Feed {
 public:

@@ -20,4 +20,10 @@ public:
     }
 };
 
+/// More memory would be needed than a limit allows.
+class VORL_API MemoryLimitError : public InputError {
+public:
+    using InputError::InputError;
+};
+
 }  // namespace vorl

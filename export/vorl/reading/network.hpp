@@ -20,6 +20,7 @@ struct ReadOptions {
     bool unweighted = false;
     bool sumDuplicates = false;
     bool shuffle = false;
+    std::size_t memoryLimit = 0;  ///< bytes that may be needed in all; 0 for `vorl::memoryLimit`
 };
 
 /// A network ready to be clustered. Arcs are always held in the weighted form, in which they keep
@@ -46,7 +47,8 @@ VORL_API FileFormat networkFormat(const ReadOptions& options);
 /// Reads a file in the format NSE, NSA or RCG, also one that is compressed by gzip or zstd.
 ///
 /// What the library traces meanwhile is caught and given as warnings, so no other thread may trace.
-/// @throws InputError with the file and line of the first fault
+/// @throws InputError with the file and line of the first fault, MemoryLimitError with the line
+/// from which on a clustering of the network would need more memory than it may
 VORL_API Network readNetwork(const ReadOptions& options);
 
 }  // namespace vorl

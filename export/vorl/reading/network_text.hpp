@@ -42,14 +42,25 @@ struct NetworkFacts {
 
 using LinkVisitor = std::function<void(const RawLink&)>;
 
+/// What a network may be.
+struct VORL_API NetworkBounds {
+    Size links = ~Size{0};
+    Size nodes = ~Size{0};   ///< that the file announces
+    std::size_t memory = 0;  ///< bytes in which they are held, for the message
+
+    /// Those of a network that is clustered, beside two copies of its text.
+    static NetworkBounds ofMemory(std::size_t memory, std::size_t text);
+};
+
 /// Checks the text of a network. What passes is taken by the library's parsers.
 /// @param name of the file, for messages
 /// @param format RCG, NSE or NSA
 /// @param readWeights whether links may have weights, if the text allows for them
 /// @param visit is given each link
-/// @throws InputError with the file and line of the first fault
+/// @throws InputError with the file and line of the first fault, MemoryLimitError beyond a bound
 VORL_API NetworkFacts scanNetwork(std::string_view text, const std::string& name, FileFormat format,
-                                  bool readWeights, const LinkVisitor& visit = {});
+                                  bool readWeights, const LinkVisitor& visit = {},
+                                  const NetworkBounds& bounds = {});
 
 /// Builds the text of a network, link by link.
 ///

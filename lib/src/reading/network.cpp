@@ -147,9 +147,11 @@ Network readNetwork(const ReadOptions& options) {
     input.filename = options.file;
     input.shuffle = options.shuffle;
 
-    const TextFile file(options.file);
+    const std::size_t limit = options.memoryLimit != 0 ? options.memoryLimit : memoryLimit();
+    const TextFile file(options.file, textLimit(limit));
     const NetworkFacts facts =
-        scanNetwork(file.text(), options.file, input.format, !options.unweighted);
+        scanNetwork(file.text(), options.file, input.format, !options.unweighted, {},
+                    NetworkBounds::ofMemory(limit, file.text().size()));
     Network network;
     network.directed = facts.directed();
     network.weighted = facts.weighted || options.sumDuplicates;

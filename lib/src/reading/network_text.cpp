@@ -2,6 +2,7 @@
 
 #include <vorl/reading/input_error.hpp>
 #include <vorl/reading/tokens.hpp>
+#include <vorl/reading/wording.hpp>
 #include <vorl/types/progress.hpp>
 
 #include <algorithm>
@@ -20,8 +21,9 @@ constexpr std::size_t BLOCK = 1 << 18;
 /// The walk over the lines, and the check of numbers.
 class LineChecker {
 public:
-    LineChecker(const std::string& file, bool readWeights, const LinkVisitor& visit)
-        : m_file(file), m_readWeights(readWeights), m_visit(visit) {}
+    LineChecker(const std::string& file, bool readWeights, const LinkVisitor& visit,
+                const NetworkBounds& bounds)
+        : m_file(file), m_readWeights(readWeights), m_visit(visit), m_bounds(bounds) {}
     virtual ~LineChecker() = default;
 
     NetworkFacts check(std::string_view text) {
@@ -124,9 +126,15 @@ protected:
         return narrow == 0 ? 1 : narrow;
     }
 
+    void requireRoom(Size nodes) const {
+        if (nodes > m_bounds.nodes) refuse("the header tells of " + counted(nodes, "node"));
+    }
+
     void addLink(const RawLink& ln) {
         ++(ln.arc ? m_facts.arcs : m_facts.edges);
         m_facts.weight += static_cast<AccWeight>(ln.weight);
+        if (m_facts.links() > m_bounds.links)
+            refuse("there are more than " + counted(m_bounds.links, "link"));
         if (m_visit) m_visit(ln);
     }
 
@@ -136,15 +144,23 @@ protected:
     NetworkFacts m_facts;
 
 private:
+    [[noreturn]] void refuse(const std::string& what) const {
+        throw MemoryLimitError(
+            fault(what + ", which may need more than " + bytes(m_bounds.memory) + " of memory")
+                .what());
+    }
+
     const LinkVisitor& m_visit;
+    const NetworkBounds& m_bounds;
     bool m_body = false;
 };
 
 /// Lines of `src dst [weight]`, behind a comment that may tell counts.
 class NslChecker : public LineChecker {
 public:
-    NslChecker(const std::string& file, bool arcs, bool readWeights, const LinkVisitor& visit)
-        : LineChecker(file, readWeights, visit), m_arcs(arcs) {
+    NslChecker(const std::string& file, bool arcs, bool readWeights, const LinkVisitor& visit,
+               const NetworkBounds& bounds)
+        : LineChecker(file, readWeights, visit, bounds), m_arcs(arcs) {
         m_facts.toldDirected = arcs;
     }
 
@@ -200,8 +216,9 @@ private:
 /// Sections of lines `src> dst[:weight] ...`.
 class RcgChecker : public LineChecker {
 public:
-    RcgChecker(const std::string& file, bool readWeights, Size size, const LinkVisitor& visit)
-        : LineChecker(file, readWeights, visit), m_size(size) {}
+    RcgChecker(const std::string& file, bool readWeights, Size size, const LinkVisitor& visit,
+               const NetworkBounds& bounds)
+        : LineChecker(file, readWeights, visit, bounds), m_size(size) {}
 
 protected:
     void checkLine(std::string_view line) override {
@@ -272,6 +289,7 @@ private:
         if (*m_facts.nodes > std::max(always, m_size))
             throw fault("the header tells of " + std::to_string(*m_facts.nodes) +
                         " nodes, more than the file has bytes");
+        requireRoom(*m_facts.nodes);
     }
 
     Id checkNode(std::string_view token, const char* what) const {
@@ -313,11 +331,19 @@ private:
 
 }  // namespace
 
+NetworkBounds NetworkBounds::ofMemory(std::size_t memory, std::size_t text) {
+    // Of networks of distinct links, their nodes and the hierarchy.
+    constexpr std::size_t ofLink = 128;
+    constexpr std::size_t ofNode = 512;
+    const std::size_t left = memory > 2 * text ? memory - 2 * text : 0;
+    return {left / ofLink, left / ofNode, memory};
+}
+
 NetworkFacts scanNetwork(std::string_view text, const std::string& name, FileFormat format,
-                         bool readWeights, const LinkVisitor& visit) {
+                         bool readWeights, const LinkVisitor& visit, const NetworkBounds& bounds) {
     if (format == FileFormat::RCG)
-        return RcgChecker(name, readWeights, text.size(), visit).check(text);
-    return NslChecker(name, format == FileFormat::NSA, readWeights, visit).check(text);
+        return RcgChecker(name, readWeights, text.size(), visit, bounds).check(text);
+    return NslChecker(name, format == FileFormat::NSA, readWeights, visit, bounds).check(text);
 }
 
 NetworkWriter::NetworkWriter(FileFormat format, const NetworkFacts& facts)

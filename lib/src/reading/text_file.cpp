@@ -1,5 +1,7 @@
 #include <vorl/reading/text_file.hpp>
 
+#include "space.hpp"
+
 #include <vorl/reading/input_error.hpp>
 #include <vorl/reading/unpack.hpp>
 #include <vorl/reading/wording.hpp>
@@ -15,12 +17,14 @@
 
 namespace vorl {
 
-std::size_t textLimit() {
+std::size_t memoryLimit() {
     const long pages = sysconf(_SC_PHYS_PAGES);
     const long size = sysconf(_SC_PAGESIZE);
     if (pages <= 0 || size <= 0) return std::numeric_limits<std::size_t>::max() / 2;
-    return static_cast<std::size_t>(pages) / 2 * static_cast<std::size_t>(size);
+    return static_cast<std::size_t>(pages) / 8 * 7 * static_cast<std::size_t>(size);
 }
+
+std::size_t textLimit(std::size_t limit) { return limit / 2; }
 
 TextFile::TextFile(const std::string& name, std::size_t most) {
     const auto fail = [&name](int err) { return InputError(name + ": " + std::strerror(err)); };
@@ -37,8 +41,8 @@ TextFile::TextFile(const std::string& name, std::size_t most) {
     if (close(file) != 0 && err == 0) err = errno;
     if (err != 0) throw fail(err);
     if (m_text.size() > most)
-        throw InputError(name + ": there are more than " + bytes(most) +
-                         ", which is too much here");
+        throw MemoryLimitError(name + ": there are more than " + bytes(most) +
+                               ", which is too much here");
     const Packing packing = packingOf(m_text);
     m_plain = packing == Packing::NONE && name != STANDARD_INPUT && m_regular;
     if (packing != Packing::NONE) m_text = unpack(m_text, packing, name, most);
@@ -51,7 +55,11 @@ int TextFile::readAll(int file, std::size_t most) {
     m_regular = S_ISREG(info.st_mode);
     constexpr std::size_t block = 1 << 16;
     std::size_t size = 0;
-    if (m_regular && static_cast<std::size_t>(info.st_size) > most) return EFBIG;
+    if (m_regular && static_cast<std::size_t>(info.st_size) > most) {
+        m_text.resize(most + 1);
+        return 0;
+    }
+    if (!m_regular) reserveSpace(m_text, most + 1);
     m_text.resize(m_regular ? static_cast<std::size_t>(info.st_size) + 1
                             : std::min(block, most + 1));
     const ProgressReporter report;
@@ -63,7 +71,8 @@ int TextFile::readAll(int file, std::size_t most) {
         if (count < 0 && errno != EINTR) return errno;
         report.advance(count > 0 ? static_cast<Size>(count) : 0);
         if (count > 0) size += static_cast<std::size_t>(count);
-        if (size == m_text.size() && size <= most) m_text.resize(std::min(2 * size, most + 1));
+        if (size == m_text.size() && size <= most)
+            m_text.resize(std::min(size + std::max(block, size / 4), most + 1));
     }
     m_text.resize(size);
     return 0;

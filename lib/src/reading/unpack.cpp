@@ -1,5 +1,7 @@
 #include <vorl/reading/unpack.hpp>
 
+#include "space.hpp"
+
 #include <vorl/reading/input_error.hpp>
 #include <vorl/reading/wording.hpp>
 #include <vorl/types/progress.hpp>
@@ -34,12 +36,14 @@ InputError damaged(const std::string& file, const char* packing, const std::stri
 class Gatherer {
 public:
     Gatherer(const std::string& file, const char* packing, std::size_t most)
-        : m_file(file), m_packing(packing), m_most(most) {}
+        : m_file(file), m_packing(packing), m_most(most) {
+        reserveSpace(m_text, most);
+    }
 
     void append(const char* data, std::size_t size) {
         if (size > m_most - m_text.size())
-            throw damaged(m_file, m_packing,
-                          "unpacks to more than " + bytes(m_most) + ", which is too much here");
+            throw MemoryLimitError(m_file + ": the " + m_packing + " data unpacks to more than " +
+                                   bytes(m_most) + ", which is too much here");
         m_text.append(data, size);
     }
     std::string take() { return std::move(m_text); }
