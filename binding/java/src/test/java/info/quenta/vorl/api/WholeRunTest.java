@@ -78,7 +78,7 @@ class WholeRunTest {
     resultsAreThoseOfTheProgram(String name) throws Exception {
         Path network = Settings.data(name);
         Path ours = folder.resolve("java");
-        Path theirs = folder.resolve("program");
+        Path theirs = Files.createDirectory(folder.resolve("program"));
         String classes = Settings.path("classes") + ":" + Settings.path("jar");
         Settings.Outcome run = Settings.run(folder, Map.of(), Settings.tool("java"), "-Xcheck:jni",
             "-cp", classes, Run.class.getName(), network.toString(), ours.toString());
