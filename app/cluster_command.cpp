@@ -5,49 +5,22 @@
 #include "output_text.hpp"
 #include "output_tree.hpp"
 #include "progress_line.hpp"
+#include "run_figures.hpp"
 #include "summary.hpp"
 
 #include <vorl/processing/validation.hpp>
 #include <vorl/shared/operations.hpp>
 #include <vorl/types/trace.hpp>
 
-#include <sys/resource.h>
 #include <unistd.h>
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <optional>
 
 namespace vorl::app {
 
 namespace {
-
-class Stopwatch {
-public:
-    double lap() {
-        const auto now = std::chrono::steady_clock::now();
-        const std::chrono::duration<double> elapsed = now - m_start;
-        m_start = now;
-        return elapsed.count();
-    }
-
-private:
-    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
-};
-
-/// In bytes. What `getrusage` tells may be the peak of the process that started this one.
-Size peakMemory() {
-    std::ifstream status("/proc/self/status");
-    for (std::string word; status >> word;) {
-        Size kilobytes = 0;
-        if (word == "VmHWM:" && status >> kilobytes) return 1024 * kilobytes;
-    }
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return Size{1024} * static_cast<Size>(usage.ru_maxrss);
-}
 
 template <class LinksT>
 void describe(const Hierarchy<LinksT>& hier, Summary& summary) {

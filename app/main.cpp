@@ -40,7 +40,7 @@ int runProgram(int argc, char** argv) {
     };
     try {
         app.parse(argc, argv);
-        if (const CLI::App* cluster = line.commands.front().app; *cluster)
+        if (const CLI::App* cluster = app.get_subcommand("cluster"); *cluster)
             checkOptions(*cluster, line.cluster);
         for (const auto& command : line.commands)
             if (*command.app) command.run();

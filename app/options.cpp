@@ -490,6 +490,41 @@ void addExtractOptions(CLI::App& app, ExtractCommand& command) {
     app.add_flag("-q,--quiet", command.quiet, "No remarks on the files");
 }
 
+/// The options of `vorl communities`.
+void addCommunitiesOptions(CLI::App& app, CommunitiesCommand& command) {
+    addReadOptions(app, command.read);
+    addAssemblyOptions(app, command.read);
+    const char* group = "Communities";
+    app.add_flag("--no-shares{false}", command.options.shares, "Each node is in one community only")
+        ->group(group);
+    addNumber<unsigned>(app, "--starts", command.options.starts,
+                        "Search from so many starts and take the best; the smaller the network, "
+                        "the more if not given, 6 at most")
+        ->group(group);
+    addNumber<unsigned>(app, "--threads", command.options.threads,
+                        "Threads to work with, all that there are if not given; the result is the "
+                        "same for any number")
+        ->group(group);
+    group = "Output";
+    app.add_option("-o,--output", command.output,
+                   "File of the communities, one a line (cnl); - is the standard output, in place "
+                   "of the summary")
+        ->check(checkName)
+        ->type_name("FILE")
+        ->group(group);
+    app.add_option("--table", command.table,
+                   "File with a line node, community, share for each membership, parted by tabs, "
+                   "or by commas for .csv; - is the standard output")
+        ->check(checkName)
+        ->type_name("FILE")
+        ->group(group);
+    app.add_flag("--parents", command.parents, "Create the folders that the files lack")
+        ->group(group);
+    group = "Report";
+    app.add_flag("--json", command.json, "The summary as one JSON document")->group(group);
+    app.add_flag("-q,--quiet", command.quiet, "No summary, no warnings")->group(group);
+}
+
 }  // namespace
 
 CommandLine::CommandLine() : app(DESCRIPTION, "vorl") {
@@ -497,7 +532,8 @@ CommandLine::CommandLine() : app(DESCRIPTION, "vorl") {
     app.set_version_flag("--version",
                          std::string("vorl ") + VORL_VERSION + " (r-" + libBuild().rev() + ")");
     app.require_subcommand(1);
-    add("cluster", "Cluster a network", addClusterOptions, cluster);
+    add("communities", "Find the communities of a network", addCommunitiesOptions, communities);
+    add("cluster", "Cluster a network into a hierarchy", addClusterOptions, cluster);
     add("evaluate", "Measure clusters of a network", addEvaluateOptions, evaluate);
     add("info", "Tell what the file of a network holds", addInfoOptions, info);
     add("convert", "Write a network in another format", addConvertOptions, convert);

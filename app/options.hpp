@@ -3,6 +3,7 @@
 #pragma once
 
 #include "cluster_command.hpp"
+#include "communities_command.hpp"
 #include "compare_command.hpp"
 #include "convert_command.hpp"
 #include "cut_command.hpp"
@@ -33,6 +34,7 @@ public:
     CLI::App app;
     std::vector<Command> commands;
 
+    CommunitiesCommand communities;
     ClusterCommand cluster;
     EvaluateCommand evaluate;
     InfoCommand info;

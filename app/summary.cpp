@@ -22,15 +22,6 @@ std::string fixed(double value) { return format(std::abs(value) < 1e6 ? "%.6f" :
 /// A root of one item holds the whole network, and nothing is cut from it.
 bool hasConductance(const Summary& summary) { return summary.rootSizes.size() > 1; }
 
-std::string networkJson(const NetworkSummary& network) {
-    return "{\"file\": " + jsonQuoted(network.file) +
-           ", \"nodes\": " + std::to_string(network.nodes) +
-           ", \"links\": " + std::to_string(network.links) +
-           ", \"directed\": " + (network.directed ? "true" : "false") +
-           ", \"weighted\": " + (network.weighted ? "true" : "false") +
-           ", \"weight\": " + jsonNumber(network.weight) + "}";
-}
-
 /// The fields of a run, without braces and times.
 std::string runJson(const Summary& summary) {
     std::string text = "\"levels\": [";
@@ -51,23 +42,6 @@ std::string runJson(const Summary& summary) {
     for (std::size_t i = 0; i < summary.files.size(); ++i)
         text += (i ? ", " : "") + jsonQuoted(summary.files[i]);
     return text + "]";
-}
-
-std::string writtenText(const std::vector<std::string>& files) {
-    constexpr std::size_t most = 6;
-    std::string text;
-    for (std::size_t i = 0; i < std::min(files.size(), most); ++i)
-        text += "written       " + files[i] + "\n";
-    if (files.size() > most)
-        text += "              and " + counted(files.size() - most, "other") + "\n";
-    return text;
-}
-
-std::string networkText(const NetworkSummary& network) {
-    return network.file + ": " + counted(network.nodes, "node") + ", " +
-           counted(network.links, network.directed ? "arc" : "edge") + ", " +
-           (network.weighted ? "weighted" : "unweighted") + ", total weight " +
-           format("%.6g", network.weight) + "\n\n";
 }
 
 std::string runText(const Summary& summary) {
@@ -134,6 +108,32 @@ std::string tableText(const std::vector<Summary>& runs) {
 }
 
 }  // namespace
+
+std::string networkJson(const NetworkSummary& network) {
+    return "{\"file\": " + jsonQuoted(network.file) +
+           ", \"nodes\": " + std::to_string(network.nodes) +
+           ", \"links\": " + std::to_string(network.links) +
+           ", \"directed\": " + (network.directed ? "true" : "false") +
+           ", \"weighted\": " + (network.weighted ? "true" : "false") +
+           ", \"weight\": " + jsonNumber(network.weight) + "}";
+}
+
+std::string writtenText(const std::vector<std::string>& files) {
+    constexpr std::size_t most = 6;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(files.size(), most); ++i)
+        text += "written       " + files[i] + "\n";
+    if (files.size() > most)
+        text += "              and " + counted(files.size() - most, "other") + "\n";
+    return text;
+}
+
+std::string networkText(const NetworkSummary& network) {
+    return network.file + ": " + counted(network.nodes, "node") + ", " +
+           counted(network.links, network.directed ? "arc" : "edge") + ", " +
+           (network.weighted ? "weighted" : "unweighted") + ", total weight " +
+           format("%.6g", network.weight) + "\n\n";
+}
 
 std::string gammaName(float gamma) {
     return gamma < 0 ? "auto" : format("%.6g", static_cast<double>(gamma));

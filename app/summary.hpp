@@ -21,6 +21,12 @@ struct NetworkSummary {
     double seconds = 0;
 };
 
+std::string networkJson(const NetworkSummary& network);
+/// The first line of a summary, and an empty one.
+std::string networkText(const NetworkSummary& network);
+/// The names of the first files, a line each.
+std::string writtenText(const std::vector<std::string>& files);
+
 /// What was made of it at one resolution.
 struct Summary {
     std::vector<std::pair<Size, Size>> levels;  ///< clusters and fullsize

@@ -1,0 +1,206 @@
+#include "communities_command.hpp"
+
+#include "errors.hpp"
+#include "output_text.hpp"
+#include "output_tree.hpp"
+#include "progress_line.hpp"
+#include "run_figures.hpp"
+#include "summary.hpp"
+#include "text_output.hpp"
+
+#include <vorl/communities_text.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <optional>
+
+namespace vorl::app {
+
+namespace {
+
+/// What a run took.
+struct Took {
+    double communities = 0;
+    double write = 0;
+};
+
+/// A saving as far as it is none by rounding alone.
+bool saves(const CommunitiesScore& score) { return score.saving > 0; }
+
+/// Whether nothing was found, all nodes that have links being together.
+bool undivided(const Communities& found) { return found.count() <= found.isolated() + 1; }
+
+std::vector<double> sizes(const Communities& found) {
+    std::vector<double> result;
+    for (Id community = 0; community < found.count() - found.isolated(); ++community) {
+        double nodes = 0;
+        for (const auto& [place, share] : found.members(community))
+            nodes += static_cast<double>(share);
+        result.push_back(nodes);
+    }
+    std::sort(result.begin(), result.end(), std::greater<>());
+    return result;
+}
+
+std::string verdict(const Communities& found) {
+    const CommunitiesScore& score = found.score();
+    if (undivided(found))
+        return "There are no communities: none describe the network better than chance does.\n";
+    if (!saves(score))
+        return "The communities may be chance: describing the network by them takes " +
+               format("%.4g", -score.saving) + " bits more than without.\n";
+    return "";
+}
+
+std::string asText(const NetworkSummary& network, const Communities& found, const Took& took,
+                   const std::vector<std::string>& files) {
+    const CommunitiesScore& score = found.score();
+    const Id communities = found.count() - found.isolated();
+    std::string text = networkText(network);
+    text += communities == 1 ? std::string("1 community") : grouped(communities) + " communities";
+    text += ", " + counted(found.shared(), "node") + " in several";
+    if (found.isolated()) text += "; " + counted(found.isolated(), "isolated node");
+    text += "\n" + verdict(found);
+    if (communities) {
+        constexpr std::size_t most = 10;
+        const std::vector<double> nodes = sizes(found);
+        text += "sizes         ";
+        for (std::size_t i = 0; i < std::min(most, nodes.size()); ++i)
+            text += format(i ? ", %.4g" : "%.4g", nodes[i]);
+        text += nodes.size() > most ? format(", ... %.4g nodes, %.4g in the median\n", nodes.back(),
+                                             nodes[nodes.size() / 2])
+                                    : " nodes\n";
+    }
+    if (!undivided(found)) {
+        text += format("modularity    %.6f at gamma 1\n", score.modularity);
+        text += format("conductance   %.6f\n", score.conductance);
+        text += format("gamma         %.6f estimated by the log-ratio rule\n", score.gamma);
+        text += format("description   %.6g bits shorter than without communities (named by %.6g)\n",
+                       score.saving, score.naming);
+        text += "search        " + counted(score.starts, "start") + "; the best: " + score.start +
+                ", " + counted(score.rounds, "round") + "\n";
+    }
+    text += writtenText(files);
+    text += format("time          %.3g s reading, %.3g s", network.seconds, took.communities);
+    const char* separator = " (";
+    for (const auto& [step, seconds] : found.seconds()) {
+        text += separator + step + format(" %.3g", seconds);
+        separator = ", ";
+    }
+    text += found.seconds().empty() ? "" : ")";
+    if (!files.empty()) text += format(", %.3g s writing", took.write);
+    return text + "; peak memory " + bytes(peakMemory()) + "\n";
+}
+
+std::string asJson(const NetworkSummary& network, const Communities& found, const Took& took,
+                   const std::vector<std::string>& files) {
+    const CommunitiesScore& score = found.score();
+    const bool divided = !undivided(found);
+    std::string text = "{\"network\": " + networkJson(network) +
+                       ", \"communities\": " + std::to_string(found.count() - found.isolated()) +
+                       ", \"isolated_nodes\": " + std::to_string(found.isolated()) +
+                       ", \"shared_nodes\": " + std::to_string(found.shared()) + ", \"sizes\": [";
+    const std::vector<double> nodes = sizes(found);
+    for (std::size_t i = 0; i < nodes.size(); ++i) text += (i ? ", " : "") + jsonNumber(nodes[i]);
+    text += "], \"score\": {\"modularity\": " + jsonNumber(score.modularity) +
+            ", \"estimated_gamma\": " + (divided ? jsonNumber(score.gamma) : "null") +
+            ", \"conductance\": " + (divided ? jsonNumber(score.conductance) : "null") +
+            ", \"saving_bits\": " + jsonNumber(score.saving) +
+            ", \"naming_bits\": " + jsonNumber(score.naming) +
+            "}, \"start\": " + jsonQuoted(score.start) +
+            ", \"starts\": " + std::to_string(score.starts) +
+            ", \"rounds\": " + std::to_string(score.rounds) + ", \"files\": [";
+    for (std::size_t i = 0; i < files.size(); ++i) text += (i ? ", " : "") + jsonQuoted(files[i]);
+    text += "], \"seconds\": {\"read\": " + jsonNumber(network.seconds) +
+            ", \"communities\": " + jsonNumber(took.communities);
+    for (const auto& [step, seconds] : found.seconds())
+        text += ", " + jsonQuoted(step) + ": " + jsonNumber(seconds);
+    return text + ", \"write\": " + jsonNumber(took.write) +
+           "}, \"peak_memory_bytes\": " + std::to_string(peakMemory()) + "}\n";
+}
+
+/// One file that is asked for. It is opened for a look before the work, and to write after it.
+class Target {
+public:
+    Target(const std::string& file, const CommunitiesCommand& command)
+        : m_file(file), m_command(command) {
+        if (file.empty()) return;
+        requireOther(file, command.read.file);
+        OutputTree files(file, false, command.parents);
+        m_toOutput = files.isStandardOutput();
+    }
+
+    bool toOutput() const { return m_toOutput; }
+
+    template <class TextT>
+    void write(std::vector<std::string>& written, const TextT& text) const {
+        if (m_file.empty()) return;
+        OutputTree files(m_file, false, m_command.parents);
+        files.protect(m_command.read.file);
+        writeText(text(), files, m_file);
+        if (!m_toOutput) written.push_back(m_file);
+    }
+
+private:
+    const std::string& m_file;
+    const CommunitiesCommand& m_command;
+    bool m_toOutput = false;
+};
+
+/// The network in flat arrays; what it is made of goes.
+FlatNetwork flattened(Network&& network) {
+    return std::visit(
+        [&](auto& graph) {
+            FlatNetwork flat(graph->nodes(), network.directed);
+            graph.reset();
+            return flat;
+        },
+        network.graph);
+}
+
+}  // namespace
+
+void run(const CommunitiesCommand& command) {
+    std::optional<ProgressLine> line;
+    if (!command.quiet) line.emplace();
+    const Target clusters(command.output, command);
+    const Target table(command.table, command);
+    if (!command.output.empty() && command.output == command.table)
+        throw UsageError("the clusters and the table can't both be " + command.output);
+    if (clusters.toOutput() + table.toOutput() + command.json > 1)
+        throw UsageError("clusters, table and JSON can't share the standard output");
+
+    Stopwatch watch;
+    NetworkSummary summary;
+    summary.file = command.read.file;
+    Network network = readNetwork(command.read);
+    summary.nodes = network.nodes;
+    summary.links = network.links;
+    summary.directed = network.directed;
+    summary.weighted = network.weighted;
+    summary.seconds = watch.lap();
+    if (!command.quiet) showWarnings(network, command.read);
+
+    Took took;
+    const FlatNetwork flat = flattened(std::move(network));
+    for (const LinkWeight weight : flat.weight) summary.weight += static_cast<AccWeight>(weight);
+    for (const AccWeight self : flat.self) summary.weight += self;
+    const Communities found = communities(flat, command.options);
+    took.communities = watch.lap();
+
+    std::vector<std::string> written;
+    clusters.write(written, [&] { return clustersText(found); });
+    table.write(written,
+                [&] { return tableText(found, command.table.ends_with(".csv") ? ',' : '\t'); });
+    took.write = watch.lap();
+
+    std::string text;
+    if (command.json)
+        text = asJson(summary, found, took, written);
+    else if (!command.quiet && !clusters.toOutput() && !table.toOutput())
+        text = asText(summary, found, took, written);
+    printAfter(written, text);
+}
+
+}  // namespace vorl::app
