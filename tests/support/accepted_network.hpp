@@ -62,21 +62,27 @@ void requireOrder(GraphT& graph) {
         }
 }
 
-/// Clusters a small network, whose nodes must then lie in the root as a whole.
-template <class GraphT>
-void requireHierarchy(GraphT& graph) {
-    if (graph.nodes().size() > 64) return;
-    const auto hier = graph.buildHierarchy();
+/// The measures of a hierarchy are numbers, and its nodes lie in the root as a whole.
+template <class LinksT>
+void requireShares(const Hierarchy<LinksT>& hier) {
+    const HierScore& score = hier.score();
+    for (const float measure : {score.modularity, score.gamma, score.egamma, score.conductance})
+        require(std::isfinite(measure), "a measure is no number");
     std::map<Id, double> shares;
-    for (const auto* cl : hier->root())
-        for (const auto& [node, share] : hier->unwrap(*cl)) shares[node->id] += double{share};
-    for (const auto& node : hier->nodes()) {
+    for (const auto* cl : hier.root())
+        for (const auto& [node, share] : hier.unwrap(*cl)) shares[node->id] += double{share};
+    for (const auto& node : hier.nodes()) {
         const auto found = shares.find(node.id);
-        require(!std::isnan(hier->score().modularity), "the modularity is no number");
         require(
-            hier->root().empty() || (found != shares.end() && std::abs(found->second - 1) < 1e-4),
+            hier.root().empty() || (found != shares.end() && std::abs(found->second - 1) < 1e-4),
             "the shares of a node don't add up to 1");
     }
+}
+
+/// Clusters a small network.
+template <class GraphT>
+void requireHierarchy(GraphT& graph) {
+    if (graph.nodes().size() <= 64) requireShares(*graph.buildHierarchy());
 }
 
 /// Reads and clusters the network of a file. The parser may refuse it, and where its format can

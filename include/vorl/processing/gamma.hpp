@@ -16,6 +16,9 @@ namespace vorl {
 /// M. E. J. Newman, Equivalence between modularity optimization and maximum likelihood methods for
 /// community detection, Phys. Rev. E 94, 052315 (2016), https://doi.org/10.1103/PhysRevE.94.052315
 ///
+/// It is 1 where both densities are equal, or where one of them is no number: weights so far apart
+/// that the smaller ones vanish in the total may leave nothing to divide by.
+///
 /// @param s the observed inner weight
 /// @param e the inner weight expected at random
 /// @param t the total weight
@@ -23,7 +26,8 @@ inline AccWeight newmanGamma(AccWeight s, AccWeight e, AccWeight t) {
     const AccWeight x1 = s / e;
     const AccWeight x2 = (t - s) / (t - e);
     if (equal(x1, x2)) return 1;
-    return (x1 - x2) / (std::log(x1) - std::log(x2));
+    const AccWeight gamma = (x1 - x2) / (std::log(x1) - std::log(x2));
+    return std::isnan(gamma) ? 1 : gamma;
 }
 
 namespace detail {

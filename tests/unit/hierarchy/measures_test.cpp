@@ -107,6 +107,15 @@ TEST(DynamicGamma, OfItemsWithoutSelfWeightIsOne) {
     EXPECT_EQ(newmanGamma(2, 2, 4), 1);  // not 0 / 0
 }
 
+// What is outside vanishes beside what is inside, and leaves 0 / 0 or a division by 0.
+TEST(DynamicGamma, OfWeightsFarApartIsANumber) {
+    EXPECT_EQ(newmanGamma(1e20, 1e20, 1e20), 1);
+    EXPECT_EQ(newmanGamma(4, 1e20, 1e20), 1);
+    EXPECT_EQ(newmanGamma(0, 0, 1e20), 1);
+    EXPECT_EQ(dynamicGamma(2e18, 2e18, 0, 10, 4), 1);
+    EXPECT_EQ(dynamicGamma(2e18, 1e18, 0, 1, 0.5), newmanGamma(0.5, 5e17, 2e18));
+}
+
 TEST(DynamicGamma, OfThreeFollowsTheTotalTheyTouch) {
     Items items({{4, 2}, {3, 1}, {3, 0}});
     const auto total = [](AccWeight u) {
