@@ -1,5 +1,6 @@
 // The program vorl: its command line.
 #include "errors.hpp"
+#include "guard.hpp"
 #include "options.hpp"
 #include "output_text.hpp"
 
@@ -101,6 +102,7 @@ int main(int argc, char** argv) {
     const auto pipeSignal = std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     vorl::ftrace = nullptr;
+    guardAssertions();
 #ifdef M_MMAP_THRESHOLD
     // Large buffers go back to the system at once. Left alone, the limit rises with their size.
     mallopt(M_MMAP_THRESHOLD, 1 << 20);

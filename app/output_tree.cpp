@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -37,6 +38,9 @@ int standardStream(const struct stat& file) {
         if (!S_ISCHR(file.st_mode) && fstat(stream, &own) == 0 && isSame(file, own)) return stream;
     return -1;
 }
+
+/// The one at work.
+std::atomic<OutputTree*> current = nullptr;
 
 void requireWritable(const fs::path& folder) {
     if (access(folder.c_str(), W_OK | X_OK) != 0) throw failure(folder.string(), errno);
@@ -85,11 +89,20 @@ OutputTree::OutputTree(const std::string& name, bool folder, bool parents)
         remove();
         throw;
     }
+    current = this;
 }
 
 OutputTree::~OutputTree() {
+    current = nullptr;
     const EndSignals::Pause pause(*m_signals);
     remove();
+}
+
+void OutputTree::discardCurrent() {
+    OutputTree* const tree = current;
+    if (!tree) return;
+    const EndSignals::Pause pause(*tree->m_signals);
+    tree->remove();
 }
 
 bool OutputTree::isStandardOutput() const { return m_stream == STDOUT_FILENO; }

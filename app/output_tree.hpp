@@ -44,6 +44,9 @@ public:
     /// @throws InputError if there are none, or one can't be moved; UsageError if one is protected
     std::vector<std::string> commit();
 
+    /// Removes what there is of the one at work, if there is one, before the process ends at once.
+    static void discardCurrent();
+
 private:
     void create(const std::string& parent);
     void remove() noexcept;
