@@ -48,6 +48,7 @@ VORL_API void acsAddNodes(Nodes<LinksT>& nodes, IdNodes<LinksT>& idnodes, const 
 
 /// Puts one link into the ordered list of its source. A repeated link is reported, or with
 /// `sumdups` and weighted links accumulated unless its destination is the last one of the list.
+/// @throws std::invalid_argument if the weight is negative or no number
 template <class NodeT>
 VORL_API void insertLink(NodeT* src, NodeT* dst, LinkWeight weight, bool sumdups,
                          StructLinkErrors* errors);
@@ -62,6 +63,7 @@ VORL_API void acsReduceLinks(Node<WeightedLinks>& node, InpLinks<true>& links,
 /// Adds links between existing nodes.
 /// @return whether an arc between different nodes was stored
 /// @throws std::out_of_range if a node is unknown; the links before it stay stored
+/// @throws std::invalid_argument if a weight is negative or no number; nothing is stored then
 template <bool DIRECTED, bool WEIGHTED>
 VORL_API bool acsAddNodeLinks(IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnodes, Id id,
                               const InpLinks<WEIGHTED>& links, bool sumdups, Reduction reduction,
@@ -69,6 +71,7 @@ VORL_API bool acsAddNodeLinks(IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnode
 
 /// Adds links and creates the nodes that are missing.
 /// @return whether an arc between different nodes was stored
+/// @throws std::invalid_argument if a weight is negative or no number; nothing is stored then
 template <bool DIRECTED, bool WEIGHTED>
 VORL_API bool acsAddNodeAndLinks(Nodes<Links<Link<LinkWeight, WEIGHTED>>>& nodes,
                                  IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnodes, Id id,
@@ -137,13 +140,16 @@ public:
     /// Adds a link between existing nodes.
     /// @throws std::out_of_range if a node is unknown
     /// @throws std::domain_error for a second link of a node under reduction
+    /// @throws std::invalid_argument if the weight is negative or no number
     template <bool DIRECTED>
     void addLink(Id src, Id dst, LinkWeight weight = 1, StructLinkErrors* errors = nullptr);
     /// Adds links of one node; all nodes must exist.
     /// @throws std::out_of_range if a node is unknown; the links before it stay stored
+    /// @throws std::invalid_argument if a weight is negative or no number; nothing is stored then
     template <bool DIRECTED>
     void addNodeLinks(Id id, const InpLinksT& links, StructLinkErrors* errors = nullptr);
     /// Adds links of one node; missing nodes are created.
+    /// @throws std::invalid_argument if a weight is negative or no number; nothing is stored then
     template <bool DIRECTED>
     void addNodeAndLinks(Id id, const InpLinksT& links, StructLinkErrors* errors = nullptr);
 

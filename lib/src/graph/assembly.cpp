@@ -88,6 +88,7 @@ bool storeNodeLinks(IdNodes<Links<Link<LinkWeight, WEIGHTED>>>& idnodes, Id id,
                     Id linksMarg, StructLinkErrors* errors,
                     LateLinks<Links<Link<LinkWeight, WEIGHTED>>>& late) {
     Id current = id;
+    detail::requireWeights<WEIGHTED>("acsAddNodeLinks()", id, links);
     try {
         return storeLinks<DIRECTED, WEIGHTED>(idnodes.at(id), idnodes, links, sumdups, reduction,
                                               linksMarg, errors, late, current);
@@ -102,6 +103,7 @@ bool storeNodeAndLinks(Nodes<Links<Link<LinkWeight, WEIGHTED>>>& nodes,
                        const InpLinks<WEIGHTED>& links, bool shuffle, bool sumdups,
                        Reduction reduction, Id linksMarg, StructLinkErrors* errors,
                        LateLinks<Links<Link<LinkWeight, WEIGHTED>>>& late) {
+    detail::requireWeights<WEIGHTED>("acsAddNodeAndLinks()", id, links);
     NodesIdsT ids;
     ids.reserve(links.size() + 1);
     ids.push_back(id);
@@ -156,6 +158,7 @@ void acsAddNodes(Nodes<LinksT>& nodes, IdNodes<LinksT>& idnodes, const NodesIdsT
 
 template <class NodeT>
 void insertLink(NodeT* src, NodeT* dst, LinkWeight weight, bool sumdups, StructLinkErrors* errors) {
+    detail::requireWeight("insertLink()", src->id, dst->id, weight);
     placeLink<decltype(src->links)>(src, dst, weight, sumdups, errors, nullptr);
 }
 
@@ -306,6 +309,7 @@ void Graph<LINKS_WEIGHTED>::addNodes(const NodesIdsT& ids, StructNodeErrors* err
 template <bool LINKS_WEIGHTED>
 template <bool DIRECTED>
 void Graph<LINKS_WEIGHTED>::addLink(Id src, Id dst, LinkWeight weight, StructLinkErrors* errors) {
+    detail::requireWeight("addLink()", src, dst, weight);
     NodeT* source;
     NodeT* dest;
     try {

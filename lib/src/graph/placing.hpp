@@ -3,8 +3,10 @@
 
 #include "late_links.hpp"
 
+#include <vorl/graph.hpp>
 #include <vorl/processing/struct_errors.hpp>
 #include <vorl/types/item.hpp>
+#include <vorl/types/plain_text.hpp>
 #include <vorl/types/search.hpp>
 
 #include <random>
@@ -33,6 +35,21 @@ void eachNode(PlaceT low, PlaceT high, bool shuffle, CreateT create) {
 [[noreturn]] inline void refuseLink(Id id, const char* what) {
     throw std::out_of_range("acsAddNodeLinks(), the link with non-existent node is used: #" +
                             std::to_string(id) + "\n" + what);
+}
+
+/// @throws std::invalid_argument for a weight that no link can have
+inline void requireWeight(const char* caller, Id src, Id dst, LinkWeight weight) {
+    if (weight >= 0) return;
+    throw std::invalid_argument(
+        format("%s, the weight of the link #%u.%u must be a non-negative number, not %G\n", caller,
+               src, dst, static_cast<double>(weight)));
+}
+
+/// The same for all links of a node.
+template <bool WEIGHTED>
+void requireWeights(const char* caller, Id src, const InpLinks<WEIGHTED>& links) {
+    if constexpr (WEIGHTED)
+        for (const auto& ln : links) requireWeight(caller, src, ln.id, ln.weight);
 }
 
 /// Adds to the self weight; a self link that is there already is a repeat unless they are summed.

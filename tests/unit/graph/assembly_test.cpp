@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -144,6 +145,27 @@ TEST(Assembly, NamesTheNodeThatIsMissing) {
     EXPECT_EQ(links(graph, 2), "1:1 ");
     EXPECT_EQ(links(graph, 0), "");
     EXPECT_THROW(graph.node(7), std::out_of_range);
+}
+
+TEST(Assembly, RefusesWeightsThatNoLinkCanHave) {
+    Graph<true> graph;
+    graph.addNodes(3);
+    for (const float weight : {-1.f, -1e-30f, std::numeric_limits<float>::quiet_NaN()}) {
+        const auto refused = [&](auto add) {
+            const std::string text = errorOf<std::invalid_argument>(add);
+            EXPECT_NE(text.find("the weight of the link #1.2 must be"), text.npos) << text;
+        };
+        refused([&] { graph.addLink<false>(1, 2, weight); });
+        refused([&] { insertLink(graph.node(1), graph.node(2), weight, true, nullptr); });
+        const InpLinks<true> list{InpLink<true>(0), InpLink<true>(2, weight), InpLink<true>(9)};
+        refused([&] { graph.addNodeLinks<true>(1, list); });
+        refused([&] { graph.addNodeAndLinks<false>(1, list); });
+        EXPECT_THROW(graph.addLink<true>(1, 1, weight), std::invalid_argument);
+    }
+    EXPECT_EQ(ids(graph), (std::vector<Id>{0, 1, 2}));
+    for (const auto& node : graph.nodes()) EXPECT_TRUE(node.links.empty() && node.weight() == 0);
+    graph.addLink<true>(0, 1, 0);
+    EXPECT_EQ(links(graph, 0), "1:0 ");
 }
 
 TEST(Nodes, AreAddedOnce) {
