@@ -2,20 +2,12 @@
 #pragma once
 
 #include <vorl/reading/wording.hpp>
+#include <vorl/types/plain_text.hpp>
 
-#include <cstdio>
 #include <string>
 #include <vector>
 
 namespace vorl::app {
-
-/// As `snprintf`, for results of less than 256 bytes.
-template <class... ArgsT>
-std::string format(const char* pattern, ArgsT... args) {
-    char text[256];
-    std::snprintf(text, sizeof text, pattern, args...);
-    return text;
-}
 
 /// In place of a conductance, where there is none.
 inline constexpr const char* NO_CONDUCTANCE = "none (it takes weight on both sides of a cut)";

@@ -20,7 +20,14 @@ VORL_API void traceBuffered(bool buffered);
 /// Whether the trace goes anywhere but to the standard error stream.
 VORL_API bool traceBuffered();
 
+namespace detail {
+
+/// Prints to `ftrace`, which there must be, whatever the locale.
+VORL_API void trace(const char* pattern, ...) __attribute__((format(printf, 1, 2)));
+
+}  // namespace detail
+
 /// Prints to `ftrace` if there is one.
-#define VORL_TRACE(...) (::vorl::ftrace ? void(std::fprintf(::vorl::ftrace, __VA_ARGS__)) : void())
+#define VORL_TRACE(...) (::vorl::ftrace ? ::vorl::detail::trace(__VA_ARGS__) : void())
 
 }  // namespace vorl

@@ -2,8 +2,7 @@
 
 #include <vorl/processing/validation.hpp>
 #include <vorl/processing/weights.hpp>
-
-#include <cstdio>
+#include <vorl/types/plain_text.hpp>
 
 namespace vorl {
 
@@ -107,14 +106,10 @@ AccWeight detail::loadClusters(Clusters<typename GraphT::LinksT>& clusters, Grap
             }
             cluster.addWeight(node.weight() * static_cast<AccWeight>(share));
         }
-        if (!equal(sum, Share{1}, node.owners.size())) {
-            char text[128];
-            std::snprintf(text, sizeof text,
-                          "Accumulated value of the node share should be equal to 1, failed for "
-                          "#%u: '%f\n",
-                          node.id, static_cast<double>(sum));
-            throw std::string(text);
-        }
+        if (!equal(sum, Share{1}, node.owners.size()))
+            throw format(
+                "Accumulated value of the node share should be equal to 1, failed for #%u: '%f\n",
+                node.id, static_cast<double>(sum));
     }
     errors.show();
     clusters = std::move(membership->clusters);

@@ -2,6 +2,7 @@
 #include <vorl/fileio/printer_cnl.hpp>
 #include <vorl/fileio/printer_rhb.hpp>
 #include <vorl/types/assert.hpp>
+#include <vorl/types/plain_text.hpp>
 #include <vorl/types/text.hpp>
 #include <vorl/types/trace.hpp>
 
@@ -48,12 +49,13 @@ public:
 
     /// @param failure what is told, behind the name, where the file can't be opened
     bool open(const std::string& name, const char* caller, const char* failure) {
-        std::FILE* const file = std::fopen(name.c_str(), "w");
-        if (!file) {
+        FileWrapper file(std::fopen(name.c_str(), "w"));
+        if (!file.fdescr()) {
+            const detail::PlainLocale plain;
             std::perror(("WARNING " + std::string(caller) + ", " + name + failure).c_str());
             return false;
         }
-        m_files.emplace_back(file);
+        m_files.push_back(std::move(file));
         m_names.push_back(name);
         return true;
     }
@@ -83,6 +85,7 @@ public:
     /// Runs a writer of the files; a failure tells the name of the file.
     template <class WriterT>
     void write(WriterT writer) {
+        const detail::PlainLocale plain;
         try {
             writer();
         } catch (const std::ios_base::failure& err) {

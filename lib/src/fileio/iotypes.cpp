@@ -1,5 +1,6 @@
 #include <vorl/fileio/iotypes.hpp>
 
+#include <vorl/types/plain_text.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <cstring>
@@ -39,6 +40,7 @@ std::FILE* FileWrapper::release() { return std::exchange(m_file, nullptr); }
 
 void ensureDir(const std::string& dir) {
     namespace fs = std::filesystem;
+    const detail::PlainLocale plain;
     std::error_code err;
     const fs::file_status status = fs::status(dir, err);
     if (status.type() == fs::file_type::not_found || status.type() == fs::file_type::none) {

@@ -1,6 +1,7 @@
 #include <vorl/fileio/parse_number.hpp>
 
-#include <cstdio>
+#include <vorl/types/plain_text.hpp>
+
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -14,12 +15,10 @@ constexpr std::size_t TEXT_MAX = 22;
 
 template <class SrcT>
 std::string number(SrcT value) {
-    char text[64];
     if constexpr (std::is_floating_point_v<SrcT>)
-        std::snprintf(text, sizeof text, "%f", static_cast<double>(value));
+        return format("%f", static_cast<double>(value));
     else
-        std::snprintf(text, sizeof text, "%llu", static_cast<unsigned long long>(value));
-    return text;
+        return std::to_string(value);
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ Id parseId(const char*& pos) {
     const Number number = scanNumber(pos);
     if (number.err != 0 || number.value >= ID_NONE || !isBlankOrEnd(*number.end))
         validateVal<Id>(number.value, pos, true,
-                        number.err != 0 ? std::strerror(number.err)
+                        number.err != 0 ? systemText(number.err).c_str()
                                         : "id == ID_NONE or the terminating symbol is invalid");
     pos = number.end;
     return static_cast<Id>(number.value);
@@ -33,7 +33,8 @@ Id parseId(const char*& pos) {
 /// The weight of a link; 0 reads as the default weight.
 LinkWeight parseWeight(const char* pos, const char* end) {
     const Decimal number = scanFloat(pos, end);
-    if (number.err != 0) validateVal<float>(number.value, pos, true, std::strerror(number.err));
+    if (number.err != 0)
+        validateVal<float>(number.value, pos, true, systemText(number.err).c_str());
     return number.value == 0 ? 1 : number.value;
 }
 

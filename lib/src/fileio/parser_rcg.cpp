@@ -20,7 +20,7 @@ namespace {
 /// Behind the key and the blanks that may follow it, else null.
 const char* matchValueKey(const char* pos, const char* key) {
     const std::size_t length = std::strlen(key);
-    if (strncasecmp(pos, key, length) != 0) return nullptr;
+    if (!startsWithKey(pos, key, length)) return nullptr;
     pos = skipBlanks(pos + length);
     return *pos == '\0' ? nullptr : pos;
 }

@@ -4,6 +4,7 @@
 #include "text_writer.hpp"
 
 #include <vorl/types/assert.hpp>
+#include <vorl/types/plain_text.hpp>
 #include <vorl/types/progress.hpp>
 #include <vorl/types/text.hpp>
 
@@ -66,8 +67,8 @@ public:
 
     void levels(LevelNum blev, LevelNum elev, float ratio) {
         if (ratio < 0 || ratio > 1)
-            throw std::invalid_argument(
-                "output(), levStepRatio validation failed: " + std::to_string(ratio) + "\n");
+            throw std::invalid_argument(format("output(), levStepRatio validation failed: %f\n",
+                                               static_cast<double>(ratio)));
         const Size levnum = m_hier.levels().size();
         const Size files = m_fouts.size();
         const auto check = [&](bool good) {

@@ -67,11 +67,13 @@ void openText(std::ifstream& file, const std::string& filename, const char* pars
         return;
     }
     const int err = errno;
+    const PlainLocale plain;
     std::perror((std::string(parser) + "(), error opening the file " + filename).c_str());
     throw std::ios_base::failure(std::string(std::strerror(err)) + "\n");
 }
 
 Size textSize(const std::string& filename) {
+    const PlainLocale plain;
     std::error_code err;
     const std::uintmax_t size = std::filesystem::file_size(filename, err);
     if (!err) return size;

@@ -3,10 +3,10 @@
 
 #include <vorl/fileio/parse_number.hpp>
 #include <vorl/types/numbers.hpp>
+#include <vorl/types/plain_text.hpp>
 #include <vorl/types/progress.hpp>
 #include <vorl/types/trace.hpp>
 
-#include <strings.h>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
@@ -30,7 +30,13 @@ inline const char* skipBlanks(const char* pos) {
 /// Behind the key if it stands at the position and ends there, else null.
 inline const char* matchKey(const char* pos, const char* key) {
     const std::size_t length = std::strlen(key);
-    return strncasecmp(pos, key, length) == 0 && isBlankOrEnd(pos[length]) ? pos + length : nullptr;
+    return startsWithKey(pos, key, length) && isBlankOrEnd(pos[length]) ? pos + length : nullptr;
+}
+
+/// What the system tells of an error.
+inline std::string systemText(int err) {
+    const PlainLocale plain;
+    return std::strerror(err);
 }
 
 /// A whole number at the position.
@@ -48,6 +54,7 @@ inline Number scanNumber(const char* pos) {
     while (*digit >= '0' && *digit <= '9' && digit - pos < 10)
         value = 10 * value + static_cast<unsigned long long>(*digit++ - '0');
     if (digit != pos && !(*digit >= '0' && *digit <= '9')) return {value, digit, 0, true};
+    const PlainLocale plain;
     char* end;
     errno = 0;
     value = std::strtoull(pos, &end, 10);
@@ -70,6 +77,7 @@ inline Decimal scanFloat(const char* pos, const char* last) {
         if (err == std::errc() && isBlankOrEnd(*end) && std::isnormal(value))
             return {value, end, 0, true};
     }
+    const PlainLocale plain;
     char* end;
     errno = 0;
     value = std::strtof(pos, &end);
@@ -81,6 +89,7 @@ inline Decimal scanFloat(const char* pos, const char* last) {
 /// @throws std::invalid_argument if it is malformed or doesn't fit
 template <class DestT>
 DestT headerValue(const char*& pos, bool commas) {
+    const PlainLocale plain;
     char* end;
     errno = 0;
     const unsigned long long value = std::strtoull(pos, &end, 10);

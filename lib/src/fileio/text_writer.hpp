@@ -3,6 +3,7 @@
 
 #include <vorl/fileio/iotypes.hpp>
 #include <vorl/types/numbers.hpp>
+#include <vorl/types/plain_text.hpp>
 
 #include <cerrno>
 #include <charconv>
@@ -30,6 +31,7 @@ inline void appendShare(std::string& text, Share share) {
 
 /// @throws std::ios_base::failure if something that was written is lost
 inline void checkWritten(const FileWrapper& fout, const char* writer) {
+    const PlainLocale plain;
     errno = 0;
     if (std::fflush(fout.fdescr()) != 0 || std::ferror(fout.fdescr()))
         throw std::ios_base::failure(std::string(writer) + ", writing failed",

@@ -2,10 +2,9 @@
 
 #include <vorl/processing/gamma.hpp>
 #include <vorl/processing/weights.hpp>
+#include <vorl/types/plain_text.hpp>
 
-#include <cstdio>
 #include <stdexcept>
-#include <string>
 
 namespace vorl {
 
@@ -20,10 +19,10 @@ bool asksFor(const Intrinsics& intr, IntrinsicsFlags measure) {
 template <bool NONSYMMETRIC, class LinksT>
 void intrinsicMeasures(Intrinsics& intr, Clusters<LinksT>& cls, AccWeight weight, AccWeight gamma) {
     if (cls.empty() || !(weight > 0) || gamma < 0)
-        throw std::invalid_argument("intrinsicMeasures(), clusters(" + std::to_string(cls.size()) +
-                                    ") should be supplied with the valid weight(" +
-                                    std::to_string(weight) + ") and gamma(" +
-                                    std::to_string(gamma) + ")\n");
+        throw std::invalid_argument(
+            format("intrinsicMeasures(), clusters(%zu) should be supplied with the valid "
+                   "weight(%f) and gamma(%f)\n",
+                   cls.size(), weight, gamma));
     if (!intr.defined()) return;
     const bool conductance = asksFor(intr, IntrinsicsFlags::CONDUCTANCE);
     const bool modularity = asksFor(intr, IntrinsicsFlags::MODULARITY);

@@ -1,11 +1,14 @@
 #include <vorl/processing/weights.hpp>
 
+#include <vorl/types/plain_text.hpp>
+
 #include <cstdio>
 #include <stdexcept>
 
 namespace vorl::detail {
 
 void throwOverflow(const char* fallback, std::size_t limit, const char* format, ...) {
+    const PlainLocale plain;
     char text[160];
     va_list args;
     va_start(args, format);

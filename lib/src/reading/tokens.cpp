@@ -1,6 +1,7 @@
 #include <vorl/reading/tokens.hpp>
 
-#include <strings.h>
+#include <vorl/types/plain_text.hpp>
+
 #include <algorithm>
 
 namespace vorl {
@@ -15,7 +16,7 @@ std::string quoted(std::string_view text) {
 
 bool takeKey(std::string_view& text, std::string_view key) {
     const std::size_t length = key.size();
-    if (text.size() < length || strncasecmp(text.data(), key.data(), length) != 0 ||
+    if (text.size() < length || !detail::startsWithKey(text.data(), key.data(), length) ||
         (text.size() > length && text[length] != ' ' && text[length] != '\t'))
         return false;
     text = trimFront(text.substr(length));

@@ -4,6 +4,7 @@
 #include <vorl/hierarchy/cluster.hpp>
 #include <vorl/hierarchy/level.hpp>
 #include <vorl/shared/operations.hpp>
+#include <vorl/types/plain_text.hpp>
 #include <vorl/types/text.hpp>
 
 #include <algorithm>
@@ -20,6 +21,7 @@ namespace fs = std::filesystem;
 namespace {
 
 fs::filesystem_error failure(const fs::path& path, int err) {
+    const detail::PlainLocale plain;
     return fs::filesystem_error("writing of clusters", path,
                                 std::error_code(err != 0 ? err : EIO, std::generic_category()));
 }
