@@ -129,6 +129,7 @@ public:
     std::shared_ptr<HierarchyT> hierarchy();
 
     /// Clusters the network; the nodes go into the hierarchy, and the list of nodes is left empty.
+    /// @throws std::invalid_argument if a weight is negative or no number, as a parser may read it
     /// @throws as `cluster`
     std::shared_ptr<HierarchyT> buildHierarchy(const ClusterOptions& options = ClusterOptions());
 

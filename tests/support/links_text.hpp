@@ -2,16 +2,15 @@
 /// A text of the links of a network.
 #pragma once
 
-#include "app/output_text.hpp"
-
 #include <vorl/types/item.hpp>
+#include <vorl/types/plain_text.hpp>
 
 #include <string>
 
 namespace vorl::test {
 
 /// A number in the shortest of its forms of six digits.
-inline std::string digits(double number) { return app::format("%G", number); }
+inline std::string digits(double number) { return format("%G", number); }
 
 /// "dest:weight" of the links of a node, a self link left out.
 template <class LinksT>

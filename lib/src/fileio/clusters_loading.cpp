@@ -4,6 +4,9 @@
 #include <vorl/processing/weights.hpp>
 #include <vorl/types/plain_text.hpp>
 
+#include <cmath>
+#include <stdexcept>
+
 namespace vorl {
 
 namespace {
@@ -58,6 +61,31 @@ private:
     const NodesShares<LinksT>& m_shares;
 };
 
+[[noreturn]] void refuseShares(Id node, AccWeight sum) {
+    throw format("Accumulated value of the node share should be equal to 1, failed for #%u: '%f\n",
+                 node, sum);
+}
+
+/// Scales stated shares that add up to 1 but for their rounding to six digits.
+template <class LinksT>
+void settleShares(const Nodes<LinksT>& nodes, NodesShares<LinksT>& shares) {
+    for (const Node<LinksT>& node : nodes) {
+        const auto found = shares.find(&node);
+        if (found == shares.end()) continue;
+        if (found->second.size() != node.owners.size())
+            throw std::invalid_argument(format(
+                "evaluateClusters(), node #%u states its share in some of its clusters only\n",
+                node.id));
+        AccWeight sum = 0;
+        for (const auto& entry : found->second) sum += static_cast<AccWeight>(entry.share);
+        const auto count = static_cast<AccWeight>(node.owners.size());
+        if (equal(sum, 1, node.owners.size())) continue;
+        if (!(std::fabs(sum - 1) <= 5e-7 * count + detail::WEIGHT_EPS)) refuseShares(node.id, sum);
+        for (auto& entry : found->second)
+            entry.share = detail::narrow(static_cast<AccWeight>(entry.share) / sum);
+    }
+}
+
 }  // namespace
 
 template <class ParserT, class GraphT>
@@ -74,6 +102,8 @@ AccWeight detail::loadClusters(Clusters<typename GraphT::LinksT>& clusters, Grap
     const AccWeight weight = directed ? networkWeight<true>(*nodes, validation)
                                       : networkWeight<false>(*nodes, validation);
 
+    const bool settled = farShares == FarShares::STATED;
+    if (settled) settleShares(*nodes, membership->ndshares);
     StructNodeErrors errors("WARNING loadClusters(), the node does not belong to any cluster: ");
     const SharesReader<LinksT> reader(membership->ndshares);
     for (const Node<LinksT>& node : *nodes) {
@@ -106,10 +136,9 @@ AccWeight detail::loadClusters(Clusters<typename GraphT::LinksT>& clusters, Grap
             }
             cluster.addWeight(node.weight() * static_cast<AccWeight>(share));
         }
-        if (!equal(sum, Share{1}, node.owners.size()))
-            throw format(
-                "Accumulated value of the node share should be equal to 1, failed for #%u: '%f\n",
-                node.id, static_cast<double>(sum));
+        // Even shares are those of the whole, however they add up at 32 bits.
+        if (!settled && !equal(sum, Share{1}, node.owners.size()))
+            refuseShares(node.id, static_cast<AccWeight>(sum));
     }
     errors.show();
     clusters = std::move(membership->clusters);

@@ -287,6 +287,12 @@ template <bool LINKS_WEIGHTED>
 auto Graph<LINKS_WEIGHTED>::buildHierarchy(const ClusterOptions& options)
     -> std::shared_ptr<HierarchyT> {
     show();  // the hierarchy holds the nodes from now on
+    for (const auto& node : m_nodes) {
+        detail::requireWeight("buildHierarchy()", node.id, node.id, detail::narrow(node.weight()));
+        if constexpr (LINKS_WEIGHTED)
+            for (const auto& ln : node.links)
+                detail::requireWeight("buildHierarchy()", node.id, ln.dest->id, ln.weight);
+    }
     m_hierarchy = cluster<LinksT>(m_nodes, !m_directed, options);
     return hierarchy();
 }

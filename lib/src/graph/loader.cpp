@@ -43,7 +43,6 @@ void GraphLoader<LINKS_WEIGHTED>::addNodes(Id nodesNum, Id firstId, StructNodeEr
 template <bool LINKS_WEIGHTED>
 template <bool DIRECTED, class NumberT>
 void GraphLoader<LINKS_WEIGHTED>::append(Id src, const InpLinksT& links, NumberT number) {
-    requireWeights<LINKS_WEIGHTED>("addNodeAndLinks()", m_nodes[src]->id, links);
     if (m_runs.empty() || m_runs.back().arcs != DIRECTED)
         m_runs.push_back({m_links.size(), DIRECTED});
     for (const auto& ln : links) {

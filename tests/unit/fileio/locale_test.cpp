@@ -48,8 +48,7 @@ std::string told(const Folder& folder) {
     const auto again = NslParser(read(nse, FileFormat::NSE)).build<Graph<true>>();
     evaluateClusters(measures, *again, cnl, 0.5);
     text += format("%.9g %.9g\n", double{measures.mod}, double{measures.cdn});
-    ClusterOptions bad(1.5f);
-    EXPECT_THROW(bad.validate(), std::invalid_argument);
+    EXPECT_THROW(ClusterOptions(1.5f), std::invalid_argument);
     Clusters<WeightedLinks> none;
     text +=
         errorOf<std::invalid_argument>([&] { intrinsicMeasures<false>(measures, none, 2.5, 0.5); });

@@ -166,6 +166,12 @@ TEST(Assembly, RefusesWeightsThatNoLinkCanHave) {
     for (const auto& node : graph.nodes()) EXPECT_TRUE(node.links.empty() && node.weight() == 0);
     graph.addLink<true>(0, 1, 0);
     EXPECT_EQ(links(graph, 0), "1:0 ");
+    graph.addLink<false>(1, 2);
+    graph.node(1)->links.back().weight = -1;
+    EXPECT_NE(
+        errorOf<std::invalid_argument>([&] { graph.buildHierarchy(); }).find("link #1.2 must"),
+        std::string::npos);
+    EXPECT_EQ(graph.nodes().size(), 3u);
 }
 
 TEST(Nodes, AreAddedOnce) {

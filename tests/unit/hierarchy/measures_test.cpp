@@ -112,8 +112,7 @@ TEST(DynamicGamma, OfWeightsFarApartIsANumber) {
     EXPECT_EQ(newmanGamma(1e20, 1e20, 1e20), 1);
     EXPECT_EQ(newmanGamma(4, 1e20, 1e20), 1);
     EXPECT_EQ(newmanGamma(0, 0, 1e20), 1);
-    EXPECT_EQ(dynamicGamma(2e18, 2e18, 0, 10, 4), 1);
-    EXPECT_EQ(dynamicGamma(2e18, 1e18, 0, 1, 0.5), newmanGamma(0.5, 5e17, 2e18));
+    EXPECT_EQ(dynamicGamma(1e20, 1e20, 1e20, 1, 0.5), 1);
 }
 
 TEST(DynamicGamma, OfThreeFollowsTheTotalTheyTouch) {

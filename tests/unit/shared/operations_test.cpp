@@ -106,6 +106,54 @@ TEST(EvaluatedClusters, AreWeighedInTheNetworkWhateverTheyCover) {
     EXPECT_FLOAT_EQ(shared.cdn, (1.25f / 1.75f + 1.75f / 2.75f) / 2);
 }
 
+TEST(EvaluatedClusters, TakeSharesThatAreWholeButForRounding) {
+    // Node 0 lies in all clusters, each of which has the same weight, and all of it inside.
+    for (const Id count : {2u, 3u, 7u, 26u, 30u, 31u, 33u, 1000u}) {
+        const auto network = [count] {
+            Graph<true> graph;
+            graph.addNodes(count + 1);
+            graph.addLink<false>(0, 0, 2);
+            for (Id i = 1; i <= count; ++i) graph.addLink<false>(i, i, 1);
+            return graph;
+        };
+        char rounded[16];
+        std::snprintf(rounded, sizeof rounded, ":%.6g", 1. / count);
+        std::string even, stated;
+        for (Id i = 1; i <= count; ++i) {
+            even += "0 " + std::to_string(i) + "\n";
+            stated += "0" + std::string(rounded) + " " + std::to_string(i) + "\n";
+        }
+        const Intrinsics plain = evaluate(network(), even);
+        EXPECT_NEAR(plain.mod, 1 - 1.0 / count, 1e-6) << count;
+        EXPECT_NEAR(evaluate(network(), stated).mod, plain.mod, 1e-6) << count;
+    }
+    const auto refusal = [](const std::string& text) {
+        try {
+            evaluate(path(), text);
+        } catch (const std::string& told) {
+            return told;
+        }
+        return std::string();
+    };
+    EXPECT_EQ(refusal("0:0.499999 1\n0:0.499999 2 3\n"),
+              "Accumulated value of the node share should be equal to 1, failed for #0: "
+              "'0.999998\n");
+    EXPECT_EQ(errorOf<std::invalid_argument>([] { evaluate(path(), "0:0.5 1\n0 2 3\n"); }),
+              "evaluateClusters(), node #0 states its share in some of its clusters only\n");
+}
+
+// What is outside of the clusters vanishes in the total weight, but not in itself.
+TEST(EvaluatedClusters, GiveNumbersForWeightsFarApart) {
+    Graph<true> graph;
+    graph.addNodes(4);
+    graph.addLink<false>(0, 1, 1e18f);
+    graph.addLink<false>(2, 3, 1);
+    graph.addLink<false>(1, 2, 1);
+    const Intrinsics intr = evaluate(std::move(graph), "0 1\n2 3\n");
+    for (const float measure : {intr.cdn, intr.mod, intr.gamma, intr.sgmod})
+        EXPECT_TRUE(std::isfinite(measure)) << measure;
+}
+
 TEST(EvaluatedClusters, RefuseWhatHasNoMeaning) {
     const auto refused = [](Graph<true> graph, const std::string& text, AccWeight gamma) {
         return errorOf<std::invalid_argument>([&] { evaluate(std::move(graph), text, gamma); });
