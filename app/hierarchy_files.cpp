@@ -125,12 +125,9 @@ template <class LinksT>
 void writeHierarchy(const Hierarchy<LinksT>& hier, const OutputRequest& request,
                     const std::string& path) {
     try {
-        if (!hier.levels().empty())
-            write(hier, request, path);
-        else if (request.levels == Levels::HIERARCHY)
-            writeDescription(hier, path);
-        else
+        if (hier.levels().empty())
             throw InputError(request.file + ": there is nothing to write, no cluster was formed");
+        write(hier, request, path);
     } catch (const std::ios_base::failure& err) {
         throw InputError(request.file + ": " + err.code().message());
     } catch (const fs::filesystem_error& err) {

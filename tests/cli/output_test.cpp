@@ -112,6 +112,21 @@ TEST(Output, LevelsAreSelected) {
     EXPECT_FALSE(std::filesystem::exists(folder / "none"));
 }
 
+TEST(Output, NeedsAClusterToWrite) {
+    const Folder folder;
+    // Self weights so heavy that every link is a loss.
+    const std::string network = folder.write("net.nse", "0 0 50\n1 1 50\n0 1 1\n");
+    for (const char* options : {" -o out.rhb --levels hierarchy", " -o out.cnl"}) {
+        const Outcome run = vorl("cluster net.nse --gamma 1" + std::string(options),
+                                 "cd " + folder.path().string() + " &&");
+        EXPECT_EQ(run.code, 1) << options;
+        EXPECT_TRUE(contains(run.err, ": there is nothing to write, no cluster was formed"));
+        EXPECT_FALSE(std::filesystem::exists(folder / "out.rhb"));
+        EXPECT_FALSE(std::filesystem::exists(folder / "out.cnl"));
+    }
+    EXPECT_EQ(vorl("cluster " + network + " --gamma 1").code, 0);
+}
+
 TEST(Output, SharesAreWrittenAsAsked) {
     const Folder folder;
     const auto written = [&](const std::string& options) {

@@ -34,11 +34,12 @@ auto& itemAt(IterT it) {
 
 /// The item's entry for an owner, by a linear scan; the item must have it.
 template <class LinksT>
-const Owner<Cluster<LinksT>>& ownerEntry(const NodeI<LinksT>& item, const Cluster<LinksT>& owner) {
+const Owner<Cluster<LinksT>>& ownerEntry(
+    const NodeI<LinksT>& item, const Cluster<LinksT>& owner,
+    const char* text = "ownerEntry(), the owner should be among the item's owners") {
     auto it = item.owners.begin();
     while (it != item.owners.end() && cmpBase(it->dest, &owner)) ++it;
-    VORL_ASSERT(it != item.owners.end() && it->dest == &owner,
-                "ownerEntry(), the owner should be among the item's owners");
+    VORL_ASSERT(it != item.owners.end() && it->dest == &owner, text);
     return *it;
 }
 
@@ -363,8 +364,9 @@ private:
     /// Adds to the sum of the links to a destination.
     void accumulate(AccLinksT& sums, ClusterT* dest, AccWeight weight);
     /// Divides a link to an absorbed item among the item's owners.
+    /// @param text what is told where the shares don't add up
     template <class ItemT>
-    void accumulateOwners(const ItemT& item, AccWeight weight, AccWeight share);
+    void accumulateOwners(const ItemT& item, AccWeight weight, AccWeight share, const char* text);
     /// Appends the sums of links to the clusters of the level, which lie above all others.
     void appendNewSums(ClusterT& cl);
     /// Tells the links between the clusters of the level and others the weights of their pairs.
@@ -434,6 +436,7 @@ private:
     void compressRoot(std::uint32_t propnum, Coupling rootMax);
     void formRoot();
     void scoreRoot(std::uint32_t wrapped);
+    void forgetPairs();
     void traceResult(Size rootClusters, Size formedClusters, const char* end) const;
 };
 

@@ -7,6 +7,7 @@
 #include <vorl/types/link.hpp>
 #include <vorl/types/numbers.hpp>
 
+#include <atomic>
 #include <list>
 #include <memory>
 #include <vector>
@@ -106,9 +107,9 @@ public:
     AccWeight m_nnodes = 0;              ///< number of nodes; 0 until initialised
     LevelNum levnum;                     ///< the level that the cluster was formed for
 
-    /// The counter of ids, shared by all hierarchies of the process and never reset. Two builds
-    /// of one link type must therefore not run at the same time.
-    static Id m_uid;
+    /// The counter of ids, shared by all hierarchies of the process and never reset. Clusters may
+    /// be made on several threads, but the ids of builds that run at the same time mix.
+    static std::atomic<Id> m_uid;
 
     Cluster(LevelNum levnum, Id id, Size reserve);
     Cluster(LevelNum levnum, Size reserve);

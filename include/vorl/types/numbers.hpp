@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cmath>
+#include <concepts>
 #include <cstdint>
 #include <limits>
 
@@ -87,6 +88,17 @@ inline bool less(AccWeight a, AccWeight b = 0, Size n = 1) {
 
 inline bool equal(AccWeight a, AccWeight b = 0, Size n = 1) {
     return equal(detail::narrow(a), detail::narrow(b), n);
+}
+
+/// Whole numbers compare as weights.
+template <std::integral ValueT>
+bool less(ValueT a, ValueT b = 0, Size n = 1) {
+    return less(static_cast<AccWeight>(a), static_cast<AccWeight>(b), n);
+}
+
+template <std::integral ValueT>
+bool equal(ValueT a, ValueT b = 0, Size n = 1) {
+    return equal(static_cast<AccWeight>(a), static_cast<AccWeight>(b), n);
 }
 
 }  // namespace vorl

@@ -106,6 +106,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::build(Validation validation, Coupling 
     }
     formRoot();
     scoreRoot(wrapped);
+    forgetPairs();
     m_marks.release();
     AccLinksT().swap(m_sums);
     AccLinksT().swap(m_newSums);
@@ -331,6 +332,14 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::formRoot() {
                    m_weight - rootw);
         throw std::domain_error("build(), network weight validation failed\n");
     }
+}
+
+/// Callers may change the links that are left, those of the root.
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::forgetPairs() {
+    if constexpr (requires(AccLink<LinksT> ln) { ln.pair; })
+        for (ClusterT* cl : m_root)
+            for (auto& ln : cl->links) ln.pair = std::numeric_limits<AccWeight>::quiet_NaN();
 }
 
 template <bool NONSYMMETRIC, class LinksT>

@@ -23,6 +23,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::mcandsChains(Chains<ItemT>& chains,
     const Candidates<ItemT*>& cands = el.m_context->cands;
     // The 32-bit comparison lets a gain slightly below 0 pass.
     const auto gainOf = [](const Context<ItemT>& ctx) { return ctx.gmax < 0 ? 0 : ctx.gmax; };
+    std::size_t walked = 0;
     for (auto id = cands.begin(); id != cands.end(); ++id) {
         m_report.check();
         ItemT* dest = *id;
@@ -51,7 +52,10 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::mcandsChains(Chains<ItemT>& chains,
             }
             extendChains(chains, dest, gainOf(dctx), cand, gainOf(cctx), 0);
         }
+        ++walked;
     }
+    VORL_ASSERT(walked == cands.size(),
+                "mcandsChains(), el mcands traversing index verification failed");
     return !cands.empty();
 }
 

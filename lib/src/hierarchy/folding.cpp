@@ -8,6 +8,8 @@ namespace vorl {
 
 namespace {
 
+constexpr const char* TOTAC_FAULT = "accLinks(), totac validation failed";
+
 template <class LinksT>
 bool byDest(const AccLink<LinksT>& a, const AccLink<LinksT>& b) {
     return cmpBase(a.dest, b.dest);
@@ -64,13 +66,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accumulate(AccLinksT& sums, ClusterT* 
 template <bool NONSYMMETRIC, class LinksT>
 template <class ItemT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::accumulateOwners(const ItemT& item, AccWeight weight,
-                                                           AccWeight share) {
+                                                           AccWeight share, const char* text) {
     std::uint32_t totac = 0;
     for (const auto& owner : item.owners) {
         accumulate(m_newSums, owner.dest, weight / item.totac * owner.numac * share);
         totac += owner.numac;
     }
-    VORL_ASSERT(totac == item.totac, "accLinks(), totac validation failed");
+    VORL_ASSERT(totac == item.totac, text);
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -91,8 +93,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinks(ClusterT& cl) {
     cl.links.clear();
     for (const NodeI<LinksT>* item : cl.des) {
         const DesT& dc = static_cast<const DesT&>(*item);
-        const AccWeight share = static_cast<AccWeight>(detail::ownerEntry(dc, cl).numac) /
-                                static_cast<AccWeight>(dc.totac);
+        const auto& entry =
+            detail::ownerEntry(dc, cl, "accLinks(), the owner should be among it's des owners");
+        const AccWeight share =
+            static_cast<AccWeight>(entry.numac) / static_cast<AccWeight>(dc.totac);
         const std::size_t count = dc.links.size();
         m_runs.push_back(m_sums.size());
         for (std::size_t i = 0; i < count; ++i) {
@@ -107,13 +111,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinks(ClusterT& cl) {
                 } else if (mark.aim) {
                     accumulate(m_newSums, mark.owner(), weight * share);
                 } else {
-                    accumulateOwners(*ln.dest, weight, share);
+                    accumulateOwners(*ln.dest, weight, share, TOTAC_FAULT);
                 }
             } else {
                 if (i + ahead < count) __builtin_prefetch(&dc.links[i + ahead].dest->owners);
                 VORL_ASSERT(!ln.dest->owners.empty(),
                             "accLinks(), a cluster is expected, which always have desc");
-                accumulateOwners(*ln.dest, weight, share);
+                accumulateOwners(*ln.dest, weight, share, TOTAC_FAULT);
             }
         }
     }
@@ -203,7 +207,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furprop
             if (end.aim)
                 accumulate(m_newSums, end.owner(), ln->weight);
             else
-                accumulateOwners(*dest, ln->weight, 1);
+                accumulateOwners(*dest, ln->weight, 1, "accLinksProp(),  totac validation failed");
         }
         links.erase(wlink, links.end());
     }

@@ -7,19 +7,22 @@
 #define VORL_REVISION_TEXT "0/000000000000"
 #endif
 
+// The revision of the generator of the binding, if that is built.
+#ifndef VORL_SWIG_VERSION
+#define VORL_SWIG_VERSION "none"
+#endif
+
 namespace vorl {
 
 namespace {
-
-constexpr const char* GENERATOR = "4.1.0";
 
 const BuildInfo INFO{VORL_REVISION_TEXT,
                      Clustering::FUZZY_OVP | Clustering::MCANDS_NOFLT | Clustering::OVERLAP_LINKS |
                          Clustering::AUTO_GAMMA,
 #ifdef __clang__
-                     "clang " __clang_version__ " (4.1.0)",
+                     "clang " __clang_version__ " (" VORL_SWIG_VERSION ")",
 #else
-                     "g++ " __VERSION__ " (4.1.0)",
+                     "g++ " __VERSION__ " (" VORL_SWIG_VERSION ")",
 #endif
                      "C++20", __DATE__ " " __TIME__};
 
@@ -40,6 +43,6 @@ std::string BuildInfo::summary() const {
 
 const BuildInfo& libBuild() { return INFO; }
 
-const char* swigRevision() { return GENERATOR; }
+const char* swigRevision() { return VORL_SWIG_VERSION; }
 
 }  // namespace vorl

@@ -73,7 +73,7 @@ void Node<LinksT>::tidy() {
 }
 
 template <class LinksT>
-Id Cluster<LinksT>::m_uid = 0;
+std::atomic<Id> Cluster<LinksT>::m_uid = 0;
 
 template <class LinksT>
 Cluster<LinksT>::Cluster(LevelNum lev, Id ident, Size reserve) : NodeI<LinksT>(ident), levnum(lev) {

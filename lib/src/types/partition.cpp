@@ -1,6 +1,7 @@
 #include <vorl/types/partition.hpp>
 
 #include <vorl/types/item.hpp>
+#include <vorl/types/trace.hpp>
 
 #include <algorithm>
 #include <stdexcept>
@@ -10,8 +11,11 @@ namespace vorl {
 template <class ItemT>
 Partition<ItemT>::~Partition() {
     if (!owner) return;
+    if (!owner->holder)
+        VORL_TRACE("~Partition() owner %p does not have a holder from part %p ",
+                   static_cast<const void*>(owner), static_cast<const void*>(this));
     VORL_ASSERT(owner->holder,
-                "~Partition(), either owner should not exist or it should have a holder");
+                "~Partition(), either owner should not exist or it should have a holder\n");
     if (owner->holder == this)
         delete owner;
     else  // a member may go before its holder: the part cluster must not look at it afterwards

@@ -1,5 +1,7 @@
 // Weights of pairs and of items.
+#include <vorl/graph.hpp>
 #include <vorl/processing/weights.hpp>
+#include <vorl/shared/link_kinds.hpp>
 
 #include "support/trace.hpp"
 
@@ -35,6 +37,28 @@ TEST(PairWeight, FindsTheBackLinkInLongLists) {
         EXPECT_EQ(linkWeight<true>(&node, node.links.front()), 0.5 + id);
     }
     EXPECT_EQ(linksWeight<true>(hub), (78 + 6) / 2.0);
+}
+
+// Folding remembers the weights of pairs, which must not outlive the build.
+TEST(PairWeight, FollowsWhatACallerChanges) {
+    Graph<true> graph;
+    graph.addNodes(6);
+    for (const Id first : {0u, 3u})
+        for (Id i = 0; i < 3; ++i) graph.addLink<true>(first + i, first + (i + 1) % 3, 2);
+    graph.addLink<true>(2, 3, 1);
+    graph.addLink<true>(3, 2, 0.5f);
+    ftrace = nullptr;
+    const auto hier = graph.buildHierarchy(ClusterOptions(1));
+    ASSERT_EQ(hier->root().size(), 2u);
+    Cluster<WeightedLinks>& a = *hier->root()[0];
+    Cluster<WeightedLinks>& b = *hier->root()[1];
+    EXPECT_EQ(linkWeight<true>(&a, a.links.front()), 1.5);
+    a.links.front().weight = 4;
+    EXPECT_EQ(linkWeight<true>(&a, a.links.front()), 4.5);
+    EXPECT_EQ(carcsWeight(b), 2.25);
+    addCArc(b.links, b.links.begin(), &a, 3);
+    EXPECT_EQ(carcsWeight(a), 3.75);
+    EXPECT_EQ(cedgesWeight(b), 3.5);
 }
 
 TEST(PairWeight, OfClustersOverflows) {

@@ -29,6 +29,8 @@ TEST(Tolerance, IsRelativeToTheMeanMagnitude) {
 }
 
 TEST(Tolerance, IsAbsoluteNearZero) {
+    EXPECT_TRUE(equal(0, 0));
+    EXPECT_TRUE(less(-1));
     EXPECT_TRUE(equal(0.0f));
     EXPECT_FALSE(less(0.0f));
     // Half of the square of 2^-24 is about 1.776e-15.
