@@ -1,6 +1,7 @@
 // Files as other systems and tools leave them: the result is that of the plain file.
 #include "cli/child.hpp"
 #include "cli/packed.hpp"
+#include "support/comma_locale.hpp"
 
 #include <gtest/gtest.h>
 
@@ -127,6 +128,26 @@ TEST(ExoticInput, OddNamesAndColumnsAreTaken) {
     // No sequence of a terminal comes out of a name.
     const Outcome run = Child({"info", "a\x1B[31m\x7F\xC2\x9B.dat"}).outcome();
     EXPECT_TRUE(run.err.starts_with("vorl: a?[31m??.dat: ")) << run.err;
+}
+
+TEST(ExoticInput, NumbersAreReadAlikeUnderADecimalComma) {
+    const Folder folder;
+    const std::string net =
+        folder.write("net.nse", "0 1 .5\n0 2 .25\n1 2 1.5\n2 3 .125\n3 4 2.5\n");
+    const std::string cls = folder.write("net.cnl", "0 1 2:.25\n2:0.75 3 4\n");
+    const CommaLocale locale;
+    ASSERT_TRUE(locale.enter());
+    std::setlocale(LC_ALL, "C");
+    for (const std::string& arguments :
+         {"cluster --gamma .5 -o - -t " + net, "info --json " + net,
+          "evaluate --gamma 0.5 " + net + " " + cls, "compare " + cls + " " + cls}) {
+        const Outcome plain = vorl(arguments);
+        const Outcome comma = vorl(arguments, std::string("LC_ALL=") + CommaLocale::NAME);
+        EXPECT_EQ(plain.code, 0) << plain.err;
+        EXPECT_EQ(comma.out, plain.out);
+        EXPECT_EQ(comma.err, plain.err);
+    }
+    EXPECT_TRUE(contains(vorl("info " + net).out, "4.875"));
 }
 
 TEST(ExoticInput, OddLinesAreTaken) {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -70,6 +71,11 @@ TEST(Assembly, SelfLinkIsTwiceItsWeight) {
         EXPECT_EQ(shown(errors), sumdups ? "" : "self: 0->0 1->1\n");
         EXPECT_EQ(links(graph, 0) + links(graph, 1), "");
         EXPECT_FALSE(graph.directed());
+        // What is no number isn't none.
+        graph.node(2)->m_sweight = std::numeric_limits<float>::quiet_NaN();
+        graph.addLink<true>(2, 2, 1, &errors);
+        EXPECT_EQ(shown(errors), sumdups ? "" : "self: 0->0 1->1 2->2\n");
+        EXPECT_TRUE(std::isnan(graph.node(2)->weight()));
     }
     // Unweighted links count as 1 in lists, but a single one brings its weight.
     Graph<false> plain;
@@ -276,6 +282,23 @@ TEST(GraphState, MovesAndResets) {
     EXPECT_TRUE(shared->nodes().empty());
     EXPECT_FALSE(shared->directed());
     EXPECT_THROW(shared->node(1), std::out_of_range);
+}
+
+// The table of ids stays where it fits, up to one and a half times what is needed.
+TEST(GraphState, ResetKeepsAFittingTable) {
+    const auto buckets = [](Id first, Id next) {
+        Graph<true> graph(first);
+        if (next != ID_NONE) graph.reset(next);
+        Graph<true>::IdNodesT idnodes;
+        graph.release(&idnodes);
+        return static_cast<Id>(idnodes.bucket_count());
+    };
+    const Id made = buckets(1000, ID_NONE);
+    ASSERT_GE(made, 1000u);
+    const auto low = static_cast<Id>(std::ceil(made / 1.5));
+    for (const Id next : {Id{0}, made, low}) EXPECT_EQ(buckets(1000, next), made) << next;
+    EXPECT_EQ(buckets(1000, low - 1), buckets(low - 1, ID_NONE));
+    EXPECT_GT(buckets(1000, made + 1), made);
 }
 
 TEST(GraphState, HierarchyTakesTheNodes) {

@@ -59,7 +59,10 @@ TEST(InputReduction, MeasuresByTheSecondHeaviestLink) {
 }
 
 TEST(InputReduction, LeavesShortAndEvenListsWhole) {
-    EXPECT_EQ(Reduced({1, 9, 9, 9, 9})(5, Reduction::SEVERE), 0);
+    Reduced margin{9, 1, 9, 9, 9};
+    EXPECT_EQ(margin(5, Reduction::SEVERE), 0);
+    EXPECT_EQ(margin.links[1].weight, 1);  // not even sorted
+    EXPECT_EQ(margin(3, Reduction::SEVERE), 1);
     EXPECT_EQ(Reduced({1, 9, 9, 9, 9, 9})(0, Reduction::SEVERE), 0);
     EXPECT_EQ(Reduced({2, 2, 2, 2, 2, 2, 9})(5, Reduction::MEAN), 0);
     // Half of the reference is heavy enough, and equal links stay together.

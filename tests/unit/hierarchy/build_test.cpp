@@ -260,6 +260,25 @@ TEST(Reduction, KeepsALinkThatOneEndNeeds) {
     EXPECT_THROW(build(network, options), std::domain_error);  // unweighted links by weight
 }
 
+// Two hubs with leaves gain from these, and lose by their own link, whatever that weighs.
+TEST(Reduction, ByGainDropsALinkBetweenHubs) {
+    for (const bool gain : {true, false}) {
+        TestNetwork network = edges(20, {{0, 1, 1}});
+        for (Id leaf = 2; leaf < 20; ++leaf) network.add(leaf % 2, leaf, 1);
+        ClusterOptions options(1);
+        options.reduction = Reduction::ACCURATE | Reduction::SKIP_CLUSTERS;
+        if (!gain) options.reduction |= Reduction::CRITERIA_WEIGHT;
+        const auto hier = build<WeightedLinks>(network, options);
+        EXPECT_EQ(hier->score().nodesLinks, gain ? 36u : 38u);
+        EXPECT_EQ(hier->weight(), 38);
+        for (const auto& node : hier->nodes()) {
+            const bool hub = node.id < 2;
+            EXPECT_EQ(node.weight(), hub && gain ? 1 : 0) << node.id;
+            EXPECT_EQ(node.links.size(), hub ? (gain ? 9u : 10u) : 1u) << node.id;
+        }
+    }
+}
+
 // Nodes are reduced before repeated links are removed, and a search may end at either of two.
 TEST(Reduction, TakesRepeatedLinks) {
     TestNetwork network = star(14);
