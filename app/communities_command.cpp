@@ -25,9 +25,6 @@ struct Took {
     double write = 0;
 };
 
-/// A saving as far as it is none by rounding alone.
-bool saves(const CommunitiesScore& score) { return score.saving > 0; }
-
 /// Whether nothing was found, all nodes that have links being together.
 bool undivided(const Communities& found) { return found.count() <= found.isolated() + 1; }
 
@@ -43,11 +40,16 @@ std::vector<double> sizes(const Communities& found) {
     return result;
 }
 
+/// A number of nodes, shared ones in parts.
+std::string nodesText(double nodes) {
+    return nodes == std::floor(nodes) ? grouped(static_cast<Size>(nodes)) : format("%.1f", nodes);
+}
+
 std::string verdict(const Communities& found) {
     const CommunitiesScore& score = found.score();
     if (undivided(found))
         return "There are no communities: none describe the network better than chance does.\n";
-    if (!saves(score))
+    if (score.saving < 0)
         return "The communities may be chance: describing the network by them takes " +
                format("%.4g", -score.saving) + " bits more than without.\n";
     return "";
@@ -67,10 +69,11 @@ std::string asText(const NetworkSummary& network, const Communities& found, cons
         const std::vector<double> nodes = sizes(found);
         text += "sizes         ";
         for (std::size_t i = 0; i < std::min(most, nodes.size()); ++i)
-            text += format(i ? ", %.4g" : "%.4g", nodes[i]);
-        text += nodes.size() > most ? format(", ... %.4g nodes, %.4g in the median\n", nodes.back(),
-                                             nodes[nodes.size() / 2])
-                                    : " nodes\n";
+            text += (i ? ", " : "") + nodesText(nodes[i]);
+        if (nodes.size() > most)
+            text += ", ... " + nodesText(nodes.back()) + "; " + nodesText(nodes[nodes.size() / 2]) +
+                    " in the median";
+        text += "\n";
     }
     if (!undivided(found)) {
         text += format("modularity    %.6f at gamma 1\n", score.modularity);

@@ -35,7 +35,7 @@ struct CommunityShare {
 /// the community of a node is that of its largest share, and of the lower number among equal ones.
 struct CommunitiesScore {
     double modularity = 0;   ///< at gamma 1
-    double conductance = 0;  ///< share of the weight that leaves its community
+    double conductance = 0;  ///< mean of the communities, in [0, 1]; isolated nodes don't count
     double gamma = 1;        ///< the resolution estimated from the partition, see newmanGamma
     /// Bits that the communities save in the description of the network, less those that name them;
     /// what is told of no community saves nothing. Below 0 they may as well be chance.

@@ -203,14 +203,16 @@ Communities communities(const FlatNetwork& network, const CommunitiesOptions& op
     CommunitiesScore score;
     AccWeight inner = 0;
     AccWeight expected = 0;
+    double conductance = 0;
     std::vector<AccWeight> weights;
     for (const detail::Holding& group : best->partition.groups) {
         inner += group.inner;
         expected += group.total * group.total / linked.weight;
+        conductance += detail::cutShare(group.total, group.inner, linked.weight);
         weights.push_back(group.total);
     }
     score.modularity = (inner - expected) / linked.weight;
-    score.conductance = (linked.weight - inner) / linked.weight;
+    score.conductance = conductance / static_cast<double>(weights.size());
     score.gamma = newmanGamma(inner, expected, linked.weight);
     if (!std::isfinite(score.gamma)) score.gamma = 1;
     score.saving = saving * BITS;

@@ -1,0 +1,75 @@
+// `vorl communities`.
+#include "cli/program.hpp"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace vorl::test {
+namespace {
+
+TEST(CommunitiesCommand, FindsTheConferencesOfFootball) {
+    const Folder folder;
+    const std::string base = (folder / "found").string();
+    const Outcome run =
+        vorl("communities " + DATA + "football.nse -o " + base + ".cnl --table " + base + ".csv");
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_TRUE(contains(run.out, "11 communities, 0 nodes in several")) << run.out;
+    EXPECT_TRUE(contains(run.out, "modularity    0.603063 at gamma 1")) << run.out;
+    EXPECT_TRUE(contains(contents(base + ".csv"), "node,community,share\n0,"));
+    const Outcome same = vorl("compare " + base + ".csv " + base + ".cnl --json");
+    EXPECT_TRUE(contains(same.out, "\"ari\": 1,")) << same.out;
+    const Outcome measured = vorl("evaluate " + DATA + "football.nse " + base + ".cnl --json");
+    const Outcome json = vorl("communities " + DATA + "football.nse --json");
+    for (const char* key : {"\"conductance\": ", "\"modularity\": "}) {
+        const auto value = [&](const std::string& text) {
+            return text.substr(text.find(key), std::string(key).size() + 7);
+        };
+        EXPECT_EQ(value(json.out), value(measured.out)) << json.out;
+    }
+}
+
+TEST(CommunitiesCommand, SaysWhereThereAreNone) {
+    const Folder folder;
+    std::ofstream ring(folder / "ring.nse");
+    for (int i = 0; i < 24; ++i) ring << i << ' ' << (i + 1) % 24 << '\n';
+    ring.close();
+    const std::string file = (folder / "ring.nse").string();
+    const Outcome none = vorl("communities " + file);
+    EXPECT_EQ(none.code, 0);
+    EXPECT_TRUE(contains(none.out, "There are no communities")) << none.out;
+    EXPECT_TRUE(contains(vorl("communities " + file + " --json").out, "\"communities\": 1,"));
+    EXPECT_TRUE(contains(vorl("communities " + DATA + "karate.nse").out, "may be chance"));
+}
+
+TEST(CommunitiesCommand, ResultsDoNotDependOnThreadsAndOrder) {
+    const Folder folder;
+    const std::string one = vorl("communities " + DATA + "power.nse --threads 1 -q -o -").out;
+    EXPECT_TRUE(one.starts_with("# Clusters: "));
+    EXPECT_EQ(vorl("communities " + DATA + "power.nse --threads 5 -q -o -").out, one);
+    EXPECT_EQ(vorl("communities - --format nse -q -o - < " + (folder / "turned.nse").string(),
+                   "tac " + DATA + "power.nse > " + (folder / "turned.nse").string() + " &&")
+                  .out,
+              one);
+}
+
+TEST(CommunitiesCommand, RefusesWhatCannotBe) {
+    const Folder folder;
+    const std::string karate = DATA + "karate.nse";
+    const std::string file = (folder / "x.cnl").string();
+    EXPECT_EQ(vorl("communities " + karate + " --threads -1").code, 2);
+    EXPECT_EQ(vorl("communities " + karate + " -o " + file + " --table " + file).code, 2);
+    EXPECT_EQ(vorl("communities " + karate + " -o - --json").code, 2);
+    EXPECT_EQ(vorl("communities " + karate + " -o " + (folder / "no/x.cnl").string()).code, 1);
+    const Outcome input = vorl("communities " + karate + " -o " + karate);
+    EXPECT_EQ(input.code, 2);
+    const Outcome missing = vorl("communities " + (folder / "none.nse").string());
+    EXPECT_EQ(missing.code, 1);
+    EXPECT_TRUE(contains(missing.err, "No such file"));
+    std::ofstream(folder / "bad.nse") << "1 2\n1 x\n";
+    EXPECT_TRUE(contains(vorl("communities " + (folder / "bad.nse").string()).err, "bad.nse:2: "));
+}
+
+}  // namespace
+}  // namespace vorl::test

@@ -1,0 +1,139 @@
+// Steps of the search for communities against plain counts.
+#include "../../../lib/src/communities/agglomeration.hpp"
+#include "../../../lib/src/communities/refinement.hpp"
+
+#include "support/networks.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace vorl::test {
+namespace {
+
+using namespace detail;
+
+ItemNetwork<LinkWeight> itemsOf(const TestNetwork& network) {
+    ItemNetwork<LinkWeight> items;
+    std::vector<std::map<Id, float>> rows(network.nodesNum);
+    for (const TestLink& ln : network.links)
+        rows[ln.src][ln.dst] = rows[ln.dst][ln.src] = ln.weight;
+    items.links.begin.push_back(0);
+    for (const auto& row : rows) {
+        Holding holding{0, 0, 1};
+        for (const auto& [dest, weight] : row) {
+            items.links.dest.push_back(dest);
+            items.links.weight.push_back(weight);
+            holding.total += weight;
+        }
+        items.links.begin.push_back(items.links.dest.size());
+        items.items.push_back(holding);
+    }
+    return items;
+}
+
+TEST(CommunitySteps, LogarithmsAgreeWithThoseOfTheSystem) {
+    Random rnd(1);
+    for (int i = 0; i < 20000; ++i) {
+        const double x =
+            std::ldexp(1 + rnd.below(1u << 30) * 0x1p-30, static_cast<int>(rnd.below(600)) - 300);
+        EXPECT_NEAR(ln(x), std::log(x), 1e-12 * std::max(1.0, std::abs(std::log(x))));
+    }
+    EXPECT_EQ(ln(1), 0);
+    for (double x = 1; x < 1e7; x = 1.7 * x + 0.3)
+        EXPECT_NEAR(lnGamma(x), std::lgamma(x), 1e-9 * std::max(1.0, std::lgamma(x)));
+}
+
+TEST(CommunitySteps, SharedNeighboursAreCounted) {
+    Random rnd(3);
+    for (const TestNetwork& network :
+         {sparse(rnd, 60, 12), star(40), ringOfCliques(5, 6), grid(6, 7), sparse(rnd, 300, 5)}) {
+        const ItemNetwork<LinkWeight> items = itemsOf(network);
+        std::vector<std::set<Id>> around(network.nodesNum);
+        for (const TestLink& link : network.links) {
+            around[link.src].insert(link.dst);
+            around[link.dst].insert(link.src);
+        }
+        for (const unsigned threads : {1u, 3u}) {
+            Workers workers(threads);
+            const std::vector<Id> shared = sharedNeighbours(items.links, workers);
+            for (Id i = 0; i < items.size(); ++i)
+                for (Size at = items.links.begin[i]; at < items.links.begin[i + 1]; ++at) {
+                    Id count = 0;
+                    for (const Id other : around[i])
+                        count += around[items.links.dest[at]].contains(other);
+                    ASSERT_EQ(shared[at], count) << network.name;
+                }
+        }
+    }
+}
+
+TEST(CommunitySteps, MovesKeepWhatGroupsHoldAndRaiseTheLikelihood) {
+    Random rnd(5);
+    for (int round = 0; round < 40; ++round) {
+        TestNetwork network = sparse(rnd, 200, 8);
+        for (TestLink& link : network.links) link.weight = static_cast<float>(1 + rnd.below(8)) / 4;
+        const ItemNetwork<LinkWeight> items = itemsOf(network);
+        AccWeight weight = 0;
+        for (const Holding& item : items.items) weight += item.total;
+        Workers workers(1 + round % 3);
+        for (const Density density : {Density::OWN, Density::COMMON}) {
+            Partitioned partition;
+            for (Id i = 0; i < items.size(); ++i) partition.labels.push_back(rnd.below(12));
+            const Id count = compact(partition.labels);
+            partition.groups = holdings(items, partition.labels, count, workers);
+            Likelihood likelihood(density, weight, 200, 1);
+            const double before = describe(density, weight, 1, partition.groups).likelihood;
+            refine(items, partition, likelihood, 10, workers);
+            EXPECT_GT(describe(density, weight, 1, partition.groups).likelihood, before);
+
+            const auto left = static_cast<Id>(partition.groups.size());
+            const std::vector<Holding> anew = holdings(items, partition.labels, left, workers);
+            const ItemNetwork<AccWeight> coarse = folded(items, partition.labels, left, workers);
+            for (Id group = 0; group < left; ++group) {
+                for (const Holding& other : {partition.groups[group], coarse.items[group]}) {
+                    EXPECT_EQ(anew[group].inner, other.inner);
+                    EXPECT_EQ(anew[group].total, other.total);
+                    EXPECT_EQ(anew[group].nodes, other.nodes);
+                }
+                EXPECT_GT(anew[group].nodes, 0);
+            }
+        }
+    }
+}
+
+TEST(CommunitySteps, TheCutIsNoWorseThanAnyHeight) {
+    Random rnd(9);
+    for (int round = 0; round < 30; ++round) {
+        const ItemNetwork<LinkWeight> items =
+            itemsOf(round % 2 ? sparse(rnd, 150, 7) : ringOfCliques(10 + round, 4));
+        AccWeight weight = 0;
+        for (const Holding& item : items.items) weight += item.total;
+        Workers workers(1);
+        SimilarLinks links = similar(items.links, sharedNeighbours(items.links, workers),
+                                     Similarity::COSINE, workers);
+        const Merges merges = mergeSimilar(links, Labels(items.size(), 0), 1, workers);
+        ASSERT_FALSE(merges.steps.empty());
+        Likelihood likelihood(round % 3 ? Density::OWN : Density::COMMON, weight, items.size(), 1);
+        const auto worth = [&](const std::vector<Holding>& groups) {
+            double sum = 0;
+            for (const Holding& group : groups) sum += likelihood.value(group);
+            return sum;
+        };
+        Labels pieces(items.size());
+        for (Id i = 0; i < items.size(); ++i) pieces[i] = i;
+        std::vector<std::vector<Holding>> heights;
+        double best = worth(items.items);
+        for (std::size_t i = 0; i < merges.steps.size(); ++i) {
+            pieces = composed(pieces, merges.steps[i]);
+            heights.push_back(holdings(items, pieces, merges.counts[i], workers));
+            best = std::max(best, worth(heights.back()));
+        }
+        Labels cut = likeliestCut(merges, items.items, heights, likelihood);
+        const Id count = compact(cut);
+        EXPECT_GE(worth(holdings(items, cut, count, workers)), best - 1e-9 * std::abs(best));
+    }
+}
+
+}  // namespace
+}  // namespace vorl::test
