@@ -23,11 +23,12 @@ namespace vorl::app {
 namespace {
 
 template <class LinksT>
-void describe(const Hierarchy<LinksT>& hier, Summary& summary) {
+void describe(const Hierarchy<LinksT>& hier, bool measures, Summary& summary) {
     summary.score = hier.score();
     summary.modularityAtOne = rootModularity(hier);
     for (const auto& level : hier.levels())
         summary.levels.emplace_back(level.clusters.size(), level.fullsize);
+    if (measures) summary.measures = levelMeasures(hier);
     for (const auto* cl : hier.root()) summary.rootSizes.push_back(cl->nnodes());
 }
 
@@ -102,7 +103,7 @@ Summary runOnce(const ClusterCommand& command, float gamma, GraphT& graph, bool 
     }
     summary.buildSeconds = watch.lap();
     read.weight = hier->weight();
-    describe(*hier, summary);
+    describe(*hier, command.levelMeasures, summary);
     // The score of a build without clusters keeps its start values.
     summary.gamma = hier->levels().empty() ? gamma : hier->score().gamma;
     if (!files) return summary;

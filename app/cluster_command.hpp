@@ -16,6 +16,7 @@ struct ClusterCommand {
     std::vector<float> gammas{-1.f};
     ClusterOptions build;  ///< its gamma isn't looked at
     OutputRequest output;
+    bool levelMeasures = true;  ///< modularity and conductance of each level are told
     bool json = false;
     bool trace = false;
     bool quiet = false;

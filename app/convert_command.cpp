@@ -17,14 +17,6 @@ namespace vorl::app {
 
 namespace {
 
-FileFormat outputFormat(const ConvertCommand& command) {
-    try {
-        return networkFormat({.file = command.output, .format = command.format});
-    } catch (const UnknownFormat& err) {
-        throw UsageError(std::string(err.what()) + ", give it with --to");
-    }
-}
-
 void checkFormat(const ConvertCommand& command, FileFormat format, const NetworkFacts& facts,
                  Size linked) {
     const auto refuse = [&](const std::string& what) {
@@ -40,7 +32,7 @@ void checkFormat(const ConvertCommand& command, FileFormat format, const Network
 }  // namespace
 
 void run(const ConvertCommand& command) {
-    const FileFormat format = outputFormat(command);
+    const FileFormat format = outputFormat(command.output, command.format);
     const FileFormat inputFormat = networkFormat(command.read);
     requireOther(command.output, command.read.file);
     OutputTree files(command.output, false, command.parents);

@@ -18,16 +18,10 @@ namespace vorl::app {
 namespace {
 
 /// The format that the output is written in: told, by its name, or that of the network.
-FileFormat outputFormat(const ExtractCommand& command) {
-    if (command.format != FileFormat::UNKNOWN) return command.format;
-    if (command.output == STANDARD_OUTPUT) return networkFormat(command.read);
-    try {
-        return networkFormat({.file = command.output});
-    } catch (const UnknownFormat&) {
-        throw UsageError(command.output +
-                         ": the format can't be told from the name, give it with "
-                         "--to");
-    }
+FileFormat formatOf(const ExtractCommand& command) {
+    return command.output == STANDARD_OUTPUT && command.format == FileFormat::UNKNOWN
+               ? networkFormat(command.read)
+               : outputFormat(command.output, command.format);
 }
 
 void remark(const ExtractCommand& command, const std::string& file, const std::string& text) {
@@ -110,7 +104,7 @@ void run(const ExtractCommand& command) {
     requireOneStandardInput(command.read.file, command.clusters);
     requireOther(command.output, command.read.file);
     requireOther(command.output, command.clusters);
-    const FileFormat format = outputFormat(command);
+    const FileFormat format = formatOf(command);
     OutputTree files(command.output, false, command.parents);
     files.protect(command.read.file);
     files.protect(command.clusters);

@@ -15,7 +15,7 @@ enum class Levels { ALL, ROOT, PER_LEVEL, AROUND, SIGNIFICANT, HIERARCHY };
 struct OutputRequest {
     std::string file;      ///< nothing is written where it is empty
     bool parents = false;  ///< folders that the file lacks are created
-    Levels levels = Levels::ALL;
+    Levels levels = Levels::ROOT;
     ClsOutFmt format = ClsOutFmt::EXTENDED;
     bool maxShare = false;
 

@@ -15,6 +15,14 @@ std::size_t memoryLimit(const ReadOptions& options) {
     return options.memoryLimit != 0 ? options.memoryLimit : vorl::memoryLimit();
 }
 
+FileFormat outputFormat(const std::string& file, FileFormat told) {
+    try {
+        return networkFormat({.file = file, .format = told});
+    } catch (const UnknownFormat& err) {
+        throw UsageError(std::string(err.what()) + ", give it with --to");
+    }
+}
+
 void requireOneStandardInput(const std::string& first, const std::string& second) {
     if (first == STANDARD_INPUT && second == STANDARD_INPUT)
         throw UsageError("only one of the files can be the standard input");

@@ -220,8 +220,13 @@ void addAssemblyOptions(CLI::App& app, ReadOptions& read) {
     app.add_flag("--sum-duplicates", read.sumDuplicates,
                  "Add up the weights of repeated links instead of keeping the first")
         ->group(group);
-    app.add_flag("--shuffle", read.shuffle,
-                 "Create the nodes in random order; runs differ then where there are ties")
+    CLI::Option* const shuffle =
+        app.add_flag("--shuffle", read.shuffle,
+                     "Create the nodes in random order; runs differ then where there are ties")
+            ->group(group);
+    addNumber<std::uint64_t>(app, "--seed", read.seed,
+                             "Draw the order of --shuffle with N, so that a run can be repeated")
+        ->needs(shuffle)
         ->group(group);
 }
 
@@ -245,10 +250,11 @@ void addOutputOptions(CLI::App& app, OutputRequest& request) {
          {"significant", Levels::SIGNIFICANT},
          {"hierarchy", Levels::HIERARCHY}},
         [&request](Levels value) { request.levels = value; },
-        "What to write, to the standard output if no file is given: all clusters, each once "
-        "(default); root; per-level (a file for each "
+        "What to write, to the standard output if no file is given: root (default), the clusters "
+        "on "
+        "top; all clusters, each once; per-level (a file for each "
         "level); around (the levels that bracket --clusters N); significant; hierarchy (its "
-        "description alone)")
+        "description alone, the default for a FILE.rhb)")
         ->group(group);
     addChoice<ClsOutFmt>(
         app, "--shares",
@@ -259,6 +265,11 @@ void addOutputOptions(CLI::App& app, OutputRequest& request) {
     app.add_flag("--max-share", request.maxShare,
                  "A node goes only to the clusters of its largest share")
         ->group(group);
+
+    app.parse_complete_callback([&app, &request] {
+        if (app.count("--levels") == 0 && request.file.ends_with(".rhb"))
+            request.levels = Levels::HIERARCHY;
+    });
 
     group = "Levels to write";
     addNumber<Id>(app, "--clusters", request.clusters, "Wanted number of clusters, of around")
@@ -348,6 +359,10 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
     addOutputOptions(app, command.output);
     group = "Report";
     app.add_flag("--json", command.json, "The summary as one JSON document")->group(group);
+    app.add_flag_function(
+           "--no-level-measures", [&command](std::int64_t) { command.levelMeasures = false; },
+           "No modularity and conductance of each level")
+        ->group(group);
     app.add_flag("-t,--trace", command.trace, "The trace of the library on standard error")
         ->group(group);
     app.add_flag("-q,--quiet", command.quiet, "No summary, no warnings")->group(group);

@@ -5,15 +5,41 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <optional>
 
 namespace vorl::app {
 
 namespace {
 
-std::string levelRow(const Summary& summary, std::size_t index) {
+/// The levels with the highest modularity and the lowest conductance, the first of several.
+struct BestLevels {
+    explicit BestLevels(const Summary& summary) {
+        const auto& levels = summary.measures;
+        for (std::size_t i = 0; i < levels.size(); ++i) {
+            if (!modularity || levels[i].modularity > levels[*modularity].modularity)
+                modularity = i;
+            if (levels[i].clusters > 1 &&
+                (!conductance || levels[i].conductance < levels[*conductance].conductance))
+                conductance = i;
+        }
+    }
+
+    std::optional<std::size_t> modularity;
+    std::optional<std::size_t> conductance;
+};
+
+std::string levelRow(const Summary& summary, std::size_t index, const BestLevels& best) {
     const auto& [clusters, fullsize] = summary.levels[index];
-    return format("  %7zu  %12s  %12s\n", index, grouped(clusters).c_str(),
-                  grouped(fullsize).c_str());
+    std::string text =
+        format("  %7zu  %12s  %12s", index, grouped(clusters).c_str(), grouped(fullsize).c_str());
+    if (!summary.measures.empty()) {
+        const LevelMeasures& measures = summary.measures[index];
+        text += format("%22.6f%c", measures.modularity, best.modularity == index ? '*' : ' ') +
+                (std::isnan(measures.conductance) ? format("%12s", "-")
+                                                  : format("%12.6f", measures.conductance)) +
+                (best.conductance == index ? "*" : "");
+    }
+    return text + "\n";
 }
 
 /// Six digits behind the point, for measures, which are small but at extreme resolutions.
@@ -28,10 +54,25 @@ std::string runJson(const Summary& summary) {
     for (std::size_t i = 0; i < summary.levels.size(); ++i)
         text += std::string(i ? ", " : "") +
                 "{\"clusters\": " + std::to_string(summary.levels[i].first) +
-                ", \"fullsize\": " + std::to_string(summary.levels[i].second) + "}";
+                ", \"fullsize\": " + std::to_string(summary.levels[i].second) +
+                (summary.measures.empty()
+                     ? ""
+                     : ", \"standing_clusters\": " + std::to_string(summary.measures[i].clusters) +
+                           ", \"modularity_at_1\": " + jsonNumber(summary.measures[i].modularity) +
+                           ", \"conductance\": " + jsonNumber(summary.measures[i].conductance)) +
+                "}";
+    text += "]";
+    if (!summary.measures.empty()) {
+        const BestLevels best(summary);
+        const auto place = [](const std::optional<std::size_t>& level) {
+            return level ? std::to_string(*level) : std::string("null");
+        };
+        text += ", \"best\": {\"modularity_at_1\": " + place(best.modularity) +
+                ", \"conductance\": " + place(best.conductance) + "}";
+    }
     const HierScore& score = summary.score;
     text +=
-        "], \"root\": " + std::to_string(summary.rootSizes.size()) +
+        ", \"root\": " + std::to_string(summary.rootSizes.size()) +
         ", \"clusters\": " + std::to_string(score.clusters) +
         ", \"score\": {\"modularity\": " + jsonNumber(score.modularity) +
         ", \"gamma\": " + (summary.gamma < 0 ? "\"auto\"" : jsonNumber(summary.gamma)) +
@@ -46,18 +87,30 @@ std::string runJson(const Summary& summary) {
 
 std::string runText(const Summary& summary) {
     std::string text;
-    // A tall hierarchy is shown by its ends.
+    // A tall hierarchy is shown by its ends and its best levels.
     constexpr std::size_t shown = 16;
     const std::size_t levels = summary.levels.size();
     if (levels != 0) {
-        text += "    level      clusters  items at this height\n";
-        const std::size_t head = levels > shown ? shown / 2 : levels;
-        for (std::size_t i = 0; i < head; ++i) text += levelRow(summary, i);
-        if (head < levels) {
-            text += format("      ...  %zu levels\n", levels - shown);
-            for (std::size_t i = levels - shown / 2; i < levels; ++i) text += levelRow(summary, i);
+        const BestLevels best(summary);
+        text += std::string("    level      clusters  items at this height") +
+                (summary.measures.empty() ? "" : "  modularity  conductance") + "\n";
+        const std::size_t end = levels > shown ? levels - shown / 2 : 0;
+        std::size_t hidden = 0;
+        const auto tellHidden = [&] {
+            if (hidden != 0) text += format("      ...  %zu levels\n", hidden);
+            hidden = 0;
+        };
+        for (std::size_t i = 0; i < levels; ++i) {
+            if (i >= shown / 2 && i < end && best.modularity != i && best.conductance != i) {
+                ++hidden;
+                continue;
+            }
+            tellHidden();
+            text += levelRow(summary, i, best);
         }
-        text += "     root" + format("  %12s\n\n", grouped(summary.rootSizes.size()).c_str());
+        text += "     root" + format("  %12s\n", grouped(summary.rootSizes.size()).c_str()) +
+                (summary.measures.empty() ? "\n"
+                                          : "* the best of its column; modularity at gamma 1\n\n");
     } else {
         text += "No node finds a partner: there are no clusters.\n\n";
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <vorl/hierarchy/score.hpp>
+#include <vorl/shared/operations.hpp>
 #include <vorl/types/numbers.hpp>
 
 #include <string>
@@ -30,6 +31,7 @@ std::string writtenText(const std::vector<std::string>& files);
 /// What was made of it at one resolution.
 struct Summary {
     std::vector<std::pair<Size, Size>> levels;  ///< clusters and fullsize
+    std::vector<LevelMeasures> measures;        ///< of the levels, empty if they aren't asked for
     std::vector<AccWeight> rootSizes;           ///< nodes of the root's items
     float gamma = 1;                            ///< the resolution in force, negative for auto
     HierScore score;

@@ -40,7 +40,7 @@ TEST(Usage, IsToldWithCodeTwo) {
         {"cluster x.nse --format csv", "is none of nse, nsa, rcg"},
         {"cluster x.dat",
          "the format can't be told from the name; it is nse (edges), nsa (arcs) or rcg"},
-        {"cluster x.nse -o y.rhb", "take another extension, or --levels hierarchy"},
+        {"cluster x.nse -o y.rhb --levels all", "take another extension, or --levels hierarchy"},
         {"cluster x.nse --levels per-level", "--levels needs a file to write"},
         {"info x.nse --memory-limit 4X", "--memory-limit: \"4X\" is no size"},
         {"cluster x.nse --gain-margin 0.1", "--gain-margin needs --trace-modularity"},

@@ -3,6 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 namespace vorl::test {
 namespace {
 
@@ -61,6 +65,72 @@ TEST_F(Hierarchies, LevelsAreToldAndMeasuredEach) {
         << measures.out;
     EXPECT_TRUE(contains(vorl("evaluate --levels --json " + network + " " + all).out,
                          "\"best\": {\"conductance\": 6, \"modularity\": 6}"));
+}
+
+TEST_F(Hierarchies, SummaryMeasuresLevelsAsEvaluateDoes) {
+    // Karate's clusters don't overlap, so that both count alike.
+    const std::string summary = vorl("cluster --json " + network).out;
+    const std::string measured = vorl("evaluate --levels --json " + network + " " + hierarchy).out;
+    const auto values = [](const std::string& text, const std::string& key) {
+        std::vector<double> found;
+        const std::string name = "\"" + key + "\": ";
+        const std::size_t end = std::min(text.find("\"best\""), text.size());
+        for (std::size_t at = text.find(name); at < end; at = text.find(name, at + 1))
+            found.push_back(std::stod(text.substr(at + name.size(), 20)));
+        return found;
+    };
+    for (const auto& [here, there] :
+         {std::pair("modularity_at_1", "modularity"), std::pair("conductance", "conductance")}) {
+        const auto own = values(summary, here);
+        const auto other = values(measured, there);
+        ASSERT_EQ(own.size(), 7u) << summary;
+        ASSERT_EQ(other.size(), 7u) << measured;
+        for (std::size_t i = 0; i < own.size(); ++i) EXPECT_NEAR(own[i], other[i], 1e-6) << i;
+    }
+    EXPECT_TRUE(contains(summary, "\"best\": {\"modularity_at_1\": 6, \"conductance\": 6}"));
+    EXPECT_TRUE(contains(vorl("cluster " + network).out, "0.418803*"));
+    EXPECT_FALSE(contains(vorl("cluster --no-level-measures " + network).out, "*"));
+    EXPECT_FALSE(contains(vorl("cluster --json --no-level-measures " + network).out, "best"));
+    // The best level is shown also where only the ends of a tall hierarchy are.
+    const Outcome tall = vorl("cluster " + DATA + "power.nse");
+    EXPECT_EQ(std::count(tall.out.begin(), tall.out.end(), '*'), 3) << tall.out;
+}
+
+TEST_F(Hierarchies, DefaultOutputIsTheRootAndTheDescription) {
+    const std::string file = (folder / "d.cnl").string();
+    ASSERT_EQ(vorl("cluster -q " + network + " -o " + file).code, 0);
+    EXPECT_EQ(contents(file).find("# Clusters: 4, Nodes: 34, Fuzzy: 1, Numbered: 1\n19> "), 0u);
+    EXPECT_EQ(contents(folder / "d.rhb"), contents(hierarchy));
+    ASSERT_EQ(vorl("cluster -q " + network + " -o " + (folder / "only.rhb").string()).code, 0);
+    EXPECT_EQ(contents(folder / "only.rhb"), contents(hierarchy));
+    EXPECT_EQ(vorl("cluster -q " + network + " --levels all -o " + hierarchy).code, 2);
+}
+
+TEST(Shuffle, IsRepeatedByItsSeed) {
+    const Folder folder;
+    const auto run = [&](const std::string& options, const std::string& network) {
+        const std::string file = (folder / "s.rhb").string();
+        const Outcome outcome = vorl("cluster -q " + network + " -o " + file + options);
+        EXPECT_EQ(outcome.code, 0) << outcome.err;
+        return contents(file);
+    };
+    const std::string power = DATA + "power.nse";
+    const std::string first = run(" --shuffle --seed 1", power);
+    EXPECT_EQ(first, run(" --shuffle --seed 1", power));
+    EXPECT_NE(first, run(" --shuffle --seed 2", power));
+    EXPECT_NE(first, run("", power));
+    // Only the order of nodes is another one: links keep their ends and weights, also repeated
+    // ones.
+    const std::string odd = folder.write(
+        "odd.rcg", "/Nodes 5 10\n/Edges\n10> 11:2 12:3 10:7\n11> 10:9 12\n/Arcs\n12> 13:4\n");
+    const auto weight = [&](const std::string& options) {
+        const std::string out = vorl("cluster --json " + odd + options).out;
+        const std::size_t at = out.find("\"weight\"");
+        return out.substr(at, out.find(',', at) - at);
+    };
+    EXPECT_EQ(weight(" --shuffle --seed 18446744073709551615"), weight(""));
+    EXPECT_EQ(weight(" --shuffle --seed 5 --sum-duplicates"), weight(" --sum-duplicates"));
+    EXPECT_EQ(vorl("cluster --seed 1 " + power).code, 2);
 }
 
 TEST_F(Hierarchies, ShowTellsNodesAndClusters) {

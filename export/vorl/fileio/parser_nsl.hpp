@@ -7,6 +7,7 @@
 
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace vorl {
@@ -27,6 +28,10 @@ public:
     bool weighted() const { return m_weighted; }
     /// Whether the lines are arcs.
     bool directed() const { return m_directed; }
+
+    /// Nodes are created in an order that is drawn with the seed, the same on every run and
+    /// machine, whatever the options say of shuffling. Links are stored in the order of the file.
+    void shuffleBy(std::uint64_t seed) { m_seed = seed; }
 
     /// Reads the body into a new graph; to be called once.
     ///
@@ -49,6 +54,7 @@ private:
     std::ifstream m_file;
     std::string m_line;
     bool m_shuffle;
+    std::optional<std::uint64_t> m_seed;
     bool m_sumdups;
     bool m_weighted = true;
     bool m_directed;

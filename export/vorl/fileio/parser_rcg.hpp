@@ -7,6 +7,7 @@
 
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace vorl {
@@ -28,6 +29,10 @@ public:
     bool weighted() const { return m_weighted; }
     /// Whether the file claims that its links are valid; nothing depends on it.
     bool validated() const { return m_validated; }
+
+    /// Nodes are created in an order that is drawn with the seed, the same on every run and
+    /// machine, whatever the options say of shuffling. Links are stored in the order of the file.
+    void shuffleBy(std::uint64_t seed) { m_seed = seed; }
 
     /// Reads the links into a new graph; to be called once.
     ///
@@ -62,6 +67,7 @@ private:
     std::ifstream m_file;
     std::string m_line;
     bool m_shuffle;
+    std::optional<std::uint64_t> m_seed;
     bool m_sumdups;
     Section m_bodysect = NONE;  ///< the section being read
     bool m_weighted = true;

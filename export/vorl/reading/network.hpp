@@ -8,6 +8,7 @@
 #include <vorl/types/flags.hpp>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -21,6 +22,8 @@ struct ReadOptions {
     bool sumDuplicates = false;
     bool shuffle = false;
     std::size_t memoryLimit = 0;  ///< bytes that may be needed in all; 0 for `vorl::memoryLimit`
+    /// Nodes are created in an order drawn with it, in place of the random one of a shuffle.
+    std::optional<std::uint64_t> seed = {};
 };
 
 /// A network ready to be clustered. Arcs are always held in the weighted form, in which they keep

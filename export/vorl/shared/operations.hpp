@@ -49,6 +49,23 @@ VORL_API std::shared_ptr<typename Graph<WEIGHTED>::HierarchyT> clusterCopy(
 template <class LinksT>
 VORL_API AccWeight rootModularity(const Hierarchy<LinksT>& hier, AccWeight gamma = 1);
 
+/// What is measured of the clusters that stand at a level: those that it formed and those that were
+/// carried past it.
+struct LevelMeasures {
+    Size clusters = 0;
+    AccWeight modularity = 0;
+    AccWeight conductance = 0;  ///< mean over the clusters; NaN if there is one alone
+};
+
+/// Measures the clusters at each level, from the weights that the build left in them. Where items
+/// are shared, their self weights count by the shares of both ends, as in the build.
+///
+/// It takes one pass over the clusters, whatever the number of levels.
+/// @param gamma resolution of the modularity
+template <class LinksT>
+VORL_API std::vector<LevelMeasures> levelMeasures(const Hierarchy<LinksT>& hier,
+                                                  AccWeight gamma = 1);
+
 /// Levels of a range, thinned out.
 ///
 /// The first level is taken, and then each one that has at most the given ratio of the clusters of

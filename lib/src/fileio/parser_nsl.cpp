@@ -136,6 +136,7 @@ std::shared_ptr<GraphT> NslParser::build(bool weights) {
     readLink(m_line.c_str(), m_line.c_str() + m_line.size());
     for (LineReader lines(m_file, m_size); lines.next();) readLink(lines.begin(), lines.end());
     flush();
+    if (m_seed) loader.shuffle(*m_seed);
     const auto graph = loader.graph(&errors);
     errors.show();
     if (m_lnsnum != 0 && m_lnsnum != count)

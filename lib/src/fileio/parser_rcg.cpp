@@ -175,6 +175,7 @@ std::shared_ptr<GraphT> RcgParser::build() {
                 addLinks(loader, m_startid == ID_NONE, m_bodysect == ARCS, id, links);
         }
     }
+    if (m_seed) loader.shuffle(*m_seed);
     const auto graph = loader.graph(&errors);
     errors.show();
     return graph;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <numeric>
+#include <random>
 #include <stdexcept>
 #include <type_traits>
 
@@ -180,6 +181,27 @@ void GraphLoader<LINKS_WEIGHTED>::storeInOrder(StructLinkErrors* errors) {
     late.merge();
     for (NodeT* node : m_nodes)
         if (node->links.capacity() / 4 * 3 > node->links.size()) node->links.shrink_to_fit();
+}
+
+template <bool LINKS_WEIGHTED>
+void GraphLoader<LINKS_WEIGHTED>::shuffle(std::uint64_t seed) {
+    // Which node stands in each place.
+    std::vector<Id> order(m_nodes.size());
+    std::iota(order.begin(), order.end(), Id{0});
+    std::mt19937_64 random(seed);
+    for (Size i = order.size(); i > 1; --i) std::swap(order[i - 1], order[random() % i]);
+    // Nodes have no links yet, so that they change places by their ids.
+    std::vector<Id> ids(order.size());
+    std::vector<Id> places(order.size());
+    for (Size i = 0; i < order.size(); ++i) {
+        ids[i] = m_nodes[order[i]]->id;
+        places[order[i]] = static_cast<Id>(i);
+    }
+    for (Size i = 0; i < ids.size(); ++i) m_nodes[i]->id = ids[i];
+    for (auto& [src, dst] : m_links) {
+        src = places[src];
+        dst = places[dst];
+    }
 }
 
 template <bool LINKS_WEIGHTED>

@@ -38,6 +38,8 @@ public:
     template <bool DIRECTED>
     void addNodeAndLinks(Id id, const InpLinksT& links);
 
+    /// Puts the nodes that have come so far into the order that the seed draws.
+    void shuffle(std::uint64_t seed);
     /// Stores the links and gives the graph away.
     std::shared_ptr<GraphT> graph(StructLinkErrors* errors);
 

@@ -145,7 +145,7 @@ Network readNetwork(const ReadOptions& options) {
     InpOptions input;
     input.format = networkFormat(options);
     input.filename = options.file;
-    input.shuffle = options.shuffle;
+    input.shuffle = options.shuffle && !options.seed;
 
     const std::size_t limit = options.memoryLimit != 0 ? options.memoryLimit : memoryLimit();
     const TextFile file(options.file, textLimit(limit));
@@ -167,12 +167,17 @@ Network readNetwork(const ReadOptions& options) {
         if (text || !file.plain()) throw;
     }
     const bool weightedGraph = network.directed || network.weighted;
+    const auto seeded = [&](auto parser) {
+        if (options.seed) parser.shuffleBy(*options.seed);
+        return parser;
+    };
     if (input.format == FileFormat::RCG)
         parse(network, weightedGraph,
-              [&]<class GraphT>() { return RcgParser(input).build<GraphT>(); });
+              [&]<class GraphT>() { return seeded(RcgParser(input)).template build<GraphT>(); });
     else
-        parse(network, weightedGraph,
-              [&]<class GraphT>() { return NslParser(input).build<GraphT>(network.weighted); });
+        parse(network, weightedGraph, [&]<class GraphT>() {
+            return seeded(NslParser(input)).template build<GraphT>(network.weighted);
+        });
 
     const auto tells = [&] {
         return "the header tells of " + std::to_string(*facts.nodes) + " nodes, ";

@@ -6,6 +6,7 @@
 #include <vorl/processing/validation.hpp>
 #include <vorl/processing/weights.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -136,11 +137,50 @@ template VORL_API Size evaluateClusters(Intrinsics&, Graph<false>&, const std::s
 template VORL_API Size evaluateClusters(Intrinsics&, Graph<true>&, const std::string&, AccWeight,
                                         Validation);
 
+template <class LinksT>
+std::vector<LevelMeasures> levelMeasures(const Hierarchy<LinksT>& hier, AccWeight gamma) {
+    const auto& levels = hier.levels();
+    const AccWeight weight = hier.weight();
+    // A cluster comes at its level and goes where its owners come.
+    std::vector<LevelMeasures> come(levels.size() + 1);
+    std::vector<LevelMeasures> gone(levels.size() + 1);
+    for (std::size_t level = 0; level < levels.size(); ++level)
+        for (const auto& cl : levels[level].clusters) {
+            const AccWeight w = cl.ctxWeight(false);
+            const AccWeight s = cl.weight();
+            const AccWeight modularity = s - (w / weight * w) * gamma;
+            const AccWeight conductance = w > 0 ? detail::cutShare(w, s, weight) : 0;
+            const auto add = [&](LevelMeasures& to) {
+                ++to.clusters;
+                to.modularity += modularity;
+                to.conductance += conductance;
+            };
+            add(come[level]);
+            add(gone[cl.owners.empty() ? levels.size() : cl.owners.front().dest->levnum]);
+        }
+    std::vector<LevelMeasures> result(levels.size());
+    LevelMeasures sum;
+    for (std::size_t level = 0; level < levels.size(); ++level) {
+        sum.clusters += come[level].clusters - gone[level].clusters;
+        sum.modularity += come[level].modularity - gone[level].modularity;
+        sum.conductance += come[level].conductance - gone[level].conductance;
+        result[level] = {sum.clusters, sum.modularity / weight,
+                         sum.clusters < 2 ? std::numeric_limits<AccWeight>::quiet_NaN()
+                                          : std::max(sum.conductance, AccWeight{0}) /
+                                                static_cast<AccWeight>(sum.clusters)};
+    }
+    return result;
+}
+
 template VORL_API std::shared_ptr<Graph<false>::HierarchyT> clusterCopy(Graph<false>&,
                                                                         const ClusterOptions&);
 template VORL_API std::shared_ptr<Graph<true>::HierarchyT> clusterCopy(Graph<true>&,
                                                                        const ClusterOptions&);
 template VORL_API AccWeight rootModularity(const Hierarchy<UnweightedLinks>&, AccWeight);
+template VORL_API std::vector<LevelMeasures> levelMeasures(const Hierarchy<UnweightedLinks>&,
+                                                           AccWeight);
+template VORL_API std::vector<LevelMeasures> levelMeasures(const Hierarchy<WeightedLinks>&,
+                                                           AccWeight);
 template VORL_API AccWeight rootModularity(const Hierarchy<WeightedLinks>&, AccWeight);
 
 }  // namespace vorl
