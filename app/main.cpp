@@ -40,7 +40,7 @@ int runProgram(int argc, char** argv) {
         tell(message + "\nRun \"vorl " + command + "--help\" for help.");
     };
     try {
-        app.parse(argc, argv);
+        line.parse(argc, argv);
         if (const CLI::App* cluster = app.get_subcommand("cluster"); *cluster)
             checkOptions(*cluster, line.cluster);
         for (const auto& command : line.commands)
@@ -48,7 +48,7 @@ int runProgram(int argc, char** argv) {
         return DONE;
     } catch (const CLI::Success& success) {
         std::ostringstream out;
-        const int code = app.exit(success, out, out);
+        const int code = line.exit(success, out);
         print(out.str());
         return code;
     } catch (const CLI::ExtrasError& err) {

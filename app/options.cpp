@@ -559,6 +559,14 @@ CommandLine::CommandLine() : app(DESCRIPTION, "vorl") {
         extract);
 }
 
+CommandLine::~CommandLine() = default;
+
+void CommandLine::parse(int argc, char** argv) { app.parse(argc, argv); }
+
+int CommandLine::exit(const CLI::Error& end, std::ostream& out) const {
+    return app.exit(end, out, out);
+}
+
 template <class CommandT>
 void CommandLine::add(const char* name, const char* description,
                       void (*addOptions)(CLI::App&, CommandT&), CommandT& command) {

@@ -15,6 +15,7 @@
 #include <CLI/CLI.hpp>
 
 #include <functional>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,14 @@ namespace vorl::app {
 class CommandLine {
 public:
     CommandLine();
+    ~CommandLine();
+
+    /// Fills the commands. Only the unit of this class has to compile the parser.
+    /// @throws CLI::Error
+    void parse(int argc, char** argv);
+
+    /// Prints what ends the parsing early, such as the help, and gives the exit code.
+    int exit(const CLI::Error& end, std::ostream& out) const;
 
     /// A command with its options, and what runs it.
     struct Command {

@@ -2,15 +2,36 @@
 if(NOT CPACK_GENERATOR STREQUAL "DEB")
   return()
 endif()
-file(GLOB_RECURSE staged LIST_DIRECTORIES true ${CPACK_TEMPORARY_DIRECTORY}/*)
-foreach(path IN LISTS staged)
-  if(path MATCHES "/zsh/site-functions$")
-    string(REPLACE "site-functions" "vendor-completions" place ${path})
-    file(RENAME ${path} ${place})
-  elseif(path MATCHES "/share/man/.*\\.1$")
-    execute_process(COMMAND gzip -9n ${path} COMMAND_ERROR_IS_FATAL ANY)
-  elseif(path MATCHES "/share/doc/[^/]*/LICENSE$")
-    string(REPLACE "/LICENSE" "/copyright" place ${path})
-    file(RENAME ${path} ${place})
+
+# The place of the licence is told, and not its text repeated.
+set(copyright "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/
+Upstream-Name: vorl
+Comment: The networks in data/ come from the publications named in data/README.md.
+
+Files: *
+Copyright: 2026 The developers of vorl
+License: Apache-2.0
+ On Debian systems, the text of the Apache License, version 2.0, is in
+ /usr/share/common-licenses/Apache-2.0.
+")
+string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+set(changes "vorl (${CPACK_PACKAGE_VERSION}) unstable; urgency=medium
+
+  * Release ${CPACK_PACKAGE_VERSION}; CHANGELOG.md of the package vorl has what is new.
+
+ -- ${CPACK_PACKAGE_CONTACT}  ${date}
+")
+
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  set(root ${CPACK_TEMPORARY_DIRECTORY}/${component}/usr)
+  string(TOUPPER ${component} id)
+  set(docs ${root}/share/doc/${CPACK_DEBIAN_${id}_PACKAGE_NAME})
+  file(REMOVE ${docs}/LICENSE)
+  file(WRITE ${docs}/copyright "${copyright}")
+  file(WRITE ${docs}/changelog "${changes}")
+  file(GLOB pages ${root}/share/man/man1/*.1)
+  execute_process(COMMAND gzip -9n ${docs}/changelog ${pages} COMMAND_ERROR_IS_FATAL ANY)
+  if(EXISTS ${root}/share/zsh/site-functions)
+    file(RENAME ${root}/share/zsh/site-functions ${root}/share/zsh/vendor-completions)
   endif()
 endforeach()
