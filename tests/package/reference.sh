@@ -27,7 +27,7 @@ expect() {
     [ "$found" = "$wanted" ] || fail "\"$*\" is completed by \"$found\" instead of \"$wanted\""
 }
 
-expect "cluster convert compare" vorl c
+expect "communities cluster convert compare cut" vorl c
 expect "--sum-duplicates --shuffle --speedup --shares" vorl cluster x.nse --s
 expect "standard severe" vorl cluster --validation s
 expect "nse nsa rcg" vorl cluster --format =
@@ -37,7 +37,9 @@ expect "files" vorl evaluate network.nse ""
 expect "" vorl cluster --root-max ""
 
 # Every option of the help is in the manual page and in the completions.
-for command in cluster evaluate info convert compare; do
+commands=$("$1/bin/vorl" --help | sed -nE '/^Subcommands:/,/^$/s/^  ([a-z]+) .*/\1/p')
+[ "$(wc -w <<<"$commands")" -gt 5 ] || fail "the help lists the commands \"$commands\""
+for command in $commands; do
     for option in $("$1/bin/vorl" $command --help | grep -oE '^  (-[a-z],)?--[a-z-]+' | grep -oE -- '--[a-z-]+'); do
         grep -qF -- "${option//-/\\-}" "$share/man/man1/vorl.1" || fail "$option isn't in vorl.1"
         for file in zsh/site-functions/_vorl bash-completion/completions/vorl; do
