@@ -150,12 +150,26 @@ class ReadingTest {
     }
 
     @Test
-    void nothingIsPrinted() throws Exception {
+    void nothingIsPrintedAndNoNumberFollowsTheLocale() throws Exception {
+        Path locales = Files.createDirectory(folder.resolve("locales"));
+        Path source = Files.writeString(folder.resolve("source"),
+            "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\ngrouping 3;3\nEND LC_NUMERIC\n");
+        // It warns of the categories that are left out, and fails then.
+        Settings.run(folder, Map.of(), "localedef", "-c", "-i", source.toString(),
+            locales.resolve("vorl_COMMA").toString());
+        Map<String, String> comma = Map.of("LC_ALL", "vorl_COMMA", "LOCPATH", locales.toString());
+        assertEquals("2,5", Settings.run(folder, comma, "/usr/bin/printf", "%.1f", "2,5").text());
         Path network =
             Files.writeString(folder.resolve("n.nse"), "0 1 .5\n1 2 0.75\n2 0 1.25e0\n2 3 5.\n");
-        Settings.Outcome run = run(Map.of("LC_ALL", "C"), network, folder.resolve("point.cnl"));
-        assertEquals(0, run.code());
-        assertTrue(run.text().startsWith("15.0 "), run.text());
-        assertEquals(3, run.text().lines().count(), run.text()); // what the program itself prints
+        Path clusters = folder.resolve("comma.cnl");
+        Path point = folder.resolve("point.cnl");
+        Settings.Outcome expected = run(Map.of("LC_ALL", "C"), network, point);
+        assertEquals(0, expected.code());
+        assertTrue(expected.text().startsWith("15.0 "), expected.text());
+        assertEquals(3, expected.text().lines().count(), expected.text()); // what it prints itself
+        assertEquals(expected, run(comma, network, clusters));
+        assertEquals(Files.readString(point), Files.readString(clusters));
+        assertEquals(Files.readString(folder.resolve("point.rhb")),
+            Files.readString(folder.resolve("comma.rhb")));
     }
 }
