@@ -7,7 +7,7 @@ PANEL, TOP, LEFT, GAP = 370, 60, 70, 70
 BOTTOM = 500
 COLOURS = ["#1b6ca8", "#c1440e", "#5b8c2a", "#7a4fa3", "#b8860b", "#008080", "#8b4557", "#606060",
            "#d36ba6"]
-INK, PALE = "#222", "#ddd"
+INK, PALE, OWN = "#222", "#ddd", ["#222", "#d81b60"]
 
 
 def label(power):
@@ -20,13 +20,13 @@ def decades(values):
     return math.floor(low), max(math.floor(low) + 1, math.ceil(high - 0.03))
 
 
-def styles(names):
+def styles(own, names):
     """Colour, dashes and whether to draw bold; versions of one method share their colour."""
     found, methods = {}, []
     for name in names:
         method = name.rsplit(" ", 1)[0]
-        if name == "vorl":
-            found[name] = INK, "", True
+        if name in own:
+            found[name] = OWN[own.index(name) % len(OWN)], "", True
         elif method in methods:
             colour = COLOURS[methods.index(method) % len(COLOURS)]
             found[name] = colour, " stroke-dasharray='5 3'", False
@@ -77,18 +77,18 @@ def legend(out, left, style):
                    (left + 28, at, " font-weight='bold'" if bold else "", escape(name)))
 
 
-def draw(panels):
+def draw(own, panels):
     """The text of the picture.
 
-    `panels` is a list of titles with series, and a series is a list of names, vorl first, with
-    points of links and seconds. All panels share their axes.
+    `panels` is a list of titles with series, and a series is a list of names with points of links
+    and seconds. All panels share their axes. The names in `own` are drawn bold.
     """
     points = [point for _, series in panels for _, line in series for point in line]
     if not points:
         return None
     across = decades([links for links, _ in points])
     up = decades([seconds for _, seconds in points])
-    style = styles([name for name, _ in panels[0][1]])
+    style = styles(own, [name for name, _ in panels[0][1]])
     width = LEFT + len(panels) * (PANEL + GAP) + 230
     out = ["<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 %d %d' font-size='12' "
            "font-family='sans-serif' fill='%s'>" % (width, HEIGHT, INK),

@@ -76,14 +76,17 @@ class Figures:
 
 
 class Page:
-    def __init__(self, options, networks, titles, runs):
+    def __init__(self, options, networks, own, titles, runs):
+        """`own` are the titles of the programs of vorl; ratios are those to the first of them."""
         self.options = options
         self.networks = networks
         self.runs = runs
         self.versions = {run["contender"]: run["version"] for run in runs}
-        self.names = [name for name in ("vorl", *titles) if name in self.versions]
-        self.titles = {"vorl": "vorl"}
-        for name in self.names[1:]:
+        self.own = [name for name in own if name in self.versions]
+        self.peers = [name for name in titles if name in self.versions]
+        self.names = self.own + self.peers
+        self.titles = {name: own[name] for name in self.own}
+        for name in self.peers:
             title, source = titles[name]
             title += " " + self.versions[name]
             if title in self.titles.values():
@@ -135,8 +138,8 @@ class Page:
                    (statistics.median(loads), max(loads),
                     ". **Others were at work: the times are rough.**"
                     if statistics.median(loads) > 1.5 else ""))
-        self.prose("- Program: " + self.versions["vorl"])
-        self.prose("- Peers: " + "; ".join(self.titles[name] for name in self.names[1:]))
+        self.prose("- Program: " + self.versions[self.own[0]])
+        self.prose("- Peers: " + "; ".join(self.titles[name] for name in self.peers))
         counts = sorted({found.runs for found in self.figures.values() if found.runs})
         self.prose("- Runs of each program on each network: " + " or ".join(map(str, counts)))
         spreads = sorted(found.spread for found in self.figures.values()
@@ -154,9 +157,9 @@ class Page:
         self.line("### Time against size")
         self.line()
         self.prose("Networks with planted communities, 0.3 of the links leave them. In brackets: "
-                   "how many times as long as vorl.")
+                   "how many times as long as `vorl cluster`.")
         self.line()
-        picture = chart.draw([
+        picture = chart.draw([self.titles[name] for name in self.own], [
             (title, [(self.titles[name], points) for name in self.names
                      if (points := [(network.links, getattr(found, what)) for network in series
                                     if (found := self.at(network, name))])])
@@ -171,25 +174,27 @@ class Page:
             for name in self.names:
                 cells = []
                 for network in series:
-                    found, vorl = self.at(network, name), self.at(network, "vorl")
+                    found, first = self.at(network, name), self.at(network, self.own[0])
                     cell = seconds(getattr(found, what)) if found else "–"
-                    if found and vorl and name != "vorl":
-                        cell += " (%.2g)" % (getattr(found, what) / getattr(vorl, what))
+                    if found and first and name != self.own[0]:
+                        cell += " (%.2g)" % (getattr(found, what) / getattr(first, what))
                     cells.append(cell)
                 rows.append([self.titles[name]] + cells)
             self.table([title] + [grouped(network.links) + " links" for network in series], rows)
-        rows = []
-        for network in series:
-            found = self.at(network, "vorl")
-            if found:
-                records = 2 * network.links
-                rows.append([grouped(network.links), "%.0f" % (1e9 * found.cluster / records),
-                             "%.0f" % (1e9 * found.both / records),
-                             "%.0f" % (found.peak / records),
-                             "%.0f" % ((found.peak - network.file.stat().st_size) / records)])
-        self.prose("vorl, for each link record (an edge is two):")
+        self.prose("For each link record (an edge is two):")
         self.line()
-        self.table(["Links", "ns to cluster", "ns with reading", "bytes at the peak",
+        rows = []
+        for name in self.own:
+            for network in series:
+                found = self.at(network, name)
+                if found:
+                    records = 2 * network.links
+                    rows.append([self.titles[name], grouped(network.links),
+                                 "%.0f" % (1e9 * found.cluster / records),
+                                 "%.0f" % (1e9 * found.both / records),
+                                 "%.0f" % (found.peak / records),
+                                 "%.0f" % ((found.peak - network.file.stat().st_size) / records)])
+        self.table(["Program", "Links", "ns to cluster", "ns with reading", "bytes at the peak",
                     "bytes above the size of the file"], rows)
 
     def losses(self):
@@ -201,24 +206,28 @@ class Page:
                    "the interpreter and the modules of a peer take before it reads." %
                    (SAME_TIME, SAME_MEMORY, SAME_MODULARITY, SAME_AGREEMENT))
         self.line()
+        for name in self.own:
+            self.losses_of(name)
+
+    def losses_of(self, name):
         rows = []
         for network in self.networks:
-            vorl = self.at(network, "vorl")
+            vorl = self.at(network, name)
             if not vorl:
-                rows.append([network.name, "vorl has no result: " +
-                             self.figures[network.name, "vorl"].failed] + [""] * 4)
+                rows.append([network.name, "no result: " +
+                             self.figures[network.name, name].failed] + [""] * 4)
                 continue
 
             def beaten(gain, margin, show):
                 """`gain` tells how much better another one is, in the sense of the margin."""
-                found = [(gain(other), self.titles[name]) for name in self.names[1:]
-                         if (other := self.at(network, name)) and gain(other) > margin]
+                found = [(gain(other), self.titles[peer]) for peer in self.peers
+                         if (other := self.at(network, peer)) and gain(other) > margin]
                 if not found:
                     return ""
                 best, title = max(found)
                 return "%s %s; %d of %d peers" % (title, show % best, len(found), peers)
 
-            peers = sum(self.at(network, name) is not None for name in self.names[1:])
+            peers = sum(self.at(network, peer) is not None for peer in self.peers)
             rows.append([
                 network.name,
                 beaten(lambda other: vorl.cluster / other.cluster, SAME_TIME, "%.3g times"),
@@ -228,7 +237,7 @@ class Page:
                        "+%.3f"),
                 beaten(lambda other: other.best_nmi - vorl.best_nmi, SAME_AGREEMENT, "+%.3f")
                 if network.truth else "–"])
-        self.table(["Network", "Clustering", "With reading", "Memory", "Modularity of the root",
+        self.table([self.titles[name], "Clustering", "With reading", "Memory", "Modularity of the root",
                     "NMI of the best level"], rows)
 
     def network(self, network):
@@ -238,12 +247,13 @@ class Page:
                                              "arcs" if network.directed else "edges",
                                              network.about))
         self.line()
-        head = ["Program", "Read, s", "Cluster, s", "Both, s", "Cluster, × vorl", "Both, × vorl",
-                "Peak, MiB", "of it before", "Clusters", "Levels", "Modularity",
+        base = self.titles[self.own[0]]
+        head = ["Program", "Read, s", "Cluster, s", "Both, s", "Cluster, × " + base,
+                "Both, × " + base, "Peak, MiB", "of it before", "Clusters", "Levels", "Modularity",
                 "of the best level"]
         if network.truth:
             head += ["NMI, best level", "F1, best level", "NMI, root", "F1, root"]
-        vorl = self.at(network, "vorl")
+        first = self.at(network, self.own[0])
         rows = []
         for name in self.names:
             found = self.figures.get((network.name, name))
@@ -255,7 +265,7 @@ class Page:
             row = [self.titles[name], seconds(found.read), seconds(found.cluster),
                    seconds(found.both)]
             for what in ("cluster", "both"):
-                row.append("%.2f" % (getattr(found, what) / getattr(vorl, what)) if vorl else "–")
+                row.append("%.2f" % (getattr(found, what) / getattr(first, what)) if first else "–")
             row += ["%.1f" % (found.peak / 2**20),
                     "%.1f" % (found.base / 2**20) if found.base else "–", grouped(found.clusters),
                     str(found.levels), "%.4f" % found.modularity, "%.4f" % found.best_modularity]
@@ -276,11 +286,11 @@ class Page:
         return "\n".join(self.lines)
 
 
-def write(path, options, networks, titles, runs):
+def write(path, options, networks, own, titles, runs):
     """Renews what is below the mark of the page, and keeps what is above it."""
     before = "# Performance\n\n"
     if path.exists() and MARK in path.read_text():
         before = path.read_text().split(MARK)[0]
     path.parent.mkdir(parents=True, exist_ok=True)
-    page = Page(options, networks, titles, runs)
+    page = Page(options, networks, own, titles, runs)
     path.write_text(before + MARK + "\n\n" + page.text())

@@ -26,6 +26,8 @@ WORKER = pathlib.Path(worker.__file__).resolve()
 
 PROGRAM = ROOT / "build/bench/vorl"
 DEBIAN = "/usr/bin/python3"
+# The two roads of vorl, each a program of its own here, by name and title.
+OWN = {"vorl": "vorl cluster", "vorl-communities": "vorl communities"}
 # Contender: where its package comes from, its method, its title, whether it takes arcs.
 CONTENDERS = {
     "igraph-louvain": ("PyPI", "igraph-louvain", "Louvain, igraph", False),
@@ -202,6 +204,18 @@ class Bench:
             record.update(self.levels(network, levels))
         return record
 
+    def run_communities(self, network, repeat, scratch):
+        clusters = scratch / "communities.cnl"
+        text, cpu = execute([self.vorl, "communities", network.file, "--json", "--threads", 1,
+                             "-o", clusters], self.options.core, self.options.limit)
+        found = json.loads(text)
+        record = {"read": found["seconds"]["read"], "cluster": found["seconds"]["communities"],
+                  "peak": found["peak_memory_bytes"], "base": 0, "cpu": cpu}
+        if repeat == 0:  # all runs give the same communities
+            record["root"] = self.quality(network, clusters)
+            record.update(levels=[record["root"]], height=1)
+        return record
+
     def run_peer(self, contender, network, repeat, scratch):
         source, method, _, _ = CONTENDERS[contender]
         text, cpu = execute([self.python(source), WORKER, method, network.plain, scratch,
@@ -220,10 +234,13 @@ class Bench:
                   "version": self.versions[contender]}
         with tempfile.TemporaryDirectory(dir=self.folder) as scratch:
             try:
+                folder = pathlib.Path(scratch)
                 if contender == "vorl":
-                    record.update(self.run_vorl(network, repeat, pathlib.Path(scratch)))
+                    record.update(self.run_vorl(network, repeat, folder))
+                elif contender in OWN:
+                    record.update(self.run_communities(network, repeat, folder))
                 else:
-                    record.update(self.run_peer(contender, network, repeat, pathlib.Path(scratch)))
+                    record.update(self.run_peer(contender, network, repeat, folder))
                 print("%-14s %-18s read %9.4f s  cluster %9.4f s  %7.1f MiB" %
                       (network.name, contender, record["read"], record["cluster"],
                        record["peak"] / 2**20), flush=True)
@@ -234,8 +251,9 @@ class Bench:
 
     def run(self):
         self.start()
-        self.versions["vorl"] = execute([self.vorl, "--version"], self.options.core)[0].strip()
-        contenders = ["vorl"] + self.contenders()
+        version = execute([self.vorl, "--version"], self.options.core)[0].strip()
+        self.versions.update(dict.fromkeys(OWN, version))
+        contenders = list(OWN) + self.contenders()
         measured = []
         for network in networks.networks(self.options.folder / "networks", ROOT / "data",
                                          self.options.quick, self.options.largest,
@@ -244,10 +262,10 @@ class Bench:
             networks.warm(network)
             for repeat in range(self.options.repeat):
                 for contender in contenders:
-                    if contender == "vorl" or not network.directed or CONTENDERS[contender][3]:
+                    if contender in OWN or not network.directed or CONTENDERS[contender][3]:
                         self.measure(contender, network, repeat)
         titles = {name: (title, source) for name, (source, _, title, _) in CONTENDERS.items()}
-        report.write(self.options.out, self.options, measured, titles, self.done)
+        report.write(self.options.out, self.options, measured, OWN, titles, self.done)
         print("written: %s, %s" % (self.options.out, self.options.out.with_suffix(".svg")))
 
 

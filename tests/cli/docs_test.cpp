@@ -73,7 +73,8 @@ std::string replaced(const std::string& text, const char* pattern) {
 std::string masked(std::string text) {
     for (const char* pattern :
          {"[0-9.]+(e-[0-9]+)? s (reading|clustering|writing)", "memory [0-9.]+ [KMG]iB",
-          "r-[0-9]+([.][0-9a-f]+)?", "\"seconds\": *[{][^}]*[}]", "\"peak_memory_bytes\": *[0-9]+"})
+          "[0-9.]+(e-[0-9]+)? s [(]similarity [^)]*[)]", "r-[0-9]+([.][0-9a-f]+)?",
+          "\"seconds\": *[{][^}]*[}]", "\"peak_memory_bytes\": *[0-9]+"})
         text = replaced(text, pattern);
     return text;
 }
@@ -118,7 +119,7 @@ TEST(Formats, TellEachNameOfTheJsonDocuments) {
     std::string json;
     for (const std::string& arguments :
          {"cluster " + karate + " --levels root -o " + clusters,
-          "cluster " + karate + " --gamma 1,2", "info " + karate,
+          "cluster " + karate + " --gamma 1,2", "communities " + karate, "info " + karate,
           "evaluate " + karate + " " + clusters, "compare " + clusters + " " + clusters}) {
         const Outcome run = vorl(arguments + " --json");
         ASSERT_EQ(run.code, 0) << run.err;
