@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace vorl::detail {
 
@@ -55,6 +56,23 @@ struct Upward {
     }
 };
 
+/// Which nodes the one at hand has links to. That lies all over the memory, so a small table tells
+/// nearly always that there is none.
+struct Marks {
+    static constexpr Id SLOTS = 1 << 14;
+
+    std::vector<Id> place;  // of a node in the list of the one at hand and 1, or 0
+    std::vector<Id> slots;  // whether any node of a slot is in the list
+
+    explicit Marks(Size nodes) : place(nodes), slots(SLOTS) {}
+
+    void set(Id node, Id number) {
+        place[node] = number;
+        slots[node % SLOTS] = number;
+    }
+    Id operator[](Id node) const { return slots[node % SLOTS] ? place[node] : 0; }
+};
+
 /// Counts the triangles of each link; with threads, several may count for one link.
 template <bool THREADS>
 void countTriangles(Upward& up, Workers& workers) {
@@ -65,27 +83,30 @@ void countTriangles(Upward& up, Workers& workers) {
             up.triangles[place] += number;
     };
     const Size nodes = up.begin.size() - 1;
-    std::vector<std::vector<Size>> marks(workers.count());
+    std::vector<std::optional<Marks>> marks(workers.count());
     workers.share(nodes, 256, [&](Size first, Size last, unsigned worker) {
-        std::vector<Size>& mark = marks[worker];  // place of the link to a node and 1, or 0
-        mark.resize(nodes);
+        if (!marks[worker]) marks[worker].emplace(nodes);
+        Marks& mark = *marks[worker];
         for (Size i = first; i < last; ++i) {
             const Size from = up.begin[i];
             const Size to = up.begin[i + 1];
             if (to - from < 2) continue;
-            for (Size ln = from; ln < to; ++ln) mark[up.dest[ln]] = ln + 1;
+            for (Size ln = from; ln < to; ++ln) {
+                mark.set(up.dest[ln], static_cast<Id>(ln - from + 1));
+                __builtin_prefetch(up.dest.data() + up.begin[up.dest[ln]]);
+            }
             for (Size ln = from; ln < to; ++ln) {
                 const Id j = up.dest[ln];
                 Id found = 0;
                 for (Size far = up.begin[j]; far < up.begin[j + Size{1}]; ++far)
-                    if (const Size third = mark[up.dest[far]]) {
+                    if (const Id third = mark[up.dest[far]]) {
                         ++found;
                         count(far, 1);
-                        count(third - 1, 1);
+                        count(from + third - 1, 1);
                     }
                 if (found) count(ln, found);
             }
-            for (Size ln = from; ln < to; ++ln) mark[up.dest[ln]] = 0;
+            for (Size ln = from; ln < to; ++ln) mark.set(up.dest[ln], 0);
         }
     });
 }
