@@ -152,28 +152,32 @@ TEST(CommunitiesHierarchy, TwoCliquesThatShareANode) {
 }
 
 TEST(CommunitiesHierarchy, LevelsInsideAndAbove) {
-    // Cliques in pairs, which hang in a chain.
-    TestNetwork pairs("pairs of cliques", 120);
-    for (Id clique = 0; clique < 20; ++clique) {
-        for (Id i = 0; i < 6; ++i)
-            for (Id j = 0; j < i; ++j) pairs.add(6 * clique + i, 6 * clique + j);
-        if (clique % 2)
-            for (Id i = 0; i < 3; ++i) pairs.add(6 * clique + i, 6 * clique - 1 - i);
-        else if (clique)
-            pairs.add(6 * clique, 6 * clique - 1);
+    // Cliques in threes, of which two hang together more; the third is carried past them.
+    constexpr Id groups = 20;
+    TestNetwork threes("threes of cliques", 18 * groups);
+    for (Id group = 0; group < groups; ++group) {
+        const auto node = [&](Id clique, Id place) { return 18 * group + 6 * clique + place; };
+        for (Id clique = 0; clique < 3; ++clique)
+            for (Id i = 0; i < 6; ++i)
+                for (Id j = 0; j < i; ++j) threes.add(node(clique, i), node(clique, j));
+        for (Id i = 0; i < 3; ++i) threes.add(node(0, i), node(1, i));
+        for (Id i = 3; i < 5; ++i) threes.add(node(1, i), node(2, i));
+        if (group) threes.add(node(0, 5), node(0, 5) - 18);
     }
     ClusterOptions options;
     options.gamma = 1;
-    const Built above(pairs, options);
+    const Built above(threes, options);
     expectSound(above);
     expectCommunities(above);
-    ASSERT_EQ(above.found.count(), 20u);
-    ASSERT_GT(above.hier->levels().size(), above.level + Size{1});
-    for (const ClusterT& cl : above.hier->levels()[above.level + 1].clusters) {
-        ASSERT_EQ(cl.des.size(), 2u);
-        EXPECT_NEAR(cl.m_nnodes, 12, 1e-4);
+    ASSERT_EQ(above.found.count(), 3 * groups);
+    ASSERT_GT(above.hier->levels().size(), above.level + Size{2});
+    for (const LevelNum step : {1, 2}) {
+        EXPECT_EQ(above.formed(above.level + step), groups);
+        for (const ClusterT& cl : above.hier->levels()[above.level + step].clusters) {
+            EXPECT_EQ(cl.des.size(), 2u);
+            EXPECT_NEAR(cl.m_nnodes, 6 + 6 * step, 1e-4);
+        }
     }
-    EXPECT_EQ(above.formed(above.level + 1), 10u);
     EXPECT_GT(above.hier->score().modularity, static_cast<float>(above.found.score().modularity));
 
     Random rnd(7);
