@@ -1,6 +1,7 @@
 #include "communities_command.hpp"
 
 #include "errors.hpp"
+#include "hierarchy_files.hpp"
 #include "output_text.hpp"
 #include "output_tree.hpp"
 #include "progress_line.hpp"
@@ -8,11 +9,13 @@
 #include "summary.hpp"
 #include "text_output.hpp"
 
+#include <vorl/communities_hierarchy.hpp>
 #include <vorl/communities_text.hpp>
 
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <optional>
 
 namespace vorl::app {
@@ -79,8 +82,9 @@ std::string asText(const NetworkSummary& network, const Communities& found, cons
         text += format("modularity    %.6f at gamma 1\n", score.modularity);
         text += format("conductance   %.6f\n", score.conductance);
         text += format("gamma         %.6f estimated by the log-ratio rule\n", score.gamma);
-        text += format("description   %.6g bits shorter than without communities (named by %.6g)\n",
-                       score.saving, score.naming);
+        text += format("description   %.6g bits ", std::abs(score.saving)) +
+                (score.saving < 0 ? "longer" : "shorter") +
+                format(" than without communities (named by %.6g)\n", score.naming);
         text += "search        " + counted(score.starts, "start") + "; the best: " + score.start +
                 ", " + counted(score.rounds, "round") + "\n";
     }
@@ -136,12 +140,13 @@ public:
 
     bool toOutput() const { return m_toOutput; }
 
-    template <class TextT>
-    void write(std::vector<std::string>& written, const TextT& text) const {
+    /// @param writing takes the open files
+    template <class WritingT>
+    void write(std::vector<std::string>& written, const WritingT& writing) const {
         if (m_file.empty()) return;
         OutputTree files(m_file, false, m_command.parents);
         files.protect(m_command.read.file);
-        writeText(text(), files, m_file);
+        writing(files);
         if (!m_toOutput) written.push_back(m_file);
     }
 
@@ -169,8 +174,14 @@ void run(const CommunitiesCommand& command) {
     if (!command.quiet) line.emplace();
     const Target clusters(command.output, command);
     const Target table(command.table, command);
-    if (!command.output.empty() && command.output == command.table)
-        throw UsageError("the clusters and the table can't both be " + command.output);
+    const Target hierarchy(command.hierarchy, command);
+    const std::string* const files[] = {&command.output, &command.table, &command.hierarchy};
+    for (const auto* file : files)
+        if (!file->empty() && std::count_if(std::begin(files), std::end(files),
+                                            [&](auto* other) { return *other == *file; }) > 1)
+            throw UsageError("two of clusters, table and hierarchy can't both be " + *file);
+    if (!command.hierarchy.empty() && !command.hierarchy.ends_with(".rhb"))
+        throw UsageError("the name of a hierarchy ends in .rhb: " + command.hierarchy);
     if (clusters.toOutput() + table.toOutput() + command.json > 1)
         throw UsageError("clusters, table and JSON can't share the standard output");
 
@@ -193,9 +204,20 @@ void run(const CommunitiesCommand& command) {
     took.communities = watch.lap();
 
     std::vector<std::string> written;
-    clusters.write(written, [&] { return clustersText(found); });
-    table.write(written,
-                [&] { return tableText(found, command.table.ends_with(".csv") ? ',' : '\t'); });
+    clusters.write(written,
+                   [&](OutputTree& tree) { writeText(clustersText(found), tree, command.output); });
+    table.write(written, [&](OutputTree& tree) {
+        const char separator = command.table.ends_with(".csv") ? ',' : '\t';
+        writeText(tableText(found, separator), tree, command.table);
+    });
+    hierarchy.write(written, [&](OutputTree& tree) {
+        const auto around = communitiesHierarchy(flat, found);
+        OutputRequest request;
+        request.file = command.hierarchy;
+        request.levels = Levels::HIERARCHY;
+        writeHierarchy(*around, request, tree.path());
+        tree.commit();
+    });
     took.write = watch.lap();
 
     std::string text;

@@ -12,8 +12,9 @@ namespace vorl::app {
 struct CommunitiesCommand {
     ReadOptions read;
     CommunitiesOptions options;
-    std::string output;  ///< file of the clusters, none if empty
-    std::string table;   ///< file of the table, none if empty
+    std::string output;     ///< file of the clusters, none if empty
+    std::string table;      ///< file of the table, none if empty
+    std::string hierarchy;  ///< file of the hierarchy around the communities, none if empty
     bool parents = false;
     bool json = false;
     bool quiet = false;

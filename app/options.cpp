@@ -533,6 +533,12 @@ void addCommunitiesOptions(CLI::App& app, CommunitiesCommand& command) {
         ->check(checkName)
         ->type_name("FILE")
         ->group(group);
+    app.add_option("--hierarchy", command.hierarchy,
+                   "File of the hierarchy inside and above the communities (rhb), as vorl cluster "
+                   "builds it in each of them and of all of them")
+        ->check(checkName)
+        ->type_name("FILE")
+        ->group(group);
     app.add_flag("--parents", command.parents, "Create the folders that the files lack")
         ->group(group);
     group = "Report";

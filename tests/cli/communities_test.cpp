@@ -30,6 +30,20 @@ TEST(CommunitiesCommand, FindsTheConferencesOfFootball) {
     }
 }
 
+TEST(CommunitiesCommand, TheHierarchyHasTheCommunitiesOnALevel) {
+    const Folder folder;
+    const std::string base = (folder / "found").string();
+    EXPECT_EQ(
+        vorl("communities " + DATA + "jazz.nse -q -o " + base + ".cnl --hierarchy " + base + ".rhb")
+            .code,
+        0);
+    const Outcome levels = vorl("compare --levels " + base + ".rhb " + base + ".cnl --json");
+    EXPECT_EQ(levels.code, 0) << levels.err;
+    EXPECT_TRUE(contains(levels.out, "\"nmi_max\": 1,")) << levels.out;
+    EXPECT_EQ(vorl("show " + base + ".rhb --node 7").code, 0);
+    EXPECT_EQ(vorl("communities " + DATA + "jazz.nse --hierarchy " + base).code, 2);
+}
+
 TEST(CommunitiesCommand, SaysWhereThereAreNone) {
     const Folder folder;
     std::ofstream ring(folder / "ring.nse");
