@@ -56,9 +56,10 @@ std::string hierarchyAsText(const HierarchyFile& file) {
                        counted(file.levels(), "level") + "\n";
     if (file.levels() == 0) return text;
     text += "\n level      formed   clusters there\n";
+    const std::vector<Item> standing = file.standingClusters();
     for (LevelNum level = 0; level < file.levels(); ++level)
         text += format("%6u%12s%17s\n", level, grouped(file.formedOn(level)).c_str(),
-                       grouped(file.clustersAt(level)).c_str());
+                       grouped(standing[level]).c_str());
     const std::vector<Item> root = rootOf(file);
     text += "\n" + counted(root.size(), "cluster") + " at the root: ";
     Shares whole;
@@ -68,11 +69,12 @@ std::string hierarchyAsText(const HierarchyFile& file) {
 
 std::string hierarchyAsJson(const HierarchyFile& file) {
     std::string levels;
+    const std::vector<Item> standing = file.standingClusters();
     for (LevelNum level = 0; level < file.levels(); ++level)
         levels += (level == 0 ? "{" : ", {") +
                   ("\"clusters\": " + std::to_string(file.formedOn(level))) +
                   ", \"fullsize\": " + std::to_string(file.heightOf(level)) +
-                  ", \"standing_clusters\": " + std::to_string(file.clustersAt(level)) + "}";
+                  ", \"standing_clusters\": " + std::to_string(standing[level]) + "}";
     return "{\"file\": " + jsonQuoted(file.name()) +
            ", \"nodes\": " + std::to_string(file.nodes()) +
            ", \"clusters\": " + std::to_string(file.clusters()) + ", \"levels\": [" + levels +

@@ -57,9 +57,9 @@ public:
     /// The nodes of a cluster, ascending, with the shares of each in it.
     std::vector<Share> members(Item cluster) const;
 
-    /// Number of the clusters that stand at a level: those that it formed and those carried past
-    /// it.
-    Item clustersAt(LevelNum level) const;
+    /// For each level the number of the clusters that stand there: those that it formed and those
+    /// carried past it.
+    std::vector<Item> standingClusters() const;
     /// The level at which the number of clusters is nearest to the wanted one; the lower of two.
     /// @throws InputError if there are no levels
     LevelNum nearestLevel(Size wanted) const;

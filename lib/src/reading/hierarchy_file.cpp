@@ -79,23 +79,30 @@ bool HierarchyFile::standsAt(Item cluster, LevelNum level) const {
            (above.empty() || above.front().item >= m_levels[level].end);
 }
 
-Item HierarchyFile::clustersAt(LevelNum level) const {
+std::vector<Item> HierarchyFile::standingClusters() const {
+    std::vector<Item> come(m_levels.size() + 1);
+    std::vector<Item> gone(m_levels.size() + 1);
+    for (Item cluster = m_nodes; cluster < m_ids.size(); ++cluster) {
+        const auto above = owners(cluster);
+        ++come[levelOf(cluster)];
+        ++gone[above.empty() ? m_levels.size() : levelOf(above.front().item)];
+    }
+    std::vector<Item> standing(m_levels.size());
     Item count = 0;
-    for (Item cluster = m_nodes; cluster < m_levels[level].end; ++cluster)
-        count += standsAt(cluster, level);
-    return count;
+    for (std::size_t level = 0; level < standing.size(); ++level)
+        standing[level] = count += come[level] - gone[level];
+    return standing;
 }
 
 LevelNum HierarchyFile::nearestLevel(Size wanted) const {
     if (m_levels.empty()) throw InputError(m_name + ": the hierarchy has no levels");
-    const auto apart = [&](LevelNum level) {
-        const Size count = clustersAt(level);
+    const auto apart = [wanted](Size count) {
         return count < wanted ? wanted - count : count - wanted;
     };
-    LevelNum nearest = 0;
-    for (LevelNum level = 1; level < levels(); ++level)
-        if (apart(level) < apart(nearest)) nearest = level;
-    return nearest;
+    const std::vector<Item> standing = standingClusters();
+    const auto nearest = std::min_element(standing.begin(), standing.end(),
+                                          [&](Item a, Item b) { return apart(a) < apart(b); });
+    return static_cast<LevelNum>(nearest - standing.begin());
 }
 
 ClustersFile HierarchyFile::cut(LevelNum level) const {

@@ -51,8 +51,7 @@ TEST(HierarchyFile, CutsAreWholeLevels) {
               "6> 5\n9> 3:0.125 4\n10> 1 3:0.875 4\n");
     EXPECT_EQ(file.cut(2).strictText(9),
               "# Clusters: 2, Nodes: 9, Fuzzy: 0, Numbered: 1\n11> 5\n12> 1 3 4\n");
-    for (LevelNum level = 0; level < 3; ++level)
-        EXPECT_EQ(file.clustersAt(level), file.cut(level).clusters.size());
+    EXPECT_EQ(file.standingClusters(), (std::vector<HierarchyFile::Item>{3, 3, 2}));
     EXPECT_EQ(file.nearestLevel(100), 0u);
     EXPECT_EQ(file.nearestLevel(2), 2u);
     // What isn't in a cluster yet is missing.
