@@ -171,7 +171,7 @@ TEST(CommunitiesHierarchy, LevelsInsideAndAbove) {
     expectCommunities(above);
     ASSERT_EQ(above.found.count(), 3 * groups);
     ASSERT_GT(above.hier->levels().size(), above.level + Size{2});
-    for (const LevelNum step : {1, 2}) {
+    for (const LevelNum step : {1u, 2u}) {
         EXPECT_EQ(above.formed(above.level + step), groups);
         for (const ClusterT& cl : above.hier->levels()[above.level + step].clusters) {
             EXPECT_EQ(cl.des.size(), 2u);
