@@ -127,13 +127,8 @@ void run(const ClusterCommand& command) {
     std::optional<OutputTree> files;
     for (std::size_t i = command.gammas.size(); i-- > 0;) open(files, command, command.gammas[i]);
     Stopwatch watch;
-    NetworkSummary read;
-    read.file = command.read.file;
     Network network = readNetwork(command.read);
-    read.nodes = network.nodes;
-    read.links = network.links;
-    read.directed = network.directed;
-    read.weighted = network.weighted;
+    NetworkSummary read = summaryOf(command.read.file, network);
     read.seconds = watch.lap();
     if (!command.quiet) showWarnings(network, command.read);
 

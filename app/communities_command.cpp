@@ -186,13 +186,8 @@ void run(const CommunitiesCommand& command) {
         throw UsageError("clusters, table and JSON can't share the standard output");
 
     Stopwatch watch;
-    NetworkSummary summary;
-    summary.file = command.read.file;
     Network network = readNetwork(command.read);
-    summary.nodes = network.nodes;
-    summary.links = network.links;
-    summary.directed = network.directed;
-    summary.weighted = network.weighted;
+    NetworkSummary summary = summaryOf(command.read.file, network);
     summary.seconds = watch.lap();
     if (!command.quiet) showWarnings(network, command.read);
 

@@ -29,6 +29,12 @@ void checkFormat(const ConvertCommand& command, FileFormat format, const Network
                " without a link can't be told in the formats nse and nsa");
 }
 
+std::string zeroWeights(const NetworkFacts& facts, ZeroWeights zeros) {
+    if (facts.zeroWeights == 0) return "";
+    return ", " + counted(facts.zeroWeights, "link") + " of weight 0 " +
+           (zeros == ZeroWeights::DROP ? "left out" : "written as 1");
+}
+
 }  // namespace
 
 void run(const ConvertCommand& command) {
@@ -40,7 +46,7 @@ void run(const ConvertCommand& command) {
     const TextFile file(command.read.file, textLimit(memoryLimit(command.read)));
     const auto scan = [&](const LinkVisitor& visit) {
         return scanNetwork(file.text(), command.read.file, inputFormat, !command.read.unweighted,
-                           visit);
+                           visit, command.read.zeros);
     };
     IdNumbers linked;
     NetworkFacts facts = scan([&](const RawLink& ln) {
@@ -55,7 +61,8 @@ void run(const ConvertCommand& command) {
     writeText(writer.take(), files, command.output);
     if (!command.quiet && !files.isStandardOutput())
         printAfter({command.output}, command.output + ": " + counted(*facts.nodes, "node") + ", " +
-                                         counted(facts.links(), "link") + "\n");
+                                         counted(facts.links(), "link") +
+                                         zeroWeights(facts, command.read.zeros) + "\n");
 }
 
 }  // namespace vorl::app

@@ -41,12 +41,14 @@ std::string inducedText(const ExtractCommand& command, FileFormat format) {
             .membersOf(*command.cluster);
     const TextFile text(command.read.file);
     const auto scan = [&](const LinkVisitor& visit) {
-        return scanNetwork(text.text(), command.read.file, networkFormat(command.read),
-                           !command.read.unweighted, [&](const RawLink& ln) {
-                               if (std::binary_search(members.begin(), members.end(), ln.src) &&
-                                   std::binary_search(members.begin(), members.end(), ln.dst))
-                                   visit(ln);
-                           });
+        return scanNetwork(
+            text.text(), command.read.file, networkFormat(command.read), !command.read.unweighted,
+            [&](const RawLink& ln) {
+                if (std::binary_search(members.begin(), members.end(), ln.src) &&
+                    std::binary_search(members.begin(), members.end(), ln.dst))
+                    visit(ln);
+            },
+            command.read.zeros);
     };
     NetworkFacts own;
     IdNumbers linked;

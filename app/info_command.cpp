@@ -154,7 +154,7 @@ const char* kind(const NetworkFacts& facts) {
     return facts.edges == 0 ? "arcs" : "edges and arcs";
 }
 
-std::string asText(const std::string& file, const NetworkInfo& info) {
+std::string asText(const std::string& file, const NetworkInfo& info, ZeroWeights zeros) {
     const NetworkFacts& facts = info.facts;
     const auto row = [](const char* name, const std::string& value) {
         return format("%-15s ", name) + value + "\n";
@@ -168,10 +168,16 @@ std::string asText(const std::string& file, const NetworkInfo& info) {
            row("links", links) +
            row("", grouped(info.selfLinks) + " of them to the node itself, " +
                        grouped(info.repeated) + " repeated") +
-           row("weights", facts.weighted
-                              ? format("%g to %g, in all %g", static_cast<double>(info.weightMin),
-                                       static_cast<double>(info.weightMax), facts.weight)
+           row("weights", facts.statesWeights
+                              ? readable(static_cast<double>(info.weightMin)) + " to " +
+                                    readable(static_cast<double>(info.weightMax)) + ", in all " +
+                                    readable(facts.weight) + ", each link counted once"
                               : "none") +
+           (facts.zeroWeights == 0
+                ? ""
+                : row("", counted(facts.zeroWeights, "link") + " of weight 0 " +
+                              (zeros == ZeroWeights::DROP ? "left out" : "counted as 1") +
+                              ", the first in line " + std::to_string(facts.firstZeroWeight))) +
            row("degrees", format("%llu to %llu, mean %.3f, median %g",
                                  static_cast<unsigned long long>(info.degreeMin),
                                  static_cast<unsigned long long>(info.degreeMax), info.degreeMean,
@@ -186,7 +192,8 @@ std::string asJson(const std::string& file, const NetworkInfo& info) {
     return "{\"file\": " + jsonQuoted(file) + ", \"nodes\": " + std::to_string(info.nodes) +
            ", \"edges\": " + std::to_string(facts.edges) +
            ", \"arcs\": " + std::to_string(facts.arcs) +
-           ", \"directed\": " + flag(facts.directed()) + ", \"weighted\": " + flag(facts.weighted) +
+           ", \"directed\": " + flag(facts.directed()) +
+           ", \"weighted\": " + flag(facts.statesWeights) +
            ", \"link_weight\": {\"sum\": " + jsonNumber(facts.weight) +
            ", \"min\": " + jsonNumber(static_cast<double>(info.weightMin)) +
            ", \"max\": " + jsonNumber(static_cast<double>(info.weightMax)) +
@@ -198,7 +205,8 @@ std::string asJson(const std::string& file, const NetworkInfo& info) {
            ", \"largest_component\": " + std::to_string(info.largest) +
            ", \"isolated_nodes\": " + std::to_string(info.isolated) +
            ", \"self_links\": " + std::to_string(info.selfLinks) +
-           ", \"repeated_links\": " + std::to_string(info.repeated) + "}\n";
+           ", \"repeated_links\": " + std::to_string(info.repeated) +
+           ", \"zero_weight_links\": " + std::to_string(facts.zeroWeights) + "}\n";
 }
 
 }  // namespace
@@ -208,11 +216,12 @@ void run(const InfoCommand& command) {
     const FileFormat format = networkFormat(command.read);
     const TextFile file(command.read.file, textLimit(memoryLimit(command.read)));
     Survey survey;
-    const NetworkFacts facts =
-        scanNetwork(file.text(), command.read.file, format, !command.read.unweighted,
-                    [&](const RawLink& ln) { survey.add(ln); });
+    const NetworkFacts facts = scanNetwork(
+        file.text(), command.read.file, format, !command.read.unweighted,
+        [&](const RawLink& ln) { survey.add(ln); }, command.read.zeros);
     const NetworkInfo info = survey.result(facts);
-    print(command.json ? asJson(command.read.file, info) : asText(command.read.file, info));
+    print(command.json ? asJson(command.read.file, info)
+                       : asText(command.read.file, info, command.read.zeros));
 }
 
 }  // namespace vorl::app

@@ -9,6 +9,8 @@ namespace vorl::app {
 
 void showWarnings(const Network& network, const ReadOptions& options) {
     for (const std::string& warning : network.warnings) tell(options.file + ": " + warning);
+    if (network.zeroWeights != 0 && options.zeros == ZeroWeights::ONE)
+        tell("--zero-weights drop leaves out links of weight 0");
 }
 
 std::size_t memoryLimit(const ReadOptions& options) {

@@ -212,6 +212,12 @@ void addReadOptions(CLI::App& app, ReadOptions& read) {
            "eighth if not given")
         ->type_name("SIZE")
         ->group(group);
+    addChoice<ZeroWeights>(
+        app, "--zero-weights", {{"one", ZeroWeights::ONE}, {"drop", ZeroWeights::DROP}},
+        [&read](ZeroWeights zeros) { read.zeros = zeros; },
+        "What a link of weight 0 is: one, a link of weight 1, as the formats have it (default), or "
+        "drop, none")
+        ->group(group);
 }
 
 /// What is done with repeated links and the order of nodes.

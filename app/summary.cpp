@@ -43,7 +43,10 @@ std::string levelRow(const Summary& summary, std::size_t index, const BestLevels
 }
 
 /// Six digits behind the point, for measures, which are small but at extreme resolutions.
-std::string fixed(double value) { return format(std::abs(value) < 1e6 ? "%.6f" : "%.6g", value); }
+std::string fixed(double value) {
+    if (std::abs(value) < 5e-7) value = 0;  // not -0.000000
+    return format(std::abs(value) < 1e6 ? "%.6f" : "%.6g", value);
+}
 
 /// A root of one item holds the whole network, and nothing is cut from it.
 bool hasConductance(const Summary& summary) { return summary.rootSizes.size() > 1; }
@@ -83,6 +86,21 @@ std::string runJson(const Summary& summary) {
     for (std::size_t i = 0; i < summary.files.size(); ++i)
         text += (i ? ", " : "") + jsonQuoted(summary.files[i]);
     return text + "]";
+}
+
+/// "1 edge", or "1 edge (3 in the file, 2 of them repeated)".
+std::string linksText(const NetworkSummary& network) {
+    const std::string edges = counted(network.edges, "edge");
+    const std::string arcs = counted(network.arcs, "arc");
+    if (network.edges != 0 && network.arcs != 0)
+        return edges + " and " + arcs +
+               (network.repeated == 0
+                    ? ""
+                    : " (" + counted(network.repeated, "direction") + " repeated)");
+    if (network.repeated == 0) return network.edges != 0 ? edges : arcs;
+    const Size all = network.edges + network.arcs;
+    return counted(all - network.repeated, network.edges != 0 ? "edge" : "arc") + " (" +
+           grouped(all) + " in the file, " + grouped(network.repeated) + " of them repeated)";
 }
 
 std::string runText(const Summary& summary) {
@@ -125,13 +143,13 @@ std::string runText(const Summary& summary) {
         std::partial_sort(sizes.begin(), sizes.begin() + static_cast<std::ptrdiff_t>(count),
                           sizes.end(), std::greater<>());
         text += "root sizes    ";
-        for (std::size_t i = 0; i < count; ++i) text += format(i ? ", %.6g" : "%.6g", sizes[i]);
+        for (std::size_t i = 0; i < count; ++i) text += (i ? ", " : "") + readable(sizes[i]);
         text += count < sizes.size() ? ", ... nodes\n" : " nodes\n";
     }
     text += "modularity    " + fixed(static_cast<double>(score.modularity)) + " at gamma " +
             gammaName(summary.gamma) + "\n";
     if (summary.gamma != 1)
-        text += format("              %.6f at gamma 1\n", summary.modularityAtOne);
+        text += "              " + fixed(summary.modularityAtOne) + " at gamma 1\n";
     if (levels == 0) return text;
     return text + "conductance   " +
            (hasConductance(summary) ? fixed(static_cast<double>(score.conductance))
@@ -162,10 +180,26 @@ std::string tableText(const std::vector<Summary>& runs) {
 
 }  // namespace
 
+NetworkSummary summaryOf(const std::string& file, const Network& network) {
+    NetworkSummary summary;
+    summary.file = file;
+    summary.nodes = network.nodes;
+    summary.edges = network.edges;
+    summary.arcs = network.arcs;
+    summary.repeated = network.repeated;
+    summary.zeroWeights = network.zeroWeights;
+    summary.directed = network.directed;
+    summary.weighted = network.statesWeights;
+    return summary;
+}
+
 std::string networkJson(const NetworkSummary& network) {
     return "{\"file\": " + jsonQuoted(network.file) +
            ", \"nodes\": " + std::to_string(network.nodes) +
-           ", \"links\": " + std::to_string(network.links) +
+           ", \"edges\": " + std::to_string(network.edges) +
+           ", \"arcs\": " + std::to_string(network.arcs) +
+           ", \"repeated_links\": " + std::to_string(network.repeated) +
+           ", \"zero_weight_links\": " + std::to_string(network.zeroWeights) +
            ", \"directed\": " + (network.directed ? "true" : "false") +
            ", \"weighted\": " + (network.weighted ? "true" : "false") +
            ", \"weight\": " + jsonNumber(network.weight) + "}";
@@ -182,10 +216,10 @@ std::string writtenText(const std::vector<std::string>& files) {
 }
 
 std::string networkText(const NetworkSummary& network) {
-    return network.file + ": " + counted(network.nodes, "node") + ", " +
-           counted(network.links, network.directed ? "arc" : "edge") + ", " +
+    return network.file + ": " + counted(network.nodes, "node") + ", " + linksText(network) + ", " +
            (network.weighted ? "weighted" : "unweighted") + ", total weight " +
-           format("%.6g", network.weight) + "\n\n";
+           readable(network.weight) + (network.edges != 0 ? " (both directions of an edge)" : "") +
+           "\n\n";
 }
 
 std::string gammaName(float gamma) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <vorl/hierarchy/score.hpp>
+#include <vorl/reading/network.hpp>
 #include <vorl/shared/operations.hpp>
 #include <vorl/types/numbers.hpp>
 
@@ -15,13 +16,18 @@ namespace vorl::app {
 struct NetworkSummary {
     std::string file;
     Size nodes = 0;
-    Size links = 0;
+    Size edges = 0;  ///< in the file
+    Size arcs = 0;
+    Size repeated = 0;  ///< as `Network::repeated`
+    Size zeroWeights = 0;
     bool directed = false;
     bool weighted = false;
     AccWeight weight = 0;
     double seconds = 0;
 };
 
+/// All but weight and time.
+NetworkSummary summaryOf(const std::string& file, const Network& network);
 std::string networkJson(const NetworkSummary& network);
 /// The first line of a summary, and an empty one.
 std::string networkText(const NetworkSummary& network);

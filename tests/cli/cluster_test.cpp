@@ -26,7 +26,8 @@ TEST(Cluster, JsonTellsTheFigures) {
     EXPECT_EQ(run.code, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(stable(run.out),
-              "{\"network\": {, \"nodes\": 34, \"links\": 78, \"directed\": false, \"weighted\": "
+              "{\"network\": {, \"nodes\": 34, \"edges\": 78, \"arcs\": 0, \"repeated_links\": 0, "
+              "\"zero_weight_links\": 0, \"directed\": false, \"weighted\": "
               "false, \"weight\": 156}, \"levels\": [{\"clusters\": 17, \"fullsize\": 17}, "
               "{\"clusters\": 4, \"fullsize\": 13}, {\"clusters\": 3, \"fullsize\": 10}, "
               "{\"clusters\": 3, \"fullsize\": 7}, {\"clusters\": 1, \"fullsize\": 6}, "
@@ -57,6 +58,47 @@ TEST(Cluster, OptionsReachTheEngine) {
         EXPECT_TRUE(contains(json(std::string("jazz.nse ") + options), "\"nodes\": 198"))
             << options;
     EXPECT_EQ(vorl("cluster " + DATA + "jazz.nse --reduction severe,by-weight").code, 1);
+}
+
+TEST(Cluster, WeightsOfZeroCountAsOneOrAreDropped) {
+    const Folder folder;
+    // Two triangles, of which each node has a link of weight 0 to each one of the other.
+    std::string text = "# Nodes: 6, Edges: 15\n";
+    for (const char* link : {"0 1", "1 2", "2 0", "3 4", "4 5", "5 3"})
+        text += std::string(link) + " 0.2\n";
+    for (int i = 0; i < 9; ++i)
+        text += std::to_string(i / 3) + " " + std::to_string(3 + i % 3) + " 0\n";
+    const std::string file = folder.write("n.nse", text);
+    const Outcome run = vorl("cluster " + file);
+    EXPECT_TRUE(contains(run.out, "total weight 20.4"));
+    EXPECT_EQ(run.err, "vorl: " + file + ": 9 links of weight 0 count as 1, the first in line 8\n" +
+                           "vorl: --zero-weights drop leaves out links of weight 0\n");
+    const Outcome dropped = vorl("cluster --json --zero-weights drop " + file);
+    EXPECT_EQ(dropped.err, "");
+    EXPECT_TRUE(contains(dropped.out, "\"edges\": 6, ")) << dropped.out;
+    EXPECT_TRUE(contains(dropped.out, "\"zero_weight_links\": 9, "));
+    EXPECT_TRUE(contains(dropped.out, "\"weight\": 2.4"));
+    EXPECT_TRUE(contains(dropped.out, "\"root\": 2"));
+    EXPECT_TRUE(contains(vorl("info " + file).out, "9 links of weight 0 counted as 1"));
+    const std::string lean = (folder / "lean.nse").string();
+    EXPECT_TRUE(contains(vorl("convert " + file + " " + lean).out, "9 links of weight 0 written"));
+    EXPECT_EQ(vorl("convert -q --zero-weights drop " + file + " " + lean).code, 0);
+    EXPECT_TRUE(contents(lean).starts_with("# Nodes: 6, Edges: 6, Weighted: 1\n0 1 0.2\n"));
+
+    // Arcs in a file of edges, and nodes that are announced, stay what they are.
+    const std::string arcs = folder.write("a.nse", "# Nodes: 3, Arcs: 3\n0 1 0\n1 2 4\n2 0 2\n");
+    EXPECT_TRUE(contains(vorl("cluster --json --zero-weights drop " + arcs).out,
+                         "\"arcs\": 2, \"repeated_links\": 0, \"zero_weight_links\": 1"));
+    const std::string sections = folder.write("s.rcg", "/Nodes 4 0\n/Edges\n0> 1:2 2:0\n3> 2:0\n");
+    EXPECT_TRUE(contains(vorl("info --json --zero-weights drop " + sections).out,
+                         "\"nodes\": 4, \"edges\": 1, "));
+    EXPECT_TRUE(contains(vorl("cluster --json --zero-weights drop " + sections).out,
+                         "\"nodes\": 4, \"edges\": 1, "));
+    EXPECT_EQ(vorl("cluster --unweighted " + file).err, "");
+    const Outcome none =
+        vorl("cluster --zero-weights drop " + folder.write("0.nse", "# none\n1 2 0\n2 3 0\n"));
+    EXPECT_EQ(none.code, 1);
+    EXPECT_TRUE(contains(none.err, "0.nse:2: the weight is 0, as that of all links"));
 }
 
 TEST(Cluster, ResolutionsAreTriedOnOneReading) {
@@ -151,8 +193,22 @@ TEST(Cluster, TakesRepeatedAndSelfLinks) {
     // Self links and isolated nodes.
     EXPECT_TRUE(contains(summary(folder.write("f.nse", "1 1\n2 3\n")), "\"root\": 2"));
     EXPECT_TRUE(contains(summary(folder.write("g.nse", "7 7 3\n")), "\"weight\": 6"));
-    EXPECT_TRUE(
-        contains(vorl("cluster " + folder.write("h.nse", "1 2\n1 2\n2 1\n")).err, "duplicated"));
+    const Outcome thrice = vorl("cluster " + folder.write("h.nse", "1 2\n1 2\n2 1\n"));
+    EXPECT_TRUE(contains(thrice.err, "h.nse: 2 edges repeat earlier ones, and are left out\n"));
+    EXPECT_TRUE(contains(thrice.out,
+                         "2 nodes, 1 edge (3 in the file, 2 of them repeated), "
+                         "unweighted, total weight 2 (both directions of an edge)\n"));
+    EXPECT_TRUE(contains(vorl("cluster --sum-duplicates " + (folder / "h.nse").string()).out,
+                         "weighted, total weight 6"));
+    const std::string mixed =
+        folder.write("j.rcg", "/Edges\n1> 2:1500000.5 1\n2> 1 3\n/Arcs\n3> 2 4:0.1\n1> 1\n");
+    const Outcome both = vorl("cluster " + mixed);
+    EXPECT_TRUE(contains(both.err, "j.rcg: 4 directions repeat earlier ones")) << both.err;
+    EXPECT_TRUE(contains(both.out, "4 edges and 3 arcs (4 directions repeated), weighted"));
+    EXPECT_TRUE(contains(both.out, " 3,000,005 (both directions of an edge)")) << both.out;
+    EXPECT_TRUE(contains(summary(mixed), "\"edges\": 4, \"arcs\": 3, \"repeated_links\": 4"));
+    EXPECT_TRUE(contains(vorl("cluster " + DATA + "celegansneural.nsa").out,
+                         "2,345 arcs, weighted, total weight 8,819\n"));
     EXPECT_TRUE(
         contains(vorl("cluster " + folder.write("i.nse", "# Nodes: 9, Edges: 1\n1 2\n")).err,
                  "the header tells of 9 nodes, 2 have a link"));

@@ -314,7 +314,7 @@ TEST(Info, TellsWhatTheFileHolds) {
                   "true, \"link_weight\": {\"sum\": 12.5, \"min\": 0.5, \"max\": 4}, \"degree\": "
                   "{\"min\": 0, \"max\": 2, \"mean\": 1.33333333, \"median\": 2}, "
                   "\"components\": 5, \"largest_component\": 3, \"isolated_nodes\": 2, "
-                  "\"self_links\": 1, \"repeated_links\": 2}\n");
+                  "\"self_links\": 1, \"repeated_links\": 2, \"zero_weight_links\": 0}\n");
     EXPECT_TRUE(contains(vorl("info " + DATA + "celegansneural.nsa").out, "2,345 arcs"));
 }
 

@@ -107,7 +107,7 @@ void useParsers(const std::string& network, const std::string& folder) {
     check(std::fabs(hierarchy->score().modularity - 0.412615f) < 1e-5f, "modularity of karate");
 
     const Network read = readNetwork({.file = network});
-    check(!read.weighted && read.nodes == 34 && read.links == 78, "network of karate");
+    check(!read.weighted && read.nodes == 34 && read.edges == 78, "network of karate");
     try {
         readNetwork({.file = folder + "/none.nse"});
         check(false, "a file that isn't there");

@@ -4,6 +4,7 @@
 
 #include <vorl/graph.hpp>
 #include <vorl/reading/input_error.hpp>
+#include <vorl/reading/network_text.hpp>
 #include <vorl/types/export.hpp>
 #include <vorl/types/flags.hpp>
 
@@ -19,6 +20,7 @@ struct ReadOptions {
     std::string file;                         ///< "-" for the standard input
     FileFormat format = FileFormat::UNKNOWN;  ///< told from the name where unknown
     bool unweighted = false;
+    ZeroWeights zeros = ZeroWeights::ONE;
     bool sumDuplicates = false;
     bool shuffle = false;
     std::size_t memoryLimit = 0;  ///< bytes that may be needed in all; 0 for `vorl::memoryLimit`
@@ -33,7 +35,14 @@ struct Network {
     bool directed = false;
     bool weighted = false;
     Size nodes = 0;
-    Size links = 0;                     ///< edges or arcs in the file, each counted once
+    /// Links of the file that aren't left out for their weight of 0.
+    Size edges = 0;
+    Size arcs = 0;
+    /// Links that an earlier one stands for. In a network of edges and arcs they are counted as
+    /// arcs, of which an edge has two.
+    Size repeated = 0;
+    Size zeroWeights = 0;               ///< links of weight 0 in the file
+    bool statesWeights = false;         ///< whether links have weights of their own
     std::vector<std::string> warnings;  ///< what the user should know of the file
 };
 

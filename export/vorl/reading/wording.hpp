@@ -13,6 +13,8 @@ namespace vorl {
 VORL_API std::string number(double value, int digits = 9);
 /// 1234567 as 1,234,567.
 VORL_API std::string grouped(Size value);
+/// As a person writes it: 1,234,567 whole, 1,234.5 to six digits, 0.0625, 1e+20.
+VORL_API std::string readable(double value);
 /// "1 node", "2 nodes".
 VORL_API std::string counted(Size count, const char* thing);
 /// 1536 as 1.5 KiB.

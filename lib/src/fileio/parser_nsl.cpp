@@ -103,7 +103,7 @@ std::shared_ptr<GraphT> NslParser::build(bool weights) {
     detail::GraphLoader<GraphT::IS_WEIGHTED> loader(static_cast<Id>(expected), m_shuffle,
                                                     m_sumdups);
 
-    StructLinkErrors errors("WARNING build(), the duplicated links are skipped: ");
+    StructLinkErrors errors(REPEATS_MESSAGE);
     typename GraphT::InpLinksT links;
     Size count = 0;
     Id prev = ID_NONE;

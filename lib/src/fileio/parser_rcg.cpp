@@ -155,7 +155,7 @@ std::shared_ptr<GraphT> RcgParser::build() {
         loader.addNodes(m_ndsnum, m_startid, &errors);
         errors.show();
     }
-    StructLinkErrors errors("WARNING build(), the duplicated links are skipped: ");
+    StructLinkErrors errors(REPEATS_MESSAGE);
     Id id = ID_NONE;
     typename GraphT::InpLinksT links;
     for (LineReader lines(m_file, m_size); lines.next();) {

@@ -19,6 +19,10 @@
 
 namespace vorl::detail {
 
+/// What a parser traces before the links that it skips.
+inline constexpr const char* REPEATS_MESSAGE =
+    "WARNING build(), the duplicated links are skipped: ";
+
 inline bool isBlank(char c) { return c == ' ' || c == '\t'; }
 inline bool isBlankOrEnd(char c) { return isBlank(c) || c == '\0'; }
 

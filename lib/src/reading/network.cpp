@@ -1,11 +1,14 @@
 #include <vorl/reading/network.hpp>
 
+#include "../fileio/scan.hpp"
+
 #include <vorl/fileio/iotypes.hpp>
 #include <vorl/fileio/parser_nsl.hpp>
 #include <vorl/fileio/parser_rcg.hpp>
 #include <vorl/reading/memory_file.hpp>
 #include <vorl/reading/network_text.hpp>
 #include <vorl/reading/text_file.hpp>
+#include <vorl/reading/wording.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <cstdio>
@@ -89,7 +92,7 @@ std::vector<std::string> traced(OperationT operation) {
 std::optional<std::string> parserText(const TextFile& file, const ReadOptions& options,
                                       FileFormat& format, const NetworkFacts& facts) {
     const auto walk = [&](const auto& visit) {
-        scanNetwork(file.text(), options.file, format, !options.unweighted, visit);
+        scanNetwork(file.text(), options.file, format, !options.unweighted, visit, options.zeros);
     };
     if (options.sumDuplicates) {
         LinkSums sums(facts.directed());
@@ -98,14 +101,50 @@ std::optional<std::string> parserText(const TextFile& file, const ReadOptions& o
             format = facts.directed() ? FileFormat::NSA : FileFormat::NSE;
         return sums.text(format, facts);
     }
-    // A reader of this format takes weights wherever it may.
-    if (format == FileFormat::RCG && options.unweighted) {
+    const bool drops = options.zeros == ZeroWeights::DROP && facts.zeroWeights != 0;
+    // A reader of sections takes weights wherever it may.
+    if (drops || (format == FileFormat::RCG && options.unweighted)) {
+        if (format != FileFormat::RCG)
+            format = facts.directed() ? FileFormat::NSA : FileFormat::NSE;
         NetworkWriter writer(format, facts);
         walk([&](const RawLink& ln) { writer.add(ln); });
         return writer.take();
     }
     if (!facts.plain) return normalised(file.text());
     return std::nullopt;
+}
+
+/// Links of the file, those of a network of arcs counted as arcs, of which an edge has two.
+Size recordsOf(const NetworkFacts& facts) {
+    return facts.links() + (facts.directed() ? facts.edges - facts.selfEdges : 0);
+}
+
+template <class GraphT>
+Size recordsOf(GraphT& graph, bool directed) {
+    Size links = 0;
+    Size selves = 0;
+    for (const auto& node : graph.nodes()) {
+        links += node.links.size();
+        selves += node.m_sweight != 0;
+    }
+    return (directed ? links : links / 2) + selves;
+}
+
+/// In place of the library's own warnings, which list both directions of an edge.
+void tellRepeats(Network& network, const ReadOptions& options) {
+    std::erase_if(network.warnings, [](const std::string& warning) {
+        return warning.starts_with(detail::REPEATS_MESSAGE);
+    });
+    if (network.repeated == 0) return;
+    const char* const things = !network.directed    ? "edge"
+                               : network.edges == 0 ? "arc"
+                                                    : "direction";
+    network.warnings.push_back(
+        counted(network.repeated, things) +
+        (network.repeated == 1 ? " repeats an earlier one, " : " repeat earlier ones, ") +
+        (options.sumDuplicates   ? "with the weights added up"
+         : network.repeated == 1 ? "and is left out"
+                                 : "and are left out"));
 }
 
 /// Reads the graph and takes over what the library warned of.
@@ -150,12 +189,14 @@ Network readNetwork(const ReadOptions& options) {
     const std::size_t limit = options.memoryLimit != 0 ? options.memoryLimit : memoryLimit();
     const TextFile file(options.file, textLimit(limit));
     const NetworkFacts facts =
-        scanNetwork(file.text(), options.file, input.format, !options.unweighted, {},
+        scanNetwork(file.text(), options.file, input.format, !options.unweighted, {}, options.zeros,
                     NetworkBounds::ofMemory(limit, file.text().size()));
     Network network;
     network.directed = facts.directed();
     network.weighted = facts.weighted || options.sumDuplicates;
-    network.links = facts.links();
+    network.edges = facts.edges;
+    network.arcs = facts.arcs;
+    network.zeroWeights = facts.zeroWeights;
 
     // Under the file's name there might be lines by now that weren't checked.
     const auto text = parserText(file, options, input.format, facts);
@@ -178,6 +219,17 @@ Network readNetwork(const ReadOptions& options) {
         parse(network, weightedGraph, [&]<class GraphT>() {
             return seeded(NslParser(input)).template build<GraphT>(network.weighted);
         });
+
+    network.repeated = std::visit(
+        [&](const auto& graph) { return recordsOf(facts) - recordsOf(*graph, network.directed); },
+        network.graph);
+    network.statesWeights = facts.statesWeights || (options.sumDuplicates && network.repeated != 0);
+    tellRepeats(network, options);
+    if (facts.zeroWeights != 0 && options.zeros == ZeroWeights::ONE)
+        network.warnings.push_back(
+            counted(facts.zeroWeights, "link") +
+            (facts.zeroWeights == 1 ? " of weight 0 counts" : " of weight 0 count") +
+            " as 1, the first in line " + std::to_string(facts.firstZeroWeight));
 
     const auto tells = [&] {
         return "the header tells of " + std::to_string(*facts.nodes) + " nodes, ";

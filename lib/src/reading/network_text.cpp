@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace vorl {
 
@@ -22,8 +23,12 @@ constexpr std::size_t BLOCK = 1 << 18;
 class LineChecker {
 public:
     LineChecker(const std::string& file, bool readWeights, const LinkVisitor& visit,
-                const NetworkBounds& bounds)
-        : m_file(file), m_readWeights(readWeights), m_visit(visit), m_bounds(bounds) {}
+                ZeroWeights zeros, const NetworkBounds& bounds)
+        : m_file(file),
+          m_readWeights(readWeights),
+          m_visit(visit),
+          m_zeros(zeros),
+          m_bounds(bounds) {}
     virtual ~LineChecker() = default;
 
     NetworkFacts check(std::string_view text) {
@@ -52,6 +57,9 @@ public:
             line = trimFront(line);
             if (!line.empty()) checkLine(line);
         }
+        if (m_facts.links() == 0 && m_facts.zeroWeights != 0)
+            throw InputError::at(m_file, m_facts.firstZeroWeight,
+                                 "the weight is 0, as that of all links, and none is left");
         if (m_facts.links() == 0)
             throw InputError::at(m_file, std::max<std::size_t>(m_line, 1),
                                  "the file ends without a link");
@@ -70,6 +78,11 @@ protected:
     InputError fault(const std::string& what) const { return InputError::at(m_file, m_line, what); }
     InputError headerFault(const std::string& what) const {
         return InputError::at(m_file, m_facts.headerLine, what);
+    }
+
+    /// With those that are left out.
+    Size linksOfFile() const {
+        return m_facts.links() + (m_zeros == ZeroWeights::DROP ? m_facts.zeroWeights : 0);
     }
 
     /// The first line that isn't a comment has come.
@@ -107,6 +120,15 @@ protected:
         return vorl::toId(token, what, [this](const std::string& told) { return fault(told); });
     }
 
+    /// The weight of a link by the one that is given.
+    LinkWeight takeWeight(std::string_view token) {
+        const LinkWeight weight = checkWeight(token);
+        if (!m_readWeights) return 1;
+        m_facts.statesWeights = true;
+        m_zero = weight == 0;
+        return m_zero ? 1 : weight;
+    }
+
     LinkWeight checkWeight(std::string_view token) const {
         double weight = 0;
         const auto [last, err] = std::from_chars(token.data(), token.data() + token.size(), weight);
@@ -123,7 +145,7 @@ protected:
         // Not narrowed from 64 bits, which would round twice.
         float narrow = 0;
         std::from_chars(token.data(), token.data() + token.size(), narrow);
-        return narrow == 0 ? 1 : narrow;
+        return narrow;
     }
 
     void requireRoom(Size nodes) const {
@@ -131,6 +153,11 @@ protected:
     }
 
     void addLink(const RawLink& ln) {
+        if (std::exchange(m_zero, false)) {
+            if (m_facts.zeroWeights++ == 0) m_facts.firstZeroWeight = m_line;
+            if (m_zeros == ZeroWeights::DROP) return;
+        }
+        m_facts.selfEdges += !ln.arc && ln.src == ln.dst;
         ++(ln.arc ? m_facts.arcs : m_facts.edges);
         m_facts.weight += static_cast<AccWeight>(ln.weight);
         if (m_facts.links() > m_bounds.links)
@@ -151,7 +178,9 @@ private:
     }
 
     const LinkVisitor& m_visit;
+    const ZeroWeights m_zeros;
     const NetworkBounds& m_bounds;
+    bool m_zero = false;  ///< the weight of the next link is 0
     bool m_body = false;
 };
 
@@ -159,8 +188,8 @@ private:
 class NslChecker : public LineChecker {
 public:
     NslChecker(const std::string& file, bool arcs, bool readWeights, const LinkVisitor& visit,
-               const NetworkBounds& bounds)
-        : LineChecker(file, readWeights, visit, bounds), m_arcs(arcs) {
+               ZeroWeights zeros, const NetworkBounds& bounds)
+        : LineChecker(file, readWeights, visit, zeros, bounds), m_arcs(arcs) {
         m_facts.toldDirected = arcs;
     }
 
@@ -175,9 +204,9 @@ protected:
     }
 
     void checkTotals() override {
-        if (m_links && *m_links != m_facts.links())
+        if (m_links && *m_links != linksOfFile())
             throw headerFault("the header tells of " + std::to_string(*m_links) +
-                              " links, the file has " + std::to_string(m_facts.links()));
+                              " links, the file has " + std::to_string(linksOfFile()));
     }
 
 private:
@@ -202,7 +231,7 @@ private:
         ln.dst = checkId(dest, "destination");
         const std::string_view token = m_readWeights ? nextToken(line) : std::string_view();
         if (!token.empty()) {
-            ln.weight = checkWeight(token);
+            ln.weight = takeWeight(token);
             if (!trimFront(line).empty() && m_facts.wideLines++ == 0)
                 m_facts.firstWideLine = m_line;
         }
@@ -217,8 +246,8 @@ private:
 class RcgChecker : public LineChecker {
 public:
     RcgChecker(const std::string& file, bool readWeights, Size size, const LinkVisitor& visit,
-               const NetworkBounds& bounds)
-        : LineChecker(file, readWeights, visit, bounds), m_size(size) {}
+               ZeroWeights zeros, const NetworkBounds& bounds)
+        : LineChecker(file, readWeights, visit, zeros, bounds), m_size(size) {}
 
 protected:
     void checkLine(std::string_view line) override {
@@ -317,8 +346,7 @@ private:
                 if (!m_fileWeighted)
                     throw fault(quoted(token) +
                                 " has a weight, the section /Graph tells of unweighted links");
-                const LinkWeight weight = checkWeight(token.substr(colon + 1));
-                if (m_readWeights) ln.weight = weight;
+                ln.weight = takeWeight(token.substr(colon + 1));
             }
             addLink(ln);
         }
@@ -340,10 +368,12 @@ NetworkBounds NetworkBounds::ofMemory(std::size_t memory, std::size_t text) {
 }
 
 NetworkFacts scanNetwork(std::string_view text, const std::string& name, FileFormat format,
-                         bool readWeights, const LinkVisitor& visit, const NetworkBounds& bounds) {
+                         bool readWeights, const LinkVisitor& visit, ZeroWeights zeros,
+                         const NetworkBounds& bounds) {
     if (format == FileFormat::RCG)
-        return RcgChecker(name, readWeights, text.size(), visit, bounds).check(text);
-    return NslChecker(name, format == FileFormat::NSA, readWeights, visit, bounds).check(text);
+        return RcgChecker(name, readWeights, text.size(), visit, zeros, bounds).check(text);
+    return NslChecker(name, format == FileFormat::NSA, readWeights, visit, zeros, bounds)
+        .check(text);
 }
 
 NetworkWriter::NetworkWriter(FileFormat format, const NetworkFacts& facts)

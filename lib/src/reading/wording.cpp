@@ -1,6 +1,8 @@
 #include <vorl/reading/wording.hpp>
 
+#include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <iterator>
 
 namespace vorl {
@@ -15,6 +17,23 @@ std::string grouped(Size value) {
     std::string digits = std::to_string(value);
     for (std::size_t place = digits.size(); place > 3;) digits.insert(place -= 3, 1, ',');
     return digits;
+}
+
+std::string readable(double value) {
+    const double size = std::abs(value);
+    if (!(size < 1e15)) return number(value, 6);
+    const auto whole = static_cast<Size>(size);
+    std::string text = grouped(whole);
+    if (static_cast<double>(whole) != size) {
+        if (size >= 1e5) {
+            text = grouped(static_cast<Size>(size + 0.5));
+        } else {
+            text = number(size, 6);
+            if (const std::size_t point = std::min(text.find('.'), text.size()); whole != 0)
+                text = grouped(std::stoull(text.substr(0, point))) + text.substr(point);
+        }
+    }
+    return (value < 0 ? "-" : "") + text;
 }
 
 std::string counted(Size count, const char* thing) {
