@@ -85,7 +85,7 @@ void expectCommunities(const Built& built) {
         for (const auto& [place, share] : members)
             EXPECT_NEAR(shares[built.network.ids[place]], static_cast<AccWeight>(share), 1e-3);
     }
-    EXPECT_EQ(built.file.clustersAt(built.level), built.found.count());
+    EXPECT_EQ(built.file.standingClusters()[built.level], built.found.count());
 }
 
 void expectSound(const Built& built) {
@@ -100,8 +100,9 @@ void expectSound(const Built& built) {
         EXPECT_EQ(node.totac, sum);
     }
     Id id = 0;
+    const auto standing = built.file.standingClusters();
     for (LevelNum level = 0; level < hier.levels().size(); ++level) {
-        EXPECT_EQ(built.file.heightOf(level), built.file.clustersAt(level));
+        EXPECT_EQ(built.file.heightOf(level), standing[level]);
         for (const ClusterT& cl : hier.levels()[level].clusters) {
             EXPECT_EQ(cl.id, id++);
             EXPECT_EQ(cl.levnum, level);
