@@ -16,7 +16,7 @@ TEST(GuardDeathTest, EndsAsAFaultWithNothingHalfWritten) {
     const test::Folder folder;
     const auto fail = [&] {
         guardAssertions();
-        OutputTree files((folder / "new" / "net.cnl").string());
+        OutputTree files((folder / "net.cnl").string());
         std::ofstream(files.path()) << "half";
         std::printf("half");
         VORL_ASSERT(files.path().empty(), "half(), the file must be whole");
