@@ -10,6 +10,7 @@
 
 #include <vorl/processing/validation.hpp>
 #include <vorl/shared/operations.hpp>
+#include <vorl/types/cluster_ids.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <unistd.h>
@@ -87,7 +88,7 @@ Summary runOnce(const ClusterCommand& command, float gamma, GraphT& graph, bool 
     ClusterOptions options = command.build;
     options.gamma = gamma;
     // Ids count on from one hierarchy to the next, and each run is to be as if it were alone.
-    Cluster<typename GraphT::LinksT>::m_uid = 0;
+    restartClusterIds<typename GraphT::LinksT>();
     Summary summary;
     std::shared_ptr<typename GraphT::HierarchyT> hier;
     if (last) {

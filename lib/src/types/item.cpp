@@ -1,6 +1,7 @@
 #include <vorl/types/item.hpp>
 
 #include <vorl/processing/weights.hpp>
+#include <vorl/types/cluster_ids.hpp>
 
 #include <stdexcept>
 
@@ -122,11 +123,17 @@ void Cluster<LinksT>::tidy() {
     m_context.reset();
 }
 
+template <class LinksT>
+void restartClusterIds() {
+    Cluster<LinksT>::m_uid = 0;
+}
+
 #define VORL_INSTANTIATE(LinksT)                     \
     template struct VORL_API Owner<Cluster<LinksT>>; \
     template class VORL_API NodeI<LinksT>;           \
     template class VORL_API Node<LinksT>;            \
-    template class VORL_API Cluster<LinksT>;
+    template class VORL_API Cluster<LinksT>;         \
+    template VORL_API void restartClusterIds<LinksT>();
 
 VORL_INSTANTIATE(UnweightedLinks)
 VORL_INSTANTIATE(WeightedLinks)
