@@ -109,7 +109,7 @@ public:
 
     /// The counter of ids, shared by all hierarchies of the process and never reset. Clusters may
     /// be made on several threads, but the ids of builds that run at the same time mix.
-    static std::atomic<Id> m_uid;
+    static inline std::atomic<Id> m_uid = 0;
 
     Cluster(LevelNum levnum, Id id, Size reserve);
     Cluster(LevelNum levnum, Size reserve);

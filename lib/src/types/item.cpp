@@ -74,9 +74,6 @@ void Node<LinksT>::tidy() {
 }
 
 template <class LinksT>
-std::atomic<Id> Cluster<LinksT>::m_uid = 0;
-
-template <class LinksT>
 Cluster<LinksT>::Cluster(LevelNum lev, Id ident, Size reserve) : NodeI<LinksT>(ident), levnum(lev) {
     links.reserve(reserve);
 }
