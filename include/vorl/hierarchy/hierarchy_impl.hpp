@@ -183,10 +183,6 @@ public:
     /// @return whether the item has candidates
     template <class ItemT>
     bool mcandsChains(Chains<ItemT>& chains, const ItemT& el) const;
-    /// Records that two items are joined.
-    template <class ItemT>
-    void extendChains(Chains<ItemT>& chains, ItemT* item1, AccWeight gain1, ItemT* item2,
-                      AccWeight gain2, AccWeight cdgain) const;
     /// @}
 
     /// @name Partitions: the best chains of an item, joined with those of its neighbours

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <set>
 
 namespace vorl::test {
 namespace {
@@ -14,8 +15,17 @@ struct ChainsTest : testing::Test {
     Bench<> bench{edges(16, {{0, 1, 1}})};
     Chains<NodeT> chains;
 
-    void extend(Id a, Id b, AccWeight gainA = 1, AccWeight gainB = 1) {
-        bench.hier.extendChains(chains, bench.nodes[a], gainA, bench.nodes[b], gainB, 0);
+    /// The chains of node 0, whose candidates are those of the pairs and `alone`. The best gain of
+    /// each candidate is its id.
+    void find(const std::vector<std::pair<Id, Id>>& pairs, const Bench<>::IdsT& alone = {}) {
+        std::set<Id> cands(alone.begin(), alone.end());
+        for (const auto& [a, b] : pairs) {
+            cands.insert({a, b});
+            bench.join(a, b);
+        }
+        for (const Id cand : cands) bench.join(0, cand);
+        for (const Id cand : cands) bench.ctx(cand).gmax = cand;
+        bench.hier.mcandsChains(chains, *bench.nodes[0]);
     }
     std::vector<Bench<>::IdsT> ids() const {
         std::vector<Bench<>::IdsT> result;
@@ -30,31 +40,36 @@ struct ChainsTest : testing::Test {
 using Lists = std::vector<Bench<>::IdsT>;
 
 TEST_F(ChainsTest, GrowByJoinedPairs) {
-    extend(5, 3, 10, 20);  // given in the other order
-    EXPECT_EQ(ids(), (Lists{{3, 5}}));
-    EXPECT_EQ(chains[0].gain, 30);
-    extend(4, 5, 100, 10);
-    extend(3, 4, 20, 100);  // both are in: nothing is counted twice
+    find({{3, 5}, {4, 5}, {3, 4}}, {7});
     EXPECT_EQ(ids(), (Lists{{3, 4, 5}}));
-    EXPECT_EQ(chains[0].gain, 130);
+    EXPECT_EQ(chains[0].gain, 12);  // each counted once
 }
 
+// 1 9 and 2 10 come before 3 4 5, which stays at its place when it takes 1 9 in.
 TEST_F(ChainsTest, MergeIntoTheLongerOne) {
-    extend(1, 2, 1, 2);
-    extend(6, 7, 6, 7);
-    extend(7, 8, 7, 8);
-    extend(10, 11);
-    extend(2, 8, 2, 8);
-    EXPECT_EQ(ids(), (Lists{{1, 2, 6, 7, 8}, {10, 11}}));
-    EXPECT_EQ(chains[0].gain, 24);
+    find({{1, 9}, {2, 10}, {3, 4}, {3, 5}, {4, 9}});
+    EXPECT_EQ(ids(), (Lists{{2, 10}, {1, 3, 4, 5, 9}}));
+    EXPECT_EQ(chains[1].gain, 22);
 }
 
 TEST_F(ChainsTest, OfEqualLengthMergeIntoThatOfTheLowerItem) {
-    extend(4, 5);
-    extend(0, 1);
-    extend(8, 9);
-    extend(1, 4);  // the chain of 1 stays at its place, that of 4 goes
-    EXPECT_EQ(ids(), (Lists{{0, 1, 4, 5}, {8, 9}}));
+    find({{1, 9}, {2, 10}, {3, 4}, {4, 9}});
+    EXPECT_EQ(ids(), (Lists{{2, 10}, {1, 3, 4, 9}}));
+}
+
+// The lower item of a pair may be the one that comes to a chain.
+TEST_F(ChainsTest, TakeInASingleItemOfEitherSide) {
+    find({{2, 8}, {3, 8}, {8, 9}}, {4, 5, 6, 7, 10, 11});
+    EXPECT_EQ(ids(), (Lists{{2, 3, 8, 9}}));
+    EXPECT_EQ(chains[0].gain, 22);
+}
+
+// Once most candidates are in one chain, only pairs with the others are looked for.
+TEST_F(ChainsTest, GrowWhenMostCandidatesAreInOne) {
+    find({{1, 3}, {1, 4}, {1, 5}, {1, 6}, {1, 7}, {3, 12}, {4, 8}, {8, 13}, {2, 14}, {9, 10}},
+         {11});
+    EXPECT_EQ(ids(), (Lists{{1, 3, 4, 5, 6, 7, 8, 12, 13}, {2, 14}, {9, 10}}));
+    EXPECT_EQ(chains[0].gain, 59);
 }
 
 TEST_F(ChainsTest, AreTheComponentsAmongTheCandidates) {
