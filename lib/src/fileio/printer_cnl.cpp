@@ -60,6 +60,7 @@ public:
 
     void allClusters() {
         header(0, m_hier.score().clusters);
+        keepRows();
         for (const auto& level : m_hier.levels())
             for (const ClusterT& cl : level.clusters)
                 if (!repeatsDescendant(cl)) print(cl, 0);
@@ -82,6 +83,7 @@ public:
             if (elev == LEVEL_NONE) elev = blev + static_cast<LevelNum>(files);
             check(elev <= levnum && (elev < blev || elev - blev <= files));
             for (LevelNum i = blev; i < elev; ++i) header(i - blev, m_hier.levels()[i].fullsize);
+            if (elev > blev + 1) keepRows();
             eachLevel(blev, elev);
         } else {
             if (elev == LEVEL_NONE) elev = static_cast<LevelNum>(levnum);
@@ -109,6 +111,19 @@ private:
                (cl.des.empty() || cl.des.front()->owners.size() < 2);
     }
 
+    /// Lets clusters be unfolded by way of their descendants, in memory of the order of what the
+    /// nodes take.
+    void keepRows() {
+        m_unwrapper.keepRows((std::size_t{1} << 22) + 8 * m_hier.nodes().size(),
+                             [this](const Node<LinksT>& node, Share a, Share b) {
+                                 std::string text;
+                                 std::string other;
+                                 appendMember(text, node, a);
+                                 appendMember(other, node, b);
+                                 return text == other;
+                             });
+    }
+
     /// The row of a cluster.
     const std::string& row(const ClusterT& cl) { return row(cl, m_unwrapper.unwrap(cl)); }
     const std::string& row(const ClusterT& cl, const Members& members) {
@@ -122,18 +137,20 @@ private:
         for (const auto& [node, share] : members) {
             if (m_fltMembers && (node->id & FILTERED)) continue;
             any = true;
-            detail::appendId(m_row, node->id);
-            if (m_fuzzy) {
-                const Size owners = node->owners.size();
-                if (!equal(share, 1 / static_cast<Share>(owners), owners)) {
-                    m_row += ':';
-                    detail::appendShare(m_row, share);
-                }
-            }
+            appendMember(m_row, *node, share);
             m_row += ' ';
         }
         if (any) m_row += '\n';
         return m_row;
+    }
+
+    void appendMember(std::string& text, const Node<LinksT>& node, Share share) const {
+        detail::appendId(text, node.id);
+        if (!m_fuzzy) return;
+        const Size owners = node.owners.size();
+        if (equal(share, 1 / static_cast<Share>(owners), owners)) return;
+        text += ':';
+        detail::appendShare(text, share);
     }
 
     void put(const std::string& text, Size fout) {
