@@ -75,8 +75,10 @@ class ReadingTest {
         assertRead("arcs.rcg", bytes("/Graph weighted:0\n/Arcs\n0> 1\n1> 2\n2> 0\n"), 3, true, "");
         assertRead("both.rcg", bytes("/Edges\n0> 1:2\n/Arcs\n1> 2:3\n"), 7, true, "");
         assertRead("dos.nse", bytes("\u00ef\u00bb\u00bf0 1 2\r\n1 2\r\n2 0"), 8, false, "");
-        assertRead("zero.nse", bytes("0 1 0\n1 2 2\n"), 6, false, "");
-        assertRead("twice.nse", bytes("0 1\n1 0\n1 2\n"), 4, false, "0->1");
+        assertRead("zero.nse", bytes("0 1 0\n1 2 2\n"), 6, false,
+            "1 link of weight 0 counts as 1, the first in line 1");
+        assertRead("twice.nse", bytes("0 1\n1 0\n1 2\n"), 4, false,
+            "1 edge repeats an earlier one, and is left out");
         assertRead("packed.nse.gz", packed("0 1\n1 2 3\n"), 8, false, "");
         assertRead("packed.rcg", packed("/Edges\n0> 1 2\n"), 4, false, "");
     }
