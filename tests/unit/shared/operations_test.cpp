@@ -96,7 +96,7 @@ TEST(EvaluatedClusters, AreWeighedInTheNetworkWhateverTheyCover) {
     }
     Graph<false> star;
     star.addNodes(4);
-    for (const Id leaf : {0, 2, 3}) star.addLink<false>(1, leaf);
+    for (const Id leaf : {0u, 2u, 3u}) star.addLink<false>(1, leaf);
     const Folder folder;
     Trace traced;
     Intrinsics shared;
