@@ -70,7 +70,7 @@ TEST(CommunitySteps, SharedNeighboursAreCounted) {
 
 TEST(CommunitySteps, MovesKeepWhatGroupsHoldAndRaiseTheLikelihood) {
     Random rnd(5);
-    for (int round = 0; round < 40; ++round) {
+    for (unsigned round = 0; round < 40; ++round) {
         TestNetwork network = sparse(rnd, 200, 8);
         for (TestLink& link : network.links) link.weight = static_cast<float>(1 + rnd.below(8)) / 4;
         const ItemNetwork<LinkWeight> items = itemsOf(network);
@@ -104,7 +104,7 @@ TEST(CommunitySteps, MovesKeepWhatGroupsHoldAndRaiseTheLikelihood) {
 
 TEST(CommunitySteps, TheCutIsNoWorseThanAnyHeight) {
     Random rnd(9);
-    for (int round = 0; round < 30; ++round) {
+    for (Id round = 0; round < 30; ++round) {
         const ItemNetwork<LinkWeight> items =
             itemsOf(round % 2 ? sparse(rnd, 150, 7) : ringOfCliques(10 + round, 4));
         AccWeight weight = 0;
