@@ -427,7 +427,7 @@ TEST(SystemFaults, MasksOfModesGiveNoFalseSuccess) {
     const Folder folder;
     fs::permissions(folder.path(), fs::perms(0777));
     const std::string network = folder.write("net.nse", contents(DATA + "karate.nse"));
-    for (const mode_t mask : {0400, 0200, 0100, 0777}) {
+    for (const mode_t mask : {0400u, 0200u, 0100u, 0777u}) {
         const fs::path out = folder / std::to_string(mask);
         const Outcome run = Child({"cluster", network, "-q", "-o", out.string() + ".cnl"}, [=] {
                                 becomeNobody();
