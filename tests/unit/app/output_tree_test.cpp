@@ -22,6 +22,8 @@ void* operator new(std::size_t size) {
     if (void* const memory = fails ? nullptr : std::malloc(size)) return memory;
     throw std::bad_alloc();
 }
+// Temporary buffers of the standard library come from this one and go by the same delete.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size); }
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
