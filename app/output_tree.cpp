@@ -178,12 +178,12 @@ std::vector<std::string> OutputTree::commit() {
         if (err) throw InputError(folder.string() + ": " + err.message());
         requireWritable(folder);
     }
+    // Names are moved without an allocation, which could fail between two of them.
     const fs::path top = fs::path(m_path).parent_path();
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        std::error_code err;
-        fs::rename(top / files[i], names[i], err);
-        if (err) throw InputError(names[i] + ": " + err.message());
-    }
+    std::vector<std::string> complete;
+    for (const fs::path& file : files) complete.push_back((top / file).string());
+    for (std::size_t i = 0; i < files.size(); ++i)
+        if (std::rename(complete[i].c_str(), names[i].c_str()) != 0) throw failure(names[i], errno);
     return names;
 }
 
