@@ -148,14 +148,18 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::dropPartClusters(IItemXT first, IItemX
 #define VORL_INSTANTIATE_ITER(NONSYM, LinksT, IterT)                               \
     template void HierarchyImpl<NONSYM, LinksT>::initNonfilterParts(IterT, IterT); \
     template void HierarchyImpl<NONSYM, LinksT>::dropPartClusters(IterT, IterT);
-#define VORL_INSTANTIATE(NONSYM, LinksT)                                                \
-    VORL_INSTANTIATE_ITER(NONSYM, LinksT, Nodes<LinksT>::iterator)                      \
-    VORL_INSTANTIATE_ITER(NONSYM, LinksT, Clusters<LinksT>::iterator)                   \
-    VORL_INSTANTIATE_ITER(NONSYM, LinksT, std::vector<Cluster<LinksT>*>::iterator)      \
-    template void HierarchyImpl<NONSYM, LinksT>::clusterPart(Node<LinksT>&,             \
-                                                             Partition<Node<LinksT>>&); \
-    template void HierarchyImpl<NONSYM, LinksT>::clusterPart(Cluster<LinksT>&,          \
-                                                             Partition<Cluster<LinksT>>&);
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                                          \
+    VORL_INSTANTIATE_ITER(NONSYM, LinksT, Nodes<LinksT>::iterator)                                \
+    VORL_INSTANTIATE_ITER(NONSYM, LinksT, Clusters<LinksT>::iterator)                             \
+    VORL_INSTANTIATE_ITER(NONSYM, LinksT, std::vector<Cluster<LinksT>*>::iterator)                \
+    template void HierarchyImpl<NONSYM, LinksT>::clusterPart(Node<LinksT>&,                       \
+                                                             Partition<Node<LinksT>>&);           \
+    template void HierarchyImpl<NONSYM, LinksT>::clusterPart(Cluster<LinksT>&,                    \
+                                                             Partition<Cluster<LinksT>>&);        \
+    template void HierarchyImpl<NONSYM, LinksT>::extendPartCluster(PartCluster<Node<LinksT>>&,    \
+                                                                   PartitionPtrs<Node<LinksT>>&); \
+    template void HierarchyImpl<NONSYM, LinksT>::extendPartCluster(                               \
+        PartCluster<Cluster<LinksT>>&, PartitionPtrs<Cluster<LinksT>>&);
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
