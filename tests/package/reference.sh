@@ -28,7 +28,7 @@ expect() {
 }
 
 expect "communities cluster convert compare cut" vorl c
-expect "--sum-duplicates --shuffle --speedup --shares" vorl cluster x.nse --s
+expect "--sum-duplicates --shuffle --seed --speedup --shares" vorl cluster x.nse --s
 expect "standard severe" vorl cluster --validation s
 expect "nse nsa rcg" vorl cluster --format =
 expect "rcg" vorl convert --to = r
