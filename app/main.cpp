@@ -1,7 +1,8 @@
 // The program vorl: its command line.
+#include "command_line/command_line.hpp"
+#include "command_line/command_options.hpp"
 #include "errors.hpp"
 #include "guard.hpp"
-#include "options.hpp"
 #include "output_text.hpp"
 
 #include <vorl/reading/network.hpp>

@@ -1,6 +1,6 @@
 // Writes the manual page and the completions of shells from the program's own command line:
 // vorl_reference man|bash|zsh|fish
-#include "../options.hpp"
+#include "../command_line/command_line.hpp"
 
 #include <cctype>
 #include <iostream>

@@ -2,15 +2,15 @@
 // page and the completions of shells.
 #pragma once
 
-#include "cluster_command.hpp"
-#include "communities_command.hpp"
-#include "compare_command.hpp"
-#include "convert_command.hpp"
-#include "cut_command.hpp"
-#include "evaluate_command.hpp"
-#include "extract_command.hpp"
-#include "info_command.hpp"
-#include "show_command.hpp"
+#include "../cluster_command.hpp"
+#include "../communities_command.hpp"
+#include "../compare_command.hpp"
+#include "../convert_command.hpp"
+#include "../cut_command.hpp"
+#include "../evaluate_command.hpp"
+#include "../extract_command.hpp"
+#include "../info_command.hpp"
+#include "../show_command.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -58,12 +58,5 @@ private:
     void add(const char* name, const char* description, void (*addOptions)(CLI::App&, CommandT&),
              CommandT& command);
 };
-
-/// What parsing can't check: options that need each other. Fills in what they imply.
-/// @throws UsageError
-void checkOptions(const CLI::App& app, ClusterCommand& command);
-
-/// " (did you mean X?)" for the nearest word, if there is one near enough.
-std::string suggestion(const std::string& word, const std::vector<std::string>& words);
 
 }  // namespace vorl::app

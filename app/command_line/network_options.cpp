@@ -1,0 +1,85 @@
+#include "command_options.hpp"
+
+#include <sys/resource.h>
+
+namespace vorl::app {
+
+const Choices<FileFormat> FORMATS{
+    {"nse", FileFormat::NSE}, {"nsa", FileFormat::NSA}, {"rcg", FileFormat::RCG}};
+
+namespace {
+
+/// What an estimate misses ends as a lack of memory.
+void limitMemory(std::size_t most) {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_DATA, &limit) != 0 || limit.rlim_cur <= most) return;
+    limit.rlim_cur = most;
+    setrlimit(RLIMIT_DATA, &limit);
+}
+
+}  // namespace
+
+void addReadOptions(CLI::App& app, ReadOptions& read) {
+    app.add_option(
+           "NETWORK", read.file,
+           "The network, one link a line: src dst [weight], or in sections (rcg); it may be "
+           "compressed by gzip or zstd, - is the standard input")
+        ->check(checkName)
+        ->required();
+    const char* group = "Input";
+    addChoice(
+        app, "--format", FORMATS, [&read](FileFormat format) { read.format = format; },
+        "nse (edges), nsa (arcs) or rcg (sections); told from the name if not given")
+        ->group(group);
+    app.add_flag("--unweighted", read.unweighted, "Each link weighs 1")->group(group);
+    app.add_option_function<std::string>(
+           "--memory-limit",
+           [&read](const std::string& text) {
+               read.memoryLimit = toSize("--memory-limit", text);
+               limitMemory(read.memoryLimit);
+           },
+           "The most memory that the run may take, such as 800M or 4G; the machine's but for an "
+           "eighth if not given")
+        ->type_name("SIZE")
+        ->group(group);
+    addChoice<ZeroWeights>(
+        app, "--zero-weights", {{"one", ZeroWeights::ONE}, {"drop", ZeroWeights::DROP}},
+        [&read](ZeroWeights zeros) { read.zeros = zeros; },
+        "What a link of weight 0 is: one, a link of weight 1, as the formats have it (default), or "
+        "drop, none")
+        ->group(group);
+}
+
+void addAssemblyOptions(CLI::App& app, ReadOptions& read) {
+    const char* group = "Input";
+    app.add_flag("--sum-duplicates", read.sumDuplicates,
+                 "Add up the weights of repeated links instead of keeping the first")
+        ->group(group);
+    CLI::Option* const shuffle =
+        app.add_flag("--shuffle", read.shuffle,
+                     "Create the nodes in random order; runs differ then where there are ties")
+            ->group(group);
+    addNumber<std::uint64_t>(app, "--seed", read.seed,
+                             "Draw the order of --shuffle with N, so that a run can be repeated")
+        ->needs(shuffle)
+        ->group(group);
+}
+
+void addInfoOptions(CLI::App& app, InfoCommand& command) {
+    addReadOptions(app, command.read);
+    app.add_flag("--json", command.json, "The result as one JSON document");
+}
+
+void addConvertOptions(CLI::App& app, ConvertCommand& command) {
+    addReadOptions(app, command.read);
+    app.add_option("OUT", command.output, "The file to write, - is the standard output")
+        ->check(checkName)
+        ->required();
+    addChoice(
+        app, "--to", FORMATS, [&command](FileFormat format) { command.format = format; },
+        "Format of the file to write; told from its name if not given");
+    app.add_flag("--parents", command.parents, "Create the folders that OUT lacks");
+    app.add_flag("-q,--quiet", command.quiet, "No report");
+}
+
+}  // namespace vorl::app
