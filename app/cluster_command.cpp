@@ -80,6 +80,40 @@ void tellOtherFiles(const std::string& file, const std::vector<std::string>& wri
              " that this run didn't write stood there already");
 }
 
+/// Builds a hierarchy.
+/// @throws InputError with the name of the network where the engine can't
+template <class BuildT>
+auto buildNamed(const ClusterCommand& command, bool weighted, BuildT build) {
+    const auto fault = [&](std::string what) {
+        while (what.ends_with('\n')) what.pop_back();
+        return InputError(command.read.file + ": " + what);
+    };
+    const Reduction reduction = command.build.reduction;
+    try {
+        return build();
+    } catch (const std::overflow_error& err) {
+        throw fault(std::string("no hierarchy can be built, the network is beyond what the engine "
+                                "counts (\"vorl communities\" finds its communities): ") +
+                    err.what());
+    } catch (const std::domain_error& err) {
+        const bool byWeight = (reduction & Reduction::CRITERIA_WEIGHT) != Reduction::NONE;
+        throw fault(byWeight && !weighted
+                        ? "its links have no weights that --reduction by-weight could go by"
+                        : err.what());
+    }
+}
+
+/// Tells of a hierarchy that is far larger than the network, as that of a long path.
+void tellOfTies(const std::string& file, Size nodes, Size clusters) {
+    constexpr Size many = 10000;
+    constexpr Size ratio = 3;  // real networks stay below 2
+    if (clusters < many || clusters / ratio < nodes) return;
+    tell(file + ": " + counted(clusters, "cluster") + " of " + counted(nodes, "node") +
+         ": the network is so regular that nearly all gains tie, and clusters overlap more and "
+         "more from level to level; \"vorl communities\" finds its communities, and --reduction "
+         "severe may give fewer clusters");
+}
+
 /// Clusters at one of the resolutions and writes.
 /// @param last  the graph isn't needed any more
 template <class GraphT>
@@ -90,18 +124,16 @@ Summary runOnce(const ClusterCommand& command, float gamma, GraphT& graph, bool 
     // Ids count on from one hierarchy to the next, and each run is to be as if it were alone.
     restartClusterIds<typename GraphT::LinksT>();
     Summary summary;
-    std::shared_ptr<typename GraphT::HierarchyT> hier;
-    if (last) {
-        // The engine needs the back links of arcs, which it leaves to the validation.
-        if (graph.directed() && options.validation == Validation::NONE) {
-            AccWeight weight = 0;
-            Size links = 0;
-            validate<true>(graph.nodes(), weight, links);
-        }
-        hier = graph.buildHierarchy(options);
-    } else {
-        hier = clusterCopy(graph, options);
+    // The engine needs the back links of arcs, which it leaves to the validation.
+    if (last && graph.directed() && options.validation == Validation::NONE) {
+        AccWeight weight = 0;
+        Size links = 0;
+        validate<true>(graph.nodes(), weight, links);
     }
+    const auto hier = buildNamed(command, read.weighted, [&] {
+        return last ? graph.buildHierarchy(options) : clusterCopy(graph, options);
+    });
+    if (!command.quiet) tellOfTies(command.read.file, read.nodes, hier->score().clusters);
     summary.buildSeconds = watch.lap();
     read.weight = hier->weight();
     describe(*hier, command.levelMeasures, summary);

@@ -182,6 +182,33 @@ TEST(Cluster, TraceGoesToStandardError) {
     EXPECT_TRUE(contains(run.err, "\nResult>  Q: 0.412615, root size: 4 (non-nodes: 4), "));
 }
 
+TEST(Cluster, WhatTiesTooMuchIsToldByItsFile) {
+    const Folder folder;
+    std::string path;
+    for (int i = 0; i < 700; ++i) path += std::to_string(i) + " " + std::to_string(i + 1) + "\n";
+    const std::string file = folder.write("path.nse", path);
+    const Outcome regular = vorl("cluster --no-level-measures " + file);
+    EXPECT_EQ(regular.code, 0);
+    EXPECT_TRUE(regular.err.starts_with(file + ": ") &&
+                contains(regular.err, " clusters of 701 nodes: the network is so regular that "))
+        << regular.err;
+    EXPECT_TRUE(contains(regular.err, "\"vorl communities\"")) << regular.err;
+    EXPECT_EQ(vorl("cluster -q " + file).err, "");
+
+    std::string star;
+    for (int i = 1; i <= 65535; ++i) star += "0 " + std::to_string(i) + "\n";
+    const std::string hub = folder.write("star.nse", star);
+    const Outcome beyond = vorl("cluster " + hub);
+    EXPECT_EQ(beyond.code, 1);
+    EXPECT_TRUE(beyond.err.starts_with("vorl: " + hub + ": no hierarchy can be built, ") &&
+                contains(beyond.err, "group size causes overflow"))
+        << beyond.err;
+    EXPECT_EQ(vorl("cluster --reduction severe,by-weight -q " + file).err,
+              "vorl: " + file +
+                  ": its links have no weights that --reduction by-weight could go "
+                  "by\n");
+}
+
 TEST(Cluster, TakesRepeatedAndSelfLinks) {
     const Folder folder;
     const auto summary = [](const std::string& file, const std::string& options = "") {
