@@ -22,6 +22,11 @@ bool isAmong(const int (&signals)[SIZE], int signal) {
     return std::find(signals, signals + SIZE, signal) != signals + SIZE;
 }
 
+/// Whether the program itself is at fault, and nobody else sent the signal.
+bool isOwnFault(int signal, const siginfo_t& info) {
+    return isAmong(FAULTS, signal) && (info.si_code > 0 || info.si_pid == getpid());
+}
+
 }  // namespace
 
 std::atomic<EndSignals*> EndSignals::s_current{nullptr};
@@ -29,8 +34,8 @@ std::atomic<EndSignals*> EndSignals::s_current{nullptr};
 EndSignals::EndSignals(Action action, void* object) : m_action(action), m_object(object) {
     s_current = this;
     struct sigaction own {};
-    own.sa_handler = handle;
-    own.sa_flags = SA_RESTART;
+    own.sa_sigaction = handle;
+    own.sa_flags = SA_RESTART | SA_SIGINFO;
     sigemptyset(&own.sa_mask);
     for (int signal = 1; signal < NSIG; ++signal) {
         // Those of a run that nohup started, and the like, stay ignored.
@@ -49,17 +54,18 @@ EndSignals::~EndSignals() {
     if (m_waiting != 0) raise(m_waiting);
 }
 
-void EndSignals::handle(int signal) {
+void EndSignals::handle(int signal, siginfo_t* info, void*) {
     const int err = errno;
+    const bool fault = isOwnFault(signal, *info);
     EndSignals* const signals = s_current;
     int state = OPEN;
     if (signals && !signals->m_state.compare_exchange_strong(state, ENDING)) {
         // At the end of the pause, which a fault can't wait for; or another thread does it already.
-        if (state == PAUSED && !isAmong(FAULTS, signal)) {
+        if (state == PAUSED && !fault) {
             signals->m_waiting = signal;
             if (signals->m_state == OPEN) signals->resume();
         }
-        if (!isAmong(FAULTS, signal)) {
+        if (!fault) {
             errno = err;
             return;
         }

@@ -34,7 +34,7 @@ public:
 private:
     enum State { OPEN, PAUSED, ENDING };
 
-    static void handle(int signal);
+    static void handle(int signal, siginfo_t* info, void*);
     void pause();
     void resume();
 
