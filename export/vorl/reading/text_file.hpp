@@ -13,7 +13,7 @@ namespace vorl {
 /// The name that stands for the standard input.
 inline constexpr const char* STANDARD_INPUT = "-";
 
-/// The machine's memory but for an eighth, in bytes.
+/// The memory of the machine, or of the control group of the process, but for an eighth; in bytes.
 VORL_API std::size_t memoryLimit();
 /// What a text may have of a limit of memory: half of it, since it may be held twice. A device may
 /// go on forever, and a few packed kilobytes may unpack to any size.

@@ -1,6 +1,7 @@
 #include <vorl/reading/text_file.hpp>
 
 #include "space.hpp"
+#include "system_memory.hpp"
 
 #include <vorl/reading/input_error.hpp>
 #include <vorl/reading/unpack.hpp>
@@ -13,16 +14,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <limits>
 
 namespace vorl {
 
-std::size_t memoryLimit() {
-    const long pages = sysconf(_SC_PHYS_PAGES);
-    const long size = sysconf(_SC_PAGESIZE);
-    if (pages <= 0 || size <= 0) return std::numeric_limits<std::size_t>::max() / 2;
-    return static_cast<std::size_t>(pages) / 8 * 7 * static_cast<std::size_t>(size);
-}
+std::size_t memoryLimit() { return systemMemory() / 8 * 7; }
 
 std::size_t textLimit(std::size_t limit) { return limit / 2; }
 
