@@ -2,7 +2,7 @@
 
 #include "output_text.hpp"
 
-#include <vorl/reading/text_file.hpp>
+#include <vorl/reading/lines.hpp>
 
 namespace vorl::app {
 
@@ -30,7 +30,9 @@ ClusterLevels readClusters(const std::string& file, const ClustersOptions& optio
 }
 
 HierarchyFile readHierarchy(const std::string& file) {
-    return parseHierarchy(TextFile(file).text(), file);
+    const auto source = openSource(file);
+    Lines lines(*source, file);
+    return parseHierarchy(lines);
 }
 
 }  // namespace vorl::app

@@ -6,9 +6,7 @@
 #include "progress_line.hpp"
 #include "text_output.hpp"
 
-#include <vorl/reading/network_text.hpp>
-#include <vorl/reading/text_file.hpp>
-#include <vorl/types/id_numbers.hpp>
+#include <vorl/reading/network_writer.hpp>
 
 #include <algorithm>
 #include <optional>
@@ -39,25 +37,16 @@ std::string zeroWeights(const NetworkFacts& facts, ZeroWeights zeros) {
 
 void run(const ConvertCommand& command) {
     const FileFormat format = outputFormat(command.output, command.format);
-    const FileFormat inputFormat = networkFormat(command.read);
+    networkFormat(command.read);  // an unknown one is told before files are touched
     requireOther(command.output, command.read.file);
     OutputTree files(command.output, false, command.parents);
     files.protect(command.read.file);
-    const TextFile file(command.read.file, textLimit(memoryLimit(command.read)));
-    const auto scan = [&](const LinkVisitor& visit) {
-        return scanNetwork(file.text(), command.read.file, inputFormat, !command.read.unweighted,
-                           visit, command.read.zeros);
-    };
-    IdNumbers linked;
-    NetworkFacts facts = scan([&](const RawLink& ln) {
-        linked.number(ln.src);
-        linked.number(ln.dst);
-    });
-    checkFormat(command, format, facts, linked.size());
-    facts.nodes = std::max<Size>(facts.nodes.value_or(0), linked.size());
+    auto [facts, links, linked] = LinkTable(command.read);
+    checkFormat(command, format, facts, linked);
+    facts.nodes = std::max<Size>(facts.nodes.value_or(0), linked);
 
     NetworkWriter writer(format, facts);
-    scan([&](const RawLink& ln) { writer.add(ln); });
+    for (const RawLink& ln : links) writer.add(ln);
     writeText(writer.take(), files, command.output);
     if (!command.quiet && !files.isStandardOutput())
         printAfter({command.output}, command.output + ": " + counted(*facts.nodes, "node") + ", " +

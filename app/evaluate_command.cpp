@@ -6,7 +6,7 @@
 #include "progress_line.hpp"
 
 #include <vorl/reading/memory_file.hpp>
-#include <vorl/reading/text_file.hpp>
+#include <vorl/reading/source.hpp>
 #include <vorl/shared/operations.hpp>
 
 #include <cmath>

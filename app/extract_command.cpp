@@ -5,10 +5,8 @@
 #include "output_text.hpp"
 #include "text_output.hpp"
 
-#include <vorl/reading/network_text.hpp>
+#include <vorl/reading/network_writer.hpp>
 #include <vorl/reading/quotient.hpp>
-#include <vorl/reading/text_file.hpp>
-#include <vorl/types/id_numbers.hpp>
 
 #include <algorithm>
 #include <cstdio>
@@ -39,34 +37,22 @@ std::string inducedText(const ExtractCommand& command, FileFormat format) {
         readClusters(command.clusters,
                      {.format = command.clustersFormat, .levels = true, .quiet = command.quiet})
             .membersOf(*command.cluster);
-    const TextFile text(command.read.file);
-    const auto scan = [&](const LinkVisitor& visit) {
-        return scanNetwork(
-            text.text(), command.read.file, networkFormat(command.read), !command.read.unweighted,
-            [&](const RawLink& ln) {
-                if (std::binary_search(members.begin(), members.end(), ln.src) &&
-                    std::binary_search(members.begin(), members.end(), ln.dst))
-                    visit(ln);
-            },
-            command.read.zeros);
-    };
-    NetworkFacts own;
-    IdNumbers linked;
-    const NetworkFacts whole = scan([&](const RawLink& ln) {
-        ++(ln.arc ? own.arcs : own.edges);
-        linked.number(ln.src);
-        linked.number(ln.dst);
+    const LinkTable table(command.read, [&](const RawLink& ln) {
+        return std::binary_search(members.begin(), members.end(), ln.src) &&
+               std::binary_search(members.begin(), members.end(), ln.dst);
     });
-    own.weighted = whole.weighted;
-    own.toldDirected = whole.toldDirected;
-    own.nodes = linked.size();
+    NetworkFacts own;
+    for (const RawLink& ln : table.links) ++(ln.arc ? own.arcs : own.edges);
+    own.weighted = table.facts.weighted;
+    own.toldDirected = table.facts.toldDirected;
+    own.nodes = table.linked;
     requireHolds(command, format, own.directed());
-    if (linked.size() < members.size())
+    if (table.linked < members.size())
         remark(command, command.clusters,
-               counted(members.size() - linked.size(), "node") +
+               counted(members.size() - table.linked, "node") +
                    " without a link inside the cluster left out");
     NetworkWriter writer(format, own);
-    scan([&](const RawLink& ln) { writer.add(ln); });
+    for (const RawLink& ln : table.links) writer.add(ln);
     return writer.take();
 }
 

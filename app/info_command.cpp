@@ -1,11 +1,10 @@
 #include "info_command.hpp"
 
+#include "network_input.hpp"
 #include "output_text.hpp"
 #include "progress_line.hpp"
 
-#include <vorl/reading/network_text.hpp>
-#include <vorl/reading/text_file.hpp>
-#include <vorl/types/id_numbers.hpp>
+#include <vorl/reading/network_scan.hpp>
 
 #include <algorithm>
 #include <numeric>
@@ -62,16 +61,15 @@ struct NetworkInfo {
 class Survey {
 public:
     void add(const RawLink& ln) {
-        const Id src = m_numbers.number(ln.src);
-        const Id dst = m_numbers.number(ln.dst);
-        m_min = m_links.empty() && m_selfLinks == 0 ? ln.weight : std::min(m_min, ln.weight);
-        m_max = std::max(m_max, ln.weight);
+        const auto [src, dst, weight, arc] = ln;
+        m_min = m_links.empty() && m_selfLinks == 0 ? weight : std::min(m_min, weight);
+        m_max = std::max(m_max, weight);
         if (src == dst) {
             ++m_selfLinks;
             m_selves.push_back(src);
             return;
         }
-        const bool swap = !ln.arc && dst < src;
+        const bool swap = !arc && dst < src;
         // Repeats are dropped now and then, lest they take memory.
         if (m_links.size() >= m_crowded) {
             m_repeated += dropRepeats(m_links);
@@ -80,14 +78,16 @@ public:
         m_links.push_back(swap ? Size{dst} << 32 | src : Size{src} << 32 | dst);
     }
 
-    NetworkInfo result(const NetworkFacts& facts) {
+    /// @param nodes that the file names
+    NetworkInfo result(const NetworkFacts& facts, Size nodes) {
         NetworkInfo info;
+        m_nodes = nodes;
         info.facts = facts;
         info.weightMin = m_min;
         info.weightMax = m_max;
         info.selfLinks = m_selfLinks;
         info.repeated = m_repeated + dropRepeats(m_links) + dropRepeats(m_selves);
-        info.nodes = m_numbers.size();
+        info.nodes = nodes;
         if (facts.nodes) info.nodes = std::max<Size>(info.nodes, *facts.nodes);
         measureDegrees(info);
         measureComponents(info);
@@ -108,12 +108,12 @@ private:
     static Id target(Size link) { return static_cast<Id>(link); }
 
     void measureDegrees(NetworkInfo& info) const {
-        std::vector<Size> degrees(m_numbers.size());
+        std::vector<Size> degrees(m_nodes);
         for (const Size link : m_links) {
             ++degrees[source(link)];
             ++degrees[target(link)];
         }
-        const Size linkless = info.nodes - m_numbers.size();
+        const Size linkless = info.nodes - m_nodes;
         info.isolated =
             linkless + static_cast<Size>(std::count(degrees.begin(), degrees.end(), Size{0}));
         std::sort(degrees.begin(), degrees.end());
@@ -129,17 +129,17 @@ private:
 
     void measureComponents(NetworkInfo& info) const {
         Components components;
-        components.resize(m_numbers.size());
+        components.resize(m_nodes);
         for (const Size link : m_links) components.join(source(link), target(link));
-        std::vector<Size> sizes(m_numbers.size());
-        for (Id node = 0; node < m_numbers.size(); ++node) ++sizes[components.find(node)];
+        std::vector<Size> sizes(m_nodes);
+        for (Id node = 0; node < m_nodes; ++node) ++sizes[components.find(node)];
         info.components =
-            info.nodes - m_numbers.size() +
+            info.nodes - m_nodes +
             static_cast<Size>(std::count_if(sizes.begin(), sizes.end(), [](Size s) { return s; }));
         info.largest = *std::max_element(sizes.begin(), sizes.end());
     }
 
-    IdNumbers m_numbers;
+    Size m_nodes = 0;
     std::vector<Size> m_links;
     std::vector<Id> m_selves;
     std::size_t m_crowded = std::size_t{1} << 20;
@@ -213,13 +213,13 @@ std::string asJson(const std::string& file, const NetworkInfo& info) {
 
 void run(const InfoCommand& command) {
     const ProgressLine line;
-    const FileFormat format = networkFormat(command.read);
-    const TextFile file(command.read.file, textLimit(memoryLimit(command.read)));
+    const ScanOptions options = scanOptions(command.read);
+    const auto source = openInput(command.read);
     Survey survey;
-    const NetworkFacts facts = scanNetwork(
-        file.text(), command.read.file, format, !command.read.unweighted,
-        [&](const RawLink& ln) { survey.add(ln); }, command.read.zeros);
-    const NetworkInfo info = survey.result(facts);
+    NodeNames nodes;
+    const NetworkFacts facts = scanNetwork(*source, command.read.file, options, nodes,
+                                           [&](const RawLink& ln) { survey.add(ln); });
+    const NetworkInfo info = survey.result(facts, nodes.size());
     print(command.json ? asJson(command.read.file, info)
                        : asText(command.read.file, info, command.read.zeros));
 }

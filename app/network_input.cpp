@@ -3,7 +3,7 @@
 #include "errors.hpp"
 #include "output_text.hpp"
 
-#include <vorl/reading/text_file.hpp>
+#include <algorithm>
 
 namespace vorl::app {
 
@@ -13,8 +13,27 @@ void showWarnings(const Network& network, const ReadOptions& options) {
         tell("--zero-weights drop leaves out links of weight 0");
 }
 
-std::size_t memoryLimit(const ReadOptions& options) {
-    return options.memoryLimit != 0 ? options.memoryLimit : vorl::memoryLimit();
+std::unique_ptr<Source> openInput(const ReadOptions& options) {
+    return openSource(options.file,
+                      options.memoryLimit != 0 ? options.memoryLimit : vorl::memoryLimit());
+}
+
+LinkTable::LinkTable(const ReadOptions& options, const std::function<bool(const RawLink&)>& taken) {
+    const auto source = openInput(options);
+    NodeNames nodes;
+    std::vector<bool> seen;
+    const auto see = [&](Id number) {
+        if (number >= seen.size()) seen.resize(std::max<Size>(number + Size{1}, 2 * seen.size()));
+        linked += !seen[number];
+        seen[number] = true;
+    };
+    facts = scanNetwork(*source, options.file, scanOptions(options), nodes, [&](const RawLink& ln) {
+        const RawLink named{nodes.id(ln.src), nodes.id(ln.dst), ln.weight, ln.arc};
+        if (taken && !taken(named)) return;
+        see(ln.src);
+        see(ln.dst);
+        links.push_back(named);
+    });
 }
 
 FileFormat outputFormat(const std::string& file, FileFormat told) {

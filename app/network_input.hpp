@@ -3,15 +3,30 @@
 
 #include <vorl/reading/network.hpp>
 
+#include <functional>
+#include <memory>
 #include <string>
+#include <vector>
 
 namespace vorl::app {
 
 /// Prints what the user should know of the file to the standard error stream.
 void showWarnings(const Network& network, const ReadOptions& options);
 
-/// The limit of memory in force.
-std::size_t memoryLimit(const ReadOptions& options);
+/// The bytes of the network's file, with the limit of memory in force.
+std::unique_ptr<Source> openInput(const ReadOptions& options);
+
+/// The links of a network, between nodes by id.
+struct LinkTable {
+    NetworkFacts facts;
+    std::vector<RawLink> links;
+    Size linked = 0;  ///< nodes of the links
+
+    /// @param taken tells which links are wanted; empty for all
+    /// @throws as `scanNetwork`
+    explicit LinkTable(const ReadOptions& options,
+                       const std::function<bool(const RawLink&)>& taken = {});
+};
 
 /// The format of a network to be written, if it isn't told, by its name.
 /// @throws UsageError if neither tells

@@ -20,9 +20,7 @@ constexpr std::chrono::milliseconds DELAY{500};
 constexpr std::chrono::milliseconds STEP{200};
 constexpr std::string_view CLEARED = "\r\x1B[K";
 
-bool countsBytes(std::string_view stage) {
-    return stage == "reading" || stage == "unpacking" || stage == "checking";
-}
+bool countsBytes(std::string_view stage) { return stage == "reading"; }
 
 /// Past the buffer of the stream, which a trace may fill.
 void put(const std::string& text) {

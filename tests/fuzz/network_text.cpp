@@ -3,9 +3,8 @@
 // written of it.
 #include "../support/accepted_network.hpp"
 
-#include <vorl/reading/memory_file.hpp>
 #include <vorl/reading/network.hpp>
-#include <vorl/reading/network_text.hpp>
+#include <vorl/reading/network_writer.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <cstddef>
@@ -19,12 +18,17 @@ namespace {
 using namespace vorl;
 
 struct Scan {
-    std::vector<RawLink> links;  // before the facts, whose scan fills them
+    std::vector<RawLink> links;  // between nodes by id, before the facts, whose scan fills them
     NetworkFacts facts;
 
-    Scan(std::string_view text, FileFormat format, bool weights)
-        : facts(scanNetwork(text, "fuzz", format, weights,
-                            [this](const RawLink& ln) { links.push_back(ln); })) {}
+    Scan(std::string_view text, FileFormat format, bool weights) {
+        TextSource source(text);
+        NodeNames nodes;
+        facts = scanNetwork(
+            source, "fuzz", {.format = format, .weights = weights}, nodes, [&](const RawLink& ln) {
+                links.push_back({nodes.id(ln.src), nodes.id(ln.dst), ln.weight, ln.arc});
+            });
+    }
 };
 
 /// The network comes back from its text in the given format.
@@ -68,11 +72,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } catch (const InputError&) {
         return 0;
     }
-    const MemoryFile file(text);
-    options.file = file.name();
+    TextSource source(text);
+    options.file = "fuzz";
     Network network;
     try {
-        network = readNetwork(options);
+        network = readNetwork(source, options);
     } catch (const InputError&) {
         return 0;
     }

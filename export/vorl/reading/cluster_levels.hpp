@@ -54,7 +54,7 @@ private:
 };
 
 /// Whether the first line that isn't a comment has the names of a table's columns.
-VORL_API bool beginsWithNames(std::string_view text);
+VORL_API bool beginsWithNames(Lines& lines);
 
 /// Reads clusters from a file, also one that is compressed by gzip or zstd.
 /// @param file    its name, "-" for the standard input

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <vorl/reading/input_error.hpp>
+#include <vorl/reading/lines.hpp>
 #include <vorl/types/export.hpp>
 #include <vorl/types/numbers.hpp>
 
@@ -103,8 +104,9 @@ struct VORL_API ClustersFile {
 /// begin with # and an optional header among those at the top. Carriage returns at line ends and a
 /// byte order mark are accepted. Memory and time go by the size of the text, never by what its
 /// header tells.
-/// @param name  of the file, for messages
 /// @throws InputError with the file and line of the first fault
+VORL_API ClustersFile parseClusters(Lines& lines);
+/// @param name  of the file, for messages
 VORL_API ClustersFile parseClusters(std::string_view text, const std::string& name);
 
 /// Reads a table of memberships: a node and a cluster a line, parted by blanks, tabs, commas or
@@ -115,8 +117,9 @@ VORL_API ClustersFile parseClusters(std::string_view text, const std::string& na
 /// and further ones aren't read. Behind a line that begins with *vertices a line is the cluster of
 /// the node of that number, from 1 on. Nodes are ids; clusters may bear any name, and are numbered
 /// if all names are ids. Quotes around a word don't count.
-/// @param name  of the file, for messages
 /// @throws InputError with the file and line of the first fault
+VORL_API ClustersFile parseTable(Lines& lines);
+/// @param name  of the file, for messages
 VORL_API ClustersFile parseTable(std::string_view text, const std::string& name);
 
 }  // namespace vorl

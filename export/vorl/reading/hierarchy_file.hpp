@@ -87,14 +87,15 @@ private:
     IdNumbers m_clusterNumbers;
 };
 
-/// Whether the text begins as one in the format RHB does.
-VORL_API bool isHierarchy(std::string_view text);
+/// Whether the first line that isn't a comment is that of a text in the format RHB.
+VORL_API bool isHierarchy(Lines& lines);
 
 /// Reads a text in the format RHB. Counts that it tells must be right, owners must be clusters of
 /// one higher level, and the shares of an item must be all stated or all left out, and add up to 1
 /// but for their rounding. Memory and time go by the size of the text.
-/// @param name  of the file, for messages
 /// @throws InputError with the file and line of the first fault
+VORL_API HierarchyFile parseHierarchy(Lines& lines);
+/// @param name  of the file, for messages
 VORL_API HierarchyFile parseHierarchy(std::string_view text, const std::string& name);
 
 }  // namespace vorl

@@ -4,7 +4,8 @@
 
 #include <vorl/graph.hpp>
 #include <vorl/reading/input_error.hpp>
-#include <vorl/reading/network_text.hpp>
+#include <vorl/reading/network_scan.hpp>
+#include <vorl/reading/source.hpp>
 #include <vorl/types/export.hpp>
 #include <vorl/types/flags.hpp>
 
@@ -17,7 +18,7 @@
 namespace vorl {
 
 struct ReadOptions {
-    std::string file;                         ///< "-" for the standard input
+    std::string file;  ///< "-" for the standard input; a name for messages where a source is given
     FileFormat format = FileFormat::UNKNOWN;  ///< told from the name where unknown
     bool unweighted = false;
     ZeroWeights zeros = ZeroWeights::ONE;
@@ -56,11 +57,16 @@ public:
 /// @throws UnknownFormat if neither tells
 VORL_API FileFormat networkFormat(const ReadOptions& options);
 
-/// Reads a file in the format NSE, NSA or RCG, also one that is compressed by gzip or zstd.
-///
-/// What the library traces meanwhile is caught and given as warnings, so no other thread may trace.
+/// How a network is scanned by the options.
+/// @throws UnknownFormat
+VORL_API ScanOptions scanOptions(const ReadOptions& options);
+
+/// Reads a file in the format NSE, NSA or RCG, also one that is compressed by gzip or zstd, in one
+/// pass.
 /// @throws InputError with the file and line of the first fault, MemoryLimitError with the line
 /// from which on a clustering of the network would need more memory than it may
 VORL_API Network readNetwork(const ReadOptions& options);
+/// The same of bytes from elsewhere.
+VORL_API Network readNetwork(Source& source, const ReadOptions& options);
 
 }  // namespace vorl

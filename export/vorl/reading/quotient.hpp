@@ -4,7 +4,7 @@
 
 #include <vorl/reading/clusters_file.hpp>
 #include <vorl/reading/network.hpp>
-#include <vorl/reading/network_text.hpp>
+#include <vorl/reading/network_scan.hpp>
 
 #include <vector>
 

@@ -26,14 +26,6 @@ inline std::string_view trimFront(std::string_view text) {
     return text;
 }
 
-/// Cuts the first line off the text.
-inline std::string_view takeLine(std::string_view& text) {
-    const std::size_t end = std::min(text.find('\n'), text.size());
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    return line;
-}
-
 /// Cuts the first word off the text; empty at its end.
 inline std::string_view nextToken(std::string_view& text) {
     text = trimFront(text);
@@ -53,17 +45,17 @@ VORL_API std::string_view takeValue(std::string_view& text);
 
 /// The id that a word is.
 /// @param what the name of the id in messages
-/// @param fault makes the error of a message
+/// @param fault makes the error of what is wrong, what was found and what is expected
 template <class FaultT>
 Id toId(std::string_view token, const char* what, FaultT fault) {
     Size id = 0;
     const auto [last, err] = std::from_chars(token.data(), token.data() + token.size(), id);
     if (err == std::errc::invalid_argument || last != token.data() + token.size())
-        throw fault(std::string("the ") + what + " is " + quoted(token) +
-                    ", an id of decimal digits is expected");
+        throw fault(std::string("the ") + what, quoted(token),
+                    "an id of decimal digits is expected");
     if (err != std::errc() || id >= ID_NONE)
-        throw fault(std::string("the ") + what + " is " + quoted(token) +
-                    ", an id below 4294967295 is expected");
+        throw fault(std::string("the ") + what, quoted(token),
+                    "an id below 4294967295 is expected");
     return static_cast<Id>(id);
 }
 

@@ -32,14 +32,19 @@ public:
         return found == ID_NONE ? append(id) : found;
     }
 
+    /// The number of an id other than ID_NONE; a new one is put behind the ids of all others.
+    Id number(Id id, std::vector<Id>& ids) {
+        const Id found = find(id);
+        if (found != ID_NONE) return found;
+        ids.push_back(id);
+        return append(id);
+    }
+
     /// Gives the next number to an id that has none.
     Id append(Id id) {
         const auto next = static_cast<Id>(m_size++);
-        const Size limit = std::max({Size{1} << 10, 8 * m_size, m_expected});
-        if (id < limit) {
-            if (id >= m_near.size())
-                m_near.resize(std::min(limit, std::max<Size>(id + Size{1}, 2 * m_near.size())),
-                              ID_NONE);
+        if (id < limit()) {
+            if (id >= m_near.size()) widen(id);
             return m_near[id] = next;
         }
         if (m_far.size() <= 2 * m_farSize++) grow();
@@ -51,6 +56,13 @@ public:
 
 private:
     using Slot = std::pair<Id, Id>;
+
+    /// The end of the small ids.
+    Size limit() const { return std::max({Size{1} << 10, 8 * m_size, m_expected}); }
+
+    void widen(Id id) {
+        m_near.resize(std::min(limit(), std::max<Size>(id + Size{1}, 2 * m_near.size())), ID_NONE);
+    }
 
     /// The slot of the id, or the free one where it belongs.
     std::size_t place(Id id) const {
@@ -64,8 +76,17 @@ private:
         std::vector<Slot> former(std::max(Size{1} << 10, 2 * m_far.size()), Slot{ID_NONE, ID_NONE});
         former.swap(m_far);
         m_shift = former.empty() ? 54 : m_shift - 1;
-        for (const Slot& slot : former)
-            if (slot.first != ID_NONE) m_far[place(slot.first)] = slot;
+        for (const Slot& slot : former) {
+            if (slot.first == ID_NONE) continue;
+            // What was large among few ids may be small among many.
+            if (slot.first < limit()) {
+                if (slot.first >= m_near.size()) widen(slot.first);
+                m_near[slot.first] = slot.second;
+                --m_farSize;
+            } else {
+                m_far[place(slot.first)] = slot;
+            }
+        }
     }
 
     Size m_expected;

@@ -1,8 +1,10 @@
 #include <vorl/fileio/parser_nsl.hpp>
 
 #include "../graph/loader.hpp"
+#include "../graph/placing.hpp"
 #include "scan.hpp"
 
+#include <vorl/types/id_numbers.hpp>
 #include <vorl/types/text.hpp>
 
 #include <algorithm>
@@ -100,21 +102,9 @@ std::shared_ptr<GraphT> NslParser::build(bool weights) {
     weights = weights && GraphT::IS_WEIGHTED;
     // A header that lies must not make the table of ids larger than the file can fill it.
     const Size expected = m_ndsnum != 0 ? std::min<Size>(m_ndsnum, m_size) : estimateNodes();
-    detail::GraphLoader<GraphT::IS_WEIGHTED> loader(static_cast<Id>(expected), m_shuffle,
-                                                    m_sumdups);
-
-    StructLinkErrors errors(REPEATS_MESSAGE);
-    typename GraphT::InpLinksT links;
-    Size count = 0;
-    Id prev = ID_NONE;
-    const auto flush = [&] {
-        if (links.empty()) return;
-        if (m_directed)
-            loader.template addNodeAndLinks<true>(prev, links);
-        else
-            loader.template addNodeAndLinks<false>(prev, links);
-        links.clear();
-    };
+    IdNumbers numbers(expected);
+    std::vector<Id> ids;
+    LinkGatherer links;
     const auto readLink = [&](const char* line, const char* end) {
         const char* pos = skipBlanks(line);
         if (*pos == '\0' || *pos == '#') return;
@@ -124,20 +114,19 @@ std::shared_ptr<GraphT> NslParser::build(bool weights) {
             throw std::domain_error(
                 "ERROR build(), The dest id is expected: " + std::string(line, end) + "\n");
         const Id dst = parseId(pos);
-        if (src != prev) flush();
         pos = skipBlanks(pos);
-        if (weights && *pos != '\0')
-            links.emplace_back(dst, parseWeight(pos, end));
-        else
-            links.emplace_back(dst);
-        ++count;
-        prev = src;
+        const LinkWeight weight = weights && *pos != '\0' ? parseWeight(pos, end) : 1;
+        const Id place = numbers.number(src, ids);
+        links.add(place, numbers.number(dst, ids), weight, m_directed);
     };
     readLink(m_line.c_str(), m_line.c_str() + m_line.size());
     for (LineReader lines(m_file, m_size); lines.next();) readLink(lines.begin(), lines.end());
-    flush();
-    if (m_seed) loader.shuffle(*m_seed);
-    const auto graph = loader.graph(&errors);
+    const Size count = links.size();
+    if (m_seed || m_shuffle) links.shuffle(m_seed ? *m_seed : drawSeed(), ids);
+    StructLinkErrors errors(REPEATS_MESSAGE);
+    const auto graph = GraphLoader<GraphT::IS_WEIGHTED>(links, ids, m_shuffle, m_sumdups,
+                                                        static_cast<Id>(expected))
+                           .graph(&errors);
     errors.show();
     if (m_lnsnum != 0 && m_lnsnum != count)
         VORL_TRACE(

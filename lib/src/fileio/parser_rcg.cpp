@@ -1,8 +1,11 @@
 #include <vorl/fileio/parser_rcg.hpp>
 
 #include "../graph/loader.hpp"
+#include "../graph/placing.hpp"
 #include "scan.hpp"
 
+#include <vorl/types/assert.hpp>
+#include <vorl/types/id_numbers.hpp>
 #include <vorl/types/text.hpp>
 
 #include <algorithm>
@@ -69,22 +72,40 @@ bool readLinks(const char* line, Id& id, InpLinks<WEIGHTED>& links) {
     return true;
 }
 
-/// Adds links to a graph or its loader.
-/// @param create whether missing nodes are created
-template <class TakerT, class InpLinksT, class... ErrorsT>
-void addLinks(TakerT& taker, bool create, bool directed, Id id, const InpLinksT& links,
-              ErrorsT... errors) {
-    const auto add = [&]<bool DIRECTED>() {
-        if (create)
-            taker.template addNodeAndLinks<DIRECTED>(id, links, errors...);
+/// Nodes that come with their links, or are announced.
+class NodeNumbers {
+public:
+    /// @param expected  how many may come
+    NodeNumbers(Size expected, bool announced) : m_numbers(expected), m_announced(announced) {}
+
+    void announce(Id id, StructNodeErrors& errors) {
+        if (m_numbers.find(id) == ID_NONE)
+            m_numbers.number(id, ids);
         else
-            taker.template addNodeLinks<DIRECTED>(id, links, errors...);
-    };
-    if (directed)
-        add.template operator()<true>();
-    else
-        add.template operator()<false>();
-}
+            errors.add(id);
+    }
+
+    /// The number of a node.
+    /// @throws std::out_of_range if nodes are announced, but not this one
+    Id number(Id id) {
+        if (!m_announced) return m_numbers.number(id, ids);
+        const Id number = m_numbers.find(id);
+        if (number == ID_NONE) {
+            try {
+                IdNodes<UnweightedLinks>().at(id);
+            } catch (const std::out_of_range& err) {
+                refuseLink(id, err.what());
+            }
+        }
+        return number;
+    }
+
+    std::vector<Id> ids;  ///< by number
+
+private:
+    IdNumbers m_numbers;
+    bool m_announced;
+};
 
 }  // namespace
 
@@ -148,13 +169,16 @@ template <class GraphT>
 std::shared_ptr<GraphT> RcgParser::build() {
     // A number that lies must not make the table of ids larger than the file can fill it.
     const Size expected = m_startid == ID_NONE ? std::min<Size>(m_ndsnum, m_size) : m_ndsnum;
-    detail::GraphLoader<GraphT::IS_WEIGHTED> loader(static_cast<Id>(expected), m_shuffle,
-                                                    m_sumdups);
+    NodeNumbers nodes(expected, m_startid != ID_NONE);
     if (m_startid != ID_NONE) {
+        VORL_ASSERT(m_ndsnum != 0,
+                    "addNodes(), the number of nodes to instantiate must be positive");
         StructNodeErrors errors("WARNING build(), the duplicated nodes are skipped: ");
-        loader.addNodes(m_ndsnum, m_startid, &errors);
+        for (Id id = m_startid; id < static_cast<Id>(m_startid + m_ndsnum); ++id)
+            nodes.announce(id, errors);
         errors.show();
     }
+    LinkGatherer gathered;
     StructLinkErrors errors(REPEATS_MESSAGE);
     Id id = ID_NONE;
     typename GraphT::InpLinksT links;
@@ -171,12 +195,19 @@ std::shared_ptr<GraphT> RcgParser::build() {
                 throw std::domain_error("Unknown section is used: " + std::string(pos) + "\n");
             }
         } else if (m_bodysect == EDGES || m_bodysect == ARCS) {
-            if (readLinks(pos, id, links))
-                addLinks(loader, m_startid == ID_NONE, m_bodysect == ARCS, id, links);
+            if (!readLinks(pos, id, links)) continue;
+            const Id src = nodes.number(id);
+            for (const auto& ln : links) {
+                LinkWeight weight = 1;
+                if constexpr (GraphT::IS_WEIGHTED) weight = ln.weight;
+                gathered.add(src, nodes.number(ln.id), weight, m_bodysect == ARCS);
+            }
         }
     }
-    if (m_seed) loader.shuffle(*m_seed);
-    const auto graph = loader.graph(&errors);
+    if (m_seed || m_shuffle) gathered.shuffle(m_seed ? *m_seed : drawSeed(), nodes.ids);
+    const auto graph = GraphLoader<GraphT::IS_WEIGHTED>(gathered, nodes.ids, m_shuffle, m_sumdups,
+                                                        static_cast<Id>(expected))
+                           .graph(&errors);
     errors.show();
     return graph;
 }
@@ -186,8 +217,17 @@ void RcgParser::parseLinks(GraphT& graph, const char* line, bool directed,
                            StructLinkErrors* errors) {
     Id id = ID_NONE;
     typename GraphT::InpLinksT links;
-    if (readLinks(line, id, links))
-        addLinks(graph, m_startid == ID_NONE, directed, id, links, errors);
+    if (!readLinks(line, id, links)) return;
+    const auto add = [&]<bool DIRECTED>() {
+        if (m_startid == ID_NONE)
+            graph.template addNodeAndLinks<DIRECTED>(id, links, errors);
+        else
+            graph.template addNodeLinks<DIRECTED>(id, links, errors);
+    };
+    if (directed)
+        add.template operator()<true>();
+    else
+        add.template operator()<false>();
 }
 
 #define VORL_INSTANTIATE(WEIGHTED)                                                    \

@@ -4,48 +4,53 @@
 #include "late_links.hpp"
 
 #include <vorl/graph.hpp>
-#include <vorl/types/id_numbers.hpp>
 #include <vorl/types/progress.hpp>
 
+#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
 
 namespace vorl::detail {
 
-/// Gathers nodes and links, and makes the graph of them in the end.
+/// Links between numbered nodes, in the order in which they come.
 ///
-/// The graph is the one that the operations of `Graph` make, called in the same order.
-template <bool LINKS_WEIGHTED>
-class GraphLoader {
+/// Weights take memory from the first one on that isn't 1.
+class LinkGatherer {
 public:
-    using GraphT = Graph<LINKS_WEIGHTED>;
-    using LinksT = typename GraphT::LinksT;
-    using NodeT = typename GraphT::NodeT;
-    using InpLinksT = typename GraphT::InpLinksT;
+    void add(Id src, Id dst, LinkWeight weight, bool arc) {
+        if (m_runs.empty() || m_runs.back().arcs != arc) m_runs.push_back({m_links.size(), arc});
+        if (weight != 1 || !m_weights.empty()) addWeight(weight);
+        m_links.emplace_back(src, dst);
+    }
 
-    /// @param expected how many nodes may come
-    GraphLoader(Id expected, bool shuffle, bool sumdups)
-        : m_graph(std::make_shared<GraphT>(expected, shuffle, sumdups)), m_numbers(expected) {}
+    Size size() const { return m_links.size(); }
+    /// Visits the links in the order in which they came: (place, source, destination, arc).
+    template <class VisitT>
+    void eachLink(VisitT visit) const {
+        const ProgressReporter report;
+        for (auto run = m_runs.begin(); run != m_runs.end(); ++run) {
+            const Size end = run + 1 == m_runs.end() ? m_links.size() : run[1].begin;
+            for (Size i = run->begin; i < end; ++i) {
+                if (i % CHECKED == 0) report.check();
+                visit(i, m_links[i].first, m_links[i].second, run->arcs);
+            }
+        }
+    }
+    LinkWeight weight(Size link) const { return m_weights.empty() ? 1 : m_weights[link]; }
 
-    /// Adds the ids firstId to firstId + nodesNum - 1.
-    void addNodes(Id nodesNum, Id firstId, StructNodeErrors* errors);
-    /// Adds links of a node; all nodes must be there.
-    /// @throws std::out_of_range if one is unknown
-    template <bool DIRECTED>
-    void addNodeLinks(Id id, const InpLinksT& links);
-    /// Adds links of a node, and creates the nodes that are missing.
-    template <bool DIRECTED>
-    void addNodeAndLinks(Id id, const InpLinksT& links);
-
-    /// Puts the nodes that have come so far into the order that the seed draws.
-    void shuffle(std::uint64_t seed);
-    /// Stores the links and gives the graph away.
-    std::shared_ptr<GraphT> graph(StructLinkErrors* errors);
+    /// Adds the weights of repeated links up, each sum in the place of the first one.
+    /// @param arcs whether the sums are of arcs, an edge counting as both of its own; else all
+    ///     links are edges, the same both ways
+    void addUp(bool arcs);
+    /// Puts the nodes into the order that the seed draws.
+    /// @param[in,out] ids of the nodes, by number
+    void shuffle(std::uint64_t seed, std::vector<Id>& ids);
 
 private:
-    /// How many links ahead memory is fetched.
-    static constexpr Size AHEAD = 24;
+    template <bool LINKS_WEIGHTED>
+    friend class GraphLoader;
+
     /// How many links pass between looks at whether to go on.
     static constexpr Size CHECKED = 1 << 16;
 
@@ -56,29 +61,46 @@ private:
         bool arcs;
     };
 
-    Id create(Id id, StructNodeErrors* errors = nullptr);
-    Id known(Id id) const;
-    template <bool DIRECTED, class NumberT>
-    void append(Id src, const InpLinksT& links, NumberT number);
-    template <class VisitT>
-    void eachLink(VisitT visit) const;
+    void addWeight(LinkWeight weight) {
+        if (m_weights.empty()) m_weights.resize(m_links.size(), 1);
+        m_weights.push_back(weight);
+    }
+
+    std::vector<Ends> m_links;
+    std::vector<LinkWeight> m_weights;  // empty while all are 1
+    std::vector<Run> m_runs;
+};
+
+/// Makes a graph of nodes and links.
+///
+/// It is the one that the operations of `Graph` make, called in the same order.
+template <bool LINKS_WEIGHTED>
+class GraphLoader {
+public:
+    using GraphT = Graph<LINKS_WEIGHTED>;
+    using LinksT = typename GraphT::LinksT;
+    using NodeT = typename GraphT::NodeT;
+
+    /// @param links    are spent; all are without weights where the graph is
+    /// @param ids      of the nodes, by number
+    /// @param expected number of nodes for which the map of ids is laid out at once, if need be
+    GraphLoader(LinkGatherer& links, const std::vector<Id>& ids, bool shuffle, bool sumdups,
+                Id expected = 0);
+
+    /// Stores the links and gives the graph away.
+    std::shared_ptr<GraphT> graph(StructLinkErrors* errors);
+
+private:
+    /// How many links ahead memory is fetched.
+    static constexpr Size AHEAD = 24;
+
     std::vector<Size> ends() const;
     bool storeDistinct(StructLinkErrors* errors);
     void storeInOrder(StructLinkErrors* errors);
 
-    LinkWeight weight([[maybe_unused]] Size link) const {
-        if constexpr (LINKS_WEIGHTED)
-            return m_weights[link];
-        else
-            return 1;
-    }
-
+    LinkGatherer& m_links;
     std::shared_ptr<GraphT> m_graph;
-    IdNumbers m_numbers;
     std::vector<NodeT*> m_nodes;  // by number
-    std::vector<Ends> m_links;    // of numbers
-    std::vector<LinkWeight> m_weights;
-    std::vector<Run> m_runs;
     ProgressReporter m_report;
 };
 

@@ -9,6 +9,7 @@
 #include <vorl/types/plain_text.hpp>
 #include <vorl/types/search.hpp>
 
+#include <cstdint>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -19,6 +20,12 @@ namespace vorl::detail {
 inline bool drawBit() {
     static std::random_device device;
     return device() & 1;
+}
+
+/// A seed that isn't the same twice.
+inline std::uint64_t drawSeed() {
+    std::random_device device;
+    return std::uint64_t{device()} << 32 | device();
 }
 
 /// Calls `create` for each place from low to high - 1, with `shuffle` from both ends at random.

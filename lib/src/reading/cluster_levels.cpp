@@ -1,6 +1,6 @@
 #include <vorl/reading/cluster_levels.hpp>
 
-#include <vorl/reading/text_file.hpp>
+#include <vorl/reading/lines.hpp>
 
 #include <strings.h>
 #include <algorithm>
@@ -98,17 +98,22 @@ std::vector<Id> ClusterLevels::membersOf(Id cluster) const {
 }
 
 ClusterLevels readClusterLevels(const std::string& file, ClustersFormat format) {
-    const TextFile text(file);
+    const auto source = openSource(file);
+    Lines lines(*source, file);
     if (format == ClustersFormat::UNKNOWN) {
+        lines.hold();
+        const bool hierarchy = isHierarchy(lines);
+        lines.rewind(true);
         const bool table = hasExtension(file, ".tsv") || hasExtension(file, ".csv") ||
-                           hasExtension(file, ".clu") || beginsWithNames(text.text());
-        format = isHierarchy(text.text()) ? ClustersFormat::RHB
-                 : table                  ? ClustersFormat::TABLE
-                                          : ClustersFormat::CNL;
+                           hasExtension(file, ".clu") || beginsWithNames(lines);
+        format = hierarchy ? ClustersFormat::RHB
+                 : table   ? ClustersFormat::TABLE
+                           : ClustersFormat::CNL;
+        lines.rewind(false);
     }
-    if (format == ClustersFormat::RHB) return ClusterLevels(parseHierarchy(text.text(), file));
-    return ClusterLevels(format == ClustersFormat::TABLE ? parseTable(text.text(), file)
-                                                         : parseClusters(text.text(), file));
+    if (format == ClustersFormat::RHB) return ClusterLevels(parseHierarchy(lines));
+    return ClusterLevels(format == ClustersFormat::TABLE ? parseTable(lines)
+                                                         : parseClusters(lines));
 }
 
 }  // namespace vorl

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <functional>
 #include <limits>
 #include <utility>
@@ -17,17 +16,11 @@ namespace {
 
 class Reader {
 public:
-    explicit Reader(const std::string& name) { m_file.name = name; }
-
-    ClustersFile read(std::string_view text) {
-        if (text.starts_with(BYTE_ORDER_MARK)) text.remove_prefix(BYTE_ORDER_MARK.size());
-        while (!text.empty()) {
-            ++m_line;
-            std::string_view line = takeLine(text);
-            if (line.ends_with('\r')) line.remove_suffix(1);
-            if (std::memchr(line.data(), '\0', line.size()))
-                throw fault("a NUL byte: the file is binary, lines of text are expected");
-            line = trimFront(line);
+    ClustersFile read(Lines& lines) {
+        m_file.name = lines.name();
+        while (lines.next()) {
+            m_line = lines.number();
+            const std::string_view line = trimFront(lines.line());
             if (line.empty()) continue;
             if (line.front() != '#')
                 readCluster(line);
@@ -66,7 +59,7 @@ private:
     }
 
     Id toId(std::string_view token, const char* what) const {
-        return vorl::toId(token, what, [this](const std::string& told) { return fault(told); });
+        return vorl::toId(token, what, detail::faultsAt(m_file.name, m_line));
     }
 
     Share toShare(std::string_view token, Id node) const {
@@ -178,8 +171,12 @@ private:
 
 }  // namespace
 
+ClustersFile parseClusters(Lines& lines) { return Reader().read(lines); }
+
 ClustersFile parseClusters(std::string_view text, const std::string& name) {
-    return Reader(name).read(text);
+    TextSource source(text);
+    Lines lines(source, name);
+    return parseClusters(lines);
 }
 
 }  // namespace vorl

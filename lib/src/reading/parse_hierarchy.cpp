@@ -1,4 +1,6 @@
 // The reader of the format RHB.
+#include "settling.hpp"
+
 #include <vorl/reading/hierarchy_file.hpp>
 #include <vorl/reading/tokens.hpp>
 #include <vorl/reading/wording.hpp>
@@ -12,15 +14,11 @@ namespace vorl {
 
 class HierarchyReader {
 public:
-    explicit HierarchyReader(const std::string& name) { m_file.m_name = name; }
-
-    HierarchyFile read(std::string_view text) {
-        if (text.starts_with(BYTE_ORDER_MARK)) text.remove_prefix(BYTE_ORDER_MARK.size());
-        while (!text.empty()) {
-            ++m_line;
-            std::string_view line = takeLine(text);
-            if (line.ends_with('\r')) line.remove_suffix(1);
-            line = trimFront(line);
+    HierarchyFile read(Lines& lines) {
+        m_file.m_name = lines.name();
+        while (lines.next()) {
+            m_line = lines.number();
+            const std::string_view line = trimFront(lines.line());
             if (line.empty() || line.front() == '#') continue;
             if (line.front() == '/')
                 readSection(line);
@@ -124,7 +122,7 @@ private:
             throw fault("the line begins with " + quoted(nextToken(line)) +
                         ", an id directly followed by \">\" is expected");
         const auto toItem = [this](std::string_view token, const char* what) {
-            return toId(token, what, [this](const std::string& told) { return fault(told); });
+            return toId(token, what, detail::faultsAt(m_file.m_name, m_line));
         };
         const Id id = toItem(line.substr(0, end), node ? "node" : "cluster");
         IdNumbers& numbers = node ? m_file.m_nodeNumbers : m_file.m_clusterNumbers;
@@ -209,18 +207,20 @@ private:
     Size m_fullsize = 0;
 };
 
-bool isHierarchy(std::string_view text) {
-    if (text.starts_with(BYTE_ORDER_MARK)) text.remove_prefix(BYTE_ORDER_MARK.size());
-    while (!text.empty()) {
-        const std::string_view line = trimFront(takeLine(text));
-        if (!line.empty() && line != "\r" && line.front() != '#')
-            return line.starts_with("/Hierarchy");
+bool isHierarchy(Lines& lines) {
+    while (lines.next()) {
+        const std::string_view line = trimFront(lines.line());
+        if (!line.empty() && line.front() != '#') return line.starts_with("/Hierarchy");
     }
     return false;
 }
 
+HierarchyFile parseHierarchy(Lines& lines) { return HierarchyReader().read(lines); }
+
 HierarchyFile parseHierarchy(std::string_view text, const std::string& name) {
-    return HierarchyReader(name).read(text);
+    TextSource source(text);
+    Lines lines(source, name);
+    return parseHierarchy(lines);
 }
 
 }  // namespace vorl

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 #include <limits>
 #include <map>
 #include <numeric>
@@ -82,17 +81,11 @@ std::optional<Columns> columnsOf(const std::vector<std::string_view>& words) {
 
 class TableReader {
 public:
-    explicit TableReader(const std::string& name) { m_file.name = name; }
-
-    ClustersFile read(std::string_view text) {
-        if (text.starts_with(BYTE_ORDER_MARK)) text.remove_prefix(BYTE_ORDER_MARK.size());
-        while (!text.empty()) {
-            ++m_line;
-            std::string_view line = takeLine(text);
-            if (line.ends_with('\r')) line.remove_suffix(1);
-            if (std::memchr(line.data(), '\0', line.size()))
-                throw fault("a NUL byte: the file is binary, lines of text are expected");
-            line = trimFront(line);
+    ClustersFile read(Lines& lines) {
+        m_file.name = lines.name();
+        while (lines.next()) {
+            m_line = lines.number();
+            std::string_view line = trimFront(lines.line());
             if (line.empty()) continue;
             const bool comment = line.front() == '#' || line.front() == '%';
             if (comment) line.remove_prefix(1);
@@ -142,8 +135,8 @@ private:
             throw fault("more than 4294967295 members up to here");
         Row row{0, static_cast<Id>(number), 0, m_line};
         if (!m_vector)
-            row.node = toId(word(m_columns.node, "node"), "node",
-                            [this](const std::string& told) { return fault(told); });
+            row.node =
+                toId(word(m_columns.node, "node"), "node", detail::faultsAt(m_file.name, m_line));
         const std::string_view label = word(m_vector ? 0 : m_columns.cluster, "cluster");
         auto known = m_labels.find(label);
         if (known == m_labels.end())
@@ -237,13 +230,10 @@ private:
 
 }  // namespace
 
-bool beginsWithNames(std::string_view text) {
-    if (text.starts_with(BYTE_ORDER_MARK)) text.remove_prefix(BYTE_ORDER_MARK.size());
+bool beginsWithNames(Lines& lines) {
     std::vector<std::string_view> words;
-    while (!text.empty()) {
-        std::string_view line = takeLine(text);
-        if (line.ends_with('\r')) line.remove_suffix(1);
-        line = trimFront(line);
+    while (lines.next()) {
+        const std::string_view line = trimFront(lines.line());
         if (line.empty() || line.front() == '#' || line.front() == '%') continue;
         splitWords(line, words);
         return isOneOf(words[0], {"*vertices"}) || columnsOf(words);
@@ -251,8 +241,12 @@ bool beginsWithNames(std::string_view text) {
     return false;
 }
 
+ClustersFile parseTable(Lines& lines) { return TableReader().read(lines); }
+
 ClustersFile parseTable(std::string_view text, const std::string& name) {
-    return TableReader(name).read(text);
+    TextSource source(text);
+    Lines lines(source, name);
+    return parseTable(lines);
 }
 
 }  // namespace vorl

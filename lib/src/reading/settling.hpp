@@ -5,6 +5,14 @@
 
 namespace vorl::detail {
 
+/// Makes the errors of words in a line.
+inline auto faultsAt(const std::string& file, std::size_t line) {
+    return [&file, line](const std::string& wrong, const std::string& found,
+                         const std::string& expected) {
+        return InputError(InputError::Parts{file, line, wrong, found, expected});
+    };
+}
+
 /// Fills in the nodes, and whether there are several levels.
 /// @param toldClusters  number of clusters by the header, 0 if it doesn't tell
 void settleNodes(ClustersFile& file, Size toldClusters = 0);

@@ -1,10 +1,7 @@
 #include <vorl/reading/unpack.hpp>
 
-#include "space.hpp"
-
 #include <vorl/reading/input_error.hpp>
 #include <vorl/reading/wording.hpp>
-#include <vorl/types/progress.hpp>
 
 #include <dlfcn.h>
 #include <algorithm>
@@ -29,30 +26,27 @@ namespace {
 constexpr std::size_t BLOCK = 1 << 18;
 
 InputError damaged(const std::string& file, const char* packing, const std::string& what) {
-    return InputError(file + ": the " + packing + " data " + what);
+    return InputError(
+        InputError::Parts{.file = file, .wrong = std::string("the ") + packing + " data " + what});
 }
 
-/// Gathers the unpacked text.
-class Gatherer {
+/// What is read in front of an unpacker.
+class PackedBlock {
 public:
-    Gatherer(const std::string& file, const char* packing, std::size_t most)
-        : m_file(file), m_packing(packing), m_most(most) {
-        reserveSpace(m_text, most);
-    }
+    explicit PackedBlock(std::unique_ptr<Source> source)
+        : m_source(std::move(source)), m_block(std::make_unique<char[]>(BLOCK)) {}
 
-    void append(const char* data, std::size_t size) {
-        if (size > m_most - m_text.size())
-            throw MemoryLimitError(m_file + ": the " + m_packing + " data unpacks to more than " +
-                                   bytes(m_most) + ", which is too much here");
-        m_text.append(data, size);
+    /// What is left of the block, a further one if there is nothing left; empty at the end.
+    std::string_view rest() {
+        if (m_rest.empty()) m_rest = {m_block.get(), m_source->read(m_block.get(), BLOCK)};
+        return m_rest;
     }
-    std::string take() { return std::move(m_text); }
+    void take(std::size_t count) { m_rest.remove_prefix(count); }
 
 private:
-    const std::string& m_file;
-    const char* m_packing;
-    std::size_t m_most;
-    std::string m_text;
+    std::unique_ptr<Source> m_source;
+    std::unique_ptr<char[]> m_block;
+    std::string_view m_rest;
 };
 
 /// A library of the system. It is loaded when a file first asks for it, so that whoever links this
@@ -75,7 +69,8 @@ private:
 };
 
 InputError missing(const std::string& file, const char* packing, const std::string& what) {
-    return InputError(file + ": " + packing + " data can't be unpacked here, " + what);
+    return InputError(InputError::Parts{
+        .file = file, .wrong = std::string(packing) + " data can't be unpacked here, " + what});
 }
 
 template <class LibraryT>
@@ -97,48 +92,71 @@ struct Zlib {
     decltype(inflateEnd)* end = library.function<decltype(inflateEnd)>("inflateEnd");
 };
 
-std::string unpackGzip(std::string_view data, const std::string& file, std::size_t most) {
-    const Zlib& zlib = loaded<Zlib>(file, "gzip");
-    z_stream stream{};
-    constexpr int gzipWindow = 15 + 16;
-    if (zlib.init(&stream, gzipWindow, ZLIB_VERSION, sizeof stream) != Z_OK) throw std::bad_alloc();
-    const std::unique_ptr<z_stream, int (*)(z_stream*)> end(&stream, zlib.end);
-    const auto block = std::make_unique<Bytef[]>(BLOCK);
-    Gatherer text(file, "gzip", most);
-    const ProgressReporter report;
-    report.begin("unpacking", data.size());
-    bool complete = false;
-    while (!complete || !data.empty()) {
-        // Zeros may follow that fill up a block.
-        if (complete && data.find_first_not_of('\0') == std::string_view::npos) break;
-        // A further member follows.
-        if (complete && zlib.reset(&stream) != Z_OK) throw std::bad_alloc();
-        complete = false;
-        const std::size_t piece =
-            std::min<std::size_t>(data.size(), std::numeric_limits<uInt>::max());
-        stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(data.data()));
-        stream.avail_in = static_cast<uInt>(piece);
-        stream.next_out = block.get();
-        stream.avail_out = BLOCK;
-        const int result = zlib.run(&stream, Z_NO_FLUSH);
-        report.advance(piece - stream.avail_in);
-        data.remove_prefix(piece - stream.avail_in);
-        text.append(reinterpret_cast<const char*>(block.get()), BLOCK - stream.avail_out);
+class GzipSource : public Source {
+public:
+    GzipSource(std::unique_ptr<Source> packed, const std::string& file)
+        : m_file(file), m_zlib(loaded<Zlib>(file, "gzip")), m_packed(std::move(packed)) {
+        constexpr int gzipWindow = 15 + 16;
+        if (m_zlib.init(&m_stream, gzipWindow, ZLIB_VERSION, sizeof m_stream) != Z_OK)
+            throw std::bad_alloc();
+    }
+    ~GzipSource() override { m_zlib.end(&m_stream); }
+
+    std::size_t read(char* data, std::size_t most) override {
+        const auto room =
+            static_cast<uInt>(std::min<std::size_t>(most, std::numeric_limits<uInt>::max()));
+        m_stream.next_out = reinterpret_cast<Bytef*>(data);
+        m_stream.avail_out = room;
+        while (m_stream.avail_out == room && (!m_complete || nextMember())) inflate();
+        return room - m_stream.avail_out;
+    }
+
+private:
+    /// Goes to a further member, if one follows. Zeros may follow instead that fill up a block.
+    bool nextMember() {
+        bool zeros = false;
+        while (!m_packed.rest().empty() && m_packed.rest().front() == '\0') {
+            zeros = true;
+            m_packed.take(
+                std::min(m_packed.rest().find_first_not_of('\0'), m_packed.rest().size()));
+        }
+        if (m_packed.rest().empty()) return false;
+        if (zeros) throw damaged(m_file, "gzip", "is damaged: incorrect header check");
+        if (m_zlib.reset(&m_stream) != Z_OK) throw std::bad_alloc();
+        m_complete = false;
+        return true;
+    }
+
+    void inflate() {
+        const std::string_view rest = m_packed.rest();
+        if (rest.empty()) throw damaged(m_file, "gzip", "ends early");
+        m_stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(rest.data()));
+        m_stream.avail_in = static_cast<uInt>(rest.size());
+        const int result = m_zlib.run(&m_stream, Z_NO_FLUSH);
+        m_packed.take(rest.size() - m_stream.avail_in);
         if (result == Z_STREAM_END)
-            complete = true;
-        else if (result == Z_BUF_ERROR)
-            throw damaged(file, "gzip", "ends early");
+            m_complete = true;
         else if (result == Z_MEM_ERROR)
             throw std::bad_alloc();
         else if (result != Z_OK)
-            throw damaged(file, "gzip",
-                          std::string("is damaged: ") + (stream.msg ? stream.msg : "unreadable"));
+            throw damaged(
+                m_file, "gzip",
+                std::string("is damaged: ") + (m_stream.msg ? m_stream.msg : "unreadable"));
     }
-    return text.take();
+
+    std::string m_file;
+    const Zlib& m_zlib;
+    PackedBlock m_packed;
+    z_stream m_stream{};
+    bool m_complete = false;  // the member is at its end
+};
+
+std::unique_ptr<Source> unpackGzip(std::unique_ptr<Source> packed, const std::string& file) {
+    return std::make_unique<GzipSource>(std::move(packed), file);
 }
 
 #else
-std::string unpackGzip(std::string_view, const std::string& file, std::size_t) {
+std::unique_ptr<Source> unpackGzip(std::unique_ptr<Source>, const std::string& file) {
     throw missing(file, "gzip", "the library was built without zlib");
 }
 #endif
@@ -161,63 +179,79 @@ struct Zstd {
         library.function<decltype(ZSTD_getErrorName)>("ZSTD_getErrorName");
 };
 
-std::string unpackZstd(std::string_view data, const std::string& file, std::size_t most) {
-    const Zstd& zstd = loaded<Zstd>(file, "zstd");
-    const std::unique_ptr<ZSTD_DStream, std::size_t (*)(ZSTD_DStream*)> stream(zstd.create(),
-                                                                               zstd.end);
-    if (!stream) throw std::bad_alloc();
-    // The window that a file asks for is in memory beside the text.
-    constexpr int windowMin = 27;
-    constexpr int windowMax = 31;
-    const int window = std::clamp(static_cast<int>(std::bit_width(most)) - 1, windowMin, windowMax);
-    zstd.set(stream.get(), ZSTD_d_windowLogMax, window);
-    const auto block = std::make_unique<char[]>(BLOCK);
-    Gatherer text(file, "zstd", most);
-    ZSTD_inBuffer in{data.data(), data.size(), 0};
-    const ProgressReporter report;
-    report.begin("unpacking", data.size());
-    std::size_t rest = 1;
-    while (in.pos < in.size || rest != 0) {
-        ZSTD_outBuffer out{block.get(), BLOCK, 0};
-        const std::size_t before = in.pos;
-        rest = zstd.run(stream.get(), &out, &in);
-        if (zstd.isError(rest) && zstd.errorCode(rest) == ZSTD_error_memory_allocation)
-            throw std::bad_alloc();
-        if (zstd.isError(rest) && zstd.errorCode(rest) == ZSTD_error_frameParameter_windowTooLarge)
-            throw damaged(file, "zstd",
-                          "needs a window of more than " + bytes(Size{1} << window) +
-                              ", which is too much here");
-        if (zstd.isError(rest))
-            throw damaged(file, "zstd", std::string("is damaged: ") + zstd.errorName(rest));
-        report.advance(in.pos - before);
-        text.append(block.get(), out.pos);
-        if (rest != 0 && in.pos == before && out.pos == 0)
-            throw damaged(file, "zstd", "ends early");
+class ZstdSource : public Source {
+public:
+    ZstdSource(std::unique_ptr<Source> packed, const std::string& file, std::size_t most)
+        : m_file(file),
+          m_zstd(loaded<Zstd>(file, "zstd")),
+          m_packed(std::move(packed)),
+          m_stream(m_zstd.create(), m_zstd.end) {
+        if (!m_stream) throw std::bad_alloc();
+        constexpr int windowMin = 27;
+        constexpr int windowMax = 31;
+        m_window = std::clamp(static_cast<int>(std::bit_width(most)) - 1, windowMin, windowMax);
+        m_zstd.set(m_stream.get(), ZSTD_d_windowLogMax, m_window);
     }
-    return text.take();
+
+    std::size_t read(char* data, std::size_t most) override {
+        ZSTD_outBuffer out{data, most, 0};
+        while (out.pos == 0) {
+            const std::string_view rest = m_packed.rest();
+            if (rest.empty() && m_wanted == 0) break;
+            ZSTD_inBuffer in{rest.data(), rest.size(), 0};
+            m_wanted = m_zstd.run(m_stream.get(), &out, &in);
+            if (m_zstd.isError(m_wanted)) fail();
+            m_packed.take(in.pos);
+            if (rest.empty() && m_wanted != 0 && out.pos == 0)
+                throw damaged(m_file, "zstd", "ends early");
+        }
+        return out.pos;
+    }
+
+private:
+    [[noreturn]] void fail() const {
+        if (m_zstd.errorCode(m_wanted) == ZSTD_error_memory_allocation) throw std::bad_alloc();
+        if (m_zstd.errorCode(m_wanted) == ZSTD_error_frameParameter_windowTooLarge)
+            throw damaged(m_file, "zstd",
+                          "needs a window of more than " + bytes(Size{1} << m_window) +
+                              ", which is too much here");
+        throw damaged(m_file, "zstd", std::string("is damaged: ") + m_zstd.errorName(m_wanted));
+    }
+
+    std::string m_file;
+    const Zstd& m_zstd;
+    PackedBlock m_packed;
+    std::unique_ptr<ZSTD_DStream, std::size_t (*)(ZSTD_DStream*)> m_stream;
+    int m_window;
+    std::size_t m_wanted = 1;  // 0 at the end of a frame
+};
+
+std::unique_ptr<Source> unpackZstd(std::unique_ptr<Source> packed, const std::string& file,
+                                   std::size_t most) {
+    return std::make_unique<ZstdSource>(std::move(packed), file, most);
 }
 #else
-std::string unpackZstd(std::string_view, const std::string& file, std::size_t) {
+std::unique_ptr<Source> unpackZstd(std::unique_ptr<Source>, const std::string& file, std::size_t) {
     throw missing(file, "zstd", "the library was built without zstd");
 }
 #endif
 
 }  // namespace
 
-Packing packingOf(std::string_view data) {
-    if (data.starts_with("\x1F\x8B")) return Packing::GZIP;
-    if (data.starts_with("\x28\xB5\x2F\xFD")) return Packing::ZSTD;
+Packing packingOf(std::string_view head) {
+    if (head.starts_with("\x1F\x8B")) return Packing::GZIP;
+    if (head.starts_with("\x28\xB5\x2F\xFD")) return Packing::ZSTD;
     return Packing::NONE;
 }
 
-std::string unpack(std::string_view data, Packing packing, const std::string& file,
-                   std::size_t most) {
+std::unique_ptr<Source> unpacked(std::unique_ptr<Source> packed, Packing packing,
+                                 const std::string& file, std::size_t most) {
     switch (packing) {
-        case Packing::GZIP: return unpackGzip(data, file, most);
-        case Packing::ZSTD: return unpackZstd(data, file, most);
+        case Packing::GZIP: return unpackGzip(std::move(packed), file);
+        case Packing::ZSTD: return unpackZstd(std::move(packed), file, most);
         case Packing::NONE: break;
     }
-    return std::string(data);
+    return packed;
 }
 
 }  // namespace vorl

@@ -93,8 +93,13 @@ TEST(ClusterLevels, ClustersInsideOthersAreLevels) {
 TEST(ClusterLevels, LinesOfPairsLookLikeATable) {
     EXPECT_TRUE(ClusterLevels(parseClusters("1 7\n2 7\n3 8\n4 8\n", "")).likeTable());
     EXPECT_FALSE(ClusterLevels(parseClusters("1 2\n3 4\n5 6\n7 8\n", "")).likeTable());
-    EXPECT_TRUE(beginsWithNames("# a comment\n\nNode\tCommunity\tshare\n"));
-    EXPECT_FALSE(beginsWithNames("1 2\n"));
+    const auto named = [](std::string_view text) {
+        TextSource source(text);
+        Lines lines(source, "f");
+        return beginsWithNames(lines);
+    };
+    EXPECT_TRUE(named("# a comment\n\nNode\tCommunity\tshare\n"));
+    EXPECT_FALSE(named("1 2\n"));
 }
 
 }  // namespace

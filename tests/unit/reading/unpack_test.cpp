@@ -3,10 +3,13 @@
 #include "support/trace.hpp"
 
 #include <vorl/reading/input_error.hpp>
-#include <vorl/reading/text_file.hpp>
+#include <vorl/reading/source.hpp>
 #include <vorl/reading/unpack.hpp>
 
 #include <gtest/gtest.h>
+
+#include <memory>
+#include <sstream>
 
 namespace vorl {
 namespace {
@@ -18,6 +21,19 @@ struct Case {
 
 const std::string KARATE = VORL_DATA_DIR "/karate.nse";
 constexpr std::size_t MOST = 1 << 24;
+
+std::string readAll(Source& source) {
+    std::string text;
+    char block[4096];
+    while (const std::size_t count = source.read(block, sizeof block)) text.append(block, count);
+    return text;
+}
+
+/// The unpacked text.
+std::string unpack(std::string_view packed, Packing packing, const std::string& file,
+                   std::size_t window) {
+    return readAll(*unpacked(std::make_unique<TextSource>(packed), packing, file, window));
+}
 
 const Case CASES[] = {{Packing::GZIP, test::gzip}, {Packing::ZSTD, test::zstd}};
 
@@ -76,24 +92,35 @@ TEST(Unpack, WindowsMayBeAsLargeAsTheText) {
               "f: the zstd data needs a window of more than 128.0 MiB, which is too much here");
 }
 
-TEST(Unpack, SizeIsLimited) {
-    const std::string zeros(1'000'000, '0');
+TEST(Unpack, TextsNeedntFitIntoMemory) {
+    // Ten thousand times as much as what is packed.
+    const std::string zeros(100'000'000, '0');
     for (const Case& c : CASES) {
         const std::string packed = c.pack(zeros);
-        EXPECT_EQ(unpack(packed, c.packing, "f", zeros.size()).size(), zeros.size());
-        const std::string error =
-            test::errorOf<InputError>([&] { unpack(packed, c.packing, "file", zeros.size() - 1); });
-        EXPECT_TRUE(test::contains(error, "unpacks to more than 976.6 KiB")) << error;
+        const auto source = unpacked(std::make_unique<TextSource>(packed), c.packing, "f", MOST);
+        char block[1000];
+        std::size_t size = 0;
+        while (const std::size_t count = source->read(block, sizeof block)) size += count;
+        EXPECT_EQ(size, zeros.size());
     }
 }
 
-TEST(TextFile, EndlessOnesAreRefused) {
-    EXPECT_EQ(test::errorOf<InputError>([] { TextFile("/dev/zero", 1'000'000); }),
-              "/dev/zero: there are more than 976.6 KiB, which is too much here");
-    const std::size_t size = test::contents(KARATE).size();
-    EXPECT_EQ(TextFile(KARATE, size).text(), test::contents(KARATE));
-    EXPECT_THROW(TextFile(KARATE, size - 1), InputError);
-    EXPECT_GT(textLimit(), std::size_t{1} << 26);
+TEST(Sources, GiveTheSameBytes) {
+    const std::string text = test::contents(KARATE);
+    EXPECT_EQ(readAll(*openSource(KARATE)), text);
+    EXPECT_EQ(openSource(KARATE)->size(), text.size());
+    TextSource memory(text);
+    EXPECT_EQ(readAll(memory), text);
+    std::istringstream stream(text);
+    StreamSource streamed(stream, "stream");
+    EXPECT_EQ(readAll(streamed), text);
+    const test::Folder folder;
+    for (const Case& c : CASES)
+        EXPECT_EQ(readAll(*openSource(folder.write("packed", c.pack(text)))), text);
+    // Shorter than what tells of a packing.
+    for (const char* few : {"", "1", "\x1F", "\x28\xB5"})
+        EXPECT_EQ(readAll(*openSource(folder.write("few", few))), few);
+    EXPECT_THROW(openSource(folder.path().string()), InputError);
 }
 
 }  // namespace

@@ -1,0 +1,154 @@
+// What the readers of all formats of networks have in common.
+#pragma once
+
+#include <vorl/reading/input_error.hpp>
+#include <vorl/reading/lines.hpp>
+#include <vorl/reading/network_scan.hpp>
+#include <vorl/reading/tokens.hpp>
+#include <vorl/reading/wording.hpp>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace vorl::detail {
+
+/// Takes the links of a network in, and checks their numbers.
+class NetworkReader {
+public:
+    /// @param visit may be empty
+    NetworkReader(const std::string& file, const ScanOptions& options, NodeNames& nodes,
+                  const LinkVisitor& visit)
+        : m_file(file),
+          m_options(options),
+          m_readWeights(options.weights),
+          m_nodes(nodes),
+          m_visit(visit) {}
+    NetworkReader(const NetworkReader&) = delete;
+    NetworkReader& operator=(const NetworkReader&) = delete;
+    virtual ~NetworkReader() = default;
+
+    NetworkFacts read();
+
+protected:
+    /// Reads on to the end, and sets `line` and `bytes` meanwhile.
+    virtual void readAll() = 0;
+    virtual void checkTotals() {}
+
+    InputError fault(const std::string& what) const { return InputError::at(m_file, m_line, what); }
+    /// A fault of something that has a value.
+    InputError fault(const std::string& wrong, std::string_view found,
+                     const std::string& expected) const {
+        return InputError(InputError::Parts{m_file, m_line, wrong, quoted(found), expected});
+    }
+    InputError headerFault(const std::string& what) const {
+        return InputError::at(m_file, m_facts.headerLine, what);
+    }
+
+    /// With those that are left out.
+    Size linksOfFile() const {
+        return m_facts.links() + (m_options.zeros == ZeroWeights::DROP ? m_facts.zeroWeights : 0);
+    }
+
+    Size toCount(std::string_view token, const std::string& what) const;
+    /// A number of nodes.
+    Size toNodes(std::string_view token) const;
+    bool toFlag(std::string_view token, const char* what) const;
+    Id toId(std::string_view token, const char* what) const {
+        // Plain digits that can't overflow.
+        if (token.size() - 1 < 9) {
+            Id id = 0;
+            std::size_t i = 0;
+            for (; i < token.size(); ++i) {
+                const auto digit = static_cast<unsigned>(token[i] - '0');
+                if (digit > 9) break;
+                id = 10 * id + digit;
+            }
+            if (i == token.size()) return id;
+        }
+        return toWideId(token, what);
+    }
+    /// The weight of a link by the one that is given.
+    LinkWeight takeWeight(std::string_view token) {
+        const LinkWeight weight = toWeight(token);
+        if (!m_readWeights) return 1;
+        m_facts.statesWeights = true;
+        m_zero = weight == 0;
+        return m_zero ? 1 : weight;
+    }
+    LinkWeight toWeight(std::string_view token) const;
+
+    /// @throws MemoryLimitError if so many nodes can't be announced
+    void requireRoom(Size nodes) const {
+        if (nodes > m_options.bounds.nodes) refuse("the header tells of " + counted(nodes, "node"));
+    }
+
+    /// @param src number of the node
+    void addLink(Id src, Id dst, LinkWeight weight, bool arc) {
+        if (m_zero) {
+            m_zero = false;
+            if (m_facts.zeroWeights++ == 0) m_facts.firstZeroWeight = m_line;
+            if (m_options.zeros == ZeroWeights::DROP) return;
+        }
+        m_facts.selfEdges += !arc && src == dst;
+        ++(arc ? m_facts.arcs : m_facts.edges);
+        m_facts.weight += static_cast<AccWeight>(weight);
+        if (m_facts.links() > m_options.bounds.links)
+            refuse("there are more than " + counted(m_options.bounds.links, "link"));
+        if (m_visit) m_visit({src, dst, weight, arc});
+    }
+
+    /// The same of a link between nodes by id; those of one that is left out aren't numbered.
+    void addLinkOf(Id src, Id dst, LinkWeight weight, bool arc) {
+        if (m_zero && m_options.zeros == ZeroWeights::DROP) {
+            addLink(0, 0, weight, arc);
+            return;
+        }
+        const Id number = m_nodes.number(src);
+        addLink(number, m_nodes.number(dst), weight, arc);
+    }
+
+    const std::string& m_file;
+    const ScanOptions& m_options;
+    bool m_readWeights;
+    NodeNames& m_nodes;
+    std::size_t m_line = 0;
+    NetworkFacts m_facts;
+
+private:
+    Id toWideId(std::string_view token, const char* what) const;
+    [[noreturn]] void refuse(const std::string& what) const;
+
+    const LinkVisitor& m_visit;
+    bool m_zero = false;  // the weight of the next link is 0
+};
+
+/// Reads a network line by line.
+class LineNetworkReader : public NetworkReader {
+public:
+    LineNetworkReader(Source& source, const std::string& file, const ScanOptions& options,
+                      NodeNames& nodes, const LinkVisitor& visit)
+        : NetworkReader(file, options, nodes, visit),
+          m_size(source.size()),
+          m_lines(source, file) {}
+
+protected:
+    void readAll() override;
+    /// @param line  isn't empty, and begins with no blank
+    virtual void readLine(std::string_view line) = 0;
+
+    const std::optional<std::size_t> m_size;  ///< of the source, if it tells
+
+private:
+    Lines m_lines;
+};
+
+std::unique_ptr<NetworkReader> linkListReader(Source& source, const std::string& file,
+                                              const ScanOptions& options, NodeNames& nodes,
+                                              const LinkVisitor& visit);
+std::unique_ptr<NetworkReader> sectionsReader(Source& source, const std::string& file,
+                                              const ScanOptions& options, NodeNames& nodes,
+                                              const LinkVisitor& visit);
+
+}  // namespace vorl::detail
