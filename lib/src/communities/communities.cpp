@@ -159,7 +159,7 @@ Communities communities(const FlatNetwork& network, const CommunitiesOptions& op
     const ProgressReporter report;
     report.begin("communities");
     detail::Workers workers(options.threads);
-    const Linked linked(network, workers);
+    Linked linked(network, workers);
     CommunitiesBuilder builder(network, linked);
     if (linked.nodes.empty()) return builder.take({{0}, {}}, {}, {}, clock.seconds());
     const Id nodes = linked.network.size();

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <span>
+#include <utility>
 
 namespace vorl::detail {
 
@@ -20,114 +22,122 @@ LinkWeight Grid::operator()(LinkWeight weight) const {
 
 namespace {
 
-/// The links of each node that lead to one of higher degree, or of the same and a higher number.
+/// Places of the links of a node that lead to one of higher degree, or of the same and a higher
+/// number.
 struct Upward {
-    std::vector<Size> begin;
-    std::vector<Id> dest;
-    std::vector<Id> triangles;
-
-    Upward(const ItemLinks<LinkWeight>& links, Workers& workers) {
-        const auto degree = [&](Id i) { return links.begin[i + Size{1}] - links.begin[i]; };
-        const auto up = [&](Id i, Id j) {
-            return degree(i) < degree(j) || (degree(i) == degree(j) && i < j);
-        };
-        begin.resize(links.begin.size());
-        workers.each(links.size(), [&](Size i) {
-            Size count = 0;
-            for (Size ln = links.begin[i]; ln < links.begin[i + 1]; ++ln)
-                count += up(static_cast<Id>(i), links.dest[ln]);
-            begin[i + 1] = count;
-        });
-        for (Size i = 0; i < links.size(); ++i) begin[i + 1] += begin[i];
-        dest.resize(begin.back());
-        triangles.resize(begin.back());
-        workers.each(links.size(), [&](Size i) {
-            Size next = begin[i];
-            for (Size ln = links.begin[i]; ln < links.begin[i + 1]; ++ln)
-                if (up(static_cast<Id>(i), links.dest[ln])) dest[next++] = links.dest[ln];
-        });
-    }
-
-    /// The place of the link from i to j, which is there.
-    Size find(Id i, Id j) const {
-        const auto first = dest.begin() + static_cast<std::ptrdiff_t>(begin[i]);
-        const auto last = dest.begin() + static_cast<std::ptrdiff_t>(begin[i + Size{1}]);
-        return static_cast<Size>(std::lower_bound(first, last, j) - dest.begin());
-    }
+    Size first;
+    Size last;
 };
+
+/// Puts the links that lead upward behind the others of each node, and leaves their order else.
+std::vector<Upward> sortUpward(ItemLinks<LinkWeight>& links, Workers& workers) {
+    std::vector<Upward> upward(links.size());
+    workers.share(links.size(), Workers::GRAIN, [&](Size first, Size last, unsigned) {
+        std::vector<std::pair<Id, LinkWeight>> up;
+        for (Size i = first; i < last; ++i) {
+            const Size degree = links.begin[i + 1] - links.begin[i];
+            up.clear();
+            Size next = links.begin[i];
+            for (Size ln = links.begin[i]; ln < links.begin[i + 1]; ++ln) {
+                const Id other = links.dest[ln];
+                const Size far = links.begin[other + Size{1}] - links.begin[other];
+                if (degree < far || (degree == far && i < other)) {
+                    up.emplace_back(other, links.weight[ln]);
+                } else {
+                    links.dest[next] = other;
+                    links.weight[next++] = links.weight[ln];
+                }
+            }
+            upward[i] = {next, links.begin[i + 1]};
+            for (const auto& [other, weight] : up) {
+                links.dest[next] = other;
+                links.weight[next++] = weight;
+            }
+        }
+    });
+    return upward;
+}
 
 /// Which nodes the one at hand has links to. That lies all over the memory, so a small table tells
 /// nearly always that there is none.
 struct Marks {
     static constexpr Id SLOTS = 1 << 14;
 
-    std::vector<Id> place;  // of a node in the list of the one at hand and 1, or 0
-    std::vector<Id> slots;  // whether any node of a slot is in the list
+    std::vector<Id> place;    // of a node in the list of the one at hand and 1, or 0
+    std::vector<char> slots;  // whether any node of a slot is in the list
 
     explicit Marks(Size nodes) : place(nodes), slots(SLOTS) {}
 
     void set(Id node, Id number) {
         place[node] = number;
-        slots[node % SLOTS] = number;
+        slots[node % SLOTS] = number != 0;
     }
     Id operator[](Id node) const { return slots[node % SLOTS] ? place[node] : 0; }
 };
 
-/// Counts the triangles of each link; with threads, several may count for one link.
+/// Counts the triangles of each upward link; with threads, several may count for one link.
 template <bool THREADS>
-void countTriangles(Upward& up, Workers& workers) {
+void countTriangles(const ItemLinks<LinkWeight>& links, const std::vector<Upward>& upward,
+                    std::vector<Id>& triangles, Workers& workers) {
     const auto count = [&](Size place, Id number) {
         if constexpr (THREADS)
-            std::atomic_ref<Id>(up.triangles[place]).fetch_add(number, std::memory_order_relaxed);
+            std::atomic_ref<Id>(triangles[place]).fetch_add(number, std::memory_order_relaxed);
         else
-            up.triangles[place] += number;
+            triangles[place] += number;
     };
-    const Size nodes = up.begin.size() - 1;
     std::vector<std::optional<Marks>> marks(workers.count());
-    workers.share(nodes, 256, [&](Size first, Size last, unsigned worker) {
-        if (!marks[worker]) marks[worker].emplace(nodes);
+    workers.share(links.size(), 256, [&](Size first, Size last, unsigned worker) {
+        if (!marks[worker]) marks[worker].emplace(links.size());
         Marks& mark = *marks[worker];
         for (Size i = first; i < last; ++i) {
-            const Size from = up.begin[i];
-            const Size to = up.begin[i + 1];
+            const auto [from, to] = upward[i];
             if (to - from < 2) continue;
             for (Size ln = from; ln < to; ++ln) {
-                mark.set(up.dest[ln], static_cast<Id>(ln - from + 1));
-                __builtin_prefetch(up.dest.data() + up.begin[up.dest[ln]]);
+                mark.set(links.dest[ln], static_cast<Id>(ln - from + 1));
+                __builtin_prefetch(links.dest.data() + upward[links.dest[ln]].first);
             }
             for (Size ln = from; ln < to; ++ln) {
-                const Id j = up.dest[ln];
+                const auto [farFirst, farLast] = upward[links.dest[ln]];
                 Id found = 0;
-                for (Size far = up.begin[j]; far < up.begin[j + Size{1}]; ++far)
-                    if (const Id third = mark[up.dest[far]]) {
+                for (Size far = farFirst; far < farLast; ++far)
+                    if (const Id third = mark[links.dest[far]]) {
                         ++found;
                         count(far, 1);
                         count(from + third - 1, 1);
                     }
                 if (found) count(ln, found);
             }
-            for (Size ln = from; ln < to; ++ln) mark.set(up.dest[ln], 0);
+            for (Size ln = from; ln < to; ++ln) mark.set(links.dest[ln], 0);
         }
     });
 }
 
 }  // namespace
 
-std::vector<Id> sharedNeighbours(const ItemLinks<LinkWeight>& links, Workers& workers) {
-    Upward up(links, workers);
-    if (workers.count() > 1)
-        countTriangles<true>(up, workers);
-    else
-        countTriangles<false>(up, workers);
-
+std::vector<Id> sharedNeighbours(ItemLinks<LinkWeight>& links, Workers& workers) {
+    const std::vector<Upward> upward = sortUpward(links, workers);
     std::vector<Id> shared(links.dest.size());
+    if (workers.count() > 1)
+        countTriangles<true>(links, upward, shared, workers);
+    else
+        countTriangles<false>(links, upward, shared, workers);
+
+    // The other links have the number of their way back.
     workers.each(links.size(), [&](Size i) {
-        const Id node = static_cast<Id>(i);
-        Size next = up.begin[i];
-        for (Size ln = links.begin[i]; ln < links.begin[i + 1]; ++ln) {
-            const Id other = links.dest[ln];
-            const bool here = next < up.begin[i + 1] && up.dest[next] == other;
-            shared[ln] = up.triangles[here ? next++ : up.find(other, node)];
+        const auto downward =
+            std::span(links.dest).subspan(links.begin[i], upward[i].first - links.begin[i]);
+        for (const Id other : downward) {
+            __builtin_prefetch(links.dest.data() + upward[other].first);
+            __builtin_prefetch(shared.data() + upward[other].first);
+        }
+        Size next = links.begin[i];
+        for (const Id other : downward) {
+            const auto place = [&](Size at) {
+                return links.dest.begin() + static_cast<std::ptrdiff_t>(at);
+            };
+            const auto back = std::lower_bound(place(upward[other].first),
+                                               place(upward[other].last), static_cast<Id>(i));
+            shared[next++] = shared[static_cast<Size>(back - links.dest.begin())];
         }
     });
     return shared;

@@ -17,7 +17,8 @@ enum class Similarity {
 /// Each triangle is found once, from its corner of the least degree, which takes the time of the
 /// links times the root of their number at most (N. Chiba, T. Nishizeki, Arboricity and subgraph
 /// listing algorithms, SIAM J. Comput. 14, 210, 1985).
-std::vector<Id> sharedNeighbours(const ItemLinks<LinkWeight>& links, Workers& workers);
+/// @param links of each node those to nodes of higher degree come to stand last
+std::vector<Id> sharedNeighbours(ItemLinks<LinkWeight>& links, Workers& workers);
 
 /// Links that weigh their weight times the similarity of their ends.
 struct SimilarLinks {

@@ -48,7 +48,7 @@ TEST(CommunitySteps, SharedNeighboursAreCounted) {
     Random rnd(3);
     for (const TestNetwork& network :
          {sparse(rnd, 60, 12), star(40), ringOfCliques(5, 6), grid(6, 7), sparse(rnd, 300, 5)}) {
-        const ItemNetwork<LinkWeight> items = itemsOf(network);
+        ItemNetwork<LinkWeight> items = itemsOf(network);
         std::vector<std::set<Id>> around(network.nodesNum);
         for (const TestLink& link : network.links) {
             around[link.src].insert(link.dst);
@@ -105,13 +105,13 @@ TEST(CommunitySteps, MovesKeepWhatGroupsHoldAndRaiseTheLikelihood) {
 TEST(CommunitySteps, TheCutIsNoWorseThanAnyHeight) {
     Random rnd(9);
     for (Id round = 0; round < 30; ++round) {
-        const ItemNetwork<LinkWeight> items =
+        ItemNetwork<LinkWeight> items =
             itemsOf(round % 2 ? sparse(rnd, 150, 7) : ringOfCliques(10 + round, 4));
         AccWeight weight = 0;
         for (const Holding& item : items.items) weight += item.total;
         Workers workers(1);
-        SimilarLinks links = similar(items.links, sharedNeighbours(items.links, workers),
-                                     Similarity::COSINE, workers);
+        const std::vector<Id> shared = sharedNeighbours(items.links, workers);
+        SimilarLinks links = similar(items.links, shared, Similarity::COSINE, workers);
         const Merges merges = mergeSimilar(links, Labels(items.size(), 0), 1, workers);
         ASSERT_FALSE(merges.steps.empty());
         Likelihood likelihood(round % 3 ? Density::OWN : Density::COMMON, weight, items.size(), 1);
