@@ -5,6 +5,7 @@
 #include "cli/program.hpp"
 
 #include <fcntl.h>
+#include <stdlib.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <algorithm>
@@ -40,6 +41,8 @@ public:
         redirect(err, STDERR_FILENO);
         // A test may itself run where they are ignored.
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, SIG_DFL);
+        // A sanitizer would answer the signal of a fault in the program's place.
+        if (VORL_SANITIZED) setenv("ASAN_OPTIONS", "handle_segv=0", 1);
         if (prepare) prepare();
         fexecve(program, words.data(), environ);
         _exit(127);
