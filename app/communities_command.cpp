@@ -156,17 +156,6 @@ private:
     bool m_toOutput = false;
 };
 
-/// The network in flat arrays; what it is made of goes.
-FlatNetwork flattened(Network&& network) {
-    return std::visit(
-        [&](auto& graph) {
-            FlatNetwork flat(graph->nodes(), network.directed);
-            graph.reset();
-            return flat;
-        },
-        network.graph);
-}
-
 }  // namespace
 
 void run(const CommunitiesCommand& command) {
@@ -186,13 +175,13 @@ void run(const CommunitiesCommand& command) {
         throw UsageError("clusters, table and JSON can't share the standard output");
 
     Stopwatch watch;
-    Network network = readNetwork(command.read);
+    const UndirectedNetwork network = readUndirected(command.read);
     NetworkSummary summary = summaryOf(command.read.file, network);
     summary.seconds = watch.lap();
     if (!command.quiet) showWarnings(network, command.read);
 
     Took took;
-    const FlatNetwork flat = flattened(std::move(network));
+    const FlatNetwork& flat = network.links;
     for (const LinkWeight weight : flat.weight) summary.weight += static_cast<AccWeight>(weight);
     for (const AccWeight self : flat.self) summary.weight += self;
     const Communities found = communities(flat, command.options);

@@ -7,7 +7,7 @@
 
 namespace vorl::app {
 
-void showWarnings(const Network& network, const ReadOptions& options) {
+void showWarnings(const NetworkReport& network, const ReadOptions& options) {
     for (const std::string& warning : network.warnings) tell(options.file + ": " + warning);
     if (network.zeroWeights != 0 && options.zeros == ZeroWeights::ONE)
         tell("--zero-weights drop leaves out links of weight 0");

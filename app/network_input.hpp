@@ -11,7 +11,7 @@
 namespace vorl::app {
 
 /// Prints what the user should know of the file to the standard error stream.
-void showWarnings(const Network& network, const ReadOptions& options);
+void showWarnings(const NetworkReport& network, const ReadOptions& options);
 
 /// The bytes of the network's file, with the limit of memory in force.
 std::unique_ptr<Source> openInput(const ReadOptions& options);

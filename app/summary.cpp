@@ -180,7 +180,7 @@ std::string tableText(const std::vector<Summary>& runs) {
 
 }  // namespace
 
-NetworkSummary summaryOf(const std::string& file, const Network& network) {
+NetworkSummary summaryOf(const std::string& file, const NetworkReport& network) {
     NetworkSummary summary;
     summary.file = file;
     summary.nodes = network.nodes;

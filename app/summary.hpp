@@ -27,7 +27,7 @@ struct NetworkSummary {
 };
 
 /// All but weight and time.
-NetworkSummary summaryOf(const std::string& file, const Network& network);
+NetworkSummary summaryOf(const std::string& file, const NetworkReport& network);
 std::string networkJson(const NetworkSummary& network);
 /// The first line of a summary, and an empty one.
 std::string networkText(const NetworkSummary& network);

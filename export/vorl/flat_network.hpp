@@ -11,6 +11,13 @@
 
 namespace vorl {
 
+class FlatNetwork;
+
+namespace detail {
+class LinkGatherer;
+FlatNetwork loadFlat(LinkGatherer& links, std::vector<Id> ids, bool directed, Size& distinct);
+}  // namespace detail
+
 /// A network without directions: the weights of all links of a pair, both ways, are added up.
 ///
 /// Nodes are numbered by ascending id, and the neighbours of each ascend. It depends on the order
@@ -44,8 +51,13 @@ public:
     std::vector<AccWeight> self;     ///< twice the weight of each node's self link
 
 private:
+    enum class Repeats { ADDED, DROPPED };
+
+    friend FlatNetwork detail::loadFlat(detail::LinkGatherer& links, std::vector<Id> ids,
+                                        bool directed, Size& distinct);
+
     template <class VisitT>
-    void assemble(bool bothWays, VisitT visit);
+    void assemble(bool bothWays, Repeats repeats, bool weighted, VisitT visit);
 };
 
 }  // namespace vorl

@@ -48,6 +48,13 @@ void LinkGatherer::addUp(bool arcs) {
         this->add(static_cast<Id>(sum.key >> 32), static_cast<Id>(sum.key), sum.weight, arcs);
 }
 
+void LinkGatherer::renumber(const std::vector<Id>& numbers) {
+    for (auto& [src, dst] : m_links) {
+        src = numbers[src];
+        dst = numbers[dst];
+    }
+}
+
 void LinkGatherer::shuffle(std::uint64_t seed, std::vector<Id>& ids) {
     // Which node stands in each place.
     std::vector<Id> order(ids.size());
@@ -60,10 +67,7 @@ void LinkGatherer::shuffle(std::uint64_t seed, std::vector<Id>& ids) {
         ids[i] = former[order[i]];
         places[order[i]] = static_cast<Id>(i);
     }
-    for (auto& [src, dst] : m_links) {
-        src = places[src];
-        dst = places[dst];
-    }
+    renumber(places);
 }
 
 template <bool LINKS_WEIGHTED>

@@ -37,12 +37,16 @@ public:
             }
         }
     }
+    /// Whether a weight is other than 1.
+    bool weighted() const { return !m_weights.empty(); }
     LinkWeight weight(Size link) const { return m_weights.empty() ? 1 : m_weights[link]; }
 
     /// Adds the weights of repeated links up, each sum in the place of the first one.
     /// @param arcs whether the sums are of arcs, an edge counting as both of its own; else all
     ///     links are edges, the same both ways
     void addUp(bool arcs);
+    /// Gives each node another number.
+    void renumber(const std::vector<Id>& numbers);
     /// Puts the nodes into the order that the seed draws.
     /// @param[in,out] ids of the nodes, by number
     void shuffle(std::uint64_t seed, std::vector<Id>& ids);

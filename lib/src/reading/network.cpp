@@ -1,6 +1,6 @@
 #include <vorl/reading/network.hpp>
 
-#include "../graph/loader.hpp"
+#include "../graph/flat_loader.hpp"
 #include "../graph/placing.hpp"
 
 #include <vorl/fileio/iotypes.hpp>
@@ -28,7 +28,7 @@ Size recordsOf(GraphT& graph, bool directed) {
     return (directed ? links : links / 2) + selves;
 }
 
-void tellRepeats(Network& network, const ReadOptions& options) {
+void tellRepeats(NetworkReport& network, const ReadOptions& options) {
     if (network.repeated == 0) return;
     const char* const things = !network.directed    ? "edge"
                                : network.edges == 0 ? "arc"
@@ -42,7 +42,7 @@ void tellRepeats(Network& network, const ReadOptions& options) {
 }
 
 /// What the readers of the library warn of, where links are taken as they stand there.
-void tellLines(Network& network, const NetworkFacts& facts, const ScanOptions& options,
+void tellLines(NetworkReport& network, const NetworkFacts& facts, const ScanOptions& options,
                bool addUp) {
     if (addUp || (options.zeros == ZeroWeights::DROP && facts.zeroWeights != 0)) return;
     if (facts.otherKind) {
@@ -58,7 +58,7 @@ void tellLines(Network& network, const NetworkFacts& facts, const ScanOptions& o
 }
 
 /// Checks what the header tells of the nodes, and warns of what is odd in the file.
-void tellFacts(Network& network, const NetworkFacts& facts, const ReadOptions& options) {
+void tellFacts(NetworkReport& network, const NetworkFacts& facts, const ReadOptions& options) {
     if (facts.zeroWeights != 0 && options.zeros == ZeroWeights::ONE)
         network.warnings.push_back(
             counted(facts.zeroWeights, "link") +
@@ -85,6 +85,59 @@ void requireToldNodes(const NetworkFacts& facts, Size nodes, const std::string& 
                                  " nodes, the file has " + std::to_string(nodes));
 }
 
+/// The links of a file, and what it tells of them.
+class Gathered {
+public:
+    Gathered(Source& source, const ReadOptions& options)
+        : m_options(options), m_scan(scanOptions(options)) {
+        m_scan.bounds =
+            NetworkBounds::ofMemory(options.memoryLimit != 0 ? options.memoryLimit : memoryLimit());
+        NodeNames nodes;
+        m_facts = scanNetwork(source, options.file, m_scan, nodes, [&](const RawLink& ln) {
+            links.add(ln.src, ln.dst, ln.weight, ln.arc);
+        });
+        requireToldNodes(m_facts, nodes.size(), options.file);
+        ids = nodes.ids();
+        if (options.sumDuplicates) links.addUp(m_facts.directed());
+    }
+
+    /// Fills the report.
+    /// @param distinct number of links that no earlier one stands for
+    void report(NetworkReport& report, Size distinct) const {
+        report.directed = m_facts.directed();
+        report.weighted = weighted();
+        report.nodes = ids.size();
+        report.edges = m_facts.edges;
+        report.arcs = m_facts.arcs;
+        report.zeroWeights = m_facts.zeroWeights;
+        report.repeated = recordsOf(m_facts) - distinct;
+        report.statesWeights =
+            m_facts.statesWeights || (m_options.sumDuplicates && report.repeated != 0);
+        tellLines(report, m_facts, m_scan, m_options.sumDuplicates);
+        tellRepeats(report, m_options);
+        tellFacts(report, m_facts, m_options);
+    }
+
+    bool directed() const { return m_facts.directed(); }
+    bool weighted() const { return m_facts.weighted || m_options.sumDuplicates; }
+
+    detail::LinkGatherer links;
+    std::vector<Id> ids;  // of the nodes, by number
+
+private:
+    const ReadOptions& m_options;
+    ScanOptions m_scan;
+    NetworkFacts m_facts;
+};
+
+template <class ReadT>
+auto readFile(const ReadOptions& options, ReadT read) {
+    networkFormat(options);  // an unknown one is told before a file that isn't there
+    const auto source =
+        openSource(options.file, options.memoryLimit != 0 ? options.memoryLimit : memoryLimit());
+    return read(*source);
+}
+
 }  // namespace
 
 FileFormat networkFormat(const ReadOptions& options) {
@@ -109,49 +162,39 @@ ScanOptions scanOptions(const ReadOptions& options) {
 }
 
 Network readNetwork(const ReadOptions& options) {
-    networkFormat(options);  // an unknown one is told before a file that isn't there
-    const auto source =
-        openSource(options.file, options.memoryLimit != 0 ? options.memoryLimit : memoryLimit());
-    return readNetwork(*source, options);
+    return readFile(options, [&](Source& source) { return readNetwork(source, options); });
 }
 
 Network readNetwork(Source& source, const ReadOptions& options) {
-    ScanOptions scan = scanOptions(options);
-    scan.bounds =
-        NetworkBounds::ofMemory(options.memoryLimit != 0 ? options.memoryLimit : memoryLimit());
-    NodeNames nodes;
-    detail::LinkGatherer links;
-    const NetworkFacts facts =
-        scanNetwork(source, options.file, scan, nodes,
-                    [&](const RawLink& ln) { links.add(ln.src, ln.dst, ln.weight, ln.arc); });
-    requireToldNodes(facts, nodes.size(), options.file);
-
-    Network network;
-    network.directed = facts.directed();
-    network.weighted = facts.weighted || options.sumDuplicates;
-    network.nodes = nodes.size();
-    network.edges = facts.edges;
-    network.arcs = facts.arcs;
-    network.zeroWeights = facts.zeroWeights;
-    std::vector<Id> ids = nodes.ids();
-    nodes = NodeNames();  // room for the graph
-    if (options.sumDuplicates) links.addUp(network.directed);
+    Gathered gathered(source, options);
     if (options.seed || options.shuffle)
-        links.shuffle(options.seed ? *options.seed : detail::drawSeed(), ids);
+        gathered.links.shuffle(options.seed ? *options.seed : detail::drawSeed(), gathered.ids);
+    Network network;
     const auto load = [&]<bool WEIGHTED>() {
         const bool shuffle = options.shuffle && !options.seed;
-        const auto graph = detail::GraphLoader<WEIGHTED>(links, ids, shuffle, false).graph(nullptr);
-        network.repeated = recordsOf(facts) - recordsOf(*graph, network.directed);
+        const auto graph =
+            detail::GraphLoader<WEIGHTED>(gathered.links, gathered.ids, shuffle, false)
+                .graph(nullptr);
+        gathered.report(network, recordsOf(*graph, gathered.directed()));
         network.graph = graph;
     };
-    if (network.directed || network.weighted)
+    if (gathered.directed() || gathered.weighted())
         load.operator()<true>();
     else
         load.operator()<false>();
-    network.statesWeights = facts.statesWeights || (options.sumDuplicates && network.repeated != 0);
-    tellLines(network, facts, scan, options.sumDuplicates);
-    tellRepeats(network, options);
-    tellFacts(network, facts, options);
+    return network;
+}
+
+UndirectedNetwork readUndirected(const ReadOptions& options) {
+    return readFile(options, [&](Source& source) { return readUndirected(source, options); });
+}
+
+UndirectedNetwork readUndirected(Source& source, const ReadOptions& options) {
+    Gathered gathered(source, options);
+    UndirectedNetwork network;
+    Size distinct = 0;
+    network.links = detail::loadFlat(gathered.links, gathered.ids, gathered.directed(), distinct);
+    gathered.report(network, distinct);
     return network;
 }
 

@@ -1,9 +1,13 @@
 #include <vorl/flat_network.hpp>
 
+#include "flat_loader.hpp"
+
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace vorl {
 
@@ -59,53 +63,68 @@ private:
 
 /// Makes the lists of what `visit` gives to its argument, a function of source, destination and
 /// weight; it is called twice and gives the same links in the same order.
+/// @param bothWays whether a link belongs into the lists of both of its ends; else into that of its
+///     destination
+/// @param weighted whether a weight may be other than 1
 template <class VisitT>
-void FlatNetwork::assemble(bool bothWays, VisitT visit) {
+void FlatNetwork::assemble(bool bothWays, Repeats repeats, bool weighted, VisitT visit) {
+    // Lists of destinations, in the order of the links.
     begin.assign(ids.size() + 1, 0);
     self.assign(ids.size(), 0);
     visit([&](Id src, Id dst, LinkWeight linkWeight) {
         if (!valid(linkWeight)) refuse(ids[src], ids[dst], linkWeight);
         if (src == dst || linkWeight == 0) return;
-        ++begin[src + 1];
-        if (bothWays) ++begin[dst + 1];
+        ++begin[src + Size{1}];
+        if (bothWays) ++begin[dst + Size{1}];
     });
-    for (Size i = 0; i < ids.size(); ++i) begin[i + 1] += begin[i];
-    neighbour.resize(begin.back());
-    weight.resize(begin.back());
+    std::partial_sum(begin.begin(), begin.end(), begin.begin());
+    std::vector<Id> dests(begin.back());
+    std::vector<LinkWeight> weights(weighted ? begin.back() : 0);
     std::vector<Size> next(begin.begin(), begin.end() - 1);
     const auto put = [&](Id src, Id dst, LinkWeight linkWeight) {
-        neighbour[next[src]] = dst;
-        weight[next[src]++] = linkWeight;
+        const Size place = next[src]++;
+        dests[place] = dst;
+        if (weighted) weights[place] = linkWeight;
     };
     visit([&](Id src, Id dst, LinkWeight linkWeight) {
         if (src == dst) {
-            self[src] += 2 * static_cast<AccWeight>(linkWeight);
+            if (repeats == Repeats::ADDED || self[src] == 0)
+                self[src] += 2 * static_cast<AccWeight>(linkWeight);
         } else if (linkWeight > 0) {
             put(src, dst, linkWeight);
             if (bothWays) put(dst, src, linkWeight);
         }
     });
 
-    std::vector<std::pair<Id, LinkWeight>> row;
+    // Turned around, list by list, they ascend, with repeats side by side in their order.
+    const std::vector<Size> lists = begin;
+    if (!bothWays) {
+        std::fill(begin.begin(), begin.end(), 0);
+        for (const Id dst : dests) ++begin[dst + Size{1}];
+        std::partial_sum(begin.begin(), begin.end(), begin.begin());
+    }
+    next.assign(begin.begin(), begin.end() - 1);
+    neighbour.resize(dests.size());
+    weight.resize(dests.size());
+    for (Id src = 0; src < ids.size(); ++src)
+        for (Size ln = lists[src]; ln < lists[src + Size{1}]; ++ln) {
+            const Size place = next[dests[ln]]++;
+            neighbour[place] = src;
+            weight[place] = weighted ? weights[ln] : 1;
+        }
+
     Size kept = 0;
     for (Size i = 0; i < ids.size(); ++i) {
-        row.clear();
-        for (Size ln = begin[i]; ln < begin[i + 1]; ++ln)
-            row.emplace_back(neighbour[ln], weight[ln]);
-        const auto byNeighbour = [](const auto& a, const auto& b) { return a.first < b.first; };
-        if (!std::is_sorted(row.begin(), row.end(), byNeighbour))
-            std::stable_sort(row.begin(), row.end(), byNeighbour);
-        const Size first = kept;
-        for (const auto& [dst, linkWeight] : row) {
-            if (kept > first && neighbour[kept - 1] == dst) {
-                weight[kept - 1] += linkWeight;
-                if (!valid(weight[kept - 1])) refuse(ids[i], ids[dst], weight[kept - 1]);
-            } else {
-                neighbour[kept] = dst;
-                weight[kept++] = linkWeight;
+        const Size first = std::exchange(begin[i], kept);
+        for (Size ln = first; ln < begin[i + 1]; ++ln) {
+            if (kept == begin[i] || neighbour[kept - 1] != neighbour[ln]) {
+                neighbour[kept] = neighbour[ln];
+                weight[kept++] = weight[ln];
+            } else if (repeats == Repeats::ADDED) {
+                weight[kept - 1] += weight[ln];
+                if (!valid(weight[kept - 1])) refuse(ids[i], ids[neighbour[ln]], weight[kept - 1]);
             }
         }
-        begin[i] = first;
     }
     begin.back() = kept;
     neighbour.resize(kept);
@@ -121,7 +140,7 @@ FlatNetwork::FlatNetwork(const Nodes<LinksT>& nodes, bool directed) {
     ids.reserve(byId.size());
     for (const auto* node : byId) ids.push_back(node->id);
     const Numbers<Node<LinksT>> number(byId);
-    assemble(directed, [&](const auto& take) {
+    assemble(directed, Repeats::ADDED, LinksT::value_type::IS_WEIGHTED, [&](const auto& take) {
         for (Id src = 0; src < byId.size(); ++src)
             for (const auto& link : byId[src]->links) {
                 const Id dst = number(link.dest);
@@ -163,11 +182,48 @@ FlatNetwork FlatNetwork::ofPairs(std::span<const Id> sources, std::span<const Id
         if (dense) return id - ids.front();
         return static_cast<Id>(std::lower_bound(ids.begin(), ids.end(), id) - ids.begin());
     };
-    network.assemble(true, [&](const auto& take) {
+    network.assemble(true, Repeats::ADDED, !weights.empty(), [&](const auto& take) {
         for (std::size_t i = 0; i < sources.size(); ++i)
             take(number(sources[i]), number(destinations[i]), weights.empty() ? 1 : weights[i]);
     });
     return network;
+}
+
+FlatNetwork detail::loadFlat(LinkGatherer& links, std::vector<Id> ids, bool directed,
+                             Size& distinct) {
+    if (!std::is_sorted(ids.begin(), ids.end())) {
+        std::vector<Id> order(ids.size());
+        std::iota(order.begin(), order.end(), Id{0});
+        std::sort(order.begin(), order.end(), [&](Id a, Id b) { return ids[a] < ids[b]; });
+        std::vector<Id> numbers(ids.size());
+        for (Id i = 0; i < order.size(); ++i) numbers[order[i]] = i;
+        links.renumber(numbers);
+        std::sort(ids.begin(), ids.end());
+    }
+    FlatNetwork network;
+    network.ids = std::move(ids);
+    network.assemble(!directed, FlatNetwork::Repeats::DROPPED, links.weighted(),
+                     [&](const auto& take) {
+                         links.eachLink([&](Size i, Id src, Id dst, bool arc) {
+                             take(src, dst, links.weight(i));
+                             if (directed && !arc && src != dst) take(dst, src, links.weight(i));
+                         });
+                     });
+    links = LinkGatherer();
+    distinct = network.neighbour.size() / (directed ? 1 : 2);
+    for (const AccWeight self : network.self) distinct += self != 0;
+    if (!directed) return network;
+
+    // What there is of each direction is added up.
+    FlatNetwork both;
+    both.ids = std::move(network.ids);
+    both.assemble(true, FlatNetwork::Repeats::ADDED, true, [&](const auto& take) {
+        for (Id dst = 0; dst < both.ids.size(); ++dst)
+            for (Size ln = network.begin[dst]; ln < network.begin[dst + Size{1}]; ++ln)
+                take(network.neighbour[ln], dst, network.weight[ln]);
+    });
+    both.self = std::move(network.self);
+    return both;
 }
 
 }  // namespace vorl
