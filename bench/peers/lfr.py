@@ -2,7 +2,7 @@
 
 The degrees of the nodes follow a power law with the exponent -2 between a lower end that is fitted
 to the asked mean and 5 times the mean; the sizes of the communities follow one with -1 between the
-mean degree and 10 times that. Each node has the share 1 - mu of its links inside its communities.
+mean degree and 10 times that, if nothing else is asked for. Each node has the share 1 - mu of its links inside its communities.
 Some nodes may belong to several communities, among which their inner links are split evenly.
 
 Links are drawn as a configuration model inside each community and between communities, and
@@ -186,14 +186,16 @@ def outer_links(rng, outer, table, rounds=200):
     return a[~bad], b[~bad]
 
 
-def planted_network(nodes, degree=20, mu=0.3, overlapping=0, memberships=2, seed=1):
+def planted_network(nodes, degree=20, mu=0.3, overlapping=0, memberships=2, seed=1,
+                    most_links=None, communities=None):
     """The ends of the links as two arrays, and the communities as lists of nodes.
 
-    `overlapping` nodes have `memberships` communities each, all others one.
+    `overlapping` nodes have `memberships` communities each, all others one. No node has more than
+    `most_links`, and the sizes of communities lie in the range `communities`.
     """
     rng = np.random.default_rng(seed)
     rnd = random.Random(seed)
-    high = min(int(5 * degree), nodes - 1)
+    high = min(most_links or int(5 * degree), nodes - 1)
     low = lower_end(degree, DEGREES_EXPONENT, high)
     degrees = power_law(rng, nodes, DEGREES_EXPONENT, low, high)
     # The broken part of the inner degree is drawn at random, so that the mean mixing is met.
@@ -205,8 +207,8 @@ def planted_network(nodes, degree=20, mu=0.3, overlapping=0, memberships=2, seed
     node = np.repeat(np.arange(nodes), times)
     nth = np.arange(len(node)) - np.repeat(np.cumsum(times) - times, times)
     share = inner[node] // times[node] + (nth < inner[node] % times[node])
-    sizes = community_sizes(rng, len(node), SIZES_EXPONENT, max(2, int(degree)),
-                            min(int(10 * degree), nodes // 2))
+    least, most = communities or (max(2, int(degree)), min(int(10 * degree), nodes // 2))
+    sizes = community_sizes(rng, len(node), SIZES_EXPONENT, least, most)
     comm = assign(rnd, share, node, sizes)
     table = np.full((nodes, times.max()), -1, np.int64)
     table[node, nth] = comm
