@@ -106,8 +106,9 @@ Merges mergeSimilar(SimilarLinks& similar, const Labels& groups, Id count, Worke
             AccWeight sum = 0;
             if (idle.empty() || !idle[groups[i]])
                 for (Size ln = first.links.begin[i]; ln < first.links.begin[i + 1]; ++ln)
-                    if (groups[first.links.dest[ln]] == groups[i])
-                        sum += static_cast<AccWeight>(first.links.weight[ln]);
+                    sum += groups[first.links.dest[ln]] == groups[i]
+                               ? static_cast<AccWeight>(first.links.weight[ln])
+                               : 0;
             first.items[i].total = sum;
         });
         for (Id i = 0; i < first.size(); ++i) groupWeight[groups[i]] += first.items[i].total;

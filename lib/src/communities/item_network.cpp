@@ -31,6 +31,9 @@ Grouping::Grouping(const Labels& labels, Id count) : begin(count + Size{1}), ite
 
 namespace {
 
+/// How many items ahead memory is fetched, for those of a group lie all over it.
+constexpr Size AHEAD = 4;
+
 /// Links of a range of groups, until all lie in one list.
 struct Folded {
     Size first;
@@ -65,18 +68,33 @@ ItemNetwork<AccWeight> folded(const ItemNetwork<WeightT>& network, const Labels&
                               continue;
                           }
                           Holding& holding = result.items[group];
-                          touched.clear();
-                          for (const Id item : groups[static_cast<Id>(group)]) {
+                          Size met = 0;
+                          for (Size at = groups.begin[group]; at < groups.begin[group + 1]; ++at) {
+                              const Id item = groups.items[at];
+                              if (at + 2 * AHEAD < groups.items.size()) {
+                                  const Id far = groups.items[at + 2 * AHEAD];
+                                  __builtin_prefetch(&links.begin[far]);
+                                  __builtin_prefetch(&network.items[far]);
+                                  const Size near = links.begin[groups.items[at + AHEAD]];
+                                  __builtin_prefetch(links.dest.data() + near);
+                                  __builtin_prefetch(links.weight.data() + near);
+                              }
                               holding += network.items[item];
-                              for (Size ln = links.begin[item]; ln < links.begin[item + 1]; ++ln) {
-                                  AccWeight& weight = sum[labels[links.dest[ln]]];
-                                  if (weight == 0) touched.push_back(labels[links.dest[ln]]);
-                                  weight += static_cast<AccWeight>(links.weight[ln]);
+                              const Size from = links.begin[item];
+                              const Size to = links.begin[item + Size{1}];
+                              if (touched.size() < met + (to - from))
+                                  touched.resize(2 * (met + (to - from)));
+                              // Without a branch, as the processor couldn't guess it.
+                              for (Size ln = from; ln < to; ++ln) {
+                                  const Id other = labels[links.dest[ln]];
+                                  touched[met] = other;
+                                  met += sum[other] == 0;
+                                  sum[other] += static_cast<AccWeight>(links.weight[ln]);
                               }
                           }
                           holding.inner += sum[group];
                           const Size former = part.dest.size();
-                          for (const Id other : touched) {
+                          for (const Id other : std::span(touched).first(met)) {
                               if (other != group) {
                                   part.dest.push_back(other);
                                   part.weight.push_back(sum[other]);
@@ -116,8 +134,8 @@ std::vector<Holding> holdings(const ItemNetwork<WeightT>& network, const Labels&
     workers.each(network.size(), [&](Size i) {
         AccWeight sum = network.items[i].inner;
         for (Size ln = links.begin[i]; ln < links.begin[i + 1]; ++ln)
-            if (labels[links.dest[ln]] == labels[i])
-                sum += static_cast<AccWeight>(links.weight[ln]);
+            sum +=
+                labels[links.dest[ln]] == labels[i] ? static_cast<AccWeight>(links.weight[ln]) : 0;
         inner[i] = sum;
     });
     std::vector<Holding> groups(count);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <utility>
@@ -36,20 +37,23 @@ std::vector<Upward> sortUpward(ItemLinks<LinkWeight>& links, Workers& workers) {
         std::vector<std::pair<Id, LinkWeight>> up;
         for (Size i = first; i < last; ++i) {
             const Size degree = links.begin[i + 1] - links.begin[i];
-            up.clear();
+            if (up.size() < degree) up.resize(degree);
             Size next = links.begin[i];
+            Size count = 0;
+            // Without a branch, as the processor couldn't guess it.
             for (Size ln = links.begin[i]; ln < links.begin[i + 1]; ++ln) {
                 const Id other = links.dest[ln];
+                const LinkWeight weight = links.weight[ln];
                 const Size far = links.begin[other + Size{1}] - links.begin[other];
-                if (degree < far || (degree == far && i < other)) {
-                    up.emplace_back(other, links.weight[ln]);
-                } else {
-                    links.dest[next] = other;
-                    links.weight[next++] = links.weight[ln];
-                }
+                const bool rises = (degree < far) | ((degree == far) & (i < other));
+                up[count] = {other, weight};
+                links.dest[next] = other;
+                links.weight[next] = weight;
+                count += rises;
+                next += !rises;
             }
             upward[i] = {next, links.begin[i + 1]};
-            for (const auto& [other, weight] : up) {
+            for (const auto& [other, weight] : std::span(up).first(count)) {
                 links.dest[next] = other;
                 links.weight[next++] = weight;
             }
@@ -63,8 +67,9 @@ std::vector<Upward> sortUpward(ItemLinks<LinkWeight>& links, Workers& workers) {
 struct Marks {
     static constexpr Id SLOTS = 1 << 14;
 
-    std::vector<Id> place;    // of a node in the list of the one at hand and 1, or 0
-    std::vector<char> slots;  // whether any node of a slot is in the list
+    std::vector<Id> place;            // of a node in the list of the one at hand and 1, or 0
+    std::vector<std::uint8_t> slots;  // whether any node of a slot is in the list
+    std::vector<Size> found;
 
     explicit Marks(Size nodes) : place(nodes), slots(SLOTS) {}
 
@@ -72,7 +77,17 @@ struct Marks {
         place[node] = number;
         slots[node % SLOTS] = number != 0;
     }
-    Id operator[](Id node) const { return slots[node % SLOTS] ? place[node] : 0; }
+    /// Finds those links of a range that lead to one of the nodes, and may find others.
+    std::span<const Size> candidates(const std::vector<Id>& dest, Size first, Size last) {
+        if (found.size() < last - first) found.resize(last - first);
+        // Without a branch, as the processor couldn't guess it.
+        Size count = 0;
+        for (Size ln = first; ln < last; ++ln) {
+            found[count] = ln;
+            count += slots[dest[ln] % SLOTS];
+        }
+        return {found.data(), count};
+    }
 };
 
 /// Counts the triangles of each upward link; with threads, several may count for one link.
@@ -91,16 +106,21 @@ void countTriangles(const ItemLinks<LinkWeight>& links, const std::vector<Upward
         Marks& mark = *marks[worker];
         for (Size i = first; i < last; ++i) {
             const auto [from, to] = upward[i];
+            // What the next ones lead to is fetched in two steps.
+            if (i + 2 < last)
+                for (Size ln = upward[i + 2].first; ln < upward[i + 2].last; ++ln)
+                    __builtin_prefetch(&upward[links.dest[ln]]);
+            if (i + 1 < last)
+                for (Size ln = upward[i + 1].first; ln < upward[i + 1].last; ++ln)
+                    __builtin_prefetch(links.dest.data() + upward[links.dest[ln]].first);
             if (to - from < 2) continue;
-            for (Size ln = from; ln < to; ++ln) {
+            for (Size ln = from; ln < to; ++ln)
                 mark.set(links.dest[ln], static_cast<Id>(ln - from + 1));
-                __builtin_prefetch(links.dest.data() + upward[links.dest[ln]].first);
-            }
             for (Size ln = from; ln < to; ++ln) {
                 const auto [farFirst, farLast] = upward[links.dest[ln]];
                 Id found = 0;
-                for (Size far = farFirst; far < farLast; ++far)
-                    if (const Id third = mark[links.dest[far]]) {
+                for (const Size far : mark.candidates(links.dest, farFirst, farLast))
+                    if (const Id third = mark.place[links.dest[far]]) {
                         ++found;
                         count(far, 1);
                         count(from + third - 1, 1);
@@ -123,21 +143,29 @@ std::vector<Id> sharedNeighbours(ItemLinks<LinkWeight>& links, Workers& workers)
         countTriangles<false>(links, upward, shared, workers);
 
     // The other links have the number of their way back.
-    workers.each(links.size(), [&](Size i) {
-        const auto downward =
-            std::span(links.dest).subspan(links.begin[i], upward[i].first - links.begin[i]);
-        for (const Id other : downward) {
-            __builtin_prefetch(links.dest.data() + upward[other].first);
-            __builtin_prefetch(shared.data() + upward[other].first);
-        }
-        Size next = links.begin[i];
-        for (const Id other : downward) {
-            const auto place = [&](Size at) {
-                return links.dest.begin() + static_cast<std::ptrdiff_t>(at);
-            };
-            const auto back = std::lower_bound(place(upward[other].first),
-                                               place(upward[other].last), static_cast<Id>(i));
-            shared[next++] = shared[static_cast<Size>(back - links.dest.begin())];
+    workers.share(links.size(), Workers::GRAIN, [&](Size first, Size last, unsigned) {
+        const auto downward = [&](Size i) {
+            return std::span(links.dest).subspan(links.begin[i], upward[i].first - links.begin[i]);
+        };
+        for (Size i = first; i < last; ++i) {
+            if (i + 2 < last)
+                for (const Id other : downward(i + 2)) __builtin_prefetch(&upward[other]);
+            if (i + 1 < last)
+                for (const Id other : downward(i + 1)) {
+                    __builtin_prefetch(links.dest.data() + upward[other].first);
+                    __builtin_prefetch(shared.data() + upward[other].first);
+                }
+            Size next = links.begin[i];
+            for (const Id other : downward(i)) {
+                // A search whose steps the processor needn't guess.
+                Size back = upward[other].first;
+                for (Size left = upward[other].last - back; left > 1;) {
+                    const Size half = left / 2;
+                    back += links.dest[back + half] <= i ? half : 0;
+                    left -= half;
+                }
+                shared[next++] = shared[back];
+            }
         }
     });
     return shared;
@@ -160,7 +188,7 @@ SimilarLinks similar(const ItemLinks<LinkWeight>& links, const std::vector<Id>& 
             if (similarity == Similarity::MIXED) factor /= std::sqrt(std::sqrt(product));
             weight[ln] = static_cast<LinkWeight>(static_cast<double>(links.weight[ln]) * factor);
             largest[i] += static_cast<AccWeight>(weight[ln]);
-            if (shared[ln]) shares[i] = 1;
+            shares[i] |= shared[ln] != 0;
         }
     });
 
@@ -173,7 +201,7 @@ SimilarLinks similar(const ItemLinks<LinkWeight>& links, const std::vector<Id>& 
     ItemLinks<LinkWeight>& kept = result.network.links;
     kept.begin.resize(nodes + Size{1});
     const auto matters = [&](Size i, Size ln) {
-        return shared[ln] || !shares[i] || !shares[links.dest[ln]];
+        return (shared[ln] != 0) | !shares[i] | !shares[links.dest[ln]];
     };
     workers.each(nodes, [&](Size i) {
         AccWeight sum = 0;
@@ -194,11 +222,11 @@ SimilarLinks similar(const ItemLinks<LinkWeight>& links, const std::vector<Id>& 
     kept.weight.resize(kept.begin.back());
     workers.each(nodes, [&](Size i) {
         Size next = kept.begin[i];
-        for (Size ln = links.begin[i]; ln < links.begin[i + 1]; ++ln)
-            if (matters(i, ln)) {
-                kept.dest[next] = links.dest[ln];
-                kept.weight[next++] = weight[ln];
-            }
+        for (Size ln = links.begin[i]; next < kept.begin[i + 1]; ++ln) {
+            kept.dest[next] = links.dest[ln];
+            kept.weight[next] = weight[ln];
+            next += matters(i, ln);
+        }
     });
     return result;
 }
