@@ -74,11 +74,12 @@ bool mergeInside(Merges& merges, const ItemNetwork<WeightT>& network, const Labe
     const auto round = static_cast<std::uint32_t>(merges.steps.size());
     const auto gain = [&](Id item, Size ln) -> double {
         const Id other = network.links.dest[ln];
-        if (groups[item] != groups[other] || !(groupWeight[groups[item]] > 0)) return 0;
         const auto weight = static_cast<AccWeight>(network.links.weight[ln]);
+        // In a group without weight it is no number.
         const double expected =
             network.items[item].total * network.items[other].total / groupWeight[groups[item]];
-        return weight > expected * ROUNDING ? weight - expected : 0;
+        const bool gains = (groups[item] == groups[other]) & (weight > expected * ROUNDING);
+        return gains ? weight - expected : 0;
     };
     Labels aims = pointers(network.links, round, workers, gain);
     if (!idle.empty()) {
