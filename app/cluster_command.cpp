@@ -117,8 +117,9 @@ void tellOfTies(const std::string& file, Size nodes, Size clusters) {
 /// Clusters at one of the resolutions and writes.
 /// @param last  the graph isn't needed any more
 template <class GraphT>
-Summary runOnce(const ClusterCommand& command, float gamma, GraphT& graph, bool last,
-                std::optional<OutputTree>& files, NetworkSummary& read, Stopwatch& watch) {
+Summary runOnce(const ClusterCommand& command, float gamma, GraphT& graph,
+                const std::shared_ptr<Labels>& labels, bool last, std::optional<OutputTree>& files,
+                NetworkSummary& read, Stopwatch& watch) {
     ClusterOptions options = command.build;
     options.gamma = gamma;
     // Ids count on from one hierarchy to the next, and each run is to be as if it were alone.
@@ -134,6 +135,7 @@ Summary runOnce(const ClusterCommand& command, float gamma, GraphT& graph, bool 
         return last ? graph.buildHierarchy(options) : clusterCopy(graph, options);
     });
     if (!command.quiet) tellOfTies(command.read.file, read.nodes, hier->score().clusters);
+    hier->setLabels(labels);
     summary.buildSeconds = watch.lap();
     read.weight = hier->weight();
     describe(*hier, command.levelMeasures, summary);
@@ -171,7 +173,8 @@ void run(const ClusterCommand& command) {
         const bool last = gamma == command.gammas.back();
         std::visit(
             [&](auto& graph) {
-                summaries.push_back(runOnce(command, gamma, *graph, last, files, read, watch));
+                summaries.push_back(
+                    runOnce(command, gamma, *graph, network.labels, last, files, read, watch));
             },
             network.graph);
     }

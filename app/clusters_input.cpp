@@ -7,7 +7,7 @@
 namespace vorl::app {
 
 ClusterLevels readClusters(const std::string& file, const ClustersOptions& options) {
-    ClusterLevels clusters = readClusterLevels(file, options.format);
+    ClusterLevels clusters = readClusterLevels(file, options.format, options.known);
     const auto remark = [&](const std::string& text) {
         if (!options.quiet && !text.empty()) tell(file + ": " + text);
     };

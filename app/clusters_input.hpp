@@ -13,6 +13,7 @@ struct ClustersOptions {
     bool levels = false;  ///< each level is looked at by itself
     bool shares = true;   ///< the use of the clusters looks at shares
     bool quiet = false;
+    std::shared_ptr<Labels> known = {};  ///< names that those of the file join
 };
 
 /// Reads clusters, and tells on standard error how they stray from the strict form and what of

@@ -182,20 +182,22 @@ void run(const CommunitiesCommand& command) {
 
     Took took;
     const FlatNetwork& flat = network.links;
+    const std::shared_ptr<Labels>& labels = network.labels;
     for (const LinkWeight weight : flat.weight) summary.weight += static_cast<AccWeight>(weight);
     for (const AccWeight self : flat.self) summary.weight += self;
     const Communities found = communities(flat, command.options);
     took.communities = watch.lap();
 
     std::vector<std::string> written;
-    clusters.write(written,
-                   [&](OutputTree& tree) { writeText(clustersText(found), tree, command.output); });
+    clusters.write(written, [&](OutputTree& tree) {
+        writeText(clustersText(found, labels.get()), tree, command.output);
+    });
     table.write(written, [&](OutputTree& tree) {
-        const char separator = command.table.ends_with(".csv") ? ',' : '\t';
-        writeText(tableText(found, separator), tree, command.table);
+        writeText(tableText(found, separatorOf(command.table), labels.get()), tree, command.table);
     });
     hierarchy.write(written, [&](OutputTree& tree) {
         const auto around = communitiesHierarchy(flat, found);
+        around->setLabels(labels);
         OutputRequest request;
         request.file = command.hierarchy;
         request.levels = Levels::HIERARCHY;

@@ -29,17 +29,20 @@ struct Comparison {
     Agreement agreement;
 };
 
-ClusterLevels read(const std::string& file, const CompareCommand& command) {
+/// @param known names of the other file
+ClusterLevels read(const std::string& file, const CompareCommand& command,
+                   std::shared_ptr<Labels> known = nullptr) {
     return readClusters(file, {.format = command.format,
                                .strict = command.strict,
                                .levels = command.levels,
                                .shares = false,
-                               .quiet = command.quiet});
+                               .quiet = command.quiet,
+                               .known = std::move(known)});
 }
 
 Comparison compare(const CompareCommand& command) {
     const ClustersFile first = read(command.first, command).flat();
-    const ClustersFile second = read(command.second, command).flat();
+    const ClustersFile second = read(command.second, command, first.labels).flat();
     const std::vector<Id> nodes = chosenNodes(first, second, command.nodes);
     const auto compared = [&](const ClustersFile& file) {
         Compared result{file.name, coverOf(file, nodes, command.count), 0, 0};
@@ -271,7 +274,7 @@ void run(const CompareCommand& command) {
     const ProgressLine line;
     if (command.levels) {
         const ClusterLevels first = read(command.first, command);
-        const ClusterLevels second = read(command.second, command);
+        const ClusterLevels second = read(command.second, command, first.labels());
         const std::vector<LevelRow> rows = compareLevels(first, second, command);
         const bool ofSecond = second.levels() > 1;
         print(command.json

@@ -15,16 +15,22 @@ namespace vorl::app {
 
 namespace {
 
-void checkFormat(const ConvertCommand& command, FileFormat format, const NetworkFacts& facts,
-                 Size linked) {
+void checkFormat(const ConvertCommand& command, NetworkFormat format, const NetworkFacts& facts,
+                 Size linked, bool names) {
     const auto refuse = [&](const std::string& what) {
         throw InputError(command.read.file + ": " + what);
     };
-    if (format == FileFormat::NSE && facts.arcs != 0)
+    const bool numbers = format == NetworkFormat::NSE || format == NetworkFormat::NSA ||
+                         format == NetworkFormat::RCG;
+    if (names && numbers)
+        refuse(std::string("nodes have names, which the format ") + nameOf(format) +
+               " can't hold; list can");
+    if (format == NetworkFormat::NSE && facts.arcs != 0)
         refuse("the network has arcs, which the format nse can't hold; nsa or rcg can");
-    if (format != FileFormat::RCG && facts.firstId && *facts.nodes > linked)
+    if (format != NetworkFormat::RCG && facts.firstId && *facts.nodes > linked)
         refuse(counted(*facts.nodes - linked, "node") +
-               " without a link can't be told in the formats nse and nsa");
+               " without a link can't be told in the formats nse and nsa" +
+               (numbers ? "" : ", nor in a list"));
 }
 
 std::string zeroWeights(const NetworkFacts& facts, ZeroWeights zeros) {
@@ -36,16 +42,15 @@ std::string zeroWeights(const NetworkFacts& facts, ZeroWeights zeros) {
 }  // namespace
 
 void run(const ConvertCommand& command) {
-    const FileFormat format = outputFormat(command.output, command.format);
-    networkFormat(command.read);  // an unknown one is told before files are touched
+    const NetworkFormat format = outputFormat(command.output, command.format);
     requireOther(command.output, command.read.file);
     OutputTree files(command.output, false, command.parents);
     files.protect(command.read.file);
-    auto [facts, links, linked] = LinkTable(command.read);
-    checkFormat(command, format, facts, linked);
+    auto [facts, links, linked, labels] = LinkTable(command.read);
+    checkFormat(command, format, facts, linked, labels != nullptr);
     facts.nodes = std::max<Size>(facts.nodes.value_or(0), linked);
 
-    NetworkWriter writer(format, facts);
+    NetworkWriter writer(format, facts, labels.get(), separatorOf(command.output));
     for (const RawLink& ln : links) writer.add(ln);
     writeText(writer.take(), files, command.output);
     if (!command.quiet && !files.isStandardOutput())

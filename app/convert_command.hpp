@@ -10,8 +10,9 @@ namespace vorl::app {
 struct ConvertCommand {
     ReadOptions read;
     std::string output;
-    FileFormat format = FileFormat::UNKNOWN;  ///< of the output, told from its name where unknown
-    bool parents = false;                     ///< folders that the output lacks are created
+    NetworkFormat format =
+        NetworkFormat::UNKNOWN;  ///< of the output, told from its name where unknown
+    bool parents = false;        ///< folders that the output lacks are created
     bool quiet = false;
 };
 

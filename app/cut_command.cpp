@@ -21,7 +21,7 @@ void run(const CutCommand& command) {
                          counted(hierarchy.levels(), "level") + ", there is no level " +
                          std::to_string(level));
     const ClustersFile clusters = hierarchy.cut(level);
-    writeText(clusters.strictText(hierarchy.nodes()), files, command.output);
+    writeText(clusters.strictText(hierarchy.nodes(), true), files, command.output);
     if (!command.quiet)
         tell(command.file + ": level " + std::to_string(level) + ", " +
              counted(clusters.clusters.size(), "cluster") + " of " +

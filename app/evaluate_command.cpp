@@ -55,11 +55,13 @@ std::string asJson(const EvaluateCommand& command, Size clusters, Size nodes, Si
            ", \"modularity_at_estimated_gamma\": " + measure(measures.sgmod) + "}\n";
 }
 
-ClusterLevels read(const EvaluateCommand& command) {
+/// @param known names of the network
+ClusterLevels read(const EvaluateCommand& command, std::shared_ptr<Labels> known) {
     return readClusters(command.clusters, {.format = command.format,
                                            .strict = command.strict,
                                            .levels = command.levels,
-                                           .quiet = command.quiet});
+                                           .quiet = command.quiet,
+                                           .known = std::move(known)});
 }
 
 /// Measures clusters on a network, which is spent.
@@ -67,7 +69,7 @@ Intrinsics measured(const EvaluateCommand& command, Network& network, ClustersFi
     Intrinsics measures;
     std::visit(
         [&](auto& graph) {
-            clusters.requireNodes(nodeIds(*graph), command.read.file);
+            clusters.requireNodes(nodeIds(*graph), command.read.file, network.labels);
             const MemoryFile file(clusters.strictText());
             clusters = {};  // room for the evaluation
             evaluateClusters(measures, *graph, file.name(), static_cast<AccWeight>(command.gamma));
@@ -88,10 +90,12 @@ std::vector<LevelRow> evaluateLevels(const EvaluateCommand& command) {
         throw UsageError(
             "--levels reads the network anew for each level, which the standard "
             "input doesn't allow for");
-    const ClusterLevels clusters = read(command);
+    const ClusterLevels clusters = read(command, nullptr);
+    ReadOptions options = command.read;
+    options.labels = clusters.labels();
     std::vector<LevelRow> rows;
     for (LevelNum level = 0; level < clusters.levels(); ++level) {
-        Network network = readNetwork(command.read);
+        Network network = readNetwork(options);
         if (level == 0 && !command.quiet) showWarnings(network, command.read);
         ClustersFile file = clusters.level(level);
         rows.push_back({file.clusters.size(), file.nodes.size(), Intrinsics()});
@@ -167,7 +171,7 @@ void run(const EvaluateCommand& command) {
     }
     Network network = readNetwork(command.read);
     if (!command.quiet) showWarnings(network, command.read);
-    ClustersFile clusters = read(command).flat();
+    ClustersFile clusters = read(command, network.labels).flat();
     const auto remark = [&](const std::string& text) {
         if (!command.quiet) tell(command.clusters + ": " + text);
     };

@@ -16,28 +16,30 @@ namespace vorl::app {
 namespace {
 
 /// The format that the output is written in: told, by its name, or that of the network.
-FileFormat formatOf(const ExtractCommand& command) {
-    return command.output == STANDARD_OUTPUT && command.format == FileFormat::UNKNOWN
-               ? networkFormat(command.read)
-               : outputFormat(command.output, command.format);
+NetworkFormat formatOf(const ExtractCommand& command) {
+    if (command.output != STANDARD_OUTPUT || command.format != NetworkFormat::UNKNOWN)
+        return outputFormat(command.output, command.format);
+    return outputFormat(command.read.file, command.read.format);
 }
 
 void remark(const ExtractCommand& command, const std::string& file, const std::string& text) {
     if (!command.quiet) tell(file + ": " + text);
 }
 
-void requireHolds(const ExtractCommand& command, FileFormat format, bool arcs) {
-    if (format == FileFormat::NSE && arcs)
+void requireHolds(const ExtractCommand& command, NetworkFormat format, bool arcs) {
+    if (format == NetworkFormat::NSE && arcs)
         throw InputError(command.read.file +
                          ": the network has arcs, which the format nse can't hold; nsa or rcg can");
 }
 
-std::string inducedText(const ExtractCommand& command, FileFormat format) {
-    const std::vector<Id> members =
+std::string inducedText(const ExtractCommand& command, NetworkFormat format) {
+    const ClusterLevels clusters =
         readClusters(command.clusters,
-                     {.format = command.clustersFormat, .levels = true, .quiet = command.quiet})
-            .membersOf(*command.cluster);
-    const LinkTable table(command.read, [&](const RawLink& ln) {
+                     {.format = command.clustersFormat, .levels = true, .quiet = command.quiet});
+    const std::vector<Id> members = clusters.membersOf(*command.cluster);
+    ReadOptions read = command.read;
+    read.labels = clusters.labels();
+    const LinkTable table(read, [&](const RawLink& ln) {
         return std::binary_search(members.begin(), members.end(), ln.src) &&
                std::binary_search(members.begin(), members.end(), ln.dst);
     });
@@ -46,17 +48,20 @@ std::string inducedText(const ExtractCommand& command, FileFormat format) {
     own.weighted = table.facts.weighted;
     own.toldDirected = table.facts.toldDirected;
     own.nodes = table.linked;
+    if (table.labels && format != NetworkFormat::LIST)
+        throw InputError(command.read.file + ": nodes have names, which the format " +
+                         nameOf(format) + " can't hold; list can");
     requireHolds(command, format, own.directed());
     if (table.linked < members.size())
         remark(command, command.clusters,
                counted(members.size() - table.linked, "node") +
                    " without a link inside the cluster left out");
-    NetworkWriter writer(format, own);
+    NetworkWriter writer(format, own, table.labels.get(), separatorOf(command.output));
     for (const RawLink& ln : table.links) writer.add(ln);
     return writer.take();
 }
 
-std::string quotientText(const ExtractCommand& command, FileFormat format) {
+std::string quotientText(const ExtractCommand& command, NetworkFormat format) {
     const ClusterLevels levels =
         readClusters(command.clusters, {.format = command.clustersFormat,
                                         .levels = command.level.has_value(),
@@ -66,7 +71,9 @@ std::string quotientText(const ExtractCommand& command, FileFormat format) {
                          std::to_string(*command.level) + ", but " +
                          counted(levels.levels(), "level"));
     const ClustersFile clusters = command.level ? levels.level(*command.level) : levels.flat();
-    const Network network = readNetwork(command.read);
+    ReadOptions read = command.read;
+    read.labels = clusters.labels;
+    const Network network = readNetwork(read);
     if (!command.quiet) showWarnings(network, command.read);
     const Quotient quotient = quotientOf(network, clusters);
     requireHolds(command, format, network.directed);
@@ -79,7 +86,7 @@ std::string quotientText(const ExtractCommand& command, FileFormat format) {
     (network.directed ? facts.arcs : facts.edges) = quotient.links.size();
     facts.toldDirected = network.directed;
     facts.nodes = clusters.clusters.size() - quotient.linkless;
-    NetworkWriter writer(format, facts);
+    NetworkWriter writer(format, facts, nullptr, separatorOf(command.output));
     for (const RawLink& ln : quotient.links) writer.add(ln);
     return writer.take();
 }
@@ -92,7 +99,7 @@ void run(const ExtractCommand& command) {
     requireOneStandardInput(command.read.file, command.clusters);
     requireOther(command.output, command.read.file);
     requireOther(command.output, command.clusters);
-    const FileFormat format = formatOf(command);
+    const NetworkFormat format = formatOf(command);
     OutputTree files(command.output, false, command.parents);
     files.protect(command.read.file);
     files.protect(command.clusters);

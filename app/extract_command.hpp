@@ -18,8 +18,9 @@ struct ExtractCommand {
     bool quotient = false;          ///< the network of the clusters is wanted
     std::optional<LevelNum> level;  ///< of the clusters of the quotient
     std::string output = "-";
-    FileFormat format = FileFormat::UNKNOWN;  ///< of the output, told from its name where unknown
-    bool parents = false;                     ///< folders that the output lacks are created
+    NetworkFormat format =
+        NetworkFormat::UNKNOWN;  ///< of the output, told from its name where unknown
+    bool parents = false;        ///< folders that the output lacks are created
     bool quiet = false;
 };
 

@@ -154,15 +154,30 @@ const char* kind(const NetworkFacts& facts) {
     return facts.edges == 0 ? "arcs" : "edges and arcs";
 }
 
-std::string asText(const std::string& file, const NetworkInfo& info, ZeroWeights zeros) {
+/// What tells the format, where it isn't that of the name.
+std::string recognition(const InfoCommand& command, const NetworkFacts& facts) {
+    const char* const by = command.read.format != NetworkFormat::UNKNOWN ? "as asked for"
+                           : formatByName(command.read.file) != NetworkFormat::UNKNOWN
+                               ? "by the name"
+                               : "by the first lines";
+    return std::string(nameOf(facts.format)) + ", " + by +
+           (facts.dialect.empty() ? "" : "; " + facts.dialect);
+}
+
+std::string asText(const InfoCommand& command, const NetworkInfo& info) {
+    const std::string& file = command.read.file;
+    const ZeroWeights zeros = command.read.zeros;
     const NetworkFacts& facts = info.facts;
     const auto row = [](const char* name, const std::string& value) {
         return format("%-15s ", name) + value + "\n";
     };
+    const bool told = facts.dialect.empty() && (command.read.format != NetworkFormat::UNKNOWN ||
+                                                formatByName(file) != NetworkFormat::UNKNOWN);
+    const std::string recognised = told ? "" : row("format", recognition(command, facts));
     std::string links = grouped(facts.links()) + " " + kind(facts);
     if (facts.edges != 0 && facts.arcs != 0)
         links = counted(facts.edges, "edge") + " and " + counted(facts.arcs, "arc");
-    return file + "\n\n" +
+    return file + "\n\n" + recognised +
            row("nodes", grouped(info.nodes) + ", " + grouped(info.isolated) +
                             " of them without a link to another one") +
            row("links", links) +
@@ -216,12 +231,11 @@ void run(const InfoCommand& command) {
     const ScanOptions options = scanOptions(command.read);
     const auto source = openInput(command.read);
     Survey survey;
-    NodeNames nodes;
+    NodeNames nodes(command.read.labels);
     const NetworkFacts facts = scanNetwork(*source, command.read.file, options, nodes,
                                            [&](const RawLink& ln) { survey.add(ln); });
     const NetworkInfo info = survey.result(facts, nodes.size());
-    print(command.json ? asJson(command.read.file, info)
-                       : asText(command.read.file, info, command.read.zeros));
+    print(command.json ? asJson(command.read.file, info) : asText(command, info));
 }
 
 }  // namespace vorl::app

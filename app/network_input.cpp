@@ -20,7 +20,7 @@ std::unique_ptr<Source> openInput(const ReadOptions& options) {
 
 LinkTable::LinkTable(const ReadOptions& options, const std::function<bool(const RawLink&)>& taken) {
     const auto source = openInput(options);
-    NodeNames nodes;
+    NodeNames nodes(options.labels);
     std::vector<bool> seen;
     const auto see = [&](Id number) {
         if (number >= seen.size()) seen.resize(std::max<Size>(number + Size{1}, 2 * seen.size()));
@@ -34,14 +34,23 @@ LinkTable::LinkTable(const ReadOptions& options, const std::function<bool(const 
         see(ln.dst);
         links.push_back(named);
     });
+    if (nodes.labels()->size() != 0) labels = nodes.labels();
 }
 
-FileFormat outputFormat(const std::string& file, FileFormat told) {
-    try {
-        return networkFormat({.file = file, .format = told});
-    } catch (const UnknownFormat& err) {
-        throw UsageError(std::string(err.what()) + ", give it with --to");
-    }
+NetworkFormat outputFormat(const std::string& file, NetworkFormat told) {
+    const NetworkFormat format = told == NetworkFormat::UNKNOWN ? formatByName(file) : told;
+    if (format == NetworkFormat::UNKNOWN)
+        throw UsageError(file +
+                         ": the format can't be told from the name; it is nse (edges), nsa (arcs), "
+                         "rcg (sections) or list, give it with --to");
+    return format;
+}
+
+char separatorOf(const std::string& file) {
+    std::string_view name = file;
+    for (const std::string_view packing : {".gz", ".zst"})
+        if (name.ends_with(packing)) name.remove_suffix(packing.size());
+    return name.ends_with(".csv") ? ',' : '\t';
 }
 
 void requireOneStandardInput(const std::string& first, const std::string& second) {

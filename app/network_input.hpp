@@ -20,7 +20,8 @@ std::unique_ptr<Source> openInput(const ReadOptions& options);
 struct LinkTable {
     NetworkFacts facts;
     std::vector<RawLink> links;
-    Size linked = 0;  ///< nodes of the links
+    Size linked = 0;                 ///< nodes of the links
+    std::shared_ptr<Labels> labels;  ///< names of nodes; null if there are none
 
     /// @param taken tells which links are wanted; empty for all
     /// @throws as `scanNetwork`
@@ -30,7 +31,10 @@ struct LinkTable {
 
 /// The format of a network to be written, if it isn't told, by its name.
 /// @throws UsageError if neither tells
-FileFormat outputFormat(const std::string& file, FileFormat told);
+NetworkFormat outputFormat(const std::string& file, NetworkFormat told);
+
+/// What parts the columns of a table of that name: commas in .csv, else tabs.
+char separatorOf(const std::string& file);
 
 /// @throws UsageError if both files are the standard input, which is read once
 void requireOneStandardInput(const std::string& first, const std::string& second);

@@ -21,10 +21,20 @@ std::string jsonList(const ThingsT& things, TextT text) {
     return "[" + list + "]";
 }
 
+/// The id of an item, or the name of a node between quotes.
+std::string jsonItem(const HierarchyFile& file, Item item) {
+    if (!file.isNode(item) || !file.labels() || !file.labels()->has(file.id(item)))
+        return std::to_string(file.id(item));
+    return jsonQuoted(file.nodeName(item));
+}
+
+std::string nameOf(const HierarchyFile& file, Item item) {
+    return file.isNode(item) ? printable(file.nodeName(item)) : std::to_string(file.id(item));
+}
+
 std::string jsonShare(const HierarchyFile& file, const HierarchyFile::Share& part) {
     return std::string("{\"") + (file.isNode(part.item) ? "node" : "cluster") +
-           "\": " + std::to_string(file.id(part.item)) + ", \"share\": " + jsonNumber(part.share) +
-           "}";
+           "\": " + jsonItem(file, part.item) + ", \"share\": " + jsonNumber(part.share) + "}";
 }
 
 Shares sharesOf(std::span<const HierarchyFile::Share> shares) {
@@ -36,7 +46,7 @@ std::string listed(const HierarchyFile& file, const Shares& parts) {
     constexpr std::size_t most = 12;
     std::string text;
     for (std::size_t i = 0; i < std::min(parts.size(), most); ++i) {
-        text += (i ? ", " : "") + std::to_string(file.id(parts[i].item));
+        text += (i ? ", " : "") + nameOf(file, parts[i].item);
         if (parts[i].share < 1) text += ":" + number(parts[i].share, 4);
     }
     return text + (parts.size() > most ? ", ..." : "");
@@ -83,7 +93,7 @@ std::string hierarchyAsJson(const HierarchyFile& file) {
 }
 
 std::string nodeAsText(const HierarchyFile& file, Item node) {
-    std::string text = "node " + std::to_string(file.id(node));
+    std::string text = "node " + nameOf(file, node);
     const Shares path = file.ancestors(node);
     if (path.empty()) return text + " is in no cluster\n";
     text += ": in " + counted(path.size(), "cluster") +
@@ -97,7 +107,7 @@ std::string nodeAsText(const HierarchyFile& file, Item node) {
 }
 
 std::string nodeAsJson(const HierarchyFile& file, Item node) {
-    return "{\"node\": " + std::to_string(file.id(node)) + ", \"clusters\": " +
+    return "{\"node\": " + jsonItem(file, node) + ", \"clusters\": " +
            jsonList(file.ancestors(node),
                     [&](const HierarchyFile::Share& part) {
                         return "{\"level\": " + std::to_string(file.levelOf(part.item)) +
@@ -127,7 +137,7 @@ std::string clusterAsText(const HierarchyFile& file, Item cluster) {
             (ofNodes ? " node" : " cluster") + (parts.size() == 1 ? ": " : "s: ") +
             listed(file, parts) + "\n\n      node     share\n";
     for (const auto& [node, share] : members)
-        text += format("%10u%10s\n", file.id(node), number(share, 4).c_str());
+        text += format("%10s%10s\n", nameOf(file, node).c_str(), number(share, 4).c_str());
     return text;
 }
 

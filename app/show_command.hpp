@@ -10,7 +10,7 @@ namespace vorl::app {
 
 struct ShowCommand {
     std::string file;
-    std::optional<Id> node;
+    std::optional<std::string> node;  ///< an id or a name
     std::optional<Id> cluster;
     bool json = false;
 };

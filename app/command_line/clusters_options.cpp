@@ -75,8 +75,10 @@ void addHierarchyFile(CLI::App& app, std::string& file) {
 void addShowOptions(CLI::App& app, ShowCommand& command) {
     addHierarchyFile(app, command.file);
     CLI::Option* const node =
-        addNumber<Id>(app, "--node", command.node,
-                      "The clusters of the node with this id, up to the root, with its shares");
+        app.add_option("--node", command.node,
+                       "The clusters of the node with this id or name, up to the root, with its "
+                       "shares")
+            ->type_name("ID");
     addNumber<Id>(app, "--cluster", command.cluster,
                   "The members, the owners and the parts of the cluster with this id")
         ->excludes(node);
@@ -119,7 +121,7 @@ void addExtractOptions(CLI::App& app, ExtractCommand& command) {
         ->check(checkName)
         ->type_name("FILE");
     addChoice(
-        app, "--to", FORMATS, [&command](FileFormat format) { command.format = format; },
+        app, "--to", FORMATS, [&command](NetworkFormat format) { command.format = format; },
         "Format of the file to write; told from its name, else that of the network");
     app.add_flag("--parents", command.parents, "Create the folders that FILE lacks");
     app.add_flag("-q,--quiet", command.quiet, "No remarks on the files");

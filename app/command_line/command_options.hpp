@@ -16,7 +16,7 @@
 namespace vorl::app {
 
 /// The formats of networks, by name.
-extern const Choices<FileFormat> FORMATS;
+extern const Choices<NetworkFormat> FORMATS;
 
 /// The network and how it is read.
 void addReadOptions(CLI::App& app, ReadOptions& read);

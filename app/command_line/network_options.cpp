@@ -4,8 +4,7 @@
 
 namespace vorl::app {
 
-const Choices<FileFormat> FORMATS{
-    {"nse", FileFormat::NSE}, {"nsa", FileFormat::NSA}, {"rcg", FileFormat::RCG}};
+const Choices<NetworkFormat> FORMATS{networkFormats().begin(), networkFormats().end()};
 
 namespace {
 
@@ -20,16 +19,34 @@ void limitMemory(std::size_t most) {
 }  // namespace
 
 void addReadOptions(CLI::App& app, ReadOptions& read) {
-    app.add_option(
-           "NETWORK", read.file,
-           "The network, one link a line: src dst [weight], or in sections (rcg); it may be "
-           "compressed by gzip or zstd, - is the standard input")
+    app.add_option("NETWORK", read.file,
+                   "The network, such as one link a line: src dst [weight], or a table; it may be "
+                   "compressed by gzip or zstd, - is the standard input")
         ->check(checkName)
         ->required();
     const char* group = "Input";
     addChoice(
-        app, "--format", FORMATS, [&read](FileFormat format) { read.format = format; },
-        "nse (edges), nsa (arcs) or rcg (sections); told from the name if not given")
+        app, "--format", FORMATS, [&read](NetworkFormat format) { read.format = format; },
+        "nse (edges), nsa (arcs), rcg (sections) or list (links in columns, between nodes of any "
+        "names); told from the name, or else the first lines, if not given")
+        ->group(group);
+    app.add_option("--columns", read.columns,
+                   "The columns of source, destination and weight in a list, by their names or "
+                   "their numbers from 1 on")
+        ->type_name("A,B[,W]")
+        ->group(group);
+    app.add_option("--weight", read.weightName,
+                   "What the weight of a link is called in the file; weight if not given")
+        ->type_name("NAME")
+        ->group(group);
+    CLI::Option* const directed = app.add_flag_callback(
+                                         "--directed", [&read] { read.directed = true; },
+                                         "Links are arcs, where the format doesn't tell")
+                                      ->group(group);
+    app.add_flag_callback(
+           "--undirected", [&read] { read.directed = false; },
+           "Links are edges, where the format doesn't tell (default)")
+        ->excludes(directed)
         ->group(group);
     app.add_flag("--unweighted", read.unweighted, "Each link weighs 1")->group(group);
     app.add_option_function<std::string>(
@@ -76,7 +93,7 @@ void addConvertOptions(CLI::App& app, ConvertCommand& command) {
         ->check(checkName)
         ->required();
     addChoice(
-        app, "--to", FORMATS, [&command](FileFormat format) { command.format = format; },
+        app, "--to", FORMATS, [&command](NetworkFormat format) { command.format = format; },
         "Format of the file to write; told from its name if not given");
     app.add_flag("--parents", command.parents, "Create the folders that OUT lacks");
     app.add_flag("-q,--quiet", command.quiet, "No report");

@@ -4,6 +4,7 @@
 
 #include <vorl/communities.hpp>
 #include <vorl/types/export.hpp>
+#include <vorl/types/labels.hpp>
 
 #include <string>
 
@@ -11,10 +12,13 @@ namespace vorl {
 
 /// The communities in the format CNL, a line each in the order of their numbers. A share stands
 /// behind each node that is in several, with the digits that read back as the same number.
-VORL_API std::string clustersText(const Communities& found);
+/// @param labels the names that ids of nodes stand for, null for none
+VORL_API std::string clustersText(const Communities& found, const Labels* labels = nullptr);
 
 /// A line "node community share" for each membership, by ascending node, below a line of names.
 /// @param separator between the columns, such as a tab or a comma
-VORL_API std::string tableText(const Communities& found, char separator);
+/// @param labels as above
+VORL_API std::string tableText(const Communities& found, char separator,
+                               const Labels* labels = nullptr);
 
 }  // namespace vorl

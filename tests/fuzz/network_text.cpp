@@ -21,7 +21,7 @@ struct Scan {
     std::vector<RawLink> links;  // between nodes by id, before the facts, whose scan fills them
     NetworkFacts facts;
 
-    Scan(std::string_view text, FileFormat format, bool weights) {
+    Scan(std::string_view text, NetworkFormat format, bool weights) {
         TextSource source(text);
         NodeNames nodes;
         facts = scanNetwork(
@@ -32,7 +32,7 @@ struct Scan {
 };
 
 /// The network comes back from its text in the given format.
-void requireReturn(const Scan& scan, FileFormat format) {
+void requireReturn(const Scan& scan, NetworkFormat format) {
     std::unordered_set<Id> linked;
     for (const RawLink& ln : scan.links) linked.insert({ln.src, ln.dst});
     NetworkFacts facts = scan.facts;
@@ -57,8 +57,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ftrace = nullptr;
     if (size == 0) return 0;
     const std::string_view text(reinterpret_cast<const char*>(data) + 1, size - 1);
-    constexpr FileFormat formats[] = {FileFormat::NSE, FileFormat::NSA, FileFormat::RCG,
-                                      FileFormat::RCG};
+    constexpr NetworkFormat formats[] = {NetworkFormat::NSE, NetworkFormat::NSA, NetworkFormat::RCG,
+                                         NetworkFormat::RCG};
     ReadOptions options;
     options.format = formats[data[0] & 3];
     options.unweighted = data[0] & 4;
@@ -66,9 +66,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     try {
         const Scan scan(text, options.format, !options.unweighted);
         if (scan.facts.firstId && *scan.facts.nodes > 4096) return 0;
-        requireReturn(scan, FileFormat::RCG);
-        if (scan.facts.edges == 0) requireReturn(scan, FileFormat::NSA);
-        if (scan.facts.arcs == 0) requireReturn(scan, FileFormat::NSE);
+        requireReturn(scan, NetworkFormat::RCG);
+        if (scan.facts.edges == 0) requireReturn(scan, NetworkFormat::NSA);
+        if (scan.facts.arcs == 0) requireReturn(scan, NetworkFormat::NSE);
     } catch (const InputError&) {
         return 0;
     }

@@ -246,6 +246,8 @@ JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_read(JNIEnv* env, jclass, jst
         ReadOptions options;
         options.file = name.data();
         const Network network = readNetwork(options);
+        if (network.labels)
+            throw InputError(options.file + ": nodes have names, ids are expected here");
         std::string told;
         for (const std::string& warning : network.warnings) told += warning + "\n";
         const jstring text = toString(env, told);

@@ -23,6 +23,8 @@ public:
     explicit ClusterLevels(HierarchyFile file) : m_file(std::move(file)) {}
 
     const std::string& name() const;
+    /// The names that ids of nodes stand for; null if there are none.
+    std::shared_ptr<Labels> labels() const;
     /// The clusters as the file lists them, null if it is one of a hierarchy.
     const ClustersFile* list() const { return std::get_if<ClustersFile>(&m_file); }
     /// Whether the file tells its levels.
@@ -61,7 +63,9 @@ VORL_API bool beginsWithNames(Lines& lines);
 /// @param format  told by the contents if not given: those of a hierarchy, or of a table with names
 ///     of columns; else by the name, .tsv, .csv and .clu being tables; CNL where nothing tells
 /// @throws InputError with the file and line of the first fault
+/// @param known   names of a network or of other clusters, which those of the file join
 VORL_API ClusterLevels readClusterLevels(const std::string& file,
-                                         ClustersFormat format = ClustersFormat::UNKNOWN);
+                                         ClustersFormat format = ClustersFormat::UNKNOWN,
+                                         std::shared_ptr<Labels> known = nullptr);
 
 }  // namespace vorl

@@ -5,8 +5,10 @@
 #include <vorl/reading/input_error.hpp>
 #include <vorl/reading/lines.hpp>
 #include <vorl/types/export.hpp>
+#include <vorl/types/labels.hpp>
 #include <vorl/types/numbers.hpp>
 
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -58,7 +60,11 @@ struct VORL_API ClustersFile {
     bool severalLevels = false;
     std::optional<Size> toldNodes;  ///< the number of nodes of the network by the header
     std::vector<Deviation> deviations;
+    /// The names that ids of nodes stand for; null if there are none.
+    std::shared_ptr<Labels> labels;
 
+    /// The id or name of a node.
+    std::string nodeName(Id node) const { return naming::plain(node, labels.get()); }
     std::span<const Id> membersOf(const Cluster& cluster) const {
         return {members.data() + cluster.begin, cluster.end - cluster.begin};
     }
@@ -86,7 +92,8 @@ struct VORL_API ClustersFile {
 
     /// The file in the strict form, with plain lines, which `CnlParser` takes as it is.
     /// @param told  number of nodes for the header, if it is larger than that of the file
-    std::string strictText(Size told = 0) const;
+    /// @param names whether nodes that have names are called by them
+    std::string strictText(Size told = 0, bool names = false) const;
 
     /// What was brought into the strict form, in one line; empty if nothing was.
     std::string deviationsText(bool withShares = true) const;
@@ -96,16 +103,20 @@ struct VORL_API ClustersFile {
     void requireClusters() const;
     /// @param ids      of the nodes of a network, in any order
     /// @param network  its name, for the message; empty if it has none
+    /// @param known    the names of the network
     /// @throws InputError for the first member that isn't among them, with file and line
-    void requireNodes(std::vector<Id> ids, const std::string& network) const;
+    void requireNodes(std::vector<Id> ids, const std::string& network,
+                      const std::shared_ptr<Labels>& known = nullptr) const;
 };
 
 /// Reads clusters in the format CNL: a cluster a line, `[id>] node[:share] ...`, with comments that
-/// begin with # and an optional header among those at the top. Carriage returns at line ends and a
+/// begin with # and an optional header among those at the top. A node is an id, or a name between
+/// double quotes. Carriage returns at line ends and a
 /// byte order mark are accepted. Memory and time go by the size of the text, never by what its
 /// header tells.
+/// @param known  names of a network; they need no quotes, and further ones join them
 /// @throws InputError with the file and line of the first fault
-VORL_API ClustersFile parseClusters(Lines& lines);
+VORL_API ClustersFile parseClusters(Lines& lines, std::shared_ptr<Labels> known = nullptr);
 /// @param name  of the file, for messages
 VORL_API ClustersFile parseClusters(std::string_view text, const std::string& name);
 
@@ -115,10 +126,12 @@ VORL_API ClustersFile parseClusters(std::string_view text, const std::string& na
 /// A line of names, also as a comment, may stand first; it tells the columns of the node, of the
 /// cluster (community, module, group ...) and of the share. Without it the first two columns count,
 /// and further ones aren't read. Behind a line that begins with *vertices a line is the cluster of
-/// the node of that number, from 1 on. Nodes are ids; clusters may bear any name, and are numbered
-/// if all names are ids. Quotes around a word don't count.
+/// the node of that number, from 1 on. Nodes are ids, and below a line of names also names;
+/// clusters may bear any name, and are numbered if all names are ids. Quotes around a word don't
+/// count.
+/// @param known  names of a network, which others join
 /// @throws InputError with the file and line of the first fault
-VORL_API ClustersFile parseTable(Lines& lines);
+VORL_API ClustersFile parseTable(Lines& lines, std::shared_ptr<Labels> known = nullptr);
 /// @param name  of the file, for messages
 VORL_API ClustersFile parseTable(std::string_view text, const std::string& name);
 

@@ -5,6 +5,7 @@
 #include <vorl/reading/clusters_file.hpp>
 #include <vorl/types/id_numbers.hpp>
 
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -41,8 +42,14 @@ public:
     Id id(Item item) const { return m_ids[item]; }
     /// The level on which a cluster was formed.
     LevelNum levelOf(Item cluster) const;
+    /// The names that ids of nodes stand for; null if there are none.
+    const std::shared_ptr<Labels>& labels() const { return m_labels; }
+    /// The id or name of a node.
+    std::string nodeName(Item node) const { return naming::plain(id(node), m_labels.get()); }
     /// @throws InputError if the file has no such node, or no such cluster
     Item node(Id id) const;
+    /// @param name an id or a name
+    Item node(std::string_view name) const;
     Item cluster(Id id) const;
 
     /// The clusters that own an item directly, with the shares of the item in them.
@@ -85,6 +92,7 @@ private:
     std::vector<Share> m_owners;
     IdNumbers m_nodeNumbers;
     IdNumbers m_clusterNumbers;
+    std::shared_ptr<Labels> m_labels;
 };
 
 /// Whether the first line that isn't a comment is that of a text in the format RHB.
@@ -92,9 +100,11 @@ VORL_API bool isHierarchy(Lines& lines);
 
 /// Reads a text in the format RHB. Counts that it tells must be right, owners must be clusters of
 /// one higher level, and the shares of an item must be all stated or all left out, and add up to 1
-/// but for their rounding. Memory and time go by the size of the text.
+/// but for their rounding. Nodes are ids, or names between double quotes. Memory and time go by the
+/// size of the text.
+/// @param known  names of a network, which others join
 /// @throws InputError with the file and line of the first fault
-VORL_API HierarchyFile parseHierarchy(Lines& lines);
+VORL_API HierarchyFile parseHierarchy(Lines& lines, std::shared_ptr<Labels> known = nullptr);
 /// @param name  of the file, for messages
 VORL_API HierarchyFile parseHierarchy(std::string_view text, const std::string& name);
 

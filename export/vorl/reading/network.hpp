@@ -8,7 +8,7 @@
 #include <vorl/reading/network_scan.hpp>
 #include <vorl/reading/source.hpp>
 #include <vorl/types/export.hpp>
-#include <vorl/types/flags.hpp>
+#include <vorl/types/labels.hpp>
 
 #include <memory>
 #include <optional>
@@ -20,7 +20,7 @@ namespace vorl {
 
 struct ReadOptions {
     std::string file;  ///< "-" for the standard input; a name for messages where a source is given
-    FileFormat format = FileFormat::UNKNOWN;  ///< told from the name where unknown
+    NetworkFormat format = NetworkFormat::UNKNOWN;  ///< told by name or first lines where unknown
     bool unweighted = false;
     ZeroWeights zeros = ZeroWeights::ONE;
     bool sumDuplicates = false;
@@ -28,6 +28,12 @@ struct ReadOptions {
     std::size_t memoryLimit = 0;  ///< bytes that may be needed in all; 0 for `vorl::memoryLimit`
     /// Nodes are created in an order drawn with it, in place of the random one of a shuffle.
     std::optional<std::uint64_t> seed = {};
+    std::optional<bool> directed = {};  ///< for formats that don't tell
+    std::string columns = {};           ///< as `ScanOptions`
+    std::string weightName = {};        ///< as `ScanOptions`
+    /// Takes the names of nodes that have no ids, beside those that it has; null for a table of the
+    /// network's own, in which they are in order.
+    std::shared_ptr<Labels> labels = {};
 };
 
 /// What a file holds of a network.
@@ -44,6 +50,9 @@ struct NetworkReport {
     Size zeroWeights = 0;               ///< links of weight 0 in the file
     bool statesWeights = false;         ///< whether links have weights of their own
     std::vector<std::string> warnings;  ///< what the user should know of the file
+    NetworkFormat format = NetworkFormat::UNKNOWN;
+    /// The names that ids of nodes stand for; null if all ids are those of the file.
+    std::shared_ptr<Labels> labels = {};
 };
 
 /// A network ready to be clustered. Arcs are always held in the weighted form, in which they keep
@@ -57,24 +66,14 @@ struct UndirectedNetwork : NetworkReport {
     FlatNetwork links;
 };
 
-/// Neither the options nor the name tell the format of a file.
-class VORL_API UnknownFormat : public InputError {
-public:
-    using InputError::InputError;
-};
-
-/// The format of a network, by the options or by its name; ".gz" and ".zst" at its end don't count.
-/// @throws UnknownFormat if neither tells
-VORL_API FileFormat networkFormat(const ReadOptions& options);
-
 /// How a network is scanned by the options.
-/// @throws UnknownFormat
 VORL_API ScanOptions scanOptions(const ReadOptions& options);
 
-/// Reads a file in the format NSE, NSA or RCG, also one that is compressed by gzip or zstd, in one
+/// Reads a file in one of `NetworkFormat`, also one that is compressed by gzip or zstd, in one
 /// pass.
-/// @throws InputError with the file and line of the first fault, MemoryLimitError with the line
-/// from which on a clustering of the network would need more memory than it may
+/// @throws UnknownFormat if nothing tells the format, InputError with the file and line of the
+/// first fault, MemoryLimitError with the line from which on a clustering of the network would need
+/// more memory than it may
 VORL_API Network readNetwork(const ReadOptions& options);
 /// The same of bytes from elsewhere.
 VORL_API Network readNetwork(Source& source, const ReadOptions& options);

@@ -2,10 +2,10 @@
 /// The walk over a network as its file tells it, with the check of each line.
 #pragma once
 
+#include <vorl/reading/network_format.hpp>
 #include <vorl/reading/node_names.hpp>
 #include <vorl/reading/source.hpp>
 #include <vorl/types/export.hpp>
-#include <vorl/types/flags.hpp>
 #include <vorl/types/numbers.hpp>
 
 #include <functional>
@@ -25,6 +25,8 @@ struct RawLink {
 
 /// What a file tells of its network beside the links.
 struct NetworkFacts {
+    NetworkFormat format = NetworkFormat::UNKNOWN;
+    std::string dialect;         ///< of the format, in words; empty if it has none
     std::size_t bytes = 0;       ///< of the text
     bool weighted = true;        ///< whether links may have weights
     bool statesWeights = false;  ///< whether a link has one
@@ -65,10 +67,15 @@ struct VORL_API NetworkBounds {
 
 /// How a network is read.
 struct ScanOptions {
-    FileFormat format = FileFormat::UNKNOWN;  ///< RCG, NSE or NSA
-    bool weights = true;                      ///< links may have some, if the file allows for them
+    NetworkFormat format = NetworkFormat::UNKNOWN;  ///< told by the first lines where unknown
+    bool weights = true;  ///< links may have some, if the file allows for them
     ZeroWeights zeros = ZeroWeights::ONE;
     NetworkBounds bounds = {};
+    std::optional<bool> directed = {};  ///< for formats that don't tell
+    /// Two or three columns of a list, by name or number, with commas: source, destination, weight.
+    std::string columns = {};
+    std::string weightName = {};           ///< what a file calls the weight
+    std::optional<std::size_t> size = {};  ///< of the source, if it is known
 };
 
 /// Is given each link that isn't left out, between nodes by number.

@@ -4,7 +4,6 @@
 
 #include <vorl/reading/network_scan.hpp>
 #include <vorl/types/export.hpp>
-#include <vorl/types/flags.hpp>
 
 #include <optional>
 #include <string>
@@ -17,9 +16,12 @@ namespace vorl {
 /// the nodes appear in the same order in every format.
 class VORL_API NetworkWriter {
 public:
-    /// @param format RCG, NSE or NSA
-    /// @param facts of the network to be written
-    NetworkWriter(FileFormat format, const NetworkFacts& facts);
+    /// @param facts     of the network to be written
+    /// @param labels    the names that ids of nodes stand for, which only some formats hold; null
+    ///     for none
+    /// @param separator between the columns of a list
+    NetworkWriter(NetworkFormat format, const NetworkFacts& facts, const Labels* labels = nullptr,
+                  char separator = '\t');
 
     /// @param ln between nodes by id
     void add(const RawLink& ln);
@@ -28,9 +30,13 @@ public:
 
 private:
     void startSection(bool arcs);
+    void addRow(const RawLink& ln);
 
-    FileFormat m_format;
+    NetworkFormat m_format;
     bool m_weighted;
+    bool m_directed;
+    const Labels* m_labels;
+    char m_separator;
     std::string m_text;
     std::optional<bool> m_arcs;  ///< the open section is one of arcs
     std::optional<Id> m_src;     ///< source of the open line

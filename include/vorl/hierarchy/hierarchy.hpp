@@ -6,9 +6,11 @@
 #include <vorl/hierarchy/score.hpp>
 #include <vorl/types/item.hpp>
 #include <vorl/types/item_map.hpp>
+#include <vorl/types/labels.hpp>
 #include <vorl/types/options.hpp>
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace vorl {
@@ -48,6 +50,10 @@ public:
     const RootT& root() const { return m_root; }
     const HierScore& score() const { return m_score; }
 
+    /// The names that ids of nodes stand for in what is written; null for none.
+    const Labels* labels() const { return m_labels.get(); }
+    void setLabels(std::shared_ptr<const Labels> labels) { m_labels = std::move(labels); }
+
     /// Unfolds a cluster into its nodes.
     /// @param cl a cluster of this hierarchy
     /// @param maxshare whether a node or cluster goes only to the owners of its largest share
@@ -72,6 +78,7 @@ protected:
     LevelsT m_levels;
     RootT m_root;
     HierScore m_score;
+    std::shared_ptr<const Labels> m_labels;
 };
 
 }  // namespace vorl

@@ -52,6 +52,9 @@ public:
         return next;
     }
 
+    /// Leaves the next number to something that has no id.
+    void skip() { ++m_size; }
+
     Size size() const { return m_size; }
 
 private:

@@ -14,7 +14,7 @@ void append(std::string& text, NumberT number) {
 
 }  // namespace
 
-std::string clustersText(const Communities& found) {
+std::string clustersText(const Communities& found, const Labels* labels) {
     std::string text = "# Clusters: ";
     append(text, found.count());
     text += ", Nodes: ";
@@ -22,7 +22,7 @@ std::string clustersText(const Communities& found) {
     text += found.shared() ? ", Fuzzy: 1, Numbered: 0\n" : ", Fuzzy: 0, Numbered: 0\n";
     for (Id community = 0; community < found.count(); ++community) {
         for (const auto& [place, share] : found.members(community)) {
-            append(text, found.ids()[place]);
+            naming::appendQuoted(text, found.ids()[place], labels);
             if (share < 1) {
                 text += ':';
                 append(text, share);
@@ -34,7 +34,7 @@ std::string clustersText(const Communities& found) {
     return text;
 }
 
-std::string tableText(const Communities& found, char separator) {
+std::string tableText(const Communities& found, char separator, const Labels* labels) {
     std::string text = "node";
     text += separator;
     text += "community";
@@ -42,7 +42,7 @@ std::string tableText(const Communities& found, char separator) {
     text += "share\n";
     for (Size place = 0; place < found.nodes(); ++place)
         for (const CommunityShare& part : found.of(place)) {
-            append(text, found.ids()[place]);
+            naming::appendCell(text, found.ids()[place], labels, separator);
             text += separator;
             append(text, part.community);
             text += separator;

@@ -145,7 +145,7 @@ private:
     }
 
     void appendMember(std::string& text, const Node<LinksT>& node, Share share) const {
-        detail::appendId(text, node.id);
+        naming::appendQuoted(text, node.id, m_hier.labels());
         if (!m_fuzzy) return;
         const Size owners = node.owners.size();
         if (equal(share, 1 / static_cast<Share>(owners), owners)) return;

@@ -8,15 +8,18 @@
 
 namespace vorl {
 
+namespace {
+
+/// @param labels the names of nodes, null for clusters
 template <class ItemT>
-void outpel(const ItemT& item, FileWrapper& fout) {
+void print(const ItemT& item, const Labels* labels, FileWrapper& fout) {
     const auto& owners = item.owners;
     const bool shares =
         owners.size() >= 2 && std::any_of(owners.begin() + 1, owners.end(), [&](const auto& owner) {
             return owner.numac != owners.front().numac;
         });
     std::string text;
-    detail::appendId(text, item.id);
+    naming::appendQuoted(text, item.id, labels);
     text += '>';
     for (const auto& owner : owners) {
         text += ' ';
@@ -29,25 +32,32 @@ void outpel(const ItemT& item, FileWrapper& fout) {
     std::fwrite(text.data(), 1, text.size(), fout.fdescr());
 }
 
+}  // namespace
+
+template <class ItemT>
+void outpel(const ItemT& item, FileWrapper& fout) {
+    print(item, nullptr, fout);
+}
+
 template <class LinksT>
 void RhbPrinter<LinksT>::output(FileWrapper& fout) const {
     const ProgressReporter report;
     report.begin("writing the hierarchy", m_hier.nodes().size() + m_hier.score().clusters);
-    const auto print = [&](const auto& item) {
+    const auto put = [&](const auto& item, const Labels* labels) {
         report.advance();
-        outpel(item, fout);
+        print(item, labels, fout);
     };
     std::FILE* file = fout.fdescr();
     std::fprintf(file, "/Hierarchy levels:%lu clusters:%lu\n", m_hier.levels().size(),
                  m_hier.score().clusters);
     std::fprintf(file, "\n/Nodes %lu\n", m_hier.nodes().size());
     std::fputs("# node1_id> owner1_id[:share1] owner2_id[:share2] ...\n", file);
-    for (const auto& node : m_hier.nodes()) print(node);
+    for (const auto& node : m_hier.nodes()) put(node, m_hier.labels());
     Id index = 0;
     for (const auto& level : m_hier.levels()) {
         std::fprintf(file, "\n/Level %u pure:%lu extended:%u\n", index++, level.clusters.size(),
                      level.fullsize);
-        for (const auto& cl : level.clusters) print(cl);
+        for (const auto& cl : level.clusters) put(cl, nullptr);
     }
     detail::checkWritten(fout, "RhbPrinter::output()");
 }

@@ -97,7 +97,13 @@ std::vector<Id> ClusterLevels::membersOf(Id cluster) const {
     return members;
 }
 
-ClusterLevels readClusterLevels(const std::string& file, ClustersFormat format) {
+std::shared_ptr<Labels> ClusterLevels::labels() const {
+    const ClustersFile* const file = list();
+    return file ? file->labels : std::get<HierarchyFile>(m_file).labels();
+}
+
+ClusterLevels readClusterLevels(const std::string& file, ClustersFormat format,
+                                std::shared_ptr<Labels> known) {
     const auto source = openSource(file);
     Lines lines(*source, file);
     if (format == ClustersFormat::UNKNOWN) {
@@ -111,9 +117,10 @@ ClusterLevels readClusterLevels(const std::string& file, ClustersFormat format) 
                            : ClustersFormat::CNL;
         lines.rewind(false);
     }
-    if (format == ClustersFormat::RHB) return ClusterLevels(parseHierarchy(lines));
-    return ClusterLevels(format == ClustersFormat::TABLE ? parseTable(lines)
-                                                         : parseClusters(lines));
+    if (format == ClustersFormat::RHB)
+        return ClusterLevels(parseHierarchy(lines, std::move(known)));
+    return ClusterLevels(format == ClustersFormat::TABLE ? parseTable(lines, std::move(known))
+                                                         : parseClusters(lines, std::move(known)));
 }
 
 }  // namespace vorl

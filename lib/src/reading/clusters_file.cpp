@@ -117,7 +117,7 @@ std::vector<Share> ClustersFile::completeShares() const {
     return result;
 }
 
-std::string ClustersFile::strictText(Size told) const {
+std::string ClustersFile::strictText(Size told, bool names) const {
     std::vector<Share> stated(members.size());
     bool fuzzy = false;
     Owners(*this).forEach(*this, [&](std::span<const std::uint32_t> places) {
@@ -134,7 +134,7 @@ std::string ClustersFile::strictText(Size told) const {
     for (const Cluster& cluster : clusters) {
         if (numbered) text += std::to_string(cluster.id) + "> ";
         for (std::size_t i = cluster.begin; i < cluster.end; ++i) {
-            text += std::to_string(members[i]);
+            naming::appendQuoted(text, members[i], names ? labels.get() : nullptr);
             if (stated[i] != 0) text += ":" + number(static_cast<double>(stated[i]));
             text += ' ';
         }
@@ -160,14 +160,18 @@ void ClustersFile::requireClusters() const {
         throw InputError(name + ": there are no clusters, at least one is expected");
 }
 
-void ClustersFile::requireNodes(std::vector<Id> ids, const std::string& network) const {
+void ClustersFile::requireNodes(std::vector<Id> ids, const std::string& network,
+                                const std::shared_ptr<Labels>& known) const {
     std::sort(ids.begin(), ids.end());
-    if (std::includes(ids.begin(), ids.end(), nodes.begin(), nodes.end())) return;
+    // Names of different tables have nothing to do with each other.
+    const bool foreign = labels && labels != known;
+    if (!foreign && std::includes(ids.begin(), ids.end(), nodes.begin(), nodes.end())) return;
     for (const Cluster& cluster : clusters)
         for (std::size_t member = cluster.begin; member < cluster.end; ++member)
-            if (!std::binary_search(ids.begin(), ids.end(), members[member]))
+            if ((foreign && labels->has(members[member])) ||
+                !std::binary_search(ids.begin(), ids.end(), members[member]))
                 throw InputError::at(name, lineOf(cluster, member),
-                                     "the node " + std::to_string(members[member]) +
+                                     "the node " + nodeName(members[member]) +
                                          " isn't in the network" +
                                          (network.empty() ? "" : " " + network));
 }
@@ -197,7 +201,7 @@ void detail::settleShares(ClustersFile& file) {
         }
     });
     const auto nodes = [&file](Size count, std::uint32_t first) {
-        const std::string node = std::to_string(file.members[first]);
+        const std::string node = file.nodeName(file.members[first]);
         return count == 1 ? "node " + node : grouped(count) + " nodes (the first is " + node + ")";
     };
     if (leftOut != 0)

@@ -1,6 +1,7 @@
 #include <vorl/reading/hierarchy_file.hpp>
 
 #include <algorithm>
+#include <charconv>
 #include <map>
 
 namespace vorl {
@@ -33,8 +34,19 @@ LevelNum HierarchyFile::levelOf(Item cluster) const {
 
 Item HierarchyFile::node(Id id) const {
     const Id number = m_nodeNumbers.find(id);
-    if (number == ID_NONE) throw InputError(m_name + ": there is no node " + std::to_string(id));
+    if (number == ID_NONE)
+        throw InputError(m_name + ": there is no node " + naming::plain(id, m_labels.get()));
     return number;
+}
+
+Item HierarchyFile::node(std::string_view name) const {
+    Id id = 0;
+    const auto [last, err] = std::from_chars(name.data(), name.data() + name.size(), id);
+    const bool number = err == std::errc() && last == name.data() + name.size();
+    const Id known = m_labels ? m_labels->find(name) : ID_NONE;
+    if (known != ID_NONE || !number) id = known;
+    if (id == ID_NONE) throw InputError(m_name + ": there is no node " + std::string(name));
+    return node(id);
 }
 
 Item HierarchyFile::cluster(Id id) const {
@@ -131,6 +143,7 @@ ClustersFile HierarchyFile::cut(LevelNum level) const {
     ClustersFile file;
     file.name = m_name;
     file.numbered = true;
+    file.labels = m_labels;
     file.toldNodes = m_nodes;
     std::vector<std::size_t> places(end + std::size_t{1});
     std::vector<Item> order(m_nodes);

@@ -118,6 +118,7 @@ ClustersFile ClustersFile::selected(std::span<const Id> places) const {
     result.name = name;
     result.numbered = numbered;
     result.toldNodes = toldNodes;
+    result.labels = labels;
     for (const Id place : places) {
         const Cluster& own = clusters[place];
         result.clusters.push_back({own.line, own.id, result.members.size(), 0});

@@ -3,7 +3,6 @@
 #include "../graph/flat_loader.hpp"
 #include "../graph/placing.hpp"
 
-#include <vorl/fileio/iotypes.hpp>
 #include <vorl/reading/wording.hpp>
 
 #include <utility>
@@ -52,7 +51,7 @@ void tellLines(NetworkReport& network, const NetworkFacts& facts, const ScanOpti
                                    ") does not match the actual file format (" +
                                    (arcs ? "ARCS" : "EDGES") + "). The actual one is used.");
     }
-    if (options.format == FileFormat::RCG && options.weights)
+    if (facts.format == NetworkFormat::RCG && options.weights)
         network.warnings.insert(network.warnings.end(), facts.linkless,
                                 "WARNING parseLinks(), no links specified:  ");
 }
@@ -92,11 +91,15 @@ public:
         : m_options(options), m_scan(scanOptions(options)) {
         m_scan.bounds =
             NetworkBounds::ofMemory(options.memoryLimit != 0 ? options.memoryLimit : memoryLimit());
-        NodeNames nodes;
+        NodeNames nodes(options.labels);
         m_facts = scanNetwork(source, options.file, m_scan, nodes, [&](const RawLink& ln) {
             links.add(ln.src, ln.dst, ln.weight, ln.arc);
         });
         requireToldNodes(m_facts, nodes.size(), options.file);
+        if (nodes.labels()->size() != 0) {
+            if (!options.labels) nodes.sortLabels();
+            m_labels = nodes.labels();
+        }
         ids = nodes.ids();
         if (options.sumDuplicates) links.addUp(m_facts.directed());
     }
@@ -106,6 +109,8 @@ public:
     void report(NetworkReport& report, Size distinct) const {
         report.directed = m_facts.directed();
         report.weighted = weighted();
+        report.format = m_facts.format;
+        report.labels = m_labels;
         report.nodes = ids.size();
         report.edges = m_facts.edges;
         report.arcs = m_facts.arcs;
@@ -128,11 +133,11 @@ private:
     const ReadOptions& m_options;
     ScanOptions m_scan;
     NetworkFacts m_facts;
+    std::shared_ptr<Labels> m_labels;  // null if there are no names
 };
 
 template <class ReadT>
 auto readFile(const ReadOptions& options, ReadT read) {
-    networkFormat(options);  // an unknown one is told before a file that isn't there
     const auto source =
         openSource(options.file, options.memoryLimit != 0 ? options.memoryLimit : memoryLimit());
     return read(*source);
@@ -140,25 +145,16 @@ auto readFile(const ReadOptions& options, ReadT read) {
 
 }  // namespace
 
-FileFormat networkFormat(const ReadOptions& options) {
-    if (options.format != FileFormat::UNKNOWN) return options.format;
-    std::string name = options.file;
-    for (char& c : name)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    for (const char* packing : {".gz", ".zst"})
-        if (name.ends_with(packing)) name.erase(name.rfind('.'));
-    const FileFormat format = inpFileFmt(name.c_str());
-    if (format == FileFormat::UNKNOWN)
-        throw UnknownFormat(
-            options.file +
-            ": the format can't be told from the name; it is nse (edges), nsa (arcs) or rcg "
-            "(sections)");
-    return format;
-}
-
 ScanOptions scanOptions(const ReadOptions& options) {
-    return {
-        .format = networkFormat(options), .weights = !options.unweighted, .zeros = options.zeros};
+    ScanOptions scan;
+    scan.format =
+        options.format == NetworkFormat::UNKNOWN ? formatByName(options.file) : options.format;
+    scan.weights = !options.unweighted;
+    scan.zeros = options.zeros;
+    scan.directed = options.directed;
+    scan.columns = options.columns;
+    scan.weightName = options.weightName;
+    return scan;
 }
 
 Network readNetwork(const ReadOptions& options) {

@@ -13,10 +13,25 @@ NetworkBounds NetworkBounds::ofMemory(std::size_t memory) {
 
 NetworkFacts scanNetwork(Source& source, const std::string& name, const ScanOptions& options,
                          NodeNames& nodes, const LinkVisitor& visit) {
-    const auto reader = options.format == FileFormat::RCG
-                            ? detail::sectionsReader(source, name, options, nodes, visit)
-                            : detail::linkListReader(source, name, options, nodes, visit);
-    return reader->read();
+    Lines lines(source, name);
+    ScanOptions told = options;
+    told.size = source.size();
+    if (told.format == NetworkFormat::UNKNOWN) told.format = formatByLines(lines);
+    const auto reader = [&]() -> std::unique_ptr<detail::NetworkReader> {
+        switch (told.format) {
+            case NetworkFormat::NSE:
+            case NetworkFormat::NSA: return detail::linkListReader(lines, told, nodes, visit);
+            case NetworkFormat::RCG: return detail::sectionsReader(lines, told, nodes, visit);
+            case NetworkFormat::LIST: return detail::edgeListReader(lines, told, nodes, visit);
+            case NetworkFormat::UNKNOWN: break;
+        }
+        throw UnknownFormat(name +
+                            ": the format can't be told from the name or the first lines; it "
+                            "is nse (edges), nsa (arcs), rcg (sections) or list");
+    }();
+    NetworkFacts facts = reader->read();
+    facts.format = told.format;
+    return facts;
 }
 
 }  // namespace vorl

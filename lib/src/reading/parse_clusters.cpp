@@ -1,4 +1,5 @@
 // The reader of the format CNL.
+#include "node_words.hpp"
 #include "settling.hpp"
 
 #include <vorl/reading/tokens.hpp>
@@ -16,6 +17,8 @@ namespace {
 
 class Reader {
 public:
+    explicit Reader(std::shared_ptr<Labels> known) : m_words(std::move(known)) {}
+
     ClustersFile read(Lines& lines) {
         m_file.name = lines.name();
         while (lines.next()) {
@@ -27,6 +30,7 @@ public:
             else if (m_lines == 0 && m_header == 0)
                 readHeader(trimFront(line.substr(1)));
         }
+        m_file.labels = m_words.labels();
         detail::settleNodes(m_file, m_toldClusters.value_or(0));
         findDeviations();
         return std::move(m_file);
@@ -36,6 +40,8 @@ private:
     InputError fault(const std::string& what) const {
         return InputError::at(m_file.name, m_line, what);
     }
+
+    std::string nodeName(Id node) const { return naming::plain(node, m_words.labels().get()); }
 
     /// The value of a key of the header, if one follows.
     std::optional<Size> headerValue(std::string_view& text, const char* key) {
@@ -68,7 +74,7 @@ private:
         // Shares that 32 bits hold with a part of their digits only are refused by the library.
         if (err != std::errc() || last != token.data() + token.size() ||
             !(share >= std::numeric_limits<Share>::min() && share <= 1))
-            throw fault("the share of node " + std::to_string(node) + " is " + quoted(token) +
+            throw fault("the share of node " + nodeName(node) + " is " + quoted(token) +
                         ", a number above 0 and up to 1 is expected");
         return share;
     }
@@ -95,9 +101,18 @@ private:
         cluster.line = m_line;
         cluster.begin = m_file.members.size();
         if (m_file.numbered) cluster.id = readNumber(line);
-        for (std::string_view token = nextToken(line); !token.empty(); token = nextToken(line)) {
+        for (line = trimFront(line); !line.empty(); line = trimFront(line)) {
+            const bool named = line.front() == '"';
+            if (named && !detail::takeQuoted(line, m_name))
+                throw fault("the quotes that begin with " + quoted(line) + " aren't closed");
+            std::string_view token = named && !line.empty() && isBlank(line.front())
+                                         ? std::string_view()
+                                         : nextToken(line);
             const std::size_t colon = std::min(token.find(':'), token.size());
-            const Id node = toId(token.substr(0, colon), "node");
+            if (named && colon != 0)
+                throw fault(quoted(token) + " stands behind closing quotes, a blank is expected");
+            const Id node = m_words.node(named ? std::string_view(m_name) : token.substr(0, colon),
+                                         named, detail::faultsAt(m_file.name, m_line));
             m_file.members.push_back(node);
             if (colon != token.size()) {
                 m_file.shares.resize(m_file.members.size());
@@ -123,7 +138,7 @@ private:
         std::sort(m_sorted.begin(), m_sorted.end());
         const auto twice = std::adjacent_find(m_sorted.begin(), m_sorted.end());
         if (twice != m_sorted.end())
-            throw fault("node " + std::to_string(*twice) +
+            throw fault("node " + nodeName(*twice) +
                         " stands twice in the line, each member once is expected");
     }
 
@@ -159,6 +174,8 @@ private:
     }
 
     ClustersFile m_file;
+    detail::NodeWords m_words;
+    std::string m_name;  ///< the last one between quotes
     std::size_t m_line = 0;
     std::size_t m_header = 0;  ///< its line, 0 if there is none
     std::optional<Size> m_toldClusters;
@@ -171,7 +188,9 @@ private:
 
 }  // namespace
 
-ClustersFile parseClusters(Lines& lines) { return Reader().read(lines); }
+ClustersFile parseClusters(Lines& lines, std::shared_ptr<Labels> known) {
+    return Reader(std::move(known)).read(lines);
+}
 
 ClustersFile parseClusters(std::string_view text, const std::string& name) {
     TextSource source(text);

@@ -1,4 +1,5 @@
 // The reader of the format RHB.
+#include "node_words.hpp"
 #include "settling.hpp"
 
 #include <vorl/reading/hierarchy_file.hpp>
@@ -14,6 +15,8 @@ namespace vorl {
 
 class HierarchyReader {
 public:
+    explicit HierarchyReader(std::shared_ptr<Labels> known) : m_words(std::move(known)) {}
+
     HierarchyFile read(Lines& lines) {
         m_file.m_name = lines.name();
         while (lines.next()) {
@@ -35,6 +38,7 @@ public:
             throw fault("the file has " + counted(m_file.clusters(), "cluster") +
                         ", its header tells of " + grouped(m_clusters));
         resolveOwners();
+        m_file.m_labels = m_words.labels();
         return std::move(m_file);
     }
 
@@ -117,17 +121,28 @@ private:
             throw fault("found " + quoted(line) + ", " +
                         (m_section == BEGIN ? "\"/Hierarchy\"" : "\"/Nodes\"") + " is expected");
         const bool node = m_section == NODES;
-        const std::size_t end = std::min(line.find('>'), line.size());
+        const bool named = node && line.front() == '"';
+        std::string name;
+        std::string_view rest = line;
+        if (named && (!detail::takeQuoted(rest, name) || !rest.starts_with('>')))
+            throw fault("the line begins with " + quoted(line) +
+                        ", a name between quotes directly followed by \">\" is expected");
+        const std::size_t end =
+            named ? line.size() - rest.size() : std::min(line.find('>'), line.size());
         if (end == line.size())
             throw fault("the line begins with " + quoted(nextToken(line)) +
                         ", an id directly followed by \">\" is expected");
         const auto toItem = [this](std::string_view token, const char* what) {
             return toId(token, what, detail::faultsAt(m_file.m_name, m_line));
         };
-        const Id id = toItem(line.substr(0, end), node ? "node" : "cluster");
+        const Id id = node ? m_words.node(named ? std::string_view(name) : line.substr(0, end),
+                                          named, detail::faultsAt(m_file.m_name, m_line))
+                           : toItem(line.substr(0, end), "cluster");
         IdNumbers& numbers = node ? m_file.m_nodeNumbers : m_file.m_clusterNumbers;
         if (numbers.find(id) != ID_NONE)
-            throw fault((node ? "node " : "cluster ") + std::to_string(id) + " stands twice");
+            throw fault((node ? "node " + naming::plain(id, m_words.labels().get())
+                              : "cluster " + std::to_string(id)) +
+                        " stands twice");
         if (m_file.m_ids.size() >= ID_NONE - 1) throw fault("there are too many items");
         numbers.append(id);
         if (node) ++m_file.m_nodes;
@@ -197,6 +212,7 @@ private:
     }
 
     HierarchyFile m_file;
+    detail::NodeWords m_words;
     std::size_t m_line = 0;
     Section m_section = BEGIN;
     std::size_t m_sectionLine = 0;
@@ -215,7 +231,9 @@ bool isHierarchy(Lines& lines) {
     return false;
 }
 
-HierarchyFile parseHierarchy(Lines& lines) { return HierarchyReader().read(lines); }
+HierarchyFile parseHierarchy(Lines& lines, std::shared_ptr<Labels> known) {
+    return HierarchyReader(std::move(known)).read(lines);
+}
 
 HierarchyFile parseHierarchy(std::string_view text, const std::string& name) {
     TextSource source(text);

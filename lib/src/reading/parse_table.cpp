@@ -1,4 +1,5 @@
 // The reader of tables of memberships.
+#include "node_words.hpp"
 #include "settling.hpp"
 
 #include <vorl/reading/cluster_levels.hpp>
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <deque>
 #include <limits>
 #include <map>
 #include <numeric>
@@ -18,30 +20,55 @@ namespace vorl {
 
 namespace {
 
-bool separates(char c) { return isBlank(c) || c == ',' || c == ';'; }
-
 /// The words of a line, without quotes around them.
-void splitWords(std::string_view line, std::vector<std::string_view>& words) {
+struct Words {
+    std::vector<std::string_view> words;
+    std::vector<bool> quoted;      ///< between double quotes
+    std::deque<std::string> kept;  ///< what held doubled quotes
+
+    std::size_t size() const { return words.size(); }
+
+    /// @param only what alone parts them; 0 for blanks, tabs, commas and semicolons
+    void split(std::string_view line, char only = 0);
+};
+
+void Words::split(std::string_view line, char only) {
     words.clear();
+    quoted.clear();
+    kept.clear();
+    const auto separates = [only](char c) {
+        return only ? c == only : isBlank(c) || c == ',' || c == ';';
+    };
     while (!line.empty()) {
-        if (isBlank(line.front())) {
+        if (isBlank(line.front()) && line.front() != only) {
             line.remove_prefix(1);
             continue;
         }
-        const bool quote = line.front() == '"' || line.front() == '\'';
-        std::size_t end = 0;
-        if (quote) {
-            end = line.find(line.front(), 1);
-            if (end == std::string_view::npos) end = line.size();
-            words.push_back(line.substr(1, end - 1));
-            end = std::min(end + 1, line.size());
+        quoted.push_back(line.front() == '"');
+        if (quoted.back() || line.front() == '\'') {
+            std::size_t end = std::min(line.find(line.front(), 1), line.size());
+            std::string_view rest = line;
+            if (quoted.back() && line.substr(end).starts_with("\"\"") &&
+                detail::takeQuoted(rest, kept.emplace_back())) {
+                words.push_back(kept.back());
+                line = rest;
+            } else {
+                words.push_back(line.substr(1, end - 1));
+                line.remove_prefix(std::min(end + 1, line.size()));
+            }
         } else {
+            std::size_t end = 0;
             while (end < line.size() && !separates(line[end])) ++end;
-            words.push_back(line.substr(0, end));
+            std::string_view word = line.substr(0, end);
+            while (only && !word.empty() && isBlank(word.back())) word.remove_suffix(1);
+            words.push_back(word);
+            line.remove_prefix(end);
         }
-        line.remove_prefix(end);
-        line = trimFront(line);
-        if (!line.empty() && (line.front() == ',' || line.front() == ';')) line.remove_prefix(1);
+        while (!line.empty() && isBlank(line.front()) && line.front() != only)
+            line.remove_prefix(1);
+        if (!line.empty() &&
+            (only ? line.front() == only : line.front() == ',' || line.front() == ';'))
+            line.remove_prefix(1);
     }
 }
 
@@ -81,6 +108,8 @@ std::optional<Columns> columnsOf(const std::vector<std::string_view>& words) {
 
 class TableReader {
 public:
+    explicit TableReader(std::shared_ptr<Labels> known) : m_nodes(std::move(known)) {}
+
     ClustersFile read(Lines& lines) {
         m_file.name = lines.name();
         while (lines.next()) {
@@ -89,11 +118,14 @@ public:
             if (line.empty()) continue;
             const bool comment = line.front() == '#' || line.front() == '%';
             if (comment) line.remove_prefix(1);
-            splitWords(line, m_words);
-            if (m_words.empty()) continue;
+            m_words.split(line);
+            if (m_words.size() == 0) continue;
+            // Names may hold what else parts them.
+            if (m_separator != 0 && m_words.size() > m_named) m_words.split(line, m_separator);
+            m_text = line;
             if (comment) {
                 if (m_rows.empty()) readNames();
-            } else if (m_rows.empty() && isOneOf(m_words[0], {"*vertices"})) {
+            } else if (m_rows.empty() && isOneOf(m_words.words[0], {"*vertices"})) {
                 m_vector = true;
             } else if (!m_rows.empty() || m_vector || !readNames()) {
                 readRow();
@@ -115,18 +147,25 @@ private:
         return InputError::at(m_file.name, m_line, what);
     }
 
+    std::string nodeName(Id node) const { return naming::plain(node, m_nodes.labels().get()); }
+
     /// Takes the names of columns, if the line has them.
     bool readNames() {
-        const auto named = columnsOf(m_words);
-        if (named) m_columns = *named;
-        return named.has_value();
+        const auto named = columnsOf(m_words.words);
+        if (!named) return false;
+        m_columns = *named;
+        m_named = m_words.size();
+        const std::size_t separator = m_text.find_first_of("\t;,");
+        m_separator = separator == std::string_view::npos ? '\0' : m_text[separator];
+        m_nodes.allowNames();
+        return true;
     }
 
     std::string_view word(std::size_t column, const char* what) const {
         if (column >= m_words.size())
             throw fault("the line has " + counted(m_words.size(), "word") + ", a " + what +
                         " is expected in column " + std::to_string(column + 1));
-        return m_words[column];
+        return m_words.words[column];
     }
 
     void readRow() {
@@ -134,9 +173,11 @@ private:
         if (number > std::numeric_limits<std::uint32_t>::max())
             throw fault("more than 4294967295 members up to here");
         Row row{0, static_cast<Id>(number), 0, m_line};
-        if (!m_vector)
-            row.node =
-                toId(word(m_columns.node, "node"), "node", detail::faultsAt(m_file.name, m_line));
+        if (!m_vector) {
+            const std::string_view token = word(m_columns.node, "node");
+            row.node = m_nodes.node(token, m_named != 0 && m_words.quoted[m_columns.node],
+                                    detail::faultsAt(m_file.name, m_line));
+        }
         const std::string_view label = word(m_vector ? 0 : m_columns.cluster, "cluster");
         auto known = m_labels.find(label);
         if (known == m_labels.end())
@@ -148,8 +189,8 @@ private:
                 std::from_chars(token.data(), token.data() + token.size(), row.share);
             if (err != std::errc() || last != token.data() + token.size() ||
                 !(row.share >= std::numeric_limits<Share>::min() && row.share <= 1))
-                throw fault("the share of node " + std::to_string(row.node) + " is " +
-                            quoted(token) + ", a number above 0 and up to 1 is expected");
+                throw fault("the share of node " + nodeName(row.node) + " is " + quoted(token) +
+                            ", a number above 0 and up to 1 is expected");
         }
         m_rows.push_back(row);
     }
@@ -201,6 +242,7 @@ private:
             cluster.line = m_file.lines[cluster.begin];
             requireDistinct(cluster);
         }
+        m_file.labels = m_nodes.labels();
         detail::settleNodes(m_file);
         detail::settleShares(m_file);
     }
@@ -215,14 +257,18 @@ private:
                                [](const auto& a, const auto& b) { return a.first == b.first; });
         if (twice == members.end()) return;
         m_line = twice[1].second;
-        throw fault("node " + std::to_string(twice->first) + " is in its cluster already by line " +
+        throw fault("node " + nodeName(twice->first) + " is in its cluster already by line " +
                     std::to_string(twice->second) + ", each member once is expected");
     }
 
     ClustersFile m_file;
     std::size_t m_line = 0;
-    std::vector<std::string_view> m_words;
-    bool m_vector = false;  ///< a line is the cluster of the next node
+    detail::NodeWords m_nodes;
+    std::string_view m_text;  ///< the line
+    Words m_words;
+    std::size_t m_named = 0;  ///< the number of columns that have names
+    char m_separator = 0;     ///< between these, where it isn't a blank
+    bool m_vector = false;    ///< a line is the cluster of the next node
     Columns m_columns;
     std::map<std::string, Id, std::less<>> m_labels;
     std::vector<Row> m_rows;
@@ -231,17 +277,19 @@ private:
 }  // namespace
 
 bool beginsWithNames(Lines& lines) {
-    std::vector<std::string_view> words;
+    Words words;
     while (lines.next()) {
         const std::string_view line = trimFront(lines.line());
         if (line.empty() || line.front() == '#' || line.front() == '%') continue;
-        splitWords(line, words);
-        return isOneOf(words[0], {"*vertices"}) || columnsOf(words);
+        words.split(line);
+        return isOneOf(words.words[0], {"*vertices"}) || columnsOf(words.words);
     }
     return false;
 }
 
-ClustersFile parseTable(Lines& lines) { return TableReader().read(lines); }
+ClustersFile parseTable(Lines& lines, std::shared_ptr<Labels> known) {
+    return TableReader(std::move(known)).read(lines);
+}
 
 ClustersFile parseTable(std::string_view text, const std::string& name) {
     TextSource source(text);

@@ -72,7 +72,7 @@ Quotient quotientOfGraph(GraphT& graph, bool directed, const ClustersFile& file)
             if (found == nodes.end())
                 throw InputError::at(
                     file.name, file.lineOf(file.clusters[src], i),
-                    "the node " + std::to_string(file.members[i]) + " isn't in the network");
+                    "the node " + file.nodeName(file.members[i]) + " isn't in the network");
             const NodeT& node = *found->second;
             const AccWeight share = shares[i];
             // An edge is a link of both ends, and a self weight is twice that of the link.

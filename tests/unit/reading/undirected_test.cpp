@@ -9,7 +9,7 @@ namespace vorl::test {
 namespace {
 
 /// Links in random order and with repeats of all kinds.
-std::string text(Random& rnd, FileFormat format, bool weights) {
+std::string text(Random& rnd, NetworkFormat format, bool weights) {
     std::string links;
     const auto pair = [&](bool section) {
         std::string line = std::to_string(7 * rnd.below(9)) + (section ? "> " : " ") +
@@ -18,7 +18,7 @@ std::string text(Random& rnd, FileFormat format, bool weights) {
             line += (section ? ":" : " ") + std::to_string(1 + rnd.below(40) * 0.1);
         return line + "\n";
     };
-    const bool sections = format == FileFormat::RCG;
+    const bool sections = format == NetworkFormat::RCG;
     for (int part = 0; part < (sections ? 4 : 1); ++part) {
         if (sections) links += part % 2 ? "/Arcs\n" : "/Edges\n";
         for (Id i = 0; i < 4 + rnd.below(30); ++i) links += pair(sections);
@@ -29,7 +29,8 @@ std::string text(Random& rnd, FileFormat format, bool weights) {
 TEST(Undirected, IsTheFlatFormOfTheGraph) {
     Random rnd(5);
     for (int round = 0; round < 300; ++round)
-        for (const FileFormat format : {FileFormat::NSE, FileFormat::NSA, FileFormat::RCG}) {
+        for (const NetworkFormat format :
+             {NetworkFormat::NSE, NetworkFormat::NSA, NetworkFormat::RCG}) {
             const std::string links = text(rnd, format, round % 3);
             ReadOptions options{.file = "links", .format = format};
             options.sumDuplicates = round % 2;

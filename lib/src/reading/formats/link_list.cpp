@@ -10,10 +10,10 @@ namespace {
 
 class LinkListReader : public LineNetworkReader {
 public:
-    LinkListReader(Source& source, const std::string& file, const ScanOptions& options,
-                   NodeNames& nodes, const LinkVisitor& visit)
-        : LineNetworkReader(source, file, options, nodes, visit),
-          m_arcs(options.format == FileFormat::NSA) {
+    LinkListReader(Lines& lines, const ScanOptions& options, NodeNames& nodes,
+                   const LinkVisitor& visit)
+        : LineNetworkReader(lines, options, nodes, visit),
+          m_arcs(options.format == NetworkFormat::NSA) {
         m_facts.toldDirected = m_arcs;
     }
 
@@ -73,10 +73,9 @@ private:
 
 }  // namespace
 
-std::unique_ptr<NetworkReader> linkListReader(Source& source, const std::string& file,
-                                              const ScanOptions& options, NodeNames& nodes,
-                                              const LinkVisitor& visit) {
-    return std::make_unique<LinkListReader>(source, file, options, nodes, visit);
+std::unique_ptr<NetworkReader> linkListReader(Lines& lines, const ScanOptions& options,
+                                              NodeNames& nodes, const LinkVisitor& visit) {
+    return std::make_unique<LinkListReader>(lines, options, nodes, visit);
 }
 
 }  // namespace vorl::detail

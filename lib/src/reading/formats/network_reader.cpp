@@ -9,6 +9,10 @@ namespace vorl::detail {
 
 NetworkFacts NetworkReader::read() {
     readAll();
+    m_facts.bytes = m_lines.bytes();
+    if (m_facts.bytes == 0)
+        throw InputError(
+            InputError::Parts{.file = m_file, .wrong = "the file is empty, links are expected"});
     if (m_facts.links() == 0 && m_facts.zeroWeights != 0)
         throw InputError::at(m_file, m_facts.firstZeroWeight,
                              "the weight is 0, as that of all links, and none is left");
@@ -88,10 +92,7 @@ void LineNetworkReader::readAll() {
         m_line = m_lines.number();
         if (!line.empty()) readLine(line);
     }
-    m_facts.bytes = m_lines.bytes();
-    if (m_facts.bytes == 0)
-        throw InputError(
-            InputError::Parts{.file = m_file, .wrong = "the file is empty, links are expected"});
+    atEnd();
 }
 
 }  // namespace vorl::detail

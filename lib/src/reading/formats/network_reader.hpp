@@ -18,9 +18,10 @@ namespace vorl::detail {
 class NetworkReader {
 public:
     /// @param visit may be empty
-    NetworkReader(const std::string& file, const ScanOptions& options, NodeNames& nodes,
+    NetworkReader(Lines& lines, const ScanOptions& options, NodeNames& nodes,
                   const LinkVisitor& visit)
-        : m_file(file),
+        : m_lines(lines),
+          m_file(lines.name()),
           m_options(options),
           m_readWeights(options.weights),
           m_nodes(nodes),
@@ -32,7 +33,7 @@ public:
     NetworkFacts read();
 
 protected:
-    /// Reads on to the end, and sets `line` and `bytes` meanwhile.
+    /// Reads on to the end, with `m_line` as the line at hand.
     virtual void readAll() = 0;
     virtual void checkTotals() {}
 
@@ -101,14 +102,18 @@ protected:
 
     /// The same of a link between nodes by id; those of one that is left out aren't numbered.
     void addLinkOf(Id src, Id dst, LinkWeight weight, bool arc) {
-        if (m_zero && m_options.zeros == ZeroWeights::DROP) {
-            addLink(0, 0, weight, arc);
-            return;
-        }
+        if (isDropped()) return addLink(0, 0, weight, arc);
         const Id number = m_nodes.number(src);
         addLink(number, m_nodes.number(dst), weight, arc);
     }
+    /// The same of a link between nodes by any names.
+    void addNamedLink(std::string_view src, std::string_view dst, LinkWeight weight, bool arc) {
+        if (isDropped()) return addLink(0, 0, weight, arc);
+        const Id number = m_nodes.numberOf(src);
+        addLink(number, m_nodes.numberOf(dst), weight, arc);
+    }
 
+    Lines& m_lines;
     const std::string& m_file;
     const ScanOptions& m_options;
     bool m_readWeights;
@@ -117,6 +122,7 @@ protected:
     NetworkFacts m_facts;
 
 private:
+    bool isDropped() const { return m_zero && m_options.zeros == ZeroWeights::DROP; }
     Id toWideId(std::string_view token, const char* what) const;
     [[noreturn]] void refuse(const std::string& what) const;
 
@@ -127,28 +133,25 @@ private:
 /// Reads a network line by line.
 class LineNetworkReader : public NetworkReader {
 public:
-    LineNetworkReader(Source& source, const std::string& file, const ScanOptions& options,
-                      NodeNames& nodes, const LinkVisitor& visit)
-        : NetworkReader(file, options, nodes, visit),
-          m_size(source.size()),
-          m_lines(source, file) {}
+    using NetworkReader::NetworkReader;
 
 protected:
     void readAll() override;
     /// @param line  isn't empty, and begins with no blank
     virtual void readLine(std::string_view line) = 0;
+    /// All lines have come.
+    virtual void atEnd() {}
 
-    const std::optional<std::size_t> m_size;  ///< of the source, if it tells
-
-private:
-    Lines m_lines;
+    /// The line as it stands there.
+    std::string_view rawLine() const { return m_lines.line(); }
 };
 
-std::unique_ptr<NetworkReader> linkListReader(Source& source, const std::string& file,
-                                              const ScanOptions& options, NodeNames& nodes,
-                                              const LinkVisitor& visit);
-std::unique_ptr<NetworkReader> sectionsReader(Source& source, const std::string& file,
-                                              const ScanOptions& options, NodeNames& nodes,
-                                              const LinkVisitor& visit);
+/// Makes the reader of a format.
+using MakeReader = std::unique_ptr<NetworkReader>(Lines& lines, const ScanOptions& options,
+                                                  NodeNames& nodes, const LinkVisitor& visit);
+
+MakeReader linkListReader;
+MakeReader sectionsReader;
+MakeReader edgeListReader;
 
 }  // namespace vorl::detail

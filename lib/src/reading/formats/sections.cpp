@@ -78,7 +78,7 @@ private:
             throw fault("the ids of " + std::to_string(*m_facts.nodes) + " nodes from " +
                         std::to_string(*m_facts.firstId) +
                         " on go beyond the largest one, 4294967294");
-        if (m_size) requireLikely(*m_size, m_line);
+        if (m_options.size) requireLikely(*m_options.size, m_line);
         requireRoom(*m_facts.nodes);
         m_nodes.announce(*m_facts.firstId, static_cast<Id>(*m_facts.nodes));
     }
@@ -129,10 +129,9 @@ private:
 
 }  // namespace
 
-std::unique_ptr<NetworkReader> sectionsReader(Source& source, const std::string& file,
-                                              const ScanOptions& options, NodeNames& nodes,
-                                              const LinkVisitor& visit) {
-    return std::make_unique<SectionsReader>(source, file, options, nodes, visit);
+std::unique_ptr<NetworkReader> sectionsReader(Lines& lines, const ScanOptions& options,
+                                              NodeNames& nodes, const LinkVisitor& visit) {
+    return std::make_unique<SectionsReader>(lines, options, nodes, visit);
 }
 
 }  // namespace vorl::detail

@@ -1,0 +1,92 @@
+#include <vorl/reading/network_format.hpp>
+
+#include <vorl/fileio/iotypes.hpp>
+#include <vorl/reading/tokens.hpp>
+
+#include <string_view>
+
+namespace vorl {
+
+namespace {
+
+constexpr std::pair<const char*, NetworkFormat> FORMATS[] = {
+    {"nse", NetworkFormat::NSE},
+    {"nsa", NetworkFormat::NSA},
+    {"rcg", NetworkFormat::RCG},
+    {"list", NetworkFormat::LIST},
+};
+
+constexpr std::pair<std::string_view, NetworkFormat> EXTENSIONS[] = {
+    {".txt", NetworkFormat::LIST}, {".edges", NetworkFormat::LIST}, {".el", NetworkFormat::LIST},
+    {".tsv", NetworkFormat::LIST}, {".csv", NetworkFormat::LIST},
+};
+
+std::string lower(std::string_view text) {
+    std::string result(text);
+    for (char& c : result)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return result;
+}
+
+/// What a line tells of the format of its file.
+NetworkFormat formatOf(const std::string& line) {
+    const auto begins = [&line](std::initializer_list<std::string_view> words) {
+        for (const std::string_view word : words)
+            if (line.starts_with(word)) return true;
+        return false;
+    };
+    if (line[0] == '#') {
+        if (line.find("nodes:") == std::string::npos) return NetworkFormat::UNKNOWN;
+        if (line.find(" edges:") != std::string::npos &&
+            line.find(" weighted:") != std::string::npos)
+            return NetworkFormat::NSE;
+        return line.find(" arcs:") == std::string::npos ? NetworkFormat::UNKNOWN
+                                                        : NetworkFormat::NSA;
+    }
+    if (begins({"/graph", "/nodes", "/edges", "/arcs"})) return NetworkFormat::RCG;
+    return NetworkFormat::UNKNOWN;
+}
+
+}  // namespace
+
+std::span<const std::pair<const char*, NetworkFormat>> networkFormats() { return FORMATS; }
+
+const char* nameOf(NetworkFormat format) {
+    return format == NetworkFormat::UNKNOWN ? "unknown"
+                                            : FORMATS[static_cast<std::size_t>(format) - 1].first;
+}
+
+NetworkFormat formatByName(const std::string& file) {
+    std::string name = lower(file);
+    for (const char* packing : {".gz", ".zst"})
+        if (name.ends_with(packing)) name.erase(name.rfind('.'));
+    switch (inpFileFmt(name.c_str())) {
+        case FileFormat::NSE: return NetworkFormat::NSE;
+        case FileFormat::NSA: return NetworkFormat::NSA;
+        case FileFormat::RCG: return NetworkFormat::RCG;
+        default: break;
+    }
+    for (const auto& [extension, format] : EXTENSIONS)
+        if (name.ends_with(extension)) return format;
+    return NetworkFormat::UNKNOWN;
+}
+
+NetworkFormat formatByLines(Lines& lines) {
+    lines.hold();
+    NetworkFormat format = NetworkFormat::UNKNOWN;
+    while (format == NetworkFormat::UNKNOWN && lines.next()) {
+        const std::string_view line = trimFront(lines.line());
+        if (line.empty()) continue;
+        format = formatOf(lower(line.substr(0, 200)));
+        if (format != NetworkFormat::UNKNOWN || line.front() == '#' || line.front() == '%' ||
+            line.starts_with("//"))
+            continue;
+        // Two words may be a link.
+        if (line.find_first_of(" \t,;") != std::string_view::npos) format = NetworkFormat::LIST;
+        break;
+    }
+    lines.rewind(false);
+    return format;
+}
+
+}  // namespace vorl
