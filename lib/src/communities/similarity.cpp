@@ -201,7 +201,8 @@ SimilarLinks similar(const ItemLinks<LinkWeight>& links, const std::vector<Id>& 
     ItemLinks<LinkWeight>& kept = result.network.links;
     kept.begin.resize(nodes + Size{1});
     const auto matters = [&](Size i, Size ln) {
-        return (shared[ln] != 0) | !shares[i] | !shares[links.dest[ln]];
+        const bool bothShare = (shares[i] & shares[links.dest[ln]]) != 0;
+        return Size{shared[ln] != 0 || !bothShare};
     };
     workers.each(nodes, [&](Size i) {
         AccWeight sum = 0;
