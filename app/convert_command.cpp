@@ -16,7 +16,7 @@ namespace vorl::app {
 namespace {
 
 void checkFormat(const ConvertCommand& command, NetworkFormat format, const NetworkFacts& facts,
-                 Size linked, bool names) {
+                 Size linked, Size nodes, bool names) {
     const auto refuse = [&](const std::string& what) {
         throw InputError(command.read.file + ": " + what);
     };
@@ -27,10 +27,14 @@ void checkFormat(const ConvertCommand& command, NetworkFormat format, const Netw
                " can't hold; list can");
     if (format == NetworkFormat::NSE && facts.arcs != 0)
         refuse("the network has arcs, which the format nse can't hold; nsa or rcg can");
-    if (format != NetworkFormat::RCG && facts.firstId && *facts.nodes > linked)
-        refuse(counted(*facts.nodes - linked, "node") +
-               " without a link can't be told in the formats nse and nsa" +
-               (numbers ? "" : ", nor in a list"));
+    if (nodes == linked || (format == NetworkFormat::RCG && facts.firstId)) return;
+    refuse(counted(nodes - linked, "node") +
+           (format == NetworkFormat::RCG ? " without a link can't be told in the format rcg, whose "
+                                           "nodes have ids that follow each other"
+            : format == NetworkFormat::LIST
+                ? " without a link can't be told in a list"
+                : " without a link can't be told in the formats nse and "
+                  "nsa"));
 }
 
 std::string zeroWeights(const NetworkFacts& facts, ZeroWeights zeros) {
@@ -46,8 +50,8 @@ void run(const ConvertCommand& command) {
     requireOther(command.output, command.read.file);
     OutputTree files(command.output, false, command.parents);
     files.protect(command.read.file);
-    auto [facts, links, linked, labels] = LinkTable(command.read);
-    checkFormat(command, format, facts, linked, labels != nullptr);
+    auto [facts, links, linked, nodes, labels] = LinkTable(command.read);
+    checkFormat(command, format, facts, linked, nodes, labels != nullptr);
     facts.nodes = std::max<Size>(facts.nodes.value_or(0), linked);
 
     NetworkWriter writer(format, facts, labels.get(), separatorOf(command.output));

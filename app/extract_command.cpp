@@ -19,7 +19,10 @@ namespace {
 NetworkFormat formatOf(const ExtractCommand& command) {
     if (command.output != STANDARD_OUTPUT || command.format != NetworkFormat::UNKNOWN)
         return outputFormat(command.output, command.format);
-    return outputFormat(command.read.file, command.read.format);
+    const NetworkFormat own = command.read.format == NetworkFormat::UNKNOWN
+                                  ? formatByName(command.read.file)
+                                  : command.read.format;
+    return own == NetworkFormat::UNKNOWN || own > NetworkFormat::LIST ? NetworkFormat::LIST : own;
 }
 
 void remark(const ExtractCommand& command, const std::string& file, const std::string& text) {

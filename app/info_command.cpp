@@ -171,8 +171,9 @@ std::string asText(const InfoCommand& command, const NetworkInfo& info) {
     const auto row = [](const char* name, const std::string& value) {
         return format("%-15s ", name) + value + "\n";
     };
-    const bool told = facts.dialect.empty() && (command.read.format != NetworkFormat::UNKNOWN ||
-                                                formatByName(file) != NetworkFormat::UNKNOWN);
+    const bool told =
+        facts.format < NetworkFormat::LIST && (command.read.format != NetworkFormat::UNKNOWN ||
+                                               formatByName(file) != NetworkFormat::UNKNOWN);
     const std::string recognised = told ? "" : row("format", recognition(command, facts));
     std::string links = grouped(facts.links()) + " " + kind(facts);
     if (facts.edges != 0 && facts.arcs != 0)

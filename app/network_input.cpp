@@ -20,21 +20,22 @@ std::unique_ptr<Source> openInput(const ReadOptions& options) {
 
 LinkTable::LinkTable(const ReadOptions& options, const std::function<bool(const RawLink&)>& taken) {
     const auto source = openInput(options);
-    NodeNames nodes(options.labels);
+    NodeNames names(options.labels);
     std::vector<bool> seen;
     const auto see = [&](Id number) {
         if (number >= seen.size()) seen.resize(std::max<Size>(number + Size{1}, 2 * seen.size()));
         linked += !seen[number];
         seen[number] = true;
     };
-    facts = scanNetwork(*source, options.file, scanOptions(options), nodes, [&](const RawLink& ln) {
-        const RawLink named{nodes.id(ln.src), nodes.id(ln.dst), ln.weight, ln.arc};
+    facts = scanNetwork(*source, options.file, scanOptions(options), names, [&](const RawLink& ln) {
+        const RawLink named{names.id(ln.src), names.id(ln.dst), ln.weight, ln.arc};
         if (taken && !taken(named)) return;
         see(ln.src);
         see(ln.dst);
         links.push_back(named);
     });
-    if (nodes.labels()->size() != 0) labels = nodes.labels();
+    nodes = names.size();
+    if (names.labels()->size() != 0) labels = names.labels();
 }
 
 NetworkFormat outputFormat(const std::string& file, NetworkFormat told) {
@@ -43,6 +44,9 @@ NetworkFormat outputFormat(const std::string& file, NetworkFormat told) {
         throw UsageError(file +
                          ": the format can't be told from the name; it is nse (edges), nsa (arcs), "
                          "rcg (sections) or list, give it with --to");
+    if (format > NetworkFormat::LIST)
+        throw UsageError(file + ": networks are written as nse, nsa, rcg or list, and not as " +
+                         nameOf(format));
     return format;
 }
 

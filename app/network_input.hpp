@@ -21,6 +21,7 @@ struct LinkTable {
     NetworkFacts facts;
     std::vector<RawLink> links;
     Size linked = 0;                 ///< nodes of the links
+    Size nodes = 0;                  ///< nodes in all, as far as the file names them
     std::shared_ptr<Labels> labels;  ///< names of nodes; null if there are none
 
     /// @param taken tells which links are wanted; empty for all

@@ -5,6 +5,8 @@
 namespace vorl::app {
 
 const Choices<NetworkFormat> FORMATS{networkFormats().begin(), networkFormats().end()};
+const Choices<NetworkFormat> WRITTEN_FORMATS{networkFormats().begin(),
+                                             networkFormats().begin() + 4};
 
 namespace {
 
@@ -27,8 +29,9 @@ void addReadOptions(CLI::App& app, ReadOptions& read) {
     const char* group = "Input";
     addChoice(
         app, "--format", FORMATS, [&read](NetworkFormat format) { read.format = format; },
-        "nse (edges), nsa (arcs), rcg (sections) or list (links in columns, between nodes of any "
-        "names); told from the name, or else the first lines, if not given")
+        "nse (edges), nsa (arcs), rcg (sections), list (links in columns, between nodes of any "
+        "names), or one of other systems; told from the name, or else the first lines, if not "
+        "given")
         ->group(group);
     app.add_option("--columns", read.columns,
                    "The columns of source, destination and weight in a list, by their names or "
@@ -93,7 +96,7 @@ void addConvertOptions(CLI::App& app, ConvertCommand& command) {
         ->check(checkName)
         ->required();
     addChoice(
-        app, "--to", FORMATS, [&command](NetworkFormat format) { command.format = format; },
+        app, "--to", WRITTEN_FORMATS, [&command](NetworkFormat format) { command.format = format; },
         "Format of the file to write; told from its name if not given");
     app.add_flag("--parents", command.parents, "Create the folders that OUT lacks");
     app.add_flag("-q,--quiet", command.quiet, "No report");

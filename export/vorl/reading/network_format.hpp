@@ -14,10 +14,15 @@ namespace vorl {
 
 enum class NetworkFormat : std::uint8_t {
     UNKNOWN,
-    NSE,   ///< a link a line, edges
-    NSA,   ///< a link a line, arcs
-    RCG,   ///< sections of nodes, edges and arcs
-    LIST,  ///< a link a line in any of many dialects, between nodes with any names
+    NSE,            ///< a link a line, edges
+    NSA,            ///< a link a line, arcs
+    RCG,            ///< sections of nodes, edges and arcs
+    LIST,           ///< a link a line in any of many dialects, between nodes with any names
+    MATRIX_MARKET,  ///< entries of a sparse matrix
+    METIS,          ///< the neighbours of each node
+    PAJEK,          ///< sections of vertices, edges and arcs
+    GML,            ///< keys and values between brackets
+    JSON            ///< lists of nodes and links
 };
 
 /// Neither the options nor a file's name, nor its first lines, tell the format.

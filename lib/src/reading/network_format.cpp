@@ -10,15 +10,19 @@ namespace vorl {
 namespace {
 
 constexpr std::pair<const char*, NetworkFormat> FORMATS[] = {
-    {"nse", NetworkFormat::NSE},
-    {"nsa", NetworkFormat::NSA},
-    {"rcg", NetworkFormat::RCG},
-    {"list", NetworkFormat::LIST},
+    {"nse", NetworkFormat::NSE},           {"nsa", NetworkFormat::NSA},
+    {"rcg", NetworkFormat::RCG},           {"list", NetworkFormat::LIST},
+    {"mtx", NetworkFormat::MATRIX_MARKET}, {"metis", NetworkFormat::METIS},
+    {"pajek", NetworkFormat::PAJEK},       {"gml", NetworkFormat::GML},
+    {"json", NetworkFormat::JSON},
 };
 
 constexpr std::pair<std::string_view, NetworkFormat> EXTENSIONS[] = {
-    {".txt", NetworkFormat::LIST}, {".edges", NetworkFormat::LIST}, {".el", NetworkFormat::LIST},
-    {".tsv", NetworkFormat::LIST}, {".csv", NetworkFormat::LIST},
+    {".txt", NetworkFormat::LIST},    {".edges", NetworkFormat::LIST},
+    {".el", NetworkFormat::LIST},     {".mtx", NetworkFormat::MATRIX_MARKET},
+    {".graph", NetworkFormat::METIS}, {".net", NetworkFormat::PAJEK},
+    {".gml", NetworkFormat::GML},     {".json", NetworkFormat::JSON},
+    {".tsv", NetworkFormat::LIST},    {".csv", NetworkFormat::LIST},
 };
 
 std::string lower(std::string_view text) {
@@ -35,6 +39,10 @@ NetworkFormat formatOf(const std::string& line) {
             if (line.starts_with(word)) return true;
         return false;
     };
+    if (begins({"%%matrixmarket"})) return NetworkFormat::MATRIX_MARKET;
+    if (begins({"*vertices", "*network"})) return NetworkFormat::PAJEK;
+    if (begins({"graph [", "graph[", "creator \""}) || line == "graph") return NetworkFormat::GML;
+    if (line[0] == '{') return NetworkFormat::JSON;
     if (line[0] == '#') {
         if (line.find("nodes:") == std::string::npos) return NetworkFormat::UNKNOWN;
         if (line.find(" edges:") != std::string::npos &&

@@ -23,6 +23,12 @@ NetworkFacts scanNetwork(Source& source, const std::string& name, const ScanOpti
             case NetworkFormat::NSA: return detail::linkListReader(lines, told, nodes, visit);
             case NetworkFormat::RCG: return detail::sectionsReader(lines, told, nodes, visit);
             case NetworkFormat::LIST: return detail::edgeListReader(lines, told, nodes, visit);
+            case NetworkFormat::MATRIX_MARKET:
+                return detail::matrixMarketReader(lines, told, nodes, visit);
+            case NetworkFormat::METIS: return detail::metisReader(lines, told, nodes, visit);
+            case NetworkFormat::PAJEK: return detail::pajekReader(lines, told, nodes, visit);
+            case NetworkFormat::GML: return detail::gmlReader(lines, told, nodes, visit);
+            case NetworkFormat::JSON: return detail::jsonReader(lines, told, nodes, visit);
             case NetworkFormat::UNKNOWN: break;
         }
         throw UnknownFormat(name +

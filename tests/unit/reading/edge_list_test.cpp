@@ -1,3 +1,4 @@
+#include "support/scanned_links.hpp"
 #include "support/trace.hpp"
 
 #include <vorl/reading/network_scan.hpp>
@@ -9,27 +10,9 @@
 namespace vorl {
 namespace {
 
-/// The links of a text, such as `a>b:2`, with `-` for edges.
 std::string linksOf(std::string_view text, ScanOptions options = {}) {
     options.format = NetworkFormat::LIST;
-    TextSource source(text);
-    NodeNames nodes;
-    std::string result;
-    scanNetwork(source, "f", options, nodes, [&](const RawLink& ln) {
-        const auto name = [&](Id node) {
-            return naming::plain(nodes.id(node), nodes.labels().get());
-        };
-        result += (result.empty() ? "" : " ") + name(ln.src) + (ln.arc ? ">" : "-") + name(ln.dst);
-        if (ln.weight != 1) {
-            result += ':' + std::to_string(ln.weight);
-            while (result.back() == '0' || result.back() == '.') {
-                const bool point = result.back() == '.';
-                result.pop_back();
-                if (point) break;
-            }
-        }
-    });
-    return result;
+    return test::linksOf(text, options);
 }
 
 TEST(EdgeLists, AreReadInTheirDialects) {

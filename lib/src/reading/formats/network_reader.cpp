@@ -92,7 +92,7 @@ void LineNetworkReader::readAll() {
         m_line = m_lines.number();
         if (!line.empty()) readLine(line);
     }
-    atEnd();
+    if (m_lines.bytes() != 0) atEnd();
 }
 
 }  // namespace vorl::detail

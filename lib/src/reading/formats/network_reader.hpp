@@ -85,6 +85,15 @@ protected:
         if (nodes > m_options.bounds.nodes) refuse("the header tells of " + counted(nodes, "node"));
     }
 
+    /// Nodes that the header tells of take memory, whether they have links or not.
+    /// @throws InputError if there are far more than the file can hold
+    void requireLikelyNodes(Size nodes) const {
+        constexpr Size always = 1'000'000;
+        if (nodes > always && nodes > m_lines.bytes())
+            throw headerFault("the header tells of " + std::to_string(nodes) +
+                              " nodes, more than the file has bytes");
+    }
+
     /// @param src number of the node
     void addLink(Id src, Id dst, LinkWeight weight, bool arc) {
         if (m_zero) {
@@ -153,5 +162,10 @@ using MakeReader = std::unique_ptr<NetworkReader>(Lines& lines, const ScanOption
 MakeReader linkListReader;
 MakeReader sectionsReader;
 MakeReader edgeListReader;
+MakeReader matrixMarketReader;
+MakeReader metisReader;
+MakeReader pajekReader;
+MakeReader gmlReader;
+MakeReader jsonReader;
 
 }  // namespace vorl::detail

@@ -1,0 +1,256 @@
+// Networks in the formats of others, good and bad.
+#include "support/scanned_links.hpp"
+#include "support/trace.hpp"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <vector>
+
+namespace vorl {
+namespace {
+
+std::string linksOf(NetworkFormat format, std::string_view text, ScanOptions options = {}) {
+    options.format = format;
+    std::string nodes;
+    const std::string links = test::linksOf(text, options, &nodes);
+    return nodes + " | " + links;
+}
+
+constexpr NetworkFormat MTX = NetworkFormat::MATRIX_MARKET;
+constexpr NetworkFormat METIS = NetworkFormat::METIS;
+constexpr NetworkFormat PAJEK = NetworkFormat::PAJEK;
+constexpr NetworkFormat GML = NetworkFormat::GML;
+constexpr NetworkFormat JSON = NetworkFormat::JSON;
+
+const std::string BANNER = "%%MatrixMarket matrix coordinate ";
+
+TEST(NetworkFormats, MatricesAreRead) {
+    EXPECT_EQ(linksOf(MTX, BANNER + "real general\n% c\n\n3 3 2\n1 2 0.5\n3 1 2e0\n"),
+              "1 2 3 | 1>2:0.5 3>1:2");
+    EXPECT_EQ(linksOf(MTX, "%%matrixmarket MATRIX Coordinate Pattern Symmetric\n4 4 2\n2 1\n3 3\n"),
+              "2 1 3 4 | 2-1 3-3");
+    EXPECT_EQ(linksOf(MTX, BANNER + "integer general\n2 2 1\n1 2 7\n", {.directed = false}),
+              "1 2 | 1-2:7");
+}
+
+TEST(NetworkFormats, ListsOfNeighboursAreRead) {
+    EXPECT_EQ(linksOf(METIS, "% c\n4 3\n2 3\n1 3\n% c\n1 2\n\n"), "1 2 3 4 | 1-2 1-3 2-3");
+    EXPECT_EQ(linksOf(METIS, "2 1 1\n2 5\n1 5\n"), "1 2 | 1-2:5");
+    EXPECT_EQ(linksOf(METIS, "2 1 011 2\n7 7 2 5\n8 8 1 5\n"), "1 2 | 1-2:5");
+    EXPECT_EQ(linksOf(METIS, "2 1 100\n9 2\n9 1\n", {.weights = false}), "1 2 | 1-2");
+}
+
+TEST(NetworkFormats, VerticesWithLabelsAreRead) {
+    EXPECT_EQ(
+        linksOf(PAJEK,
+                "% c\n*Network x\n*Vertices 4\n1 \"Ann \"\"A\"\" Lee\" 0.1 0.2\n2 Bob ic Red\n4\n"
+                "*Arcs :1 \"knows\"\n1 2 3\n*edges\n4 2\n*Edgeslist\n3 1 2\n*ARCSLIST\n1 4\n"),
+        "Ann \"A\" Lee Bob 4 3 | Ann \"A\" Lee>Bob:3 4-Bob 3-Ann \"A\" Lee 3-Bob "
+        "Ann \"A\" Lee>4");
+    EXPECT_EQ(linksOf(PAJEK, "*vertices 2\n*edges\n1 2\n", {.directed = true}), "1 2 | 1>2");
+}
+
+TEST(NetworkFormats, KeysAndValuesAreRead) {
+    EXPECT_EQ(linksOf(GML,
+                      "Creator \"me, [or] not\"\nVersion 1\ngraph [\n  directed 1\n"
+                      "  node [ id 7 label \"A &amp; B&#228;\" graphics [ x 1 id 9 ] ]\n"
+                      "  node [ id -1 ]\n# c\n  edge [ source 7 target -1 value 2.5 ]\n"
+                      "  edge [ target 7 source -1 weight 3 value 4 ] ]\n"),
+              "A & B\xC3\xA4 -1 | A & B\xC3\xA4>-1:2.5 -1>A & B\xC3\xA4:3");
+    EXPECT_EQ(linksOf(GML,
+                      "graph [ node [ id 0 ] node [ id 1 name \"x\" ]edge[source 0 target 1 "
+                      "cost 4 ]]",
+                      {.weightName = "Cost"}),
+              "0 x | 0-x:4");
+}
+
+TEST(NetworkFormats, ListsOfNodesAndLinksAreRead) {
+    EXPECT_EQ(
+        linksOf(JSON,
+                "{\"directed\": true, \"multigraph\": false, \"graph\": {\"a\": [1, {}]},\n"
+                "\"nodes\": [{\"id\": \"a\\\"\\u00e4\\ud83d\\ude00\", \"x\": 1}, {\"id\": 5}],\n"
+                "\"links\": [{\"source\": 5, \"target\": \"a\\\"\\u00e4\\ud83d\\ude00\", "
+                "\"weight\": 2.5}]}"),
+        "a\"\xC3\xA4\xF0\x9F\x98\x80 5 | 5>a\"\xC3\xA4\xF0\x9F\x98\x80:2.5");
+    // Links by places, and with whole nodes for ends.
+    EXPECT_EQ(linksOf(JSON,
+                      "{\"nodes\":[{\"name\":\"x\"},{\"name\":\"y\"}],"
+                      "\"links\":[{\"source\":0,\"target\":1,\"value\":3}]}"),
+              "x y | x-y:3");
+    EXPECT_EQ(linksOf(JSON,
+                      "{\"nodes\":[{\"id\":\"x\"},{\"id\":\"y\"}],\"edges\":[{\"source\":"
+                      "{\"id\":\"x\",\"q\":[]},\"target\":{\"id\":\"y\"}}]}"),
+              "x y | x-y");
+    EXPECT_EQ(linksOf(JSON, "{\"links\":[{\"source\":\"b\",\"target\":1}]}"), "b 1 | b-1");
+}
+
+struct Bad {
+    NetworkFormat format;
+    std::string text;
+    const char* message;
+};
+
+std::ostream& operator<<(std::ostream& out, const Bad& bad) { return out << bad.text; }
+
+std::string nested(std::size_t depth, char open) { return std::string(depth, open); }
+
+const Bad BAD[] = {
+    {MTX, "", ": the file is empty"},
+    {MTX, "1 1 1\n", ":1: the file begins with \"1 1 1\", \"%%MatrixMarket\" is expected"},
+    {MTX, "\n1 1 1\n", ":2: the file begins without"},
+    {MTX, "%%MatrixMarket vector coordinate real general\n", ":1: the object is \"vector\""},
+    {MTX, "%%MatrixMarket matrix array real general\n",
+     ":1: the form of the matrix is \"array\", coordinate is expected"},
+    {MTX, BANNER + "complex general\n", ":1: the field of the matrix is \"complex\""},
+    {MTX, BANNER + "real hermitian\n", ":1: the symmetry of the matrix is \"hermitian\""},
+    {MTX, BANNER + "real\n", ":1: the symmetry of the matrix is \"\""},
+    {MTX, BANNER + "real general\n", ":1: the file ends without the size"},
+    {MTX, BANNER + "real general\nx 3 1\n", ":2: the header's number of rows is \"x\""},
+    {MTX, BANNER + "real general\n3 3\n", ":2: the header's number of entries is \"\""},
+    {MTX, BANNER + "real general\n3 3 1 1\n", ":2: found \" 1\" behind the size"},
+    {MTX, BANNER + "real general\n3 4 1\n1 2 1\n", ":2: the matrix has 3 rows and 4 columns"},
+    {MTX, BANNER + "real general\n2200000000 2200000000 1\n", ":2: the matrix has 2,200,000,000"},
+    {MTX, BANNER + "real general\n2000000000 2000000000 1\n1 2 1\n",
+     ":2: the header tells of 2000000000 nodes, more than the file has bytes"},
+    {MTX, BANNER + "real general\n2 2 2\n1 2 1\n", ":2: the header tells of 2 entries, the file"},
+    {MTX, BANNER + "real general\n2 2 1\n1 2 1\n2 1 1\n", ":4: the header tells of 1 entries"},
+    {MTX, BANNER + "real general\n2 2 1\n0 2 1\n", ":3: the row is \"0\", a number from 1 to 2"},
+    {MTX, BANNER + "real general\n2 2 1\n1 3 1\n", ":3: the column is \"3\", a number from 1"},
+    {MTX, BANNER + "real general\n2 2 1\n1 x 1\n", ":3: the column is \"x\", an id"},
+    {MTX, BANNER + "real general\n2 2 1\n1 2\n", ":3: the entry has no value"},
+    {MTX, BANNER + "real general\n2 2 1\n1 2 -3\n", ":3: the weight is \"-3\", it must not"},
+    {MTX, BANNER + "pattern general\n2 2 1\n1 2 1\n", ":3: the entry has the value \"1\""},
+    {MTX, BANNER + "real general\n2 2 1\n1 2 1 5\n", ":3: found \" 5\" behind the entry"},
+    {MTX, BANNER + "real general\n0 0 0\n", ":2: the file ends without a link"},
+
+    {METIS, "", ": the file is empty"},
+    {METIS, "% c\n", ":1: the file ends without the line of counts"},
+    {METIS, "x 1\n", ":1: the header's number of nodes is \"x\""},
+    {METIS, "2\n", ":1: the header's number of edges is \"\""},
+    {METIS, "2 1 7\n", ":1: the header's format is \"7\", up to three digits"},
+    {METIS, "2 1 0001\n", ":1: the header's format is \"0001\""},
+    {METIS, "2 1 010 x\n", ":1: the header's number of weights of a node is \"x\""},
+    {METIS, "2 1 010 5000\n", ":1: the header's number of weights of a node is above 999"},
+    {METIS, "2 1 0 1 9\n2\n1\n", ":1: found \" 9\" behind the counts"},
+    {METIS, "3000000000 1\n", ":1: the header tells of 3,000,000,000 nodes"},
+    {METIS, "5000000000 1\n", ":1: the header's number of nodes is 5000000000"},
+    {METIS, "3 1\n2\n1\n", ":1: the header tells of 3 nodes, the file has lines for 2"},
+    {METIS, "2 1\n2\n1\n1\n", ":4: the header tells of 2 nodes, this is the line of a further"},
+    {METIS, "2 2\n2\n1\n",
+     ":1: the header tells of 2 edges, which are 4 neighbours, the file has 2"},
+    {METIS, "2 1\n2\n\n", ":1: the header tells of 1 edge, which are 2 neighbours, the file has 1"},
+    {METIS, "3 2\n2 3\n1 3\n\n", ":1: edges aren't told alike from both"},
+    {METIS, "2 1 1\n2 5\n1 6\n", ":1: edges aren't told alike from both"},
+    {METIS, "2 1\n1\n\n", ":2: the node is its own neighbour"},
+    {METIS, "2 1\n3\n\n", ":2: the neighbour is \"3\", a number from 1 to 2"},
+    {METIS, "2 1\n0\n\n", ":2: the neighbour is \"0\", a number from 1 to 2"},
+    {METIS, "2 1\na\n\n", ":2: the neighbour is \"a\", an id"},
+    {METIS, "2 1 1\n2\n1 1\n", ":2: the neighbour 2 has no weight"},
+    {METIS, "2 1 1\n2 x\n1 x\n", ":2: the weight is \"x\", a number"},
+    {METIS, "2 1 010 2\n1\n1 1 1\n", ":2: the line ends within the sizes"},
+    {METIS, "1 0\n\n", ":2: the file ends without a link"},
+
+    {PAJEK, "", ": the file is empty"},
+    {PAJEK, "1 2\n", ":1: found \"1 2\", \"*Vertices\" is expected"},
+    {PAJEK, "% c\n", ":1: the file ends, \"*Vertices\" is expected"},
+    {PAJEK, "*Edges\n1 2\n", ":1: the section \"*edges\" stands before"},
+    {PAJEK, "*Vertices\n", ":1: the header's number of nodes is \"\""},
+    {PAJEK, "*Vertices x\n", ":1: the header's number of nodes is \"x\""},
+    {PAJEK, "*Vertices 3000000000\n", ":1: the header tells of 3,000,000,000 nodes"},
+    {PAJEK, "*Vertices 2000000000\n*Edges\n1 2\n",
+     ":1: the header tells of 2000000000 nodes, more than the file has bytes"},
+    {PAJEK, "*Vertices 2\n*Vertices 2\n", ":2: the section *Vertices stands twice"},
+    {PAJEK, "*Vertices 2\n*Network b\n", ":2: a second network begins"},
+    {PAJEK, "*Vertices 2\n*Matrix\n", ":2: the section \"*matrix\" is unknown"},
+    {PAJEK, "*Vertices 2\n3 \"a\"\n", ":2: the vertex is \"3\", a number from 1 to 2"},
+    {PAJEK, "*Vertices 2\nx\n", ":2: the vertex is \"x\", an id"},
+    {PAJEK, "*Vertices 2\n1 \"a\n", ":2: the quotes of the label aren't closed"},
+    {PAJEK, "*Vertices 2\n1 a\n1 b\n", ":3: the vertex 1 stands twice"},
+    {PAJEK, "*Vertices 2\n1 a\n2 a\n", ":3: the label \"a\" is that of another vertex"},
+    {PAJEK, "*Vertices 2\n*Edges\n1\n", ":3: a single vertex"},
+    {PAJEK, "*Vertices 2\n*Edges\n1 3\n", ":3: the destination is \"3\", a number from 1 to 2"},
+    {PAJEK, "*Vertices 2\n*Arcs\n0 1\n", ":3: the source is \"0\", a number from 1 to 2"},
+    {PAJEK, "*Vertices 2\n*Arcs\n1 2 x\n", ":3: the weight is \"x\", a number"},
+    {PAJEK, "*Vertices 2\n*Arcslist\n1 9\n", ":3: the destination is \"9\""},
+    {PAJEK, "*Vertices 2\n", ":1: the file ends without a link"},
+
+    {GML, "", ": the file is empty"},
+    {GML, "x 1\n", ":1: the file has no \"graph [\""},
+    {GML, "graph\n", ":1: the file ends behind the key \"graph\""},
+    {GML, "graph [\n", ":1: the file ends within \"graph\", \"]\" is expected"},
+    {GML, "]\n", ":1: a \"]\" that no \"[\" belongs to"},
+    {GML, "graph [ ]\n", ":1: the file ends without a link"},
+    {GML, "graph [ node ]\n", ":1: found \"]\" behind the key \"node\""},
+    {GML, "graph [ \"a\" 1 ]\n", ":1: found \"a\", a key is expected"},
+    {GML, "graph [ [ ] ]\n", ":1: found \"[\", a key is expected"},
+    {GML, "graph [ ]\ngraph [ ]\n", ":2: a second graph begins"},
+    {GML, "graph [ directed 2 ]\n", ":1: directed is \"2\", 0 or 1 is expected"},
+    {GML, "graph [\nnode [ label \"a\" ]\n]\n", ":2: the node has no id"},
+    {GML, "graph [\nnode [ id 1 ]\nnode [ id 1 label \"x\" ]\n]\n",
+     ":3: the node \"1\" stands twice"},
+    {GML, "graph [\nnode [ id 1 label \"x\" ]\nnode [ id 2 label \"x\" ]\n]\n",
+     ":3: the name \"x\" is that of another node already"},
+    {GML, "graph [ edge [ source 1 target 2 ] ]\n", ":1: the source is \"1\", which is none"},
+    {GML, "graph [ node [ id 1 ] edge [ source 1 target 2 ] ]\n", ":1: the target is \"2\""},
+    {GML, "graph [ node [ id 1 ]\nedge [ source 1 ] ]\n", ":2: the edge has no target"},
+    {GML, "graph [ node [ id 1 ]\nedge [\ntarget 1 ] ]\n", ":2: the edge has no source"},
+    {GML, "graph [ node [ id 1 ] edge [ source 1 target 1 weight \"x\" ] ]\n",
+     ":1: the weight is \"x\", a number"},
+    {GML, "graph [\nnode [ id 1 label \"x\n ] ]\n", ":2: the quotes that begin with"},
+    {GML, "graph [ a [ " + nested(3000, '[') + "\n", ":1: found \"[\", a key is expected"},
+
+    {JSON, "", ": the file is empty"},
+    {JSON, "[]", ":1: found \"[]\", \"{\" is expected"},
+    {JSON, "{", ":1: found the end of the file, \"\"\" is expected"},
+    {JSON, "{}", ":1: the file ends without a link"},
+    {JSON, "{} x", ":1: found \"x\" behind the document"},
+    {JSON, "{\"nodes\" []}", ":1: found \"[]}\", \":\" is expected"},
+    {JSON, "{\"nodes\": 5}", ":1: found \"5}\", \"[\" is expected"},
+    {JSON, "{\"nodes\": [\n{\"id\": 1},\n{\"id\": 1}]}", ":3: the name \"1\" is that of another"},
+    {JSON, "{\"nodes\": [{\"id\": 1}, {\"name\": 2}]}", ":1: some nodes have an id"},
+    {JSON, "{\"nodes\": [{\"id\": \"a]}", ":1: the quotes of"},
+    {JSON, "{\"nodes\": [{\"id\": \"a\\x\"}]}", ":1: \"\\x\" stands for nothing"},
+    {JSON, "{\"nodes\": [{\"id\": \"\\u12\"}]}", ":1: four hexadecimal digits"},
+    {JSON, "{\"nodes\": [{\"id\": \"\\ud800x\"}]}", ":1: the text holds the character 55296"},
+    {JSON, "{\"nodes\": [{\"id\": \"\\u000a\"}]}", ":1: the text holds the character 10"},
+    {JSON, "{\"nodes\": [{\"id\": \"a\tb\"}]}", ":1: a control character"},
+    {JSON, "{\"directed\": 1}", ":1: directed is \"1\", true or false"},
+    {JSON, "{\"links\": [{\"source\": 1}]}", ":1: the link has no target"},
+    {JSON, "{\"links\": [{\"target\": 1}]}", ":1: the link has no source"},
+    {JSON, "{\"nodes\": [{\"id\": 1}], \"links\": [{\"source\": 1, \"target\": 2}]}",
+     ":1: the target is \"2\", which is none of the nodes"},
+    {JSON, "{\"links\": [], \"nodes\": []}", ":1: the nodes stand behind the links"},
+    {JSON, "{\"links\": [], \"directed\": true}", ":1: \"directed\" stands behind the links"},
+    {JSON, "{\"links\": [{\"source\": 1, \"target\": 2, \"weight\": \"x\"}]}",
+     ":1: the weight is \"x\", a number"},
+    {JSON, "{\"links\": [{\"source\": 1, \"target\": 2},]}", ":1: found \"]}\", \"{\" is expected"},
+    {JSON, "{\"x\": " + nested(5000, '['), ":1: more than 1,000 values lie inside each other"},
+    {JSON, "{\"x\": hello}", ":1: found \"hello}\", a value is expected"},
+};
+
+class BadNetworks : public testing::TestWithParam<Bad> {};
+
+TEST_P(BadNetworks, AreToldByLine) {
+    const Bad& bad = GetParam();
+    const std::string told = test::errorOf<InputError>([&] { linksOf(bad.format, bad.text); });
+    EXPECT_TRUE(told.starts_with(std::string("f") + bad.message)) << told;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, BadNetworks, testing::ValuesIn(BAD), [](const auto& param) {
+    return std::string(nameOf(param.param.format)) + std::to_string(param.index);
+});
+
+TEST(NetworkFormats, BinaryAndWideTextIsTold) {
+    const std::string binary("\0\1", 2);
+    const std::string wide("\xFF\xFE\x31\0", 4);
+    for (const NetworkFormat format : {MTX, METIS, PAJEK, GML, JSON}) {
+        EXPECT_EQ(test::errorOf<InputError>([&] { linksOf(format, binary); }),
+                  "f:1: a NUL byte: the file is binary, lines of text are expected");
+        EXPECT_EQ(test::errorOf<InputError>([&] { linksOf(format, wide); }),
+                  "f:1: a NUL byte: the file is in UTF-16, text in UTF-8 is expected");
+    }
+}
+
+}  // namespace
+}  // namespace vorl
