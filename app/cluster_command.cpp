@@ -9,6 +9,7 @@
 #include "summary.hpp"
 
 #include <vorl/processing/validation.hpp>
+#include <vorl/reading/pack.hpp>
 #include <vorl/shared/operations.hpp>
 #include <vorl/types/cluster_ids.hpp>
 #include <vorl/types/trace.hpp>
@@ -48,6 +49,10 @@ OutputRequest outputAt(const ClusterCommand& command, float gamma) {
 void open(std::optional<OutputTree>& files, const ClusterCommand& command, float gamma) {
     const OutputRequest request = outputAt(command, gamma);
     if (request.file.empty()) return;
+    if (asksForPacking(request.file))
+        throw UsageError(request.file +
+                         ": clusters and hierarchies are written as plain text, give the name " +
+                         plainName(request.file));
     // An extension is what a name can be set before.
     if (command.gammas.size() > 1 && (std::filesystem::path(request.file).extension().empty() ||
                                       command.output.file == STANDARD_OUTPUT))

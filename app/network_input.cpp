@@ -3,6 +3,8 @@
 #include "errors.hpp"
 #include "output_text.hpp"
 
+#include <vorl/reading/pack.hpp>
+
 #include <algorithm>
 
 namespace vorl::app {
@@ -50,12 +52,7 @@ NetworkFormat outputFormat(const std::string& file, NetworkFormat told) {
     return format;
 }
 
-char separatorOf(const std::string& file) {
-    std::string_view name = file;
-    for (const std::string_view packing : {".gz", ".zst"})
-        if (name.ends_with(packing)) name.remove_suffix(packing.size());
-    return name.ends_with(".csv") ? ',' : '\t';
-}
+char separatorOf(const std::string& file) { return plainName(file).ends_with(".csv") ? ',' : '\t'; }
 
 void requireOneStandardInput(const std::string& first, const std::string& second) {
     if (first == STANDARD_INPUT && second == STANDARD_INPUT)

@@ -52,10 +52,6 @@ void requireWritable(const fs::path& folder) {
 OutputTree::OutputTree(const std::string& name, bool folder, bool parents)
     : m_name(name), m_inFolder(folder) {
     const fs::path asked(name);
-    for (const char* packing : {".gz", ".zst"})
-        if (name.ends_with(packing))
-            throw UsageError(name + ": files are written as plain text, give a name without " +
-                             packing);
     std::string parent;
     if (name == STANDARD_OUTPUT) {
         m_device = true;

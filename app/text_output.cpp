@@ -2,14 +2,18 @@
 
 #include "errors.hpp"
 
+#include <vorl/reading/pack.hpp>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 namespace vorl::app {
 
-void writeText(const std::string& text, OutputTree& files, const std::string& name) {
+void writeText(std::string plain, OutputTree& files, const std::string& name) {
+    const std::string text = packed(std::move(plain), name);
     std::error_code err;
     std::filesystem::create_directories(std::filesystem::path(files.path()).parent_path(), err);
     std::FILE* const file = std::fopen(files.path().c_str(), "w");

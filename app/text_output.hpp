@@ -8,8 +8,8 @@
 namespace vorl::app {
 
 /// Writes the text where the files go, and gives it its name.
-/// @param name of the file, for messages
+/// @param name of the file, which may ask for compression
 /// @throws InputError
-void writeText(const std::string& text, OutputTree& files, const std::string& name);
+void writeText(std::string text, OutputTree& files, const std::string& name);
 
 }  // namespace vorl::app

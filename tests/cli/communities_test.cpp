@@ -1,6 +1,8 @@
 // `vorl communities`.
 #include "cli/program.hpp"
 
+#include <vorl/reading/source.hpp>
+
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -42,6 +44,42 @@ TEST(CommunitiesCommand, TheHierarchyHasTheCommunitiesOnALevel) {
     EXPECT_TRUE(contains(levels.out, "\"nmi_max\": 1,")) << levels.out;
     EXPECT_EQ(vorl("show " + base + ".rhb --node 7").code, 0);
     EXPECT_EQ(vorl("communities " + DATA + "jazz.nse --hierarchy " + base).code, 2);
+}
+
+TEST(CommunitiesCommand, TextsAreCompressedByTheirNames) {
+    const Folder folder;
+    const auto named = [&](const std::string& name) { return (folder / name).string(); };
+    const std::string football = DATA + "football.nse";
+    ASSERT_EQ(
+        vorl("communities -q " + football + " -o " + named("a.cnl") + " --table " + named("a.csv"))
+            .code,
+        0);
+    ASSERT_EQ(vorl("communities -q " + football + " -o " + named("a.cnl.zst") + " --table " +
+                   named("a.csv.gz"))
+                  .code,
+              0);
+    const auto plain = [](const std::string& file) {
+        const auto source = openSource(file);
+        std::string text(1 << 16, '\0');
+        std::size_t size = 0;
+        while (const std::size_t more = source->read(text.data() + size, text.size() - size))
+            size += more;
+        return text.substr(0, size);
+    };
+    EXPECT_EQ(plain(named("a.cnl.zst")), contents(named("a.cnl")));
+    EXPECT_EQ(plain(named("a.csv.gz")), contents(named("a.csv")));
+    EXPECT_LT(contents(named("a.csv.gz")).size(), contents(named("a.csv")).size() / 2);
+    // Larger than any block.
+    std::string links;
+    for (int i = 0; i < 200'000; ++i)
+        links += std::to_string(i * 7919 % 65'537) + " " + std::to_string(i) + "\n";
+    const std::string network = folder.write("b.nse", links);
+    for (const std::string packing : {".gz", ".zst"}) {
+        ASSERT_EQ(vorl("convert -q " + network + " " + named("c.nse" + packing)).code, 0);
+        ASSERT_EQ(vorl("convert -q " + named("c.nse" + packing) + " " + named("d.nse")).code, 0);
+        ASSERT_EQ(vorl("convert -q " + network + " " + named("e.nse")).code, 0);
+        EXPECT_EQ(contents(named("d.nse")), contents(named("e.nse")));
+    }
 }
 
 TEST(CommunitiesCommand, SaysWhereThereAreNone) {

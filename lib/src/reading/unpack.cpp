@@ -1,15 +1,15 @@
 #include <vorl/reading/unpack.hpp>
 
+#include "system_library.hpp"
+
 #include <vorl/reading/input_error.hpp>
 #include <vorl/reading/wording.hpp>
 
-#include <dlfcn.h>
 #include <algorithm>
 #include <bit>
 #include <limits>
 #include <memory>
 #include <new>
-#include <stdexcept>
 #include <utility>
 #if __has_include(<zlib.h>)
 #include <zlib.h>
@@ -49,40 +49,6 @@ private:
     std::string_view m_rest;
 };
 
-/// A library of the system. It is loaded when a file first asks for it, so that whoever links this
-/// library needs no other one.
-class SystemLibrary {
-public:
-    explicit SystemLibrary(const char* name) : m_library(dlopen(name, RTLD_NOW | RTLD_LOCAL)) {
-        if (!m_library) throw std::runtime_error(dlerror());
-    }
-
-    template <class FunctionT>
-    FunctionT* function(const char* name) const {
-        void* const address = dlsym(m_library, name);
-        if (!address) throw std::runtime_error(dlerror());
-        return reinterpret_cast<FunctionT*>(address);
-    }
-
-private:
-    void* m_library;
-};
-
-InputError missing(const std::string& file, const char* packing, const std::string& what) {
-    return InputError(InputError::Parts{
-        .file = file, .wrong = std::string(packing) + " data can't be unpacked here, " + what});
-}
-
-template <class LibraryT>
-const LibraryT& loaded(const std::string& file, const char* packing) {
-    try {
-        static const LibraryT library;
-        return library;
-    } catch (const std::runtime_error& err) {
-        throw missing(file, packing, err.what());
-    }
-}
-
 #ifdef ZLIB_VERSION
 struct Zlib {
     SystemLibrary library{"libz.so.1"};
@@ -95,7 +61,9 @@ struct Zlib {
 class GzipSource : public Source {
 public:
     GzipSource(std::unique_ptr<Source> packed, const std::string& file)
-        : m_file(file), m_zlib(loaded<Zlib>(file, "gzip")), m_packed(std::move(packed)) {
+        : m_file(file),
+          m_zlib(loadedFor<Zlib>(file, "gzip", "unpacked")),
+          m_packed(std::move(packed)) {
         constexpr int gzipWindow = 15 + 16;
         if (m_zlib.init(&m_stream, gzipWindow, ZLIB_VERSION, sizeof m_stream) != Z_OK)
             throw std::bad_alloc();
@@ -157,7 +125,7 @@ std::unique_ptr<Source> unpackGzip(std::unique_ptr<Source> packed, const std::st
 
 #else
 std::unique_ptr<Source> unpackGzip(std::unique_ptr<Source>, const std::string& file) {
-    throw missing(file, "gzip", "the library was built without zlib");
+    throw lackOf(file, "gzip", "unpacked", "the library was built without zlib");
 }
 #endif
 
@@ -183,7 +151,7 @@ class ZstdSource : public Source {
 public:
     ZstdSource(std::unique_ptr<Source> packed, const std::string& file, std::size_t most)
         : m_file(file),
-          m_zstd(loaded<Zstd>(file, "zstd")),
+          m_zstd(loadedFor<Zstd>(file, "zstd", "unpacked")),
           m_packed(std::move(packed)),
           m_stream(m_zstd.create(), m_zstd.end) {
         if (!m_stream) throw std::bad_alloc();
@@ -232,7 +200,7 @@ std::unique_ptr<Source> unpackZstd(std::unique_ptr<Source> packed, const std::st
 }
 #else
 std::unique_ptr<Source> unpackZstd(std::unique_ptr<Source>, const std::string& file, std::size_t) {
-    throw missing(file, "zstd", "the library was built without zstd");
+    throw lackOf(file, "zstd", "unpacked", "the library was built without zstd");
 }
 #endif
 

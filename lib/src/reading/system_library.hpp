@@ -1,0 +1,51 @@
+// Libraries of the system that are loaded when they are needed.
+#pragma once
+
+#include <vorl/reading/input_error.hpp>
+
+#include <dlfcn.h>
+#include <stdexcept>
+#include <string>
+
+namespace vorl {
+
+/// A library of the system. It is loaded when a file first asks for it, so that whoever links this
+/// library needs no other one.
+class SystemLibrary {
+public:
+    explicit SystemLibrary(const char* name) : m_library(dlopen(name, RTLD_NOW | RTLD_LOCAL)) {
+        if (!m_library) throw std::runtime_error(dlerror());
+    }
+
+    template <class FunctionT>
+    FunctionT* function(const char* name) const {
+        void* const address = dlsym(m_library, name);
+        if (!address) throw std::runtime_error(dlerror());
+        return reinterpret_cast<FunctionT*>(address);
+    }
+
+private:
+    void* m_library;
+};
+
+/// That data can't be packed or unpacked for the lack of a library.
+inline InputError lackOf(const std::string& file, const char* packing, const char* done,
+                         const std::string& what) {
+    return InputError(InputError::Parts{
+        .file = file, .wrong = std::string(packing) + " data can't be " + done + " here, " + what});
+}
+
+/// The functions of a library, all of one process.
+/// @param done  "packed" or "unpacked"
+/// @throws InputError if the system hasn't got it
+template <class LibraryT>
+const LibraryT& loadedFor(const std::string& file, const char* packing, const char* done) {
+    try {
+        static const LibraryT library;
+        return library;
+    } catch (const std::runtime_error& err) {
+        throw lackOf(file, packing, done, err.what());
+    }
+}
+
+}  // namespace vorl
