@@ -5,28 +5,18 @@
 #include "output_text.hpp"
 #include "progress_line.hpp"
 
-#include <vorl/reading/memory_file.hpp>
+#include <vorl/reading/evaluation.hpp>
 #include <vorl/reading/source.hpp>
-#include <vorl/shared/operations.hpp>
 
 #include <cmath>
 #include <cstdio>
 #include <optional>
 #include <utility>
-#include <variant>
 #include <vector>
 
 namespace vorl::app {
 
 namespace {
-
-template <class GraphT>
-std::vector<Id> nodeIds(GraphT& graph) {
-    std::vector<Id> ids;
-    ids.reserve(graph.nodes().size());
-    for (const auto& node : graph.nodes()) ids.push_back(node.id);
-    return ids;
-}
 
 std::string asText(const EvaluateCommand& command, Size clusters, Size nodes,
                    const Intrinsics& measures) {
@@ -66,16 +56,8 @@ ClusterLevels read(const EvaluateCommand& command, std::shared_ptr<Labels> known
 
 /// Measures clusters on a network, which is spent.
 Intrinsics measured(const EvaluateCommand& command, Network& network, ClustersFile clusters) {
-    Intrinsics measures;
-    std::visit(
-        [&](auto& graph) {
-            clusters.requireNodes(nodeIds(*graph), command.read.file, network.labels);
-            const MemoryFile file(clusters.strictText());
-            clusters = {};  // room for the evaluation
-            evaluateClusters(measures, *graph, file.name(), static_cast<AccWeight>(command.gamma));
-        },
-        network.graph);
-    return measures;
+    return evaluateClusters(network, std::move(clusters), command.read.file,
+                            static_cast<AccWeight>(command.gamma));
 }
 
 /// The clusters of one level, and what is measured of them.

@@ -6,6 +6,7 @@
 #include <vorl/types/export.hpp>
 #include <vorl/types/labels.hpp>
 
+#include <span>
 #include <string>
 
 namespace vorl {
@@ -20,5 +21,21 @@ VORL_API std::string clustersText(const Communities& found, const Labels* labels
 /// @param labels as above
 VORL_API std::string tableText(const Communities& found, char separator,
                                const Labels* labels = nullptr);
+
+/// Any communities in arrays, such as those of another origin. None is without members.
+struct CommunityArrays {
+    std::span<const Size> ends;     ///< where the members of each community end
+    std::span<const Id> members;    ///< nodes by their ids
+    std::span<const Share> shares;  ///< of each member
+    Size nodes = 0;                 ///< how many nodes there are, also of no community
+};
+
+/// @name The same texts of such communities
+/// @throws std::invalid_argument for a community without members
+/// @{
+VORL_API std::string clustersText(const CommunityArrays& found, const Labels* labels = nullptr);
+VORL_API std::string tableText(const CommunityArrays& found, char separator,
+                               const Labels* labels = nullptr);
+/// @}
 
 }  // namespace vorl

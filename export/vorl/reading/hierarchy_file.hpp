@@ -14,6 +14,9 @@
 
 namespace vorl {
 
+template <class LinksT>
+class Hierarchy;
+
 /// A hierarchy as a file in the format RHB describes it.
 ///
 /// Its items are numbered through, the nodes first in the file's order, then the clusters level by
@@ -75,6 +78,8 @@ public:
 
 private:
     friend class HierarchyReader;
+    template <class LinksT>
+    friend HierarchyFile describedHierarchy(const Hierarchy<LinksT>& hier, const std::string& name);
 
     struct Level {
         Item end;  ///< of its clusters
