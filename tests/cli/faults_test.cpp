@@ -31,7 +31,8 @@ TEST(Usage, IsToldWithCodeTwo) {
         {"cluster -x.nse", "\"-x.nse\" is no option"},
         {"cluster x.nse -o ''", "--output: the name of the file is empty"},
         {"cluster x.nse -o", "--output"},
-        {"cluster x.nse -o y.cnl.gz", "y.cnl.gz: clusters and hierarchies are written as plain text, give the name y.cnl"},
+        {"cluster x.nse -o y.cnl.gz",
+         "y.cnl.gz: clusters and hierarchies are written as plain text, give the name y.cnl"},
         {"cluster x.nse -o - --json", "can't both go to the standard output"},
         {"cluster x.nse -o /dev/null --levels per-level", "/dev/null can't hold the files"},
         {"cluster x.nse --speedup corse", "did you mean coarse?"},
@@ -40,7 +41,7 @@ TEST(Usage, IsToldWithCodeTwo) {
         {"cluster x.nse --format csv", "is none of nse, nsa, rcg"},
         {"cluster /dev/null",
          "/dev/null: the format can't be told from the name or the first lines; it is nse (edges), "
-         "nsa (arcs), rcg (sections) or list, give it with --format"},
+         "nsa (arcs), rcg (sections), list, mtx, metis, pajek, gml or json, give it with --format"},
         {"cluster x.nse -o y.rhb --levels all", "take another extension, or --levels hierarchy"},
         {"cluster x.nse --levels per-level", "--levels needs a file to write"},
         {"info x.nse --memory-limit 4X", "--memory-limit: \"4X\" is no size"},

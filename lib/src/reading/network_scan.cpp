@@ -31,9 +31,11 @@ NetworkFacts scanNetwork(Source& source, const std::string& name, const ScanOpti
             case NetworkFormat::JSON: return detail::jsonReader(lines, told, nodes, visit);
             case NetworkFormat::UNKNOWN: break;
         }
-        throw UnknownFormat(name +
-                            ": the format can't be told from the name or the first lines; it "
-                            "is nse (edges), nsa (arcs), rcg (sections) or list");
+        throw UnknownFormat(
+            name +
+            ": the format can't be told from the name or the first lines; it "
+            "is nse (edges), nsa (arcs), rcg (sections), list, mtx, metis, pajek, gml or "
+            "json");
     }();
     NetworkFacts facts = reader->read();
     facts.format = told.format;

@@ -95,7 +95,7 @@ class ReadingTest {
     @Test
     @EnabledIfSystemProperty(named = "vorl.test.program", matches = ".+")
     void messagesAreThoseOfTheProgram() throws Exception {
-        assertRefused("x.txt", bytes("1 2\n"), ": the format can't be told from the name");
+        assertRefused("x.dat", bytes("hello\n"), ": the format can't be told from the name");
         assertRefused("empty.nse", bytes(""), ": the file is empty");
         assertRefused("none.nse", bytes("# a comment\n"), ":1: the file ends without a link");
         assertRefused("word.nse", bytes("0 1\r\n1 two\r\n"), ":2: the destination is \"two\"");
