@@ -91,7 +91,7 @@ struct Bad {
     const char* message;
 };
 
-std::ostream& operator<<(std::ostream& out, const Bad& bad) { return out << bad.text; }
+std::ostream& operator<<(std::ostream& out, const Bad& bad) { return out << bad.message; }
 
 std::string nested(std::size_t depth, char open) { return std::string(depth, open); }
 
