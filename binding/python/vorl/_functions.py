@@ -91,8 +91,8 @@ def communities(
         one counts. The two directions of a link without directions repeat each other.
     source, target : str
         Names of columns of a table.
-    format : {"nse", "nsa", "rcg", "list"}, optional
-        Format of a file, if neither its name nor its first lines tell it.
+    format : str, optional
+        Format of a file, one of those of ``docs/formats.md`` such as "nse" or "mtx", if neither its name nor its first lines tell it.
     progress : bool or callable
         Shows how far it is, by tqdm where that is installed; or is called with (stage, level or
         None, total, done).

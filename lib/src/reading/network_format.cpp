@@ -1,6 +1,7 @@
 #include <vorl/reading/network_format.hpp>
 
 #include <vorl/fileio/iotypes.hpp>
+#include <vorl/reading/pack.hpp>
 #include <vorl/reading/tokens.hpp>
 
 #include <string_view>
@@ -65,9 +66,7 @@ const char* nameOf(NetworkFormat format) {
 }
 
 NetworkFormat formatByName(const std::string& file) {
-    std::string name = lower(file);
-    for (const char* packing : {".gz", ".zst"})
-        if (name.ends_with(packing)) name.erase(name.rfind('.'));
+    const std::string name = plainName(lower(file));
     switch (inpFileFmt(name.c_str())) {
         case FileFormat::NSE: return NetworkFormat::NSE;
         case FileFormat::NSA: return NetworkFormat::NSA;

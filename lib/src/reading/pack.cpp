@@ -7,12 +7,6 @@
 #include <new>
 #include <string_view>
 #include <utility>
-#if __has_include(<zlib.h>)
-#include <zlib.h>
-#endif
-#if __has_include(<zstd.h>)
-#include <zstd.h>
-#endif
 
 namespace vorl {
 

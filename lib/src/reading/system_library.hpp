@@ -1,4 +1,4 @@
-// Libraries of the system that are loaded when they are needed.
+// The libraries of compression, which are loaded when they are needed.
 #pragma once
 
 #include <vorl/reading/input_error.hpp>
@@ -6,6 +6,13 @@
 #include <dlfcn.h>
 #include <stdexcept>
 #include <string>
+#if __has_include(<zlib.h>)
+#include <zlib.h>
+#endif
+#if __has_include(<zstd.h>)
+#include <zstd.h>
+#include <zstd_errors.h>
+#endif
 
 namespace vorl {
 

@@ -11,13 +11,6 @@
 #include <memory>
 #include <new>
 #include <utility>
-#if __has_include(<zlib.h>)
-#include <zlib.h>
-#endif
-#if __has_include(<zstd.h>)
-#include <zstd.h>
-#include <zstd_errors.h>
-#endif
 
 namespace vorl {
 

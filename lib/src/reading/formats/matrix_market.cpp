@@ -87,14 +87,6 @@ private:
         requireRoom(rows);
     }
 
-    Id toPlace(std::string_view token, const char* what) const {
-        const Id place = toId(token, what);
-        if (place == 0 || place > *m_facts.nodes)
-            throw fault(std::string("the ") + what, token,
-                        "a number from 1 to " + std::to_string(*m_facts.nodes) + " is expected");
-        return place;
-    }
-
     void readEntry(std::string_view line) {
         if (++m_entries > m_told)
             throw fault("the header tells of " + grouped(m_told) +

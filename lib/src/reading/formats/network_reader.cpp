@@ -44,6 +44,14 @@ Size NetworkReader::toNodes(std::string_view token) const {
     return nodes;
 }
 
+Id NetworkReader::toPlace(std::string_view token, const char* what) const {
+    const Id place = toId(token, what);
+    if (place == 0 || place > *m_facts.nodes)
+        throw fault(std::string("the ") + what, token,
+                    "a number from 1 to " + std::to_string(*m_facts.nodes) + " is expected");
+    return place;
+}
+
 bool NetworkReader::toFlag(std::string_view token, const char* what) const {
     Size value = 0;
     const auto [last, err] = std::from_chars(token.data(), token.data() + token.size(), value);

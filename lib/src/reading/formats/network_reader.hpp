@@ -56,6 +56,8 @@ protected:
     /// A number of nodes.
     Size toNodes(std::string_view token) const;
     bool toFlag(std::string_view token, const char* what) const;
+    /// The number of a node, from 1 to those that the header tells.
+    Id toPlace(std::string_view token, const char* what) const;
     Id toId(std::string_view token, const char* what) const {
         // Plain digits that can't overflow.
         if (token.size() - 1 < 9) {

@@ -74,14 +74,6 @@ private:
                         "expected");
     }
 
-    Id toPlace(std::string_view token, const char* what) const {
-        const Id place = toId(token, what);
-        if (place == 0 || place > *m_facts.nodes)
-            throw fault(std::string("the ") + what, token,
-                        "a number from 1 to " + std::to_string(*m_facts.nodes) + " is expected");
-        return place;
-    }
-
     void readVertex(std::string_view line) {
         const std::string_view token = nextToken(line);
         const Id place = toPlace(token, "vertex");
