@@ -28,8 +28,8 @@ ${words}")
 endmacro()
 
 vorl_package(library libvorl0 libs "library" "This package has the shared library.")
-# Loaded when a compressed network is read, so not found among the libraries that are linked.
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "zlib1g, libzstd1")
+# Loaded when a compressed network or one in XML is read, so not found among the libraries that are linked.
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "zlib1g, libzstd1, libexpat1")
 file(WRITE ${PROJECT_BINARY_DIR}/debian/shlibs "libvorl 0 ${same_version}\n")
 file(WRITE ${PROJECT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/debian/shlibs

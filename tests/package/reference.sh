@@ -30,7 +30,7 @@ expect() {
 expect "communities cluster convert compare cut" vorl c
 expect "--sum-duplicates --shuffle --seed --speedup --shares" vorl cluster x.nse --s
 expect "standard severe" vorl cluster --validation s
-expect "nse nsa rcg list mtx metis pajek gml json" vorl cluster --format =
+expect "nse nsa rcg list mtx metis pajek gml graphml json" vorl cluster --format =
 expect "rcg" vorl convert --to = r
 expect "union common first second" vorl compare a b --nodes ""
 expect "files" vorl evaluate network.nse ""

@@ -42,6 +42,11 @@ public:
         return true;
     }
 
+    /// Goes on to the next piece of the text, wherever that ends, in place of a line.
+    /// @return the piece; empty at the end of the input
+    /// @throws as `next`
+    std::string_view nextPiece();
+
     std::string_view line() const { return {m_data.get() + m_begin, m_end - m_begin}; }
     /// The number of the line, from 1 on; 0 before the first one.
     std::size_t number() const { return m_number; }
@@ -70,6 +75,7 @@ private:
     bool fill();
     bool read();
     void requireText() const;
+    std::size_t lineEnds(std::size_t end) const;
 
     Source& m_source;
     std::string m_name;

@@ -22,6 +22,7 @@ enum class NetworkFormat : std::uint8_t {
     METIS,          ///< the neighbours of each node
     PAJEK,          ///< sections of vertices, edges and arcs
     GML,            ///< keys and values between brackets
+    GRAPHML,        ///< nodes and edges in XML
     JSON            ///< lists of nodes and links
 };
 

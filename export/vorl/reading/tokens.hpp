@@ -18,6 +18,9 @@ inline constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 /// A piece of the input in a message: short, and without control characters.
 VORL_API std::string quoted(std::string_view text);
 
+/// The text with small letters for those of the English alphabet.
+VORL_API std::string lowered(std::string_view text);
+
 inline bool isBlank(char c) { return c == ' ' || c == '\t'; }
 
 /// The text without the blanks and tabs at its front.

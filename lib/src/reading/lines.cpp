@@ -43,6 +43,24 @@ bool Lines::fill() {
     return m_begin != m_filled;
 }
 
+std::string_view Lines::nextPiece() {
+    m_begin = m_end = m_next;
+    if (m_begin == m_filled && !read()) return {};
+    m_end = m_next = m_filled;
+    if (m_binary) {
+        const std::size_t nul = line().find('\0');
+        if (nul != std::string_view::npos) m_number += lineEnds(m_begin + nul) + 1;
+        requireText();
+    }
+    m_number += lineEnds(m_end);
+    return line();
+}
+
+/// Ends of lines from the begin of the piece on.
+std::size_t Lines::lineEnds(std::size_t end) const {
+    return static_cast<std::size_t>(std::count(m_data.get() + m_begin, m_data.get() + end, '\n'));
+}
+
 /// Reads on behind what there is of the line, which moves to the front unless all is held.
 /// @return false at the end
 bool Lines::read() {

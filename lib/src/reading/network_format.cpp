@@ -15,23 +15,17 @@ constexpr std::pair<const char*, NetworkFormat> FORMATS[] = {
     {"rcg", NetworkFormat::RCG},           {"list", NetworkFormat::LIST},
     {"mtx", NetworkFormat::MATRIX_MARKET}, {"metis", NetworkFormat::METIS},
     {"pajek", NetworkFormat::PAJEK},       {"gml", NetworkFormat::GML},
-    {"json", NetworkFormat::JSON},
+    {"graphml", NetworkFormat::GRAPHML},   {"json", NetworkFormat::JSON},
 };
 
 constexpr std::pair<std::string_view, NetworkFormat> EXTENSIONS[] = {
     {".txt", NetworkFormat::LIST},    {".edges", NetworkFormat::LIST},
     {".el", NetworkFormat::LIST},     {".mtx", NetworkFormat::MATRIX_MARKET},
     {".graph", NetworkFormat::METIS}, {".net", NetworkFormat::PAJEK},
-    {".gml", NetworkFormat::GML},     {".json", NetworkFormat::JSON},
-    {".tsv", NetworkFormat::LIST},    {".csv", NetworkFormat::LIST},
+    {".gml", NetworkFormat::GML},     {".graphml", NetworkFormat::GRAPHML},
+    {".json", NetworkFormat::JSON},   {".tsv", NetworkFormat::LIST},
+    {".csv", NetworkFormat::LIST},
 };
-
-std::string lower(std::string_view text) {
-    std::string result(text);
-    for (char& c : result)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return result;
-}
 
 /// What a line tells of the format of its file.
 NetworkFormat formatOf(const std::string& line) {
@@ -43,6 +37,7 @@ NetworkFormat formatOf(const std::string& line) {
     if (begins({"%%matrixmarket"})) return NetworkFormat::MATRIX_MARKET;
     if (begins({"*vertices", "*network"})) return NetworkFormat::PAJEK;
     if (begins({"graph [", "graph[", "creator \""}) || line == "graph") return NetworkFormat::GML;
+    if (begins({"<?xml", "<graphml", "<!doctype graphml"})) return NetworkFormat::GRAPHML;
     if (line[0] == '{') return NetworkFormat::JSON;
     if (line[0] == '#') {
         if (line.find("nodes:") == std::string::npos) return NetworkFormat::UNKNOWN;
@@ -66,7 +61,7 @@ const char* nameOf(NetworkFormat format) {
 }
 
 NetworkFormat formatByName(const std::string& file) {
-    const std::string name = plainName(lower(file));
+    const std::string name = plainName(lowered(file));
     switch (inpFileFmt(name.c_str())) {
         case FileFormat::NSE: return NetworkFormat::NSE;
         case FileFormat::NSA: return NetworkFormat::NSA;
@@ -84,7 +79,7 @@ NetworkFormat formatByLines(Lines& lines) {
     while (format == NetworkFormat::UNKNOWN && lines.next()) {
         const std::string_view line = trimFront(lines.line());
         if (line.empty()) continue;
-        format = formatOf(lower(line.substr(0, 200)));
+        format = formatOf(lowered(line.substr(0, 200)));
         if (format != NetworkFormat::UNKNOWN || line.front() == '#' || line.front() == '%' ||
             line.starts_with("//"))
             continue;

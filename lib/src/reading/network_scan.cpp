@@ -28,13 +28,14 @@ NetworkFacts scanNetwork(Source& source, const std::string& name, const ScanOpti
             case NetworkFormat::METIS: return detail::metisReader(lines, told, nodes, visit);
             case NetworkFormat::PAJEK: return detail::pajekReader(lines, told, nodes, visit);
             case NetworkFormat::GML: return detail::gmlReader(lines, told, nodes, visit);
+            case NetworkFormat::GRAPHML: return detail::graphmlReader(lines, told, nodes, visit);
             case NetworkFormat::JSON: return detail::jsonReader(lines, told, nodes, visit);
             case NetworkFormat::UNKNOWN: break;
         }
         throw UnknownFormat(
             name +
             ": the format can't be told from the name or the first lines; it "
-            "is nse (edges), nsa (arcs), rcg (sections), list, mtx, metis, pajek, gml or "
+            "is nse (edges), nsa (arcs), rcg (sections), list, mtx, metis, pajek, gml, graphml or "
             "json");
     }();
     NetworkFacts facts = reader->read();

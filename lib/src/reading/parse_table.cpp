@@ -73,10 +73,7 @@ void Words::split(std::string_view line, char only) {
 }
 
 bool isOneOf(std::string_view word, std::initializer_list<std::string_view> names) {
-    std::string lower(word);
-    for (char& c : lower)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return std::find(names.begin(), names.end(), lower) != names.end();
+    return std::find(names.begin(), names.end(), lowered(word)) != names.end();
 }
 
 /// Where the words of a line stand.

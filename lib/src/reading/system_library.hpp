@@ -1,4 +1,4 @@
-// The libraries of compression, which are loaded when they are needed.
+// Libraries of the system, which are loaded when they are needed.
 #pragma once
 
 #include <vorl/reading/input_error.hpp>
@@ -35,23 +35,24 @@ private:
     void* m_library;
 };
 
-/// That data can't be packed or unpacked for the lack of a library.
-inline InputError lackOf(const std::string& file, const char* packing, const char* done,
+/// That data can't be worked on for the lack of a library.
+inline InputError lackOf(const std::string& file, const char* kind, const char* done,
                          const std::string& what) {
     return InputError(InputError::Parts{
-        .file = file, .wrong = std::string(packing) + " data can't be " + done + " here, " + what});
+        .file = file, .wrong = std::string(kind) + " data can't be " + done + " here, " + what});
 }
 
 /// The functions of a library, all of one process.
-/// @param done  "packed" or "unpacked"
+/// @param kind of the data, such as "gzip"
+/// @param done  such as "unpacked"
 /// @throws InputError if the system hasn't got it
 template <class LibraryT>
-const LibraryT& loadedFor(const std::string& file, const char* packing, const char* done) {
+const LibraryT& loadedFor(const std::string& file, const char* kind, const char* done) {
     try {
         static const LibraryT library;
         return library;
     } catch (const std::runtime_error& err) {
-        throw lackOf(file, packing, done, err.what());
+        throw lackOf(file, kind, done, err.what());
     }
 }
 

@@ -14,6 +14,13 @@ std::string quoted(std::string_view text) {
     return shown + (text.size() > most ? "...\"" : "\"");
 }
 
+std::string lowered(std::string_view text) {
+    std::string result(text);
+    for (char& c : result)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return result;
+}
+
 bool takeKey(std::string_view& text, std::string_view key) {
     const std::size_t length = key.size();
     if (text.size() < length || !detail::startsWithKey(text.data(), key.data(), length) ||

@@ -37,6 +37,28 @@ std::vector<std::string> linesOf(std::string_view text, std::size_t piece) {
     return result;
 }
 
+TEST(Lines, ComeAsPiecesOfAnyLength) {
+    std::string text(1 << 20, 'x');
+    text[1000] = '\n';
+    Pieces source(text, 300);
+    Lines lines(source, "f", 10'000);
+    ASSERT_TRUE(lines.next());
+    std::string all(lines.line());
+    all += '\n';
+    for (std::string_view piece = lines.nextPiece(); !piece.empty(); piece = lines.nextPiece())
+        all += piece;
+    EXPECT_EQ(all, text);
+    text[text.size() - 5] = '\0';
+    Pieces binary(text, 300);
+    Lines told(binary, "f", 10'000);
+    const auto readOn = [&] {
+        while (!told.nextPiece().empty()) {
+        }
+    };
+    EXPECT_EQ(test::errorOf<InputError>(readOn),
+              "f:2: a NUL byte: the file is binary, lines of text are expected");
+}
+
 TEST(Lines, AreTheSameHoweverTheyCome) {
     using Texts = std::vector<std::string>;
     const std::string wide(600'000, 'x');

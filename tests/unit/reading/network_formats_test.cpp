@@ -21,6 +21,7 @@ constexpr NetworkFormat MTX = NetworkFormat::MATRIX_MARKET;
 constexpr NetworkFormat METIS = NetworkFormat::METIS;
 constexpr NetworkFormat PAJEK = NetworkFormat::PAJEK;
 constexpr NetworkFormat GML = NetworkFormat::GML;
+constexpr NetworkFormat GRAPHML = NetworkFormat::GRAPHML;
 constexpr NetworkFormat JSON = NetworkFormat::JSON;
 
 const std::string BANNER = "%%MatrixMarket matrix coordinate ";
@@ -65,6 +66,45 @@ TEST(NetworkFormats, KeysAndValuesAreRead) {
               "0 x | 0-x:4");
 }
 
+const std::string XML = "<graphml>\n";
+
+TEST(NetworkFormats, XmlIsRead) {
+    EXPECT_EQ(
+        linksOf(GRAPHML,
+                "<?xml version='1.0' encoding='iso-8859-1'?>\n<!-- c --><!DOCTYPE graphml SYSTEM "
+                "'none.dtd'>\n<g:graphml xmlns:g=\"http://graphml.graphdrawing.org/xmlns\">\n"
+                "<g:key id='l' for='node' attr.name='Label' attr.type='string'/>\n"
+                "<g:key id='w' for='edge' attr.name='weight'><g:default>2</g:default></g:key>\n"
+                "<g:key id='x' for='node' attr.name='weight'/>\n"
+                "<g:graph edgedefault='directed'>\n"
+                "<g:node id='n0'><g:data key='l'>\n A &amp; B\xE4 </g:data></g:node>\n"
+                "<g:node id='n1'><g:data key='x'>9</g:data><g:port name='p'/></g:node>\n"
+                "<g:edge source='n1' target='n0'><g:data key='w'> 0.5 </g:data></g:edge>\n"
+                "<g:edge source='n0' target='n1' directed='false'/></g:graph></g:graphml>\n"),
+        "A & B\xC3\xA4 n1 | n1>A & B\xC3\xA4:0.5 A & B\xC3\xA4-n1:2");
+    // Graphs inside nodes, data whose keys aren't told, and numbers.
+    EXPECT_EQ(linksOf(GRAPHML,
+                      XML + "<graph><node id='7'><graph edgedefault='directed'><node id='a&#9;b '/>"
+                            "<edge source='7' target='a&#9;b '/></graph></node><node id='8'>"
+                            "<data key='name'><![CDATA[<x>]]></data></node>"
+                            "<edge source='8' target='7'><data key='value'>3</data></edge>"
+                            "</graph></graphml>"),
+              "7 a\tb  <x> | 7>a\tb  <x>-7:3");
+    EXPECT_EQ(linksOf(GRAPHML,
+                      XML + "<key id='c' attr.name='cost'/><graph><node id='a'/><edge source='a' "
+                            "target='a' directed='true'><data key='c'>4</data></edge>"
+                            "</graph></graphml>",
+                      {.directed = false, .weightName = "Cost"}),
+              "a | a-a:4");
+}
+
+TEST(NetworkFormats, XmlTagsAreBounded) {
+    // One without end would be gone through again and again.
+    const std::string tag = "<graphml a='" + std::string(20 << 20, 'x');
+    EXPECT_EQ(test::errorOf<InputError>([&] { linksOf(GRAPHML, tag); }),
+              "f:1: a tag or a comment has more than 16.0 MiB, which is too much");
+}
+
 TEST(NetworkFormats, ListsOfNodesAndLinksAreRead) {
     EXPECT_EQ(
         linksOf(JSON,
@@ -94,6 +134,12 @@ struct Bad {
 std::ostream& operator<<(std::ostream& out, const Bad& bad) { return out << bad.message; }
 
 std::string nested(std::size_t depth, char open) { return std::string(depth, open); }
+
+std::string repeated(std::size_t count, const std::string& text) {
+    std::string result;
+    for (std::size_t i = 0; i < count; ++i) result += text;
+    return result;
+}
 
 const Bad BAD[] = {
     {MTX, "", ": the file is empty"},
@@ -200,6 +246,59 @@ const Bad BAD[] = {
     {GML, "graph [\nnode [ id 1 label \"x\n ] ]\n", ":2: the quotes that begin with"},
     {GML, "graph [ a [ " + nested(3000, '[') + "\n", ":1: found \"[\", a key is expected"},
 
+    {GRAPHML, "", ": the file is empty"},
+    {GRAPHML, "x\n", ":1: the document isn't XML: "},
+    {GRAPHML, "<gexf/>\n", ":1: the document is one of \"gexf\", one of \"graphml\" is expected"},
+    {GRAPHML, XML, ":2: the document isn't XML: no element found"},
+    {GRAPHML, XML + "</graphml>\n", ":3: the file ends without a link"},
+    {GRAPHML, XML + "<graph>\n</node></graph></graphml>\n",
+     ":3: the document isn't XML: mismatched tag"},
+    {GRAPHML, XML + "<graph></graph>\n<graph></graph></graphml>", ":3: a second graph begins"},
+    {GRAPHML, XML + "<graph edgedefault='both'>", ":2: edgedefault is \"both\", directed or"},
+    {GRAPHML, XML + "<key for='edge'/>", ":2: the key has no id"},
+    {GRAPHML, XML + "<graph>\n<node/></graph>", ":3: the node has no id"},
+    {GRAPHML, XML + "<graph>\n<node><graph/></node></graph>", ":3: the node has no id"},
+    {GRAPHML, XML + "<graph>\n<node id='1'/>\n<node id='1'/></graph>", ":4: the name \"1\" is"},
+    {GRAPHML,
+     XML + "<key id='l' attr.name='label'/><graph>\n<node id='1'><data key='l'>x</data></node>\n"
+           "<node id='2'>\n<data key='l'>x</data></node></graph>",
+     ":4: the name \"x\" is that of another node already"},
+    {GRAPHML,
+     XML + "<graph>\n<node id='1'><data key='name'>x</data></node>\n<node id='1'/></graph>",
+     ":4: the node \"1\" stands twice"},
+    {GRAPHML, XML + "<graph>\n<edge source='1' target='1'/></graph>",
+     ":3: the source is \"1\", which is none of the nodes in front of the link"},
+    {GRAPHML, XML + "<graph><node id='1'/>\n<edge source='1' target='2'/></graph>",
+     ":3: the target is \"2\""},
+    {GRAPHML, XML + "<graph><node id='1'/>\n<edge\n source='1'/></graph>",
+     ":3: the edge has no target"},
+    {GRAPHML, XML + "<graph><node id='1'/>\n<edge target='1'/></graph>",
+     ":3: the edge has no source"},
+    {GRAPHML, XML + "<graph><node id='1'/>\n<edge source='1' target='1' directed='x'/></graph>",
+     ":3: directed is \"x\", true or false"},
+    {GRAPHML,
+     XML + "<graph><node id='1'/>\n<edge source='1' target='1'>\n"
+           "<data key='weight'>x</data></edge></graph>",
+     ":3: the weight is \"x\", a number"},
+    {GRAPHML,
+     XML + "<graph><node id='1'/>\n<edge source='1' target='1'>\n"
+           "<data key='weight'>-1</data></edge></graph>",
+     ":3: the weight is \"-1\", it must not be negative"},
+    {GRAPHML, XML + "<graph>\n<hyperedge/></graph>", ":3: found a hyperedge"},
+    {GRAPHML, "<!DOCTYPE graphml [\n<!ENTITY a 'ha'><!ENTITY b '&a;&a;&a;'>]>" + XML,
+     ":2: the document declares the entity \"a\", none is expected"},
+    {GRAPHML, "<!DOCTYPE graphml [\n<!ENTITY a SYSTEM 'file:///etc/passwd'>]>" + XML,
+     ":2: the document declares the entity \"a\""},
+    {GRAPHML,
+     "<!DOCTYPE graphml SYSTEM 'x.dtd'>" + XML + "<graph><node id='1'><data key='name'>&x;</data>",
+     ":2: the entity \"x\" isn't declared here"},
+    {GRAPHML, XML + "<graph><node id='&x;'/>", ":2: the document isn't XML: undefined entity"},
+    {GRAPHML, "<?xml version='1.0' encoding='x-none'?>\n" + XML,
+     ":1: the document isn't XML: unknown encoding"},
+    {GRAPHML, XML + "<a b='1' b='2'/>", ":2: the document isn't XML: duplicate attribute"},
+    {GRAPHML, XML + "<graph><node id='\xFF\xFE'/>", ":2: the document isn't XML: not well-formed"},
+    {GRAPHML, "<graphml>" + repeated(2000, "<a>"), ":1: more than 1,000 elements lie inside"},
+
     {JSON, "", ": the file is empty"},
     {JSON, "[]", ":1: found \"[]\", \"{\" is expected"},
     {JSON, "{", ":1: found the end of the file, \"\"\" is expected"},
@@ -244,7 +343,7 @@ INSTANTIATE_TEST_SUITE_P(All, BadNetworks, testing::ValuesIn(BAD), [](const auto
 TEST(NetworkFormats, BinaryAndWideTextIsTold) {
     const std::string binary("\0\1", 2);
     const std::string wide("\xFF\xFE\x31\0", 4);
-    for (const NetworkFormat format : {MTX, METIS, PAJEK, GML, JSON}) {
+    for (const NetworkFormat format : {MTX, METIS, PAJEK, GML, GRAPHML, JSON}) {
         EXPECT_EQ(test::errorOf<InputError>([&] { linksOf(format, binary); }),
                   "f:1: a NUL byte: the file is binary, lines of text are expected");
         EXPECT_EQ(test::errorOf<InputError>([&] { linksOf(format, wide); }),

@@ -31,11 +31,8 @@ constexpr std::string_view WEIGHTS[] = {"weight", "weights",  "w",     "value",
 /// The name in small letters, without what only parts its words.
 std::string plainName(std::string_view name) {
     std::string result;
-    for (const char c : name)
-        if (c >= 'A' && c <= 'Z')
-            result += static_cast<char>(c - 'A' + 'a');
-        else if (c != ' ' && c != '_' && c != '-' && c != '.')
-            result += c;
+    for (const char c : lowered(name))
+        if (c != ' ' && c != '_' && c != '-' && c != '.') result += c;
     return result;
 }
 

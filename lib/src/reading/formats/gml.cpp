@@ -54,7 +54,7 @@ protected:
                 continue;
             }
             if (m_kind != WORD) throw fault("found " + quoted(m_token) + ", a key is expected");
-            const std::string key = lower(m_token);
+            const std::string key = lowered(m_token);
             if (!nextToken()) throw fault("the file ends behind the key " + quoted(key));
             if (m_kind == OPEN)
                 open(key);
@@ -70,13 +70,6 @@ protected:
 
 private:
     enum Kind { WORD, TEXT, OPEN, CLOSE };
-
-    static std::string lower(std::string_view text) {
-        std::string result(text);
-        for (char& c : result)
-            if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-        return result;
-    }
 
     bool nextLine() {
         do {
@@ -165,10 +158,7 @@ private:
         } else if (isIn("edge")) {
             if (key == "source") m_values.id = m_token;
             if (key == "target") m_values.name = m_token;
-            if (m_options.weightName.empty()
-                    ? key == "weight" || (key == "value" && !m_values.weight)
-                    : key == lower(m_options.weightName))
-                m_values.weight = m_token;
+            if (isWeight(key, m_values.weight.has_value())) m_values.weight = m_token;
         }
     }
 

@@ -226,13 +226,11 @@ private:
         std::optional<std::string> weight;
         const std::size_t begin = m_line;
         readObject([&](const std::string& key) {
-            std::optional<std::string>* const value =
-                key == "source"   ? &src
-                : key == "target" ? &dst
-                : (m_options.weightName.empty() ? key == "weight" || (key == "value" && !weight)
-                                                : key == m_options.weightName)
-                    ? &weight
-                    : nullptr;
+            std::optional<std::string>* const value = key == "source"   ? &src
+                                                      : key == "target" ? &dst
+                                                      : isWeight(lowered(key), weight.has_value())
+                                                          ? &weight
+                                                          : nullptr;
             if (!value || peek() == '[') return skip();
             if (peek() == '{' && value != &weight) return readEnd(*value);
             *value = readScalar();

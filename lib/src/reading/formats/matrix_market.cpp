@@ -37,12 +37,7 @@ protected:
     }
 
 private:
-    static std::string nextWord(std::string_view& line) {
-        std::string word(nextToken(line));
-        for (char& c : word)
-            if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-        return word;
-    }
+    static std::string nextWord(std::string_view& line) { return lowered(nextToken(line)); }
 
     void readBanner(std::string_view line) {
         if (nextWord(line) != "%%matrixmarket")

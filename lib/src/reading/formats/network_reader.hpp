@@ -81,6 +81,13 @@ protected:
         return m_zero ? 1 : weight;
     }
     LinkWeight toWeight(std::string_view token) const;
+    /// Whether a key of a link is that of its weight.
+    /// @param key   in small letters
+    /// @param given whether one came already
+    bool isWeight(std::string_view key, bool given) const {
+        return m_options.weightName.empty() ? key == "weight" || (key == "value" && !given)
+                                            : key == lowered(m_options.weightName);
+    }
 
     /// @throws MemoryLimitError if so many nodes can't be announced
     void requireRoom(Size nodes) const {
@@ -168,6 +175,7 @@ MakeReader matrixMarketReader;
 MakeReader metisReader;
 MakeReader pajekReader;
 MakeReader gmlReader;
+MakeReader graphmlReader;
 MakeReader jsonReader;
 
 }  // namespace vorl::detail

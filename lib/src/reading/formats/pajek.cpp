@@ -37,9 +37,7 @@ private:
     enum Section { NONE, VERTICES, EDGES, ARCS, EDGES_LIST, ARCS_LIST, NETWORK };
 
     void readSection(std::string_view line) {
-        std::string word(nextToken(line));
-        for (char& c : word)
-            if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+        const std::string word = lowered(nextToken(line));
         if (word == "*vertices") {
             if (m_facts.headerLine != 0) throw fault("the section *Vertices stands twice");
             m_section = VERTICES;
