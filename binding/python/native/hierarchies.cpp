@@ -4,6 +4,7 @@
 #include "state.hpp"
 #include "work.hpp"
 
+#include <vorl/communities_hierarchy.hpp>
 #include <vorl/processing/validation.hpp>
 #include <vorl/reading/described_hierarchy.hpp>
 #include <vorl/shared/operations.hpp>
@@ -206,6 +207,25 @@ nb::tuple cluster(const Input& input, float gamma, Coupling rootMax, std::uint8_
     return nb::make_tuple(std::move(result), warnings);
 }
 
+/// The hierarchy around the communities, the index of their level, and warnings of the reader.
+nb::tuple clusterCommunities(const Input& input, unsigned starts, unsigned threads,
+                             nb::handle tell) {
+    std::vector<std::string> warnings;
+    std::unique_ptr<Built> result;
+    LevelNum level = 0;
+    watched(tell, [&] {
+        UndirectedNetwork network = input.undirected();
+        warnings = std::move(network.warnings);
+        const Communities found =
+            communities(network.links, {.threads = threads, .starts = starts});
+        const auto lock = aloneInKind<WeightedLinks>();
+        const auto hier = communitiesHierarchy(network.links, found, ClusterOptions(), &level);
+        hier->setLabels(network.labels);
+        result = std::make_unique<Built>(hier);
+    });
+    return nb::make_tuple(std::move(result), level, warnings);
+}
+
 }  // namespace
 
 void defineHierarchies(nb::module_& module) {
@@ -228,6 +248,8 @@ void defineHierarchies(nb::module_& module) {
         nb::arg("state"));
     module.def("cluster", &cluster, nb::arg("network"), nb::arg("gamma"), nb::arg("root_max"),
                nb::arg("reduction"), nb::arg("tell").none());
+    module.def("communities_hierarchy", &clusterCommunities, nb::arg("network"), nb::arg("starts"),
+               nb::arg("threads"), nb::arg("tell").none());
 }
 
 }  // namespace vorl::python

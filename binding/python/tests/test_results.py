@@ -269,6 +269,22 @@ def test_plots(overlap):
     assert set(widths.values()) == {77} and len(widths) == len(hierarchy.levels)
 
 
+def test_hierarchy_around_communities(tmp_path, program):
+    links = [(i, j) for c in range(4) for i in range(8 * c, 8 * c + 8) for j in range(8 * c, i)]
+    network = nx.relabel_nodes(nx.Graph(links + [(0, 8), (8, 16), (16, 24)]), lambda i: f"n{i:02}")
+    hierarchy = vorl.communities_hierarchy(network, threads=1)
+    level = hierarchy.levels[hierarchy.communities_level]
+    assert vorl.compare(level, vorl.communities(network))["nmi_max"] == 1
+    assert hierarchy.communities_level < len(hierarchy.levels)
+    assert pickle.loads(pickle.dumps(hierarchy)).communities_level == hierarchy.communities_level
+    nx.write_edgelist(nx.Graph(links), tmp_path / "cliques.nse", data=False)
+    around = vorl.communities_hierarchy(tmp_path / "cliques.nse")
+    around.write(tmp_path / "ours.rhb")
+    program("communities", tmp_path / "cliques.nse", "--hierarchy", tmp_path / "program.rhb")
+    assert (tmp_path / "ours.rhb").read_bytes() == (tmp_path / "program.rhb").read_bytes()
+    assert vorl.cluster(network).communities_level is None
+
+
 def test_stubs_and_annotations(tmp_path):
     api = pytest.importorskip("mypy.api")
     use = tmp_path / "use.py"

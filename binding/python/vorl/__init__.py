@@ -7,7 +7,8 @@
 
 `communities` finds the communities of a network: of a file, of a graph of networkx or igraph, of a
 scipy matrix, a table of pandas, polars or pyarrow, or of arrays. The nodes keep their names.
-`cluster` builds the whole hierarchy. `compare` tells how alike two clusterings are, `evaluate`
+`cluster` builds the whole hierarchy, `communities_hierarchy` the one around the communities.
+`compare` tells how alike two clusterings are, `evaluate`
 measures one on a network, `read_clusters` reads files, and `clustering` takes sets of nodes.
 
 numpy is needed for all of them, but not to import the package; no other package is.
@@ -15,7 +16,14 @@ numpy is needed for all of them, but not to import the package; no other package
 
 from ._clustering import Clustering, Community, clustering
 from ._errors import InputError, InputWarning, MemoryLimitError
-from ._functions import cluster, communities, compare, evaluate, read_clusters
+from ._functions import (
+    cluster,
+    communities,
+    communities_hierarchy,
+    compare,
+    evaluate,
+    read_clusters,
+)
 from ._hierarchy import Hierarchy, Levels, Membership
 
 __all__ = [
@@ -30,6 +38,7 @@ __all__ = [
     "cluster",
     "clustering",
     "communities",
+    "communities_hierarchy",
     "compare",
     "evaluate",
     "read_clusters",

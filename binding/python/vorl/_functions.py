@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import os
 import warnings
-from typing import Any, Dict, List, Optional, Union
+from typing import Any, Callable, Dict, List, Optional, TypeVar, Union
 
 from . import _vorl
 from ._clustering import Clustering, clustering
@@ -17,6 +17,48 @@ from ._progress import shown
 REDUCTIONS = {"none": 0, "accurate": 1, "mean": 2, "severe": 3}
 REDUCTION_FLAGS = {"skip-nodes": 0x10, "skip-clusters": 0x20, "by-weight": 0x80}
 FORMATS = {"cnl": "CNL", "table": "TABLE", "rhb": "RHB"}
+
+
+# What the calls that take a network tell of it, and of how they read it.
+NETWORK = """\
+G : path, graph, matrix, table or arrays
+        - a path of a file, see ``docs/formats.md``;
+        - `networkx.Graph`, `DiGraph` and those with repeated links, whose weights are added up;
+        - `igraph.Graph`, whose vertex attribute ``name`` names the nodes if it is there;
+        - a square scipy sparse matrix; a symmetric one is without directions;
+        - a DataFrame of pandas or polars, or a pyarrow table, with columns of the ends of links;
+        - an array of shape (m, 2) or (m, 3), a link with its weight a row, or of shape (2, m),
+          such as an ``edge_index`` of torch; a list of tuples (source, target[, weight]);
+        - a tuple (sources, targets[, weights]) of arrays."""
+READING = """\
+weight : str or None
+        Name of the attribute or column of weights, 0 or above; 1 where it isn't there. None: no
+        weights are looked at.
+    directed : bool, optional
+        Whether links have directions; by itself as the object says, else not.
+    sum_duplicates : bool
+        Whether weights of repeated links in tables, arrays and files are added up; else the first
+        one counts. The two directions of a link without directions repeat each other.
+    source, target : str
+        Names of columns of a table.
+    format : str, optional
+        Format of a file, one of those of ``docs/formats.md`` such as "nse" or "mtx", if neither
+        its name nor its first lines tell it."""
+PROGRESS = """\
+progress : bool or callable
+        Shows how far it is, by tqdm where that is installed; or is called with (stage, level or
+        None, total, done)."""
+
+Call = TypeVar("Call", bound=Callable[..., Any])
+
+
+def _told(call: Call) -> Call:
+    """Puts into the docstring what several calls have in common."""
+    text = call.__doc__ or ""
+    for place, words in (("{network}", NETWORK), ("{reading}", READING), ("{progress}", PROGRESS)):
+        text = text.replace(place, words)
+    call.__doc__ = text
+    return call
 
 
 def _number(name: str, value: Any, low: int, high: int) -> int:
@@ -44,6 +86,7 @@ def _warn(texts: List[str]) -> None:
         warnings.warn(text, InputWarning, stacklevel=3)
 
 
+@_told
 def communities(
     G: Any,
     *,
@@ -61,41 +104,20 @@ def communities(
     """The communities of a network: those that describe it in the fewest bits.
 
     There is nothing to set: neither a number of communities nor a resolution. A network without
-    communities is one community. The answer is the same on every run and machine, for any number
+    communities is one community. The directions of links are added up. The answer is the same on every run and machine, for any number
     of threads and any order of the links. It takes nearly linear time, and Ctrl-C ends it.
 
     Parameters
     ----------
-    G : path, graph, matrix, table or arrays
-        - a path of a file, see ``docs/formats.md``;
-        - `networkx.Graph`, `DiGraph` and those with repeated links, whose weights are added up;
-        - `igraph.Graph`, whose vertex attribute ``name`` names the nodes if it is there;
-        - a square scipy sparse matrix; a symmetric one is without directions;
-        - a DataFrame of pandas or polars, or a pyarrow table, with columns of the ends of links;
-        - an array of shape (m, 2) or (m, 3), a link with its weight a row, or of shape (2, m),
-          such as an ``edge_index`` of torch; a list of tuples (source, target[, weight]);
-        - a tuple (sources, targets[, weights]) of arrays.
+    {network}
     shares : bool
         Whether a node may be in several communities.
     starts : int, optional
         From how many starts to search; by itself the more, the smaller the network is.
     threads : int, optional
         Threads to work with; all processors if not given. The answer doesn't depend on it.
-    weight : str or None
-        Name of the attribute or column of weights, 0 or above; 1 where it isn't there. None: no
-        weights are looked at.
-    directed : bool, optional
-        Whether links have directions, which are added up; by itself as the object says, else not.
-    sum_duplicates : bool
-        Whether weights of repeated links in tables, arrays and files are added up; else the first
-        one counts. The two directions of a link without directions repeat each other.
-    source, target : str
-        Names of columns of a table.
-    format : str, optional
-        Format of a file, one of those of ``docs/formats.md`` such as "nse" or "mtx", if neither its name nor its first lines tell it.
-    progress : bool or callable
-        Shows how far it is, by tqdm where that is installed; or is called with (stage, level or
-        None, total, done).
+    {reading}
+    {progress}
 
     Returns
     -------
@@ -143,6 +165,64 @@ def communities(
     return Clustering(ends, members, parts, labels, nodes=ids, isolated=isolated, scores=scores)
 
 
+@_told
+def communities_hierarchy(
+    G: Any,
+    *,
+    starts: Optional[int] = None,
+    threads: Optional[int] = None,
+    weight: Optional[str] = "weight",
+    directed: Optional[bool] = None,
+    sum_duplicates: Optional[bool] = None,
+    source: str = "source",
+    target: str = "target",
+    format: Optional[str] = None,
+    progress: Any = False,
+) -> Hierarchy:
+    """The hierarchy around the communities of a network: what lies inside of each, and above.
+
+    The communities are those of `communities`; each is clustered as by `cluster` on its own links,
+    and so is the network of the communities. They stand at the level `communities_level`.
+
+    Parameters
+    ----------
+    {network}
+    starts, threads : int, optional
+        As of `communities`.
+    {reading}
+    {progress}
+
+    Returns
+    -------
+    Hierarchy
+
+    Raises
+    ------
+    TypeError, ValueError, InputError, OverflowError, OSError
+        As `communities` and `cluster`.
+
+    Examples
+    --------
+    >>> import vorl
+    >>> from itertools import combinations
+    >>> links = [link for i in range(4) for link in combinations(range(8 * i, 8 * i + 8), 2)]
+    >>> hierarchy = vorl.communities_hierarchy(links + [(0, 8), (8, 16), (16, 24)])
+    >>> hierarchy.levels[hierarchy.communities_level].sizes.tolist()
+    [8.0, 8.0, 8.0, 8.0]
+    """
+    starts = _count("starts", starts)
+    threads = _count("threads", threads)
+    network = network_of(
+        G, weight=weight, directed=directed, sum_duplicates=sum_duplicates, source=source,
+        target=target, format=format,
+    )
+    with shown(progress) as tell:
+        native, level, texts = _vorl.communities_hierarchy(network.native, starts, threads, tell)
+    _warn(texts)
+    return Hierarchy(native, network.labels or Labels.read(native.names()), level)
+
+
+@_told
 def cluster(
     G: Any,
     gamma: Union[str, float] = "auto",
@@ -159,13 +239,12 @@ def cluster(
 ) -> Hierarchy:
     """The hierarchy of a network: overlapping clusters with shares, from pairs up to the root.
 
-    The result is the same on every run and machine. Two threads may call it at once; builds of
+    Directions of links count. The result is the same on every run and machine. Two threads may call it at once; builds of
     networks that are both weighted, or both not, wait for each other.
 
     Parameters
     ----------
-    G, weight, directed, sum_duplicates, source, target, format, progress
-        As of `communities`; but directions count.
+    {network}
     gamma : "auto" or float
         Resolution: by itself for each pair of items, or one from 0 on; 1 is that of the
         modularity, more means smaller clusters.
@@ -174,6 +253,8 @@ def cluster(
     reduction : str, optional
         Which of the lightest links of items with many are dropped: ``"accurate"``, ``"mean"`` or
         ``"severe"``, then any of ``",skip-nodes"``, ``",skip-clusters"``, ``",by-weight"``.
+    {reading}
+    {progress}
 
     Returns
     -------
@@ -295,6 +376,7 @@ def _clusters(name: str, value: Any) -> Clustering:
     return found
 
 
+@_told
 def evaluate(
     G: Any,
     clustering: Any,
@@ -311,12 +393,12 @@ def evaluate(
 
     Parameters
     ----------
-    G, weight, directed, sum_duplicates, source, target, format
-        The network, as of `communities`; directions count.
+    {network}
     clustering : Clustering, path, or what `vorl.clustering` takes
         Shares of nodes count at both ends of a link. A node of no cluster adds nothing.
     gamma : float
         Resolution of the modularity, from 0 on.
+    {reading}
 
     Returns
     -------

@@ -48,7 +48,7 @@ class Levels(Sequence):  # type: ignore[type-arg]
 
 
 class Hierarchy:
-    """A hierarchy of overlapping clusters, made by `vorl.cluster`.
+    """A hierarchy of overlapping clusters, of `vorl.cluster` or `vorl.communities_hierarchy`.
 
     A cluster has an id, the level on which it was formed, and owners on higher levels, in which it
     has shares that add up to 1; so does a node.
@@ -58,11 +58,16 @@ class Hierarchy:
     scores : dict
         ``modularity`` of the root, the ``gamma`` of the build (-1: found for each pair), the
         ``estimated_gamma``, mean ``conductance`` of the root, number of ``clusters``.
+    communities_level : int or None
+        The index of the level of the communities, of a hierarchy around communities.
     """
 
-    def __init__(self, native: Any, labels: Labels) -> None:
+    def __init__(
+        self, native: Any, labels: Labels, communities_level: Optional[int] = None
+    ) -> None:
         self._native = native
         self._labels = labels
+        self.communities_level = communities_level
         self.scores: Dict[str, Any] = native.score()
 
     @property
@@ -285,10 +290,10 @@ class Hierarchy:
         )
 
     def __reduce__(self) -> Any:
-        return _restored, (self._native.state(), self._labels)
+        return _restored, (self._native.state(), self._labels, self.communities_level)
 
 
-def _restored(state: Any, labels: Labels) -> Hierarchy:
+def _restored(state: Any, labels: Labels, communities_level: Optional[int]) -> Hierarchy:
     from . import _vorl
 
-    return Hierarchy(_vorl.restored(state), labels)
+    return Hierarchy(_vorl.restored(state), labels, communities_level)
