@@ -2,11 +2,12 @@
 
 #include "errors.hpp"
 #include "folder_names.hpp"
+#include "output_target.hpp"
 #include "output_text.hpp"
-#include "output_tree.hpp"
 #include "progress_line.hpp"
 #include "run_figures.hpp"
 #include "summary.hpp"
+#include "text_output.hpp"
 
 #include <vorl/processing/validation.hpp>
 #include <vorl/reading/pack.hpp>
@@ -34,15 +35,34 @@ void describe(const Hierarchy<LinksT>& hier, bool measures, Summary& summary) {
     for (const auto* cl : hier.root()) summary.rootSizes.push_back(cl->nnodes());
 }
 
+/// The name of a file of one of several resolutions.
+/// @throws UsageError unless there is an extension, which it can be set before
+std::string nameAt(const std::string& name, float gamma) {
+    const std::filesystem::path file = name;
+    if (file.extension().empty() || name == STANDARD_OUTPUT)
+        throw UsageError(name +
+                         " can't hold the files of several resolutions, give the name of a file "
+                         "with an extension, such as clusters.cnl");
+    return (file.parent_path() / (file.stem().string() + "_gamma_" + gammaName(gamma))).string() +
+           file.extension().string();
+}
+
 /// What is asked to be written of one of the resolutions; of several each has its own files.
 OutputRequest outputAt(const ClusterCommand& command, float gamma) {
     OutputRequest request = command.output;
     if (request.file.empty() || command.gammas.size() == 1) return request;
-    const std::filesystem::path file = request.file;
-    request.file =
-        (file.parent_path() / (file.stem().string() + "_gamma_" + gammaName(gamma))).string() +
-        file.extension().string();
+    request.file = nameAt(request.file, gamma);
     return request;
+}
+
+/// The file of the table of one of the resolutions.
+OutputTarget tableAt(const ClusterCommand& command, float gamma) {
+    const std::string& file = command.table;
+    const std::string plain = plainName(file);
+    return {file.empty() || command.gammas.size() == 1
+                ? file
+                : nameAt(plain, gamma) + file.substr(plain.size()),
+            command.read.file, command.output.parents};
 }
 
 /// Opens the files of one of the resolutions.
@@ -53,12 +73,6 @@ void open(std::optional<OutputTree>& files, const ClusterCommand& command, float
         throw UsageError(request.file +
                          ": clusters and hierarchies are written as plain text, give the name " +
                          plainName(request.file));
-    // An extension is what a name can be set before.
-    if (command.gammas.size() > 1 && (std::filesystem::path(request.file).extension().empty() ||
-                                      command.output.file == STANDARD_OUTPUT))
-        throw UsageError(command.output.file +
-                         " can't hold the files of several resolutions, give the name of a file "
-                         "with an extension, such as clusters.cnl");
     files.reset();
     files.emplace(request.file, goesToFolder(request), request.parents);
     if (files->isStandardOutput() && command.json)
@@ -146,12 +160,18 @@ Summary runOnce(const ClusterCommand& command, float gamma, GraphT& graph,
     describe(*hier, command.levelMeasures, summary);
     // The score of a build without clusters keeps its start values.
     summary.gamma = hier->levels().empty() ? gamma : hier->score().gamma;
-    if (!files) return summary;
     const OutputRequest request = outputAt(command, gamma);
-    writeHierarchy(*hier, request, files->path());
-    summary.files = files->commit();
+    if (files) {
+        writeHierarchy(*hier, request, files->path());
+        summary.files = files->commit();
+    }
+    const OutputTarget table = tableAt(command, gamma);
+    table.write(summary.files, [&](OutputTree& tree) {
+        writeText(clustersTable(*hier, request, tableFormOf(table.file())), tree, table.file());
+    });
     summary.writeSeconds = watch.lap();
-    if (goesToFolder(request) && !command.quiet) tellOtherFiles(request.file, summary.files);
+    if (files && goesToFolder(request) && !command.quiet)
+        tellOtherFiles(request.file, summary.files);
     return summary;
 }
 
@@ -166,6 +186,15 @@ void run(const ClusterCommand& command) {
     // All files are checked before the work is done; those of the first resolution stay open.
     std::optional<OutputTree> files;
     for (std::size_t i = command.gammas.size(); i-- > 0;) open(files, command, command.gammas[i]);
+    bool tableToOutput = false;
+    for (const float gamma : command.gammas) {
+        const OutputTarget table = tableAt(command, gamma);
+        tableToOutput = table.toOutput();
+        if (!table.file().empty() && table.file() == outputAt(command, gamma).file)
+            throw UsageError("the clusters and the table can't both be " + table.file());
+    }
+    if (tableToOutput && command.json)
+        throw UsageError("the table and the summary can't both go to the standard output");
     Stopwatch watch;
     Network network = readNetwork(command.read);
     NetworkSummary read = summaryOf(command.read.file, network);
@@ -187,7 +216,7 @@ void run(const ClusterCommand& command) {
     std::string text;
     if (command.json)
         text = asJson(read, summaries, peakMemory());
-    else if (!command.quiet && !(files && files->isStandardOutput()))
+    else if (!command.quiet && !(files && files->isStandardOutput()) && !tableToOutput)
         text = asText(read, summaries, peakMemory());
     std::vector<std::string> written;
     for (const Summary& summary : summaries)

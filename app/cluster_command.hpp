@@ -16,6 +16,7 @@ struct ClusterCommand {
     std::vector<float> gammas{-1.f};
     ClusterOptions build;  ///< its gamma isn't looked at
     OutputRequest output;
+    std::string table;          ///< file of the table, none if empty
     bool levelMeasures = true;  ///< modularity and conductance of each level are told
     bool json = false;
     bool trace = false;

@@ -2,8 +2,8 @@
 
 #include "errors.hpp"
 #include "hierarchy_files.hpp"
+#include "output_target.hpp"
 #include "output_text.hpp"
-#include "output_tree.hpp"
 #include "progress_line.hpp"
 #include "run_figures.hpp"
 #include "summary.hpp"
@@ -127,43 +127,14 @@ std::string asJson(const NetworkSummary& network, const Communities& found, cons
            "}, \"peak_memory_bytes\": " + std::to_string(peakMemory()) + "}\n";
 }
 
-/// One file that is asked for. It is opened for a look before the work, and to write after it.
-class Target {
-public:
-    Target(const std::string& file, const CommunitiesCommand& command)
-        : m_file(file), m_command(command) {
-        if (file.empty()) return;
-        requireOther(file, command.read.file);
-        OutputTree files(file, false, command.parents);
-        m_toOutput = files.isStandardOutput();
-    }
-
-    bool toOutput() const { return m_toOutput; }
-
-    /// @param writing takes the open files
-    template <class WritingT>
-    void write(std::vector<std::string>& written, const WritingT& writing) const {
-        if (m_file.empty()) return;
-        OutputTree files(m_file, false, m_command.parents);
-        files.protect(m_command.read.file);
-        writing(files);
-        if (!m_toOutput) written.push_back(m_file);
-    }
-
-private:
-    const std::string& m_file;
-    const CommunitiesCommand& m_command;
-    bool m_toOutput = false;
-};
-
 }  // namespace
 
 void run(const CommunitiesCommand& command) {
     std::optional<ProgressLine> line;
     if (!command.quiet) line.emplace();
-    const Target clusters(command.output, command);
-    const Target table(command.table, command);
-    const Target hierarchy(command.hierarchy, command);
+    const OutputTarget clusters(command.output, command.read.file, command.parents);
+    const OutputTarget table(command.table, command.read.file, command.parents);
+    const OutputTarget hierarchy(command.hierarchy, command.read.file, command.parents);
     const std::string* const files[] = {&command.output, &command.table, &command.hierarchy};
     for (const auto* file : files)
         if (!file->empty() && std::count_if(std::begin(files), std::end(files),
@@ -193,7 +164,7 @@ void run(const CommunitiesCommand& command) {
         writeText(clustersText(found, labels.get()), tree, command.output);
     });
     table.write(written, [&](OutputTree& tree) {
-        writeText(tableText(found, separatorOf(command.table), labels.get()), tree, command.table);
+        writeText(tableText(found, tableFormOf(command.table), labels.get()), tree, command.table);
     });
     hierarchy.write(written, [&](OutputTree& tree) {
         const auto around = communitiesHierarchy(flat, found);

@@ -5,11 +5,11 @@
 #include "output_text.hpp"
 #include "text_output.hpp"
 
-#include <vorl/reading/network_writer.hpp>
 #include <vorl/reading/quotient.hpp>
+#include <vorl/types/id_numbers.hpp>
 
 #include <algorithm>
-#include <cstdio>
+#include <utility>
 
 namespace vorl::app {
 
@@ -22,17 +22,15 @@ NetworkFormat formatOf(const ExtractCommand& command) {
     const NetworkFormat own = command.read.format == NetworkFormat::UNKNOWN
                                   ? formatByName(command.read.file)
                                   : command.read.format;
-    return own == NetworkFormat::UNKNOWN || own > NetworkFormat::LIST ? NetworkFormat::LIST : own;
+    // Rows of a matrix can't be left out.
+    return own == NetworkFormat::UNKNOWN || own == NetworkFormat::MATRIX_MARKET ||
+                   own == NetworkFormat::METIS
+               ? NetworkFormat::LIST
+               : own;
 }
 
 void remark(const ExtractCommand& command, const std::string& file, const std::string& text) {
     if (!command.quiet) tell(file + ": " + text);
-}
-
-void requireHolds(const ExtractCommand& command, NetworkFormat format, bool arcs) {
-    if (format == NetworkFormat::NSE && arcs)
-        throw InputError(command.read.file +
-                         ": the network has arcs, which the format nse can't hold; nsa or rcg can");
 }
 
 std::string inducedText(const ExtractCommand& command, NetworkFormat format) {
@@ -42,26 +40,23 @@ std::string inducedText(const ExtractCommand& command, NetworkFormat format) {
     const std::vector<Id> members = clusters.membersOf(*command.cluster);
     ReadOptions read = command.read;
     read.labels = clusters.labels();
-    const LinkTable table(read, [&](const RawLink& ln) {
+    NetworkTable table = readTable(read, [&](const RawLink& ln) {
         return std::binary_search(members.begin(), members.end(), ln.src) &&
                std::binary_search(members.begin(), members.end(), ln.dst);
     });
     NetworkFacts own;
     for (const RawLink& ln : table.links) ++(ln.arc ? own.arcs : own.edges);
     own.weighted = table.facts.weighted;
+    own.statesWeights = table.facts.statesWeights;
     own.toldDirected = table.facts.toldDirected;
     own.nodes = table.linked;
-    if (table.labels && format != NetworkFormat::LIST)
-        throw InputError(command.read.file + ": nodes have names, which the format " +
-                         nameOf(format) + " can't hold; list can");
-    requireHolds(command, format, own.directed());
+    table.facts = own;
+    requireHolds(format, table, command.read.file);
     if (table.linked < members.size())
         remark(command, command.clusters,
                counted(members.size() - table.linked, "node") +
                    " without a link inside the cluster left out");
-    NetworkWriter writer(format, own, table.labels.get(), separatorOf(command.output));
-    for (const RawLink& ln : table.links) writer.add(ln);
-    return writer.take();
+    return networkText(format, table, separatorOf(command.output));
 }
 
 std::string quotientText(const ExtractCommand& command, NetworkFormat format) {
@@ -78,20 +73,24 @@ std::string quotientText(const ExtractCommand& command, NetworkFormat format) {
     read.labels = clusters.labels;
     const Network network = readNetwork(read);
     if (!command.quiet) showWarnings(network, command.read);
-    const Quotient quotient = quotientOf(network, clusters);
-    requireHolds(command, format, network.directed);
+    Quotient quotient = quotientOf(network, clusters);
     const auto leftOut = [&](Size count, const char* thing, const char* why) {
         if (count != 0) remark(command, command.clusters, counted(count, thing) + why);
     };
     leftOut(quotient.uncovered, "node", " of the network in no cluster, left out with all links");
     leftOut(quotient.linkless, "cluster", " without any link left out");
-    NetworkFacts facts;
-    (network.directed ? facts.arcs : facts.edges) = quotient.links.size();
-    facts.toldDirected = network.directed;
-    facts.nodes = clusters.clusters.size() - quotient.linkless;
-    NetworkWriter writer(format, facts, nullptr, separatorOf(command.output));
-    for (const RawLink& ln : quotient.links) writer.add(ln);
-    return writer.take();
+    NetworkTable table;
+    (network.directed ? table.facts.arcs : table.facts.edges) = quotient.links.size();
+    table.facts.toldDirected = network.directed;
+    table.facts.statesWeights = true;
+    table.links = std::move(quotient.links);
+    IdNumbers numbers;
+    for (const RawLink& ln : table.links)
+        for (const Id id : {ln.src, ln.dst}) numbers.number(id, table.nodes);
+    table.linked = table.nodes.size();
+    table.facts.nodes = table.linked;
+    requireHolds(format, table, command.read.file);
+    return networkText(format, table, separatorOf(command.output));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "folder_names.hpp"
 #include "output_tree.hpp"
 
+#include <vorl/fileio/hierarchy_table.hpp>
 #include <vorl/shared/operations.hpp>
 #include <vorl/types/text.hpp>
 
@@ -42,19 +43,14 @@ void setSignificance(SignifclsExtoptions& options, const OutputRequest& request)
 }
 
 template <class LinksT>
-void write(const Hierarchy<LinksT>& hier, const OutputRequest& request, const fs::path& path) {
-    ClsOutFmtBase format = toMask(request.format);
-    if (request.maxShare) format |= ClsOutFmt::MAXSHARE;
-    // The library knows no way to write all levels, or those around a number, for any hierarchy.
-    if (goesToFolder(request)) {
-        writeLevels(hier,
-                    request.levels == Levels::AROUND ? levelsAround(hier, *request.clusters)
-                                                     : levelsInRange(hier, request),
-                    format, path.string());
-        return;
-    }
+std::vector<LevelNum> levelsOf(const Hierarchy<LinksT>& hier, const OutputRequest& request) {
+    return request.levels == Levels::AROUND ? levelsAround(hier, *request.clusters)
+                                            : levelsInRange(hier, request);
+}
+
+/// What is written in one file.
+OutputOptions structureOf(const OutputRequest& request, ClsOutFmtBase format) {
     OutputOptions options;
-    options.clsfile = path.string();
     switch (request.levels) {
         case Levels::ROOT: format |= ClsOutFmt::ROOT; break;
         case Levels::HIERARCHY: format |= ClsOutFmt::HIER; break;
@@ -65,6 +61,20 @@ void write(const Hierarchy<LinksT>& hier, const OutputRequest& request, const fs
         default: format |= ClsOutFmt::ALLCLS;
     }
     options.clsfmt = format;
+    return options;
+}
+
+template <class LinksT>
+void write(const Hierarchy<LinksT>& hier, const OutputRequest& request, const fs::path& path) {
+    ClsOutFmtBase format = toMask(request.format);
+    if (request.maxShare) format |= ClsOutFmt::MAXSHARE;
+    // The library knows no way to write all levels, or those around a number, for any hierarchy.
+    if (goesToFolder(request)) {
+        writeLevels(hier, levelsOf(hier, request), format, path.string());
+        return;
+    }
+    OutputOptions options = structureOf(request, format);
+    options.clsfile = path.string();
     hier.output(options);
     // The library only warns of a file that it can't create.
     fs::path description = path;
@@ -136,6 +146,23 @@ void writeHierarchy(const Hierarchy<LinksT>& hier, const OutputRequest& request,
     }
 }
 
+template <class LinksT>
+std::string clustersTable(const Hierarchy<LinksT>& hier, const OutputRequest& request,
+                          TableForm form) {
+    if (goesToFolder(request))
+        return tableText(hier, levelsOf(hier, request), request.maxShare, form);
+    OutputRequest selected = request;
+    if (selected.levels == Levels::HIERARCHY) selected.levels = Levels::ROOT;
+    return tableText(
+        hier,
+        structureOf(selected, toMask(request.maxShare ? ClsOutFmt::MAXSHARE : ClsOutFmt::NONE)),
+        form);
+}
+
+template std::string clustersTable(const Hierarchy<UnweightedLinks>&, const OutputRequest&,
+                                   TableForm);
+template std::string clustersTable(const Hierarchy<WeightedLinks>&, const OutputRequest&,
+                                   TableForm);
 template void writeHierarchy(const Hierarchy<UnweightedLinks>&, const OutputRequest&,
                              const std::string&);
 template void writeHierarchy(const Hierarchy<WeightedLinks>&, const OutputRequest&,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <vorl/hierarchy/hierarchy.hpp>
+#include <vorl/types/membership_table.hpp>
 #include <vorl/types/options.hpp>
 
 #include <optional>
@@ -50,5 +51,11 @@ void checkTargets(const OutputRequest& request, const std::string& input);
 template <class LinksT>
 void writeHierarchy(const Hierarchy<LinksT>& hier, const OutputRequest& request,
                     const std::string& path);
+
+/// The table of the clusters that the request selects, those at the root in place of a hierarchy.
+/// @throws InputError if the hierarchy has none of the levels
+template <class LinksT>
+std::string clustersTable(const Hierarchy<LinksT>& hier, const OutputRequest& request,
+                          TableForm form);
 
 }  // namespace vorl::app

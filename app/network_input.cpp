@@ -20,24 +20,34 @@ std::unique_ptr<Source> openInput(const ReadOptions& options) {
                       options.memoryLimit != 0 ? options.memoryLimit : vorl::memoryLimit());
 }
 
-LinkTable::LinkTable(const ReadOptions& options, const std::function<bool(const RawLink&)>& taken) {
+NetworkTable readTable(const ReadOptions& options,
+                       const std::function<bool(const RawLink&)>& taken) {
     const auto source = openInput(options);
     NodeNames names(options.labels);
+    NetworkTable table;
     std::vector<bool> seen;
     const auto see = [&](Id number) {
         if (number >= seen.size()) seen.resize(std::max<Size>(number + Size{1}, 2 * seen.size()));
-        linked += !seen[number];
+        table.linked += !seen[number];
         seen[number] = true;
     };
-    facts = scanNetwork(*source, options.file, scanOptions(options), names, [&](const RawLink& ln) {
-        const RawLink named{names.id(ln.src), names.id(ln.dst), ln.weight, ln.arc};
-        if (taken && !taken(named)) return;
-        see(ln.src);
-        see(ln.dst);
-        links.push_back(named);
-    });
-    nodes = names.size();
-    if (names.labels()->size() != 0) labels = names.labels();
+    const auto facts =
+        scanNetwork(*source, options.file, scanOptions(options), names, [&](const RawLink& ln) {
+            const RawLink named{names.id(ln.src), names.id(ln.dst), ln.weight, ln.arc};
+            if (taken && !taken(named)) return;
+            see(ln.src);
+            see(ln.dst);
+            table.links.push_back(named);
+        });
+    table.facts = facts;
+    table.nodes = names.ids();
+    if (taken) {
+        Id number = 0;
+        seen.resize(table.nodes.size());
+        std::erase_if(table.nodes, [&](Id) { return !seen[number++]; });
+    }
+    if (names.labels()->size() != 0) table.labels = names.labels();
+    return table;
 }
 
 NetworkFormat outputFormat(const std::string& file, NetworkFormat told) {
@@ -45,14 +55,24 @@ NetworkFormat outputFormat(const std::string& file, NetworkFormat told) {
     if (format == NetworkFormat::UNKNOWN)
         throw UsageError(file +
                          ": the format can't be told from the name; it is nse (edges), nsa (arcs), "
-                         "rcg (sections) or list, give it with --to");
-    if (format > NetworkFormat::LIST)
-        throw UsageError(file + ": networks are written as nse, nsa, rcg or list, and not as " +
-                         nameOf(format));
+                         "rcg (sections), list, mtx, metis, pajek, gml, graphml or json, give it "
+                         "with --to");
     return format;
 }
 
+void requireHolds(NetworkFormat format, const NetworkTable& network, const std::string& file) {
+    const std::string what = obstacle(format, network);
+    if (!what.empty()) throw InputError(InputError::Parts{.file = file, .wrong = what});
+}
+
 char separatorOf(const std::string& file) { return plainName(file).ends_with(".csv") ? ',' : '\t'; }
+
+TableForm tableFormOf(const std::string& file) {
+    const std::string name = plainName(file);
+    return name.ends_with(".json")  ? TableForm::JSON
+           : name.ends_with(".csv") ? TableForm::COMMAS
+                                    : TableForm::TABS;
+}
 
 void requireOneStandardInput(const std::string& first, const std::string& second) {
     if (first == STANDARD_INPUT && second == STANDARD_INPUT)

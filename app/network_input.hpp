@@ -2,6 +2,9 @@
 #pragma once
 
 #include <vorl/reading/network.hpp>
+#include <vorl/reading/network_text.hpp>
+
+#include <vorl/types/membership_table.hpp>
 
 #include <functional>
 #include <memory>
@@ -16,19 +19,15 @@ void showWarnings(const NetworkReport& network, const ReadOptions& options);
 /// The bytes of the network's file, with the limit of memory in force.
 std::unique_ptr<Source> openInput(const ReadOptions& options);
 
-/// The links of a network, between nodes by id.
-struct LinkTable {
-    NetworkFacts facts;
-    std::vector<RawLink> links;
-    Size linked = 0;                 ///< nodes of the links
-    Size nodes = 0;                  ///< nodes in all, as far as the file names them
-    std::shared_ptr<Labels> labels;  ///< names of nodes; null if there are none
-
-    /// @param taken tells which links are wanted; empty for all
-    /// @throws as `scanNetwork`
-    explicit LinkTable(const ReadOptions& options,
+/// Reads a network to write it again.
+/// @param taken tells which links are wanted, and with them their nodes; empty for all
+/// @throws as `scanNetwork`
+NetworkTable readTable(const ReadOptions& options,
                        const std::function<bool(const RawLink&)>& taken = {});
-};
+
+/// @param file that the network is from
+/// @throws InputError if the format can't hold the network
+void requireHolds(NetworkFormat format, const NetworkTable& network, const std::string& file);
 
 /// The format of a network to be written, if it isn't told, by its name.
 /// @throws UsageError if neither tells
@@ -36,6 +35,9 @@ NetworkFormat outputFormat(const std::string& file, NetworkFormat told);
 
 /// What parts the columns of a table of that name: commas in .csv, else tabs.
 char separatorOf(const std::string& file);
+
+/// The form of a table of that name: JSON in .json, commas in .csv, else tabs.
+TableForm tableFormOf(const std::string& file);
 
 /// @throws UsageError if both files are the standard input, which is read once
 void requireOneStandardInput(const std::string& first, const std::string& second);

@@ -6,55 +6,11 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
-#include <string_view>
 
 namespace vorl::app {
 
 std::string jsonNumber(double value, int digits) {
     return std::isfinite(value) ? number(value, digits) : std::string("null");
-}
-
-namespace {
-
-/// Number of bytes of the UTF-8 character that the text begins with, 0 if it is none.
-std::size_t characterSize(std::string_view text) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned lead = byte(0);
-    const std::size_t size = lead < 0x80   ? 1
-                             : lead < 0xC2 ? 0
-                             : lead < 0xE0 ? 2
-                             : lead < 0xF0 ? 3
-                                           : 4;
-    if (size == 0 || lead > 0xF4 || size > text.size()) return 0;
-    for (std::size_t i = 1; i < size; ++i)
-        if ((byte(i) & 0xC0) != 0x80) return 0;
-    // Longer than need be, half of a pair, or beyond the last character.
-    if ((lead == 0xE0 && byte(1) < 0xA0) || (lead == 0xED && byte(1) > 0x9F) ||
-        (lead == 0xF0 && byte(1) < 0x90) || (lead == 0xF4 && byte(1) > 0x8F))
-        return 0;
-    return size;
-}
-
-}  // namespace
-
-std::string jsonQuoted(const std::string& text) {
-    std::string result = "\"";
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        const std::size_t size = characterSize(std::string_view(text).substr(i));
-        if (size != 1) {
-            result += size == 0 ? "\\ufffd" : text.substr(i, size);
-            i += size == 0 ? 0 : size - 1;
-            continue;
-        }
-        if (c == '"' || c == '\\')
-            result += std::string("\\") + c;
-        else if (static_cast<unsigned char>(c) < 0x20)
-            result += format("\\u%04x", static_cast<unsigned>(c));
-        else
-            result += c;
-    }
-    return result + '"';
 }
 
 std::string printable(const std::string& text) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <vorl/reading/wording.hpp>
+#include <vorl/types/characters.hpp>
 #include <vorl/types/plain_text.hpp>
 
 #include <string>
@@ -14,8 +15,6 @@ inline constexpr const char* NO_CONDUCTANCE = "none (it takes weight on both sid
 
 /// A number for JSON, of 9 significant digits, null for infinities and NaN.
 std::string jsonNumber(double value, int digits = 9);
-/// The text as a JSON string; bytes that are no UTF-8, as names of files may have, are replaced.
-std::string jsonQuoted(const std::string& text);
 
 /// The text with a question mark for each control character, as names of files may have, but for
 /// ends of lines and tabs.

@@ -43,12 +43,19 @@ Reduction toReduction(const std::string& text) {
 }
 
 /// What is written, and where.
-void addOutputOptions(CLI::App& app, OutputRequest& request) {
+void addOutputOptions(CLI::App& app, OutputRequest& request, std::string& table) {
     const char* group = "Output";
     app.add_option(
            "-o,--output", request.file,
            "File to write; the description of the hierarchy goes beside it, as .rhb; - is the "
            "standard output, in place of the summary")
+        ->check(checkName)
+        ->type_name("FILE")
+        ->group(group);
+    app.add_option("--table", table,
+                   "File with a line node, level, cluster, share for each membership in the "
+                   "clusters of --levels, parted by tabs, or by commas for .csv, or an object for "
+                   ".json; .gz or .zst at the end packs it; - is the standard output")
         ->check(checkName)
         ->type_name("FILE")
         ->group(group);
@@ -170,7 +177,7 @@ void addClusterOptions(CLI::App& app, ClusterCommand& command) {
     app.add_flag("--trace-modularity", build.modtrace, "Compute the modularity of each level")
         ->group(group);
 
-    addOutputOptions(app, command.output);
+    addOutputOptions(app, command.output, command.table);
     group = "Report";
     app.add_flag("--json", command.json, "The summary as one JSON document")->group(group);
     app.add_flag_function(
@@ -208,10 +215,12 @@ void checkOptions(const CLI::App& app, ClusterCommand& command) {
     if (given("--gain-margin") && !command.build.modtrace)
         throw UsageError("--gain-margin needs --trace-modularity");
     // Who asks for clusters, and for no file, wants to see them.
-    if (request.file.empty() && given("--levels") && !goesToFolder(request))
+    if (request.file.empty() && command.table.empty() && given("--levels") &&
+        !goesToFolder(request))
         request.file = STANDARD_OUTPUT;
     for (const char* option : {"--levels", "--shares", "--max-share"})
-        if (request.file.empty() && given(option))
+        if (request.file.empty() && given(option) &&
+            (command.table.empty() || option == std::string_view("--shares")))
             throw UsageError(std::string(option) + " needs a file to write, --output FILE");
     if (request.file.ends_with(".rhb") && request.levels != Levels::HIERARCHY)
         throw UsageError("the clusters and the description of the hierarchy can't both be " +

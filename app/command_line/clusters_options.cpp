@@ -121,7 +121,7 @@ void addExtractOptions(CLI::App& app, ExtractCommand& command) {
         ->check(checkName)
         ->type_name("FILE");
     addChoice(
-        app, "--to", WRITTEN_FORMATS, [&command](NetworkFormat format) { command.format = format; },
+        app, "--to", FORMATS, [&command](NetworkFormat format) { command.format = format; },
         "Format of the file to write; told from its name, else that of the network");
     app.add_flag("--parents", command.parents, "Create the folders that FILE lacks");
     app.add_flag("-q,--quiet", command.quiet, "No remarks on the files");

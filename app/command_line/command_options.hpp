@@ -17,8 +17,6 @@ namespace vorl::app {
 
 /// The formats of networks, by name.
 extern const Choices<NetworkFormat> FORMATS;
-/// Those in which networks are written.
-extern const Choices<NetworkFormat> WRITTEN_FORMATS;
 
 /// The network and how it is read.
 void addReadOptions(CLI::App& app, ReadOptions& read);

@@ -23,10 +23,10 @@ void addCommunitiesOptions(CLI::App& app, CommunitiesCommand& command) {
         ->check(checkName)
         ->type_name("FILE")
         ->group(group);
-    app.add_option(
-           "--table", command.table,
-           "File with a line node, community, share for each membership, parted by tabs, "
-           "or by commas for .csv; .gz or .zst at the end packs it; - is the standard output")
+    app.add_option("--table", command.table,
+                   "File with a line node, community, share for each membership, parted by tabs, "
+                   "or by commas for .csv, or an object for .json; .gz or .zst at the end packs "
+                   "it; - is the standard output")
         ->check(checkName)
         ->type_name("FILE")
         ->group(group);

@@ -5,8 +5,6 @@
 namespace vorl::app {
 
 const Choices<NetworkFormat> FORMATS{networkFormats().begin(), networkFormats().end()};
-const Choices<NetworkFormat> WRITTEN_FORMATS{networkFormats().begin(),
-                                             networkFormats().begin() + 4};
 
 namespace {
 
@@ -96,7 +94,7 @@ void addConvertOptions(CLI::App& app, ConvertCommand& command) {
         ->check(checkName)
         ->required();
     addChoice(
-        app, "--to", WRITTEN_FORMATS, [&command](NetworkFormat format) { command.format = format; },
+        app, "--to", FORMATS, [&command](NetworkFormat format) { command.format = format; },
         "Format of the file to write; told from its name if not given");
     app.add_flag("--parents", command.parents, "Create the folders that OUT lacks");
     app.add_flag("-q,--quiet", command.quiet, "No report");

@@ -5,6 +5,7 @@
 #include <vorl/communities.hpp>
 #include <vorl/types/export.hpp>
 #include <vorl/types/labels.hpp>
+#include <vorl/types/membership_table.hpp>
 
 #include <span>
 #include <string>
@@ -16,10 +17,9 @@ namespace vorl {
 /// @param labels the names that ids of nodes stand for, null for none
 VORL_API std::string clustersText(const Communities& found, const Labels* labels = nullptr);
 
-/// A line "node community share" for each membership, by ascending node, below a line of names.
-/// @param separator between the columns, such as a tab or a comma
+/// A line "node community share" for each membership, by ascending node and falling share.
 /// @param labels as above
-VORL_API std::string tableText(const Communities& found, char separator,
+VORL_API std::string tableText(const Communities& found, TableForm form,
                                const Labels* labels = nullptr);
 
 /// Any communities in arrays, such as those of another origin. None is without members.
@@ -34,7 +34,7 @@ struct CommunityArrays {
 /// @throws std::invalid_argument for a community without members
 /// @{
 VORL_API std::string clustersText(const CommunityArrays& found, const Labels* labels = nullptr);
-VORL_API std::string tableText(const CommunityArrays& found, char separator,
+VORL_API std::string tableText(const CommunityArrays& found, TableForm form,
                                const Labels* labels = nullptr);
 /// @}
 

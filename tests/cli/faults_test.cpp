@@ -41,7 +41,8 @@ TEST(Usage, IsToldWithCodeTwo) {
         {"cluster x.nse --format csv", "is none of nse, nsa, rcg"},
         {"cluster /dev/null",
          "/dev/null: the format can't be told from the name or the first lines; it is nse (edges), "
-         "nsa (arcs), rcg (sections), list, mtx, metis, pajek, gml, graphml or json, give it with --format"},
+         "nsa (arcs), rcg (sections), list, mtx, metis, pajek, gml, graphml or json, give it with "
+         "--format"},
         {"cluster x.nse -o y.rhb --levels all", "take another extension, or --levels hierarchy"},
         {"cluster x.nse --levels per-level", "--levels needs a file to write"},
         {"info x.nse --memory-limit 4X", "--memory-limit: \"4X\" is no size"},
@@ -59,7 +60,7 @@ TEST(Usage, IsToldWithCodeTwo) {
         {"evaluate x.nse", "CLUSTERS is required"},
         {"evaluate x.nse y.cnl --gamma -1", "--gamma: \"-1\""},
         {"info - </dev/null", "-: the format can't be told from the name or the first lines"},
-        {"convert x.nse y", "(sections) or list, give it with --to"},
+        {"convert x.nse y", "gml, graphml or json, give it with --to"},
         {"convert x.nse ''", "OUT: the name of the file is empty"},
         {"evaluate - - --format nse", "only one of the files can be the standard input"},
         {"compare - -", "only one of the files can be the standard input"},

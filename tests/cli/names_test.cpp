@@ -108,6 +108,20 @@ TEST(Names, AreKnownAgainInEveryFile) {
     EXPECT_EQ(vorl("cluster -q -o - " + in("again.tsv")).out, contents(in("a.cnl")));
 }
 
+TEST(Names, AreHeldByEveryFormatThatHasThem) {
+    const Folder folder;
+    std::string text = namedTable();
+    text += "\"a\tb\",\"<&amp;>\"\n\"\\u0041'\",\"*#% /\"\n";
+    const std::string net = folder.write("named.csv", text);
+    const std::string clusters = vorl("cluster -q -o - --levels all " + net).out;
+    ASSERT_TRUE(contains(clusters, "Größe"));
+    for (const char* name : {"a.tsv", "a.net", "a.gml", "a.graphml", "a.json", "a.csv.zst"}) {
+        const std::string file = (folder / name).string();
+        ASSERT_EQ(vorl("convert -q " + net + " " + file).code, 0) << name;
+        EXPECT_EQ(vorl("cluster -q -o - --levels all " + file).out, clusters) << name;
+    }
+}
+
 TEST(Names, AreToldInFaults) {
     const Folder folder;
     const std::string net = folder.write("net.csv", "source,target\nAnn,Bob\nBob,Cid\n");

@@ -304,6 +304,67 @@ TEST(Convert, LosesNothing) {
     EXPECT_FALSE(std::filesystem::exists(folder / "f.nse"));
 }
 
+TEST(Convert, GivesTheSameClustersInEveryFormat) {
+    const Folder folder;
+    for (const char* name : {"karate.nse", "lesmis.nse", "celegansneural.nsa"}) {
+        const std::string network = DATA + name;
+        const std::string clusters = vorl("cluster -q -o - --levels all " + network).out;
+        const std::string communities = vorl("communities -q --table - " + network).out;
+        ASSERT_TRUE(clusters.starts_with("# Clusters")) << network;
+        std::size_t held = 0;
+        for (const char* format :
+             {"rcg", "list", "mtx", "metis", "pajek", "gml", "graphml", "json"}) {
+            const std::string file = (folder / format).string() + ".gz";
+            const std::string to = std::string(" --to ") + format + " ";
+            const Outcome run = vorl("convert -q " + network + " " + file + to);
+            // Matrices have no node 0, and neighbours no arcs.
+            if (run.code == 1 && contains(run.err, "can't hold")) continue;
+            ASSERT_EQ(run.code, 0) << run.err;
+            ++held;
+            const std::string as =
+                std::string(" --format ") + format + " " + file +
+                (std::string(format) == "list" && network.ends_with("a") ? " --directed" : "");
+            EXPECT_EQ(vorl("cluster -q -o - --levels all" + as).out, clusters) << network << to;
+            EXPECT_EQ(vorl("communities -q --table -" + as).out, communities) << network << to;
+        }
+        EXPECT_EQ(held, network.ends_with("karate.nse") ? 8 : 6) << network;
+    }
+}
+
+TEST(Convert, SaysWhatAFormatCannotHold) {
+    const Folder folder;
+    const auto told = [&](const char* name, const std::string& text, const std::string& words) {
+        const std::string file = folder.write(name, text);
+        const Outcome run = vorl("convert " + file + " - " + words);
+        EXPECT_EQ(run.code, 1) << run.out;
+        return run.err.substr(std::min(run.err.size(), 6 + file.size()));
+    };
+    EXPECT_EQ(told("a.nse", "0 1\n1 2\n", "--to mtx"),
+              ": there is a node 0 among 3 nodes, which the format mtx can't hold, as it numbers "
+              "nodes from 1 on; gml, graphml, json and pajek can\n");
+    EXPECT_TRUE(
+        told("a.nse", "1 2\n2 9\n", "--to metis")
+            .starts_with(": there is a node 9 among 3 nodes, which the format metis can't"));
+    EXPECT_EQ(told("a.nse", "1 1\n1 2\n", "--to metis"),
+              ": the node 1 has a link to itself, which the format metis can't hold; mtx can\n");
+    EXPECT_EQ(told("a.nsa", "1 2\n", "--to metis"),
+              ": the network has arcs, which the format metis can't hold; mtx can\n");
+    EXPECT_EQ(told("a.nse", "1 2 0.5\n", "--to metis"),
+              ": the link from 1 to 2 weighs 0.5, the format metis has whole numbers; mtx can hold "
+              "it\n");
+    EXPECT_EQ(told("a.csv", "Ann,Bob\n", "--to mtx --columns 1,2"),
+              ": nodes have names, which the format mtx can't hold; list can\n");
+    EXPECT_EQ(
+        told("a.csv", "Ann,B\xFF\n", "--to json --columns 1,2"),
+        ": the name \"B\xFF\" isn't in UTF-8, which the format json needs; list can hold it\n");
+    EXPECT_EQ(
+        told("a.csv", "Ann,B\x01\n", "--to graphml --columns 1,2"),
+        ": the name \"B?\" has a control character, which the format graphml can't hold; json "
+        "can\n");
+    EXPECT_EQ(told("a.rcg", "/Nodes 3 1\n/Edges\n1> 2\n", "--to list"),
+              ": 1 node without a link can't be told in a list\n");
+}
+
 TEST(Info, TellsWhatTheFileHolds) {
     const Folder folder;
     const std::string file = folder.write(

@@ -4,7 +4,7 @@
 #include "../support/accepted_network.hpp"
 
 #include <vorl/reading/network.hpp>
-#include <vorl/reading/network_writer.hpp>
+#include <vorl/reading/network_text.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <cstddef>
@@ -35,11 +35,10 @@ struct Scan {
 void requireReturn(const Scan& scan, NetworkFormat format) {
     std::unordered_set<Id> linked;
     for (const RawLink& ln : scan.links) linked.insert({ln.src, ln.dst});
-    NetworkFacts facts = scan.facts;
-    facts.nodes = std::max<Size>(facts.nodes.value_or(0), linked.size());
-    NetworkWriter writer(format, facts);
-    for (const RawLink& ln : scan.links) writer.add(ln);
-    const Scan again(writer.take(), format, facts.weighted);
+    NetworkTable table{scan.facts, scan.links, {linked.begin(), linked.end()}, linked.size(), {}};
+    table.facts.nodes = std::max<Size>(scan.facts.nodes.value_or(0), linked.size());
+    const NetworkFacts& facts = table.facts;
+    const Scan again(networkText(format, table), format, facts.weighted);
     test::require(again.facts.nodes == facts.nodes && again.facts.weighted == facts.weighted,
                   "the written text tells of another network");
     test::require(again.links.size() == scan.links.size(), "the written text has other links");

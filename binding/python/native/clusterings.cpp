@@ -91,8 +91,9 @@ nb::bytes textOf(const In<Size>& ends, const In<Id>& members, const In<Share>& s
     const CommunityArrays arrays{
         .ends = spanOf(ends), .members = spanOf(members), .shares = spanOf(shares), .nodes = nodes};
     const auto labels = labelsOf(names);
+    const TableForm form = separator == "," ? TableForm::COMMAS : TableForm::TABS;
     const std::string text = separator.empty() ? clustersText(arrays, labels.get())
-                                               : tableText(arrays, separator.front(), labels.get());
+                                               : tableText(arrays, form, labels.get());
     return nb::bytes(text.data(), text.size());
 }
 

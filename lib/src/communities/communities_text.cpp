@@ -44,31 +44,6 @@ private:
     std::string m_text;
 };
 
-/// The text of a table, one membership after another.
-class TableWriter {
-public:
-    TableWriter(char separator, const Labels* labels) : m_separator(separator), m_labels(labels) {
-        for (const char* name : {"node", "community"}) (m_text += name) += separator;
-        m_text += "share\n";
-    }
-
-    void row(Id node, Id community, Share share) {
-        naming::appendCell(m_text, node, m_labels, m_separator);
-        m_text += m_separator;
-        append(m_text, community);
-        m_text += m_separator;
-        append(m_text, share);
-        m_text += '\n';
-    }
-
-    std::string text() && { return std::move(m_text); }
-
-private:
-    char m_separator;
-    const Labels* m_labels;
-    std::string m_text;
-};
-
 /// Visits the members of communities: (community, place in the arrays).
 template <class VisitT>
 void eachMember(const CommunityArrays& found, VisitT visit) {
@@ -106,15 +81,15 @@ std::string clustersText(const CommunityArrays& found, const Labels* labels) {
     return std::move(writer).text();
 }
 
-std::string tableText(const Communities& found, char separator, const Labels* labels) {
-    TableWriter writer(separator, labels);
+std::string tableText(const Communities& found, TableForm form, const Labels* labels) {
+    MembershipTable table(form, "community", false, labels);
     for (Size place = 0; place < found.nodes(); ++place)
         for (const CommunityShare& part : found.of(place))
-            writer.row(found.ids()[place], part.community, part.share);
-    return std::move(writer).text();
+            table.add(found.ids()[place], part.community, part.share);
+    return table.take();
 }
 
-std::string tableText(const CommunityArrays& found, char separator, const Labels* labels) {
+std::string tableText(const CommunityArrays& found, TableForm form, const Labels* labels) {
     struct Row {
         Id node;
         Id community;
@@ -128,9 +103,9 @@ std::string tableText(const CommunityArrays& found, char separator, const Labels
     std::stable_sort(rows.begin(), rows.end(), [](const Row& a, const Row& b) {
         return a.node != b.node ? a.node < b.node : a.share > b.share;
     });
-    TableWriter writer(separator, labels);
-    for (const Row& row : rows) writer.row(row.node, row.community, row.share);
-    return std::move(writer).text();
+    MembershipTable table(form, "community", false, labels);
+    for (const Row& row : rows) table.add(row.node, row.community, row.share);
+    return table.take();
 }
 
 }  // namespace vorl

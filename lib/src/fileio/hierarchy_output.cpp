@@ -1,4 +1,6 @@
 // The files of a hierarchy: their names, and the levels that go into them.
+#include "cluster_choice.hpp"
+
 #include <vorl/fileio/printer_cnl.hpp>
 #include <vorl/fileio/printer_rhb.hpp>
 #include <vorl/types/assert.hpp>
@@ -292,8 +294,7 @@ void Hierarchy<LinksT>::output(const OutputOptions& opts) const {
         describe(fouts);
         return;
     }
-    if (signif && opts.signifcls.szmin == 0 && opts.signifcls.clszminf)
-        opts.signifcls.szmin = opts.signifcls.clszminf(static_cast<std::uint32_t>(m_nodes.size()));
+    if (signif) detail::resolveMinSize(opts.signifcls, m_nodes.size());
     fouts.write([&] {
         CnlPrinter<LinksT>(*this).output(fouts.files(), opts.clsfmt, opts.fltMembers, blev,
                                          LEVEL_NONE, levStepRatio,

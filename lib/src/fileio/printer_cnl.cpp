@@ -1,6 +1,6 @@
 #include <vorl/fileio/printer_cnl.hpp>
 
-#include "../hierarchy/unwrap.hpp"
+#include "cluster_choice.hpp"
 #include "text_writer.hpp"
 
 #include <vorl/types/assert.hpp>
@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <optional>
 #include <stdexcept>
-#include <unordered_map>
 #include <vector>
 
 namespace vorl {
@@ -20,21 +19,6 @@ namespace {
 
 /// Members whose id has it are filtered on demand.
 constexpr Id FILTERED = 0x80000000;
-
-/// What a significant cluster's descendants must reach.
-struct Significance {
-    float dens;          ///< density
-    float wgh;           ///< bound of the weight
-    std::uint32_t reqs;  ///< number of descendants that have read the record
-};
-
-/// Whether a cluster passes the bounds of one of its owners.
-bool passes(float density, float weight, const Significance& owner, const SignifclsOptions& opts) {
-    if (less(density, owner.dens)) return false;
-    if (!opts.wrange) return !less(owner.wgh, weight);
-    if (opts.wrstep == 0) return true;
-    return !less(weight, owner.wgh) && !less((1 - opts.wrstep) * owner.wgh / opts.wrstep, weight);
-}
 
 template <class LinksT>
 class Writer {
@@ -63,7 +47,7 @@ public:
         keepRows();
         for (const auto& level : m_hier.levels())
             for (const ClusterT& cl : level.clusters)
-                if (!repeatsDescendant(cl)) print(cl, 0);
+                if (!detail::repeatsDescendant(cl)) print(cl, 0);
     }
 
     void levels(LevelNum blev, LevelNum elev, float ratio) {
@@ -95,7 +79,13 @@ public:
         }
     }
 
-    void significant(ClsOutFmt structure, const SignifclsOptions& opts);
+    void significant(ClsOutFmt structure, const SignifclsOptions& opts) {
+        opts.validate();
+        header(0, m_hier.score().clusters);
+        detail::eachSignificant(
+            m_hier, structure, opts, m_unwrapper,
+            [this](const ClusterT& cl, const Members& members) { put(row(cl, members), 0); });
+    }
 
 private:
     void header(Size fout, Size clusters) {
@@ -103,12 +93,6 @@ private:
                      "# Clusters: %u, Nodes: %lu, Fuzzy: %u, Numbered: %u\n",
                      static_cast<unsigned>(clusters), m_hier.nodes().size(), unsigned{m_fuzzy},
                      unsigned{m_numbered});
-    }
-
-    /// Whether a cluster has just the nodes of its only descendant.
-    static bool repeatsDescendant(const ClusterT& cl) {
-        return cl.des.size() < 2 && !cl.owners.empty() &&
-               (cl.des.empty() || cl.des.front()->owners.size() < 2);
     }
 
     /// Lets clusters be unfolded by way of their descendants, in memory of the order of what the
@@ -159,15 +143,10 @@ private:
 
     void print(const ClusterT& cl, Size fout) { put(row(cl), fout); }
 
-    /// The level from which on the cluster is a part of another one.
-    static LevelNum topOf(const ClusterT& cl, LevelNum elev) {
-        return cl.owners.empty() ? elev : std::min(cl.owners.front().dest->levnum, elev);
-    }
-
     void eachLevel(LevelNum blev, LevelNum elev) {
         for (LevelNum ilev = 0; ilev < elev; ++ilev)
             for (const ClusterT& cl : m_hier.levels()[ilev].clusters) {
-                const LevelNum top = topOf(cl, elev);
+                const LevelNum top = detail::topOf(cl, elev);
                 LevelNum l = std::max(blev, ilev);
                 if (l >= top) continue;
                 const std::string& text = row(cl);
@@ -202,7 +181,7 @@ private:
         for (LevelNum ilev = 0; ilev < elev; ++ilev) {
             while (first != levinds.size() && levinds[first] < ilev) ++first;
             for (const ClusterT& cl : m_hier.levels()[ilev].clusters) {
-                const LevelNum top = topOf(cl, elev);
+                const LevelNum top = detail::topOf(cl, elev);
                 if (first == levinds.size() || levinds[first] >= top) continue;
                 const std::string& text = row(cl);
                 for (Size i = first; i != levinds.size() && levinds[i] < top; ++i) put(text, i);
@@ -219,56 +198,6 @@ private:
     std::string m_row;
     ProgressReporter m_report;
 };
-
-template <class LinksT>
-void Writer<LinksT>::significant(ClsOutFmt structure, const SignifclsOptions& opts) {
-    opts.validate();
-    const bool all =
-        structure == ClsOutFmt::SIGNIF_OWNADIR || structure == ClsOutFmt::SIGNIF_OWNAHIER;
-    const bool inherit =
-        structure == ClsOutFmt::SIGNIF_OWNSHIER || structure == ClsOutFmt::SIGNIF_OWNAHIER;
-    const auto& levels = m_hier.levels();
-    std::unordered_map<const ClusterT*, Significance> records;
-    records.reserve(levels.size() >= 2 ? levels[1].clusters.size() : m_hier.root().size());
-    header(0, m_hier.score().clusters);
-
-    // The bounds that a cluster takes over where it isn't significant itself.
-    const auto fold = [](float bound, float other, bool larger) {
-        if (bound == 0) return other;
-        return larger ? std::max(bound, other) : std::min(bound, other);
-    };
-    for (auto level = levels.rbegin(); level != levels.rend(); ++level)
-        for (const ClusterT& cl : level->clusters) {
-            if (cl.des.size() < 2 && !cl.owners.empty()) continue;
-            const float weight = static_cast<float>(cl.weight());
-            const float density = static_cast<float>(cl.weight() / cl.nnodes());
-            bool significant = cl.owners.empty();
-            Significance bounds{0, 0, 0};
-            if (!cl.owners.empty()) {
-                Size passed = 0;
-                for (const auto& owner : cl.owners) {
-                    const auto record = records.find(owner.dest);
-                    if (record == records.end())
-                        throw std::out_of_range(
-                            "output(), an owner of a significant cluster has no record\n");
-                    Significance& held = record->second;
-                    if (passed == 0 || all) passed += passes(density, weight, held, opts);
-                    if (inherit) {
-                        bounds.dens = fold(bounds.dens, held.dens, !all);
-                        bounds.wgh = fold(bounds.wgh, held.wgh, all);
-                    }
-                    if (++held.reqs == owner.dest->des.size()) records.erase(record);
-                }
-                significant = passed == (all ? cl.owners.size() : 1);
-            }
-            if (significant || !inherit)
-                bounds = {density * opts.densdrop, weight * opts.wrstep, 0};
-            records.emplace(&cl, bounds);
-            if (!significant) continue;
-            const Members& members = m_unwrapper.unwrap(cl);
-            if (cl.owners.empty() || opts.szmin <= members.size()) put(row(cl, members), 0);
-        }
-}
 
 }  // namespace
 

@@ -30,7 +30,7 @@ TEST(NetworkFormats, MatricesAreRead) {
     EXPECT_EQ(linksOf(MTX, BANNER + "real general\n% c\n\n3 3 2\n1 2 0.5\n3 1 2e0\n"),
               "1 2 3 | 1>2:0.5 3>1:2");
     EXPECT_EQ(linksOf(MTX, "%%matrixmarket MATRIX Coordinate Pattern Symmetric\n4 4 2\n2 1\n3 3\n"),
-              "2 1 3 4 | 2-1 3-3");
+              "1 2 3 4 | 1-2 3-3");
     EXPECT_EQ(linksOf(MTX, BANNER + "integer general\n2 2 1\n1 2 7\n", {.directed = false}),
               "1 2 | 1-2:7");
 }

@@ -1,6 +1,7 @@
 // The reader of the format GML: lists of keys and values, with nodes and edges among them.
-#include "characters.hpp"
 #include "keyed_nodes.hpp"
+
+#include <vorl/types/characters.hpp>
 
 #include <charconv>
 
@@ -29,7 +30,8 @@ std::string withoutEntities(std::string_view text) {
             const auto [last, err] =
                 std::from_chars(text.data() + 2, text.data() + text.size(), code);
             if (err == std::errc() && last != text.data() + text.size() && *last == ';' &&
-                code >= 0x20 && code < 0x110000 && (code < 0xD800 || code > 0xDFFF)) {
+                (code >= 0x20 || code == '\t') && code < 0x110000 &&
+                (code < 0xD800 || code > 0xDFFF)) {
                 appendCharacter(result, code);
                 used = static_cast<std::size_t>(last + 1 - text.data());
             }

@@ -1,6 +1,7 @@
 // The reader of JSON documents with lists of nodes and links.
-#include "characters.hpp"
 #include "keyed_nodes.hpp"
+
+#include <vorl/types/characters.hpp>
 
 #include <vector>
 
@@ -88,7 +89,7 @@ private:
                 if (low < 0xDC00 || low > 0xDFFF) throw fault("half of a character is missing");
                 code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
             }
-            if (code < 0x20 || (code >= 0xD800 && code < 0xE000))
+            if (code == 0 || code == '\n' || (code >= 0xD800 && code < 0xE000))
                 throw fault("the text holds the character " + std::to_string(code) +
                             ", which no name may have");
             appendCharacter(text, code);
@@ -102,7 +103,7 @@ private:
             }
         if (c != 'b' && c != 'f' && c != 'n' && c != 'r' && c != 't')
             throw fault("\"\\" + std::string(c ? 1 : 0, c) + "\" stands for nothing");
-        text += ' ';
+        text += c == 't' ? '\t' : ' ';
         m_rest.remove_prefix(1);
     }
 

@@ -93,7 +93,12 @@ private:
         if (!m_values && !value.empty())
             throw fault("the entry has the value " + quoted(value) + ", a pattern has none");
         if (!trimFront(line).empty()) throw fault("found " + quoted(line) + " behind the entry");
-        addLinkOf(row, column, m_values ? takeWeight(value) : LinkWeight{1}, m_arcs);
+        const LinkWeight weight = m_values ? takeWeight(value) : LinkWeight{1};
+        // The lower half of a symmetric matrix stands there, and its links begin at the columns.
+        if (m_symmetric)
+            addLinkOf(column, row, weight, m_arcs);
+        else
+            addLinkOf(row, column, weight, m_arcs);
     }
 
     bool m_banner = false;
