@@ -1,28 +1,14 @@
 #include <vorl/reading/cluster_levels.hpp>
 
 #include <vorl/reading/lines.hpp>
+#include <vorl/reading/pack.hpp>
+#include <vorl/reading/tokens.hpp>
 
-#include <strings.h>
 #include <algorithm>
 #include <set>
 #include <utility>
 
 namespace vorl {
-
-namespace {
-
-/// Whether the name has the extension, in any case, behind which that of a packed file may stand.
-bool hasExtension(std::string_view name, std::string_view extension) {
-    const auto ends = [&name](std::string_view end) {
-        return name.size() >= end.size() &&
-               strncasecmp(name.data() + name.size() - end.size(), end.data(), end.size()) == 0;
-    };
-    for (const std::string_view packing : {".gz", ".zst"})
-        if (ends(packing)) name.remove_suffix(packing.size());
-    return ends(extension);
-}
-
-}  // namespace
 
 const std::string& ClusterLevels::name() const {
     const ClustersFile* const file = list();
@@ -110,8 +96,9 @@ ClusterLevels readClusterLevels(const std::string& file, ClustersFormat format,
         lines.hold();
         const bool hierarchy = isHierarchy(lines);
         lines.rewind(true);
-        const bool table = hasExtension(file, ".tsv") || hasExtension(file, ".csv") ||
-                           hasExtension(file, ".clu") || beginsWithNames(lines);
+        const std::string name = plainName(lowered(file));
+        const bool table = name.ends_with(".tsv") || name.ends_with(".csv") ||
+                           name.ends_with(".clu") || beginsWithNames(lines);
         format = hierarchy ? ClustersFormat::RHB
                  : table   ? ClustersFormat::TABLE
                            : ClustersFormat::CNL;

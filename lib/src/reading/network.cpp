@@ -104,14 +104,13 @@ public:
         if (options.sumDuplicates) links.addUp(m_facts.directed());
     }
 
-    /// Fills the report.
+    /// Fills the report, but for the number of nodes.
     /// @param distinct number of links that no earlier one stands for
     void report(NetworkReport& report, Size distinct) const {
         report.directed = m_facts.directed();
         report.weighted = weighted();
         report.format = m_facts.format;
         report.labels = m_labels;
-        report.nodes = ids.size();
         report.edges = m_facts.edges;
         report.arcs = m_facts.arcs;
         report.zeroWeights = m_facts.zeroWeights;
@@ -171,6 +170,7 @@ Network readNetwork(Source& source, const ReadOptions& options) {
         const auto graph =
             detail::GraphLoader<WEIGHTED>(gathered.links, gathered.ids, shuffle, false)
                 .graph(nullptr);
+        network.nodes = gathered.ids.size();
         gathered.report(network, recordsOf(*graph, gathered.directed()));
         network.graph = graph;
     };
@@ -189,7 +189,9 @@ UndirectedNetwork readUndirected(Source& source, const ReadOptions& options) {
     Gathered gathered(source, options);
     UndirectedNetwork network;
     Size distinct = 0;
-    network.links = detail::loadFlat(gathered.links, gathered.ids, gathered.directed(), distinct);
+    network.nodes = gathered.ids.size();
+    network.links =
+        detail::loadFlat(gathered.links, std::move(gathered.ids), gathered.directed(), distinct);
     gathered.report(network, distinct);
     return network;
 }
