@@ -214,6 +214,17 @@ except KeyboardInterrupt:
     assert process.returncode == 0
 
 
+@pytest.mark.parametrize("tqdm", [True, False])
+def test_bars(tqdm, capsys, monkeypatch):
+    monkeypatch.setattr("vorl._progress.DELAY", 0)
+    if not tqdm:
+        monkeypatch.setitem(sys.modules, "tqdm.auto", None)
+    vorl.cluster(random_links(5000, 30000), progress=True)
+    shown = capsys.readouterr().err
+    assert "level 1, " in shown and ("it/s" in shown) == tqdm
+    assert shown.split("\r")[-1].strip() == ""  # nothing stays
+
+
 def test_what_a_progress_raises_ends_the_call():
     def stop(*_):
         raise RuntimeError("enough")
