@@ -9,6 +9,7 @@
 #include <vorl/communities_text.hpp>
 #include <vorl/reading/cluster_levels.hpp>
 #include <vorl/reading/evaluation.hpp>
+#include <vorl/reading/pack.hpp>
 
 #include <nanobind/stl/optional.h>
 #include <nanobind/stl/string.h>
@@ -85,15 +86,18 @@ nb::tuple readClusters(const std::string& file, ClustersFormat format, nb::objec
     return clustersTuple(clusters);
 }
 
-/// The text of a file: a cluster a line where there is no separator, else a membership.
+/// What a file holds: a cluster a line where there is no separator, else a membership; packed if
+/// its name asks for that.
 nb::bytes textOf(const In<Size>& ends, const In<Id>& members, const In<Share>& shares, Size nodes,
-                 const std::vector<std::string>& names, const std::string& separator) {
+                 const std::vector<std::string>& names, const std::string& separator,
+                 const std::string& file) {
     const CommunityArrays arrays{
         .ends = spanOf(ends), .members = spanOf(members), .shares = spanOf(shares), .nodes = nodes};
     const auto labels = labelsOf(names);
     const TableForm form = separator == "," ? TableForm::COMMAS : TableForm::TABS;
-    const std::string text = separator.empty() ? clustersText(arrays, labels.get())
-                                               : tableText(arrays, form, labels.get());
+    const std::string text = packed(separator.empty() ? clustersText(arrays, labels.get())
+                                                      : tableText(arrays, form, labels.get()),
+                                    file);
     return nb::bytes(text.data(), text.size());
 }
 
@@ -167,7 +171,8 @@ void defineClusterings(nb::module_& module) {
     module.def("read_clusters", &readClusters, nb::arg("file"), nb::arg("format"),
                nb::arg("level").none(), nb::arg("tell").none());
     module.def("clusters_text", &textOf, nb::arg("ends"), nb::arg("members"), nb::arg("shares"),
-               nb::arg("nodes"), nb::arg("names"), nb::arg("separator"));
+               nb::arg("nodes"), nb::arg("names"), nb::arg("separator"), nb::arg("file"));
+    module.def("plain_name", &plainName, nb::arg("file"));
     module.def("compare", &compareClusters, nb::arg("nodes"), nb::arg("ends"), nb::arg("members"),
                nb::arg("other_ends"), nb::arg("other_members"));
     module.def("evaluate", &evaluate, nb::arg("network"), nb::arg("ends"), nb::arg("members"),

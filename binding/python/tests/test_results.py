@@ -2,6 +2,7 @@
 
 import csv
 import gc
+import gzip
 import os
 import pickle
 import resource
@@ -88,9 +89,10 @@ def test_files_are_those_of_the_program(network, data, program, tmp_path, monkey
 
 
 def test_names_stand_in_files(overlap, tmp_path):
-    for kind in ("cnl", "csv"):
+    for kind in ("cnl", "csv", "csv.gz", "tsv.zst"):
         overlap.write(tmp_path / f"x.{kind}")
         assert vorl.read_clusters(tmp_path / f"x.{kind}") == overlap
+    assert gzip.decompress((tmp_path / "x.csv.gz").read_bytes()) == (tmp_path / "x.csv").read_bytes()
     with open(tmp_path / "x.csv") as file:
         assert next(csv.DictReader(file)) == {"node": "n00", "community": "0", "share": "1"}
     odd = vorl.clustering([{'a "b"', "c, d"}, {1, "c, d"}])

@@ -196,7 +196,8 @@ class Clustering(Sequence):  # type: ignore[type-arg]
         """Writes the communities as the program does.
 
         ``.cnl`` is a community a line, ``.tsv`` and ``.csv`` a membership a line below a line of
-        names. A file appears under its name when it is whole.
+        names. With ``.gz`` or ``.zst`` behind that, the file is packed. It appears under its name
+        when it is whole.
 
         Raises
         ------
@@ -206,13 +207,13 @@ class Clustering(Sequence):  # type: ignore[type-arg]
             If the file can't be written.
         """
         name = os.fspath(path)
-        kind = os.path.splitext(name)[1].lower()
+        kind = os.path.splitext(_vorl.plain_name(name))[1].lower()
         separators = {".cnl": "", ".tsv": "\t", ".csv": ","}
         if kind not in separators:
-            raise ValueError(f"path: {name!r} is to end in .cnl, .tsv or .csv")
+            raise ValueError(f"path: {name!r} is to end in .cnl, .tsv or .csv, .gz or .zst behind it")
         data = _vorl.clusters_text(
             self._ends, self._members, self._parts, len(self._node_ids()), self._labels.texts(),
-            separators[kind],
+            separators[kind], name,
         )
         with replacing(name) as temporary:
             with open(temporary, "wb") as file:
