@@ -111,7 +111,7 @@ TEST(Names, AreKnownAgainInEveryFile) {
 TEST(Names, AreHeldByEveryFormatThatHasThem) {
     const Folder folder;
     std::string text = namedTable();
-    text += "\"a\tb\",\"<&amp;>\"\n\"\\u0041'\",\"*#% /\"\n";
+    text += "\"a\tb\",\"<&amp;>\"\n\"\\u0041'\",\"*#% /\"\n\"c\r\",\"{1}\"\n\"\r\",\"{1}\"\n";
     const std::string net = folder.write("named.csv", text);
     const std::string clusters = vorl("cluster -q -o - --levels all " + net).out;
     ASSERT_TRUE(contains(clusters, "Größe"));

@@ -143,14 +143,15 @@ void naming::appendCell(std::string& text, Id node, const Labels* labels, char s
         return;
     }
     const std::string_view name = labels->text(node);
-    const bool plain = !name.empty() &&
-                       std::none_of(name.begin(), name.end(),
-                                    [separator](char c) {
-                                        return c == separator || c == '"' || c == '\'' ||
-                                               c == ' ' || c == '\t' || c == ',' || c == ';';
-                                    }) &&
-                       name[0] != '#' && name[0] != '%' && name[0] != '*' && name[0] != '/' &&
-                       name.find_first_not_of("0123456789") != std::string_view::npos;
+    const bool plain =
+        !name.empty() &&
+        std::none_of(name.begin(), name.end(),
+                     [separator](char c) {
+                         return c == separator || c == '"' || c == '\'' || c == ' ' || c == '\t' ||
+                                c == '\r' || c == ',' || c == ';';
+                     }) &&
+        name.back() != '}' && name[0] != '#' && name[0] != '%' && name[0] != '*' &&
+        name[0] != '/' && name.find_first_not_of("0123456789") != std::string_view::npos;
     if (plain)
         text += name;
     else

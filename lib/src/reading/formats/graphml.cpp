@@ -48,7 +48,7 @@ bool isSpace(char c) { return isBlank(c) || c == '\n' || c == '\r'; }
 /// The text with blanks for ends of lines.
 std::string inOneLine(std::string text) {
     for (char& c : text)
-        if (c == '\n' || c == '\r') c = ' ';
+        if (c == '\n') c = ' ';
     return text;
 }
 
