@@ -127,4 +127,34 @@ void addExtractOptions(CLI::App& app, ExtractCommand& command) {
     app.add_flag("-q,--quiet", command.quiet, "No remarks on the files");
 }
 
+void addViewOptions(CLI::App& app, ViewCommand& command) {
+    addReadOptions(app, command.read);
+    app.add_option("CLUSTERS", command.clusters,
+                   std::string("The clusters: ") + CLUSTERS_FORM +
+                       "; if not given, the communities with the hierarchy around them")
+        ->check(checkName);
+    addTableOption(app, command.clustersFormat);
+    addAssemblyOptions(app, command.read);
+    app.add_option("-o,--output", command.output,
+                   "File to write, .html or .svg; - is the standard output")
+        ->check(checkName)
+        ->type_name("FILE")
+        ->required();
+    addChoice<Picture>(
+        app, "--to", {{"html", Picture::HTML}, {"svg", Picture::SVG}},
+        [&command](Picture picture) { command.picture = picture; },
+        "Kind of picture: a page that any browser shows, with all data in it, or a map of the "
+        "clusters; told from the name if not given");
+    addNumber<LevelNum>(app, "--level", command.level,
+                        "Level that is shown first, and whose clusters have colours of their own; "
+                        "that of the communities, or of the highest modularity, if not given");
+    app.add_flag("--all-levels", command.allLevels,
+                 "Show every level; else those between which the number of clusters falls by a "
+                 "third or more, and whose clusters have 4 nodes or more on average");
+    app.add_option("--title", command.title, "Title of the page; the name of NETWORK if not given")
+        ->type_name("TEXT");
+    app.add_flag("--parents", command.parents, "Create the folders that FILE lacks");
+    app.add_flag("-q,--quiet", command.quiet, "No remarks on the files, no report");
+}
+
 }  // namespace vorl::app

@@ -29,6 +29,7 @@ CommandLine::CommandLine() : app(DESCRIPTION, "vorl") {
     add("cut", "Write the clusters of one level of a hierarchy", addCutOptions, cut);
     add("extract", "Write the network inside a cluster, or that of the clusters", addExtractOptions,
         extract);
+    add("view", "Write a page or a map that shows clusters", addViewOptions, view);
 }
 
 CommandLine::~CommandLine() = default;

@@ -11,6 +11,7 @@
 #include "../extract_command.hpp"
 #include "../info_command.hpp"
 #include "../show_command.hpp"
+#include "../view_command.hpp"
 
 #include <CLI/CLI.hpp>
 
@@ -52,6 +53,7 @@ public:
     ShowCommand show;
     CutCommand cut;
     ExtractCommand extract;
+    ViewCommand view;
 
 private:
     template <class CommandT>

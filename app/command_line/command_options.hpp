@@ -12,6 +12,7 @@
 #include "../extract_command.hpp"
 #include "../info_command.hpp"
 #include "../show_command.hpp"
+#include "../view_command.hpp"
 
 namespace vorl::app {
 
@@ -33,6 +34,7 @@ void addCompareOptions(CLI::App& app, CompareCommand& command);
 void addShowOptions(CLI::App& app, ShowCommand& command);
 void addCutOptions(CLI::App& app, CutCommand& command);
 void addExtractOptions(CLI::App& app, ExtractCommand& command);
+void addViewOptions(CLI::App& app, ViewCommand& command);
 
 /// What parsing can't check: options that need each other. Fills in what they imply.
 /// @throws UsageError

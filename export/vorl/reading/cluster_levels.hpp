@@ -27,8 +27,10 @@ public:
     std::shared_ptr<Labels> labels() const;
     /// The clusters as the file lists them, null if it is one of a hierarchy.
     const ClustersFile* list() const { return std::get_if<ClustersFile>(&m_file); }
+    /// The hierarchy of a file of one, else null.
+    const HierarchyFile* hierarchy() const { return std::get_if<HierarchyFile>(&m_file); }
     /// Whether the file tells its levels.
-    bool isHierarchy() const { return std::holds_alternative<HierarchyFile>(m_file); }
+    bool isHierarchy() const { return hierarchy() != nullptr; }
     /// Whether there are clusters of several levels, told by the file or by those inside others.
     bool severalLevels() const;
     /// Whether each line is a pair of numbers, as if it were one of a table.

@@ -75,11 +75,16 @@ public:
     LevelNum nearestLevel(Size wanted) const;
     /// The clusters that stand at a level, with their nodes and shares.
     ClustersFile cut(LevelNum level) const;
+    /// The hierarchy of some levels alone. An item is owned by the clusters that hold it at the
+    /// next one of these levels, with its shares in them; one that holds nothing else stays out.
+    /// @param levels  ascending
+    HierarchyFile withLevels(std::span<const LevelNum> levels) const;
 
 private:
     friend class HierarchyReader;
     template <class LinksT>
     friend HierarchyFile describedHierarchy(const Hierarchy<LinksT>& hier, const std::string& name);
+    friend HierarchyFile nestedHierarchy(const ClustersFile& clusters);
 
     struct Level {
         Item end;  ///< of its clusters
@@ -87,6 +92,8 @@ private:
     };
 
     bool standsAt(Item cluster, LevelNum level) const;
+    /// The clusters standing at a level that hold each item below, with the shares of it in them.
+    std::vector<std::vector<Share>> holders(LevelNum level) const;
 
     std::string m_name;
     Item m_nodes = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <map>
+#include <numeric>
 
 namespace vorl {
 
@@ -117,11 +118,11 @@ LevelNum HierarchyFile::nearestLevel(Size wanted) const {
     return static_cast<LevelNum>(nearest - standing.begin());
 }
 
-ClustersFile HierarchyFile::cut(LevelNum level) const {
-    // The clusters that hold each item, from the top down.
+std::vector<std::vector<HierarchyFile::Share>> HierarchyFile::holders(LevelNum level) const {
     const Item end = m_levels[level].end;
     std::vector<std::vector<Share>> holders(end);
     Shares sums;
+    // From the top down.
     for (Item item = end; item-- > 0;) {
         if (!isNode(item) && standsAt(item, level)) {
             holders[item] = {{item, 1}};
@@ -139,6 +140,70 @@ ClustersFile HierarchyFile::cut(LevelNum level) const {
                 sums[holder.item] += owner.share * holder.share;
         holders[item] = listOf(sums);
     }
+    return holders;
+}
+
+HierarchyFile HierarchyFile::withLevels(std::span<const LevelNum> levels) const {
+    HierarchyFile result;
+    result.m_name = m_name;
+    result.m_labels = m_labels;
+    result.m_nodes = m_nodes;
+    result.m_nodeNumbers = m_nodeNumbers;
+    // What is still without owners, and what it is in the result.
+    std::vector<Item> open(m_nodes);
+    std::iota(open.begin(), open.end(), Item{0});
+    std::vector<Item> number(m_ids.size(), 0);
+    std::vector<std::vector<Share>> ownersOf(m_nodes);
+    std::vector<Item> items = open;
+    for (const LevelNum level : levels) {
+        const auto holding = holders(level);
+        std::vector<Size> holds(m_levels[level].end);
+        for (const Item item : open)
+            for (const Share& holder : holding[item]) ++holds[holder.item];
+        std::vector<Item> still;
+        std::vector<Item> formed;
+        for (const Item item : open) {
+            if (holding[item].empty() || holding[item].front().item == item ||
+                (!isNode(item) && holding[item].size() == 1 &&
+                 holds[holding[item].front().item] == 1)) {
+                still.push_back(item);
+                continue;
+            }
+            for (const Share& holder : holding[item]) {
+                if (number[holder.item] == 0) formed.push_back(holder.item);
+                number[holder.item] = 1;
+            }
+        }
+        std::sort(formed.begin(), formed.end());
+        for (const Item cluster : formed) {
+            number[cluster] = static_cast<Item>(items.size());
+            items.push_back(cluster);
+            ownersOf.emplace_back();
+        }
+        for (const Item item : open)
+            if (!holding[item].empty() && number[holding[item].front().item] != 0 &&
+                holding[item].front().item != item)
+                for (const Share& holder : holding[item])
+                    ownersOf[isNode(item) ? item : number[item]].push_back(
+                        {number[holder.item], holder.share});
+        still.insert(still.end(), formed.begin(), formed.end());
+        open = std::move(still);
+        result.m_levels.push_back({static_cast<Item>(items.size()), open.size()});
+    }
+    for (Item item = 0; item < items.size(); ++item) {
+        result.m_ids.push_back(m_ids[items[item]]);
+        result.m_lines.push_back(m_lines[items[item]]);
+        if (item >= m_nodes) result.m_clusterNumbers.append(result.m_ids.back());
+        result.m_owners.insert(result.m_owners.end(), ownersOf[item].begin(), ownersOf[item].end());
+        result.m_begins.push_back(result.m_owners.size());
+    }
+    return result;
+}
+
+ClustersFile HierarchyFile::cut(LevelNum level) const {
+    const Item end = m_levels[level].end;
+    // The clusters that hold each item.
+    const auto holders = this->holders(level);
 
     ClustersFile file;
     file.name = m_name;

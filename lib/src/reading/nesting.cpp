@@ -1,6 +1,8 @@
 // Clusters that lie inside others.
 #include "settling.hpp"
 
+#include <vorl/reading/nested_hierarchy.hpp>
+
 #include <algorithm>
 #include <numeric>
 
@@ -66,6 +68,18 @@ private:
     Size m_steps = 0;
 };
 
+/// Those of some clusters, ascending, that aren't outside of another one of them.
+std::vector<Id> innermost(const std::vector<Id>& clusters,
+                          const std::vector<std::vector<Id>>& outer) {
+    std::vector<Id> result;
+    for (const Id cluster : clusters)
+        if (std::none_of(clusters.begin(), clusters.end(), [&](Id inner) {
+                return std::binary_search(outer[inner].begin(), outer[inner].end(), cluster);
+            }))
+            result.push_back(cluster);
+    return result;
+}
+
 }  // namespace
 
 void detail::settleNodes(ClustersFile& file, Size toldClusters) {
@@ -111,6 +125,89 @@ std::vector<std::vector<Id>> ClustersFile::nestedLevels() const {
         for (Size level = heights[i]; level < end; ++level) levels[level].push_back(i);
     }
     return levels;
+}
+
+HierarchyFile nestedHierarchy(const ClustersFile& clusters) {
+    using Item = HierarchyFile::Item;
+    const auto count = static_cast<Id>(clusters.clusters.size());
+    std::vector<std::vector<Id>> levels{std::vector<Id>(count)};
+    std::iota(levels[0].begin(), levels[0].end(), Id{0});
+    std::vector<std::vector<Id>> outer(count);
+    if (clusters.severalLevels) {
+        levels = clusters.nestedLevels();
+        Nesting nesting(clusters);
+        for (Id inner = 0; inner < count; ++inner)
+            nesting.eachOuter(inner, [&](Id found) {
+                outer[inner].push_back(found);
+                return true;
+            });
+    }
+
+    HierarchyFile file;
+    file.m_name = clusters.name;
+    file.m_labels = clusters.labels;
+    file.m_nodes = static_cast<Item>(clusters.nodes.size());
+    file.m_ids = clusters.nodes;
+    file.m_lines.resize(clusters.nodes.size());
+    std::vector<Item> items(count, 0);
+    std::vector<Id> order;
+    for (const auto& standing : levels) {
+        for (const Id place : standing) {
+            if (items[place] != 0) continue;
+            const auto& cluster = clusters.clusters[place];
+            order.push_back(place);
+            items[place] = static_cast<Item>(file.m_ids.size());
+            file.m_ids.push_back(clusters.numbered ? cluster.id : place + 1);
+            file.m_lines.push_back(cluster.line);
+            file.m_clusterNumbers.number(file.m_ids.back());
+        }
+        file.m_levels.push_back({static_cast<Item>(file.m_ids.size()), standing.size()});
+    }
+
+    const auto own = [&](std::vector<HierarchyFile::Share> owners) {
+        std::sort(owners.begin(), owners.end(),
+                  [](const auto& a, const auto& b) { return a.item < b.item; });
+        file.m_owners.insert(file.m_owners.end(), owners.begin(), owners.end());
+        file.m_begins.push_back(file.m_owners.size());
+    };
+    std::vector<Share> shares =
+        clusters.severalLevels ? clusters.shares : clusters.completeShares();
+    shares.resize(clusters.members.size());
+    std::vector<std::vector<std::pair<Id, Share>>> holders(clusters.nodes.size());
+    for (Id place = 0; place < count; ++place) {
+        const auto& cluster = clusters.clusters[place];
+        for (std::size_t i = cluster.begin; i < cluster.end; ++i) {
+            const auto node =
+                std::lower_bound(clusters.nodes.begin(), clusters.nodes.end(), clusters.members[i]);
+            holders[static_cast<std::size_t>(node - clusters.nodes.begin())].emplace_back(
+                place, shares[i]);
+        }
+    }
+    for (Item node = 0; node < file.m_nodes; ++node) {
+        file.m_nodeNumbers.append(clusters.nodes[node]);
+        std::vector<Id> places;
+        for (const auto& holder : holders[node]) places.push_back(holder.first);
+        places = innermost(places, outer);
+        std::vector<HierarchyFile::Share> owners;
+        double sum = 0;
+        for (const auto& [place, stated] : holders[node]) {
+            if (!std::binary_search(places.begin(), places.end(), place)) continue;
+            const double share =
+                stated > 0 ? static_cast<double>(stated) : 1 / static_cast<double>(places.size());
+            owners.push_back({items[place], share});
+            sum += share;
+        }
+        if (clusters.severalLevels)
+            for (auto& owner : owners) owner.share = owners.size() == 1 ? 1 : owner.share / sum;
+        own(std::move(owners));
+    }
+    for (const Id place : order) {
+        std::vector<HierarchyFile::Share> owners;
+        for (const Id direct : innermost(outer[place], outer)) owners.push_back({items[direct], 0});
+        for (auto& owner : owners) owner.share = 1 / static_cast<double>(owners.size());
+        own(std::move(owners));
+    }
+    return file;
 }
 
 ClustersFile ClustersFile::selected(std::span<const Id> places) const {

@@ -1,0 +1,48 @@
+// The colours of clusters.
+#pragma once
+
+#include "nest.hpp"
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+namespace vorl::view {
+
+/// Colours that people with any kind of colour vision tell apart, on light and on dark ground.
+struct Colour {
+    const char* light;
+    const char* dark;
+};
+
+inline constexpr std::array<Colour, 12> PALETTE{{{"#4477aa", "#6699cc"},
+                                                 {"#ee7733", "#ee8844"},
+                                                 {"#228833", "#44aa55"},
+                                                 {"#aa3377", "#cc5599"},
+                                                 {"#ccbb44", "#ddcc55"},
+                                                 {"#66ccee", "#77d4f2"},
+                                                 {"#cc3311", "#e05535"},
+                                                 {"#009988", "#22b3a2"},
+                                                 {"#332288", "#8877dd"},
+                                                 {"#ee99aa", "#f2a9b8"},
+                                                 {"#999933", "#b3b34d"},
+                                                 {"#994f00", "#c47f33"}}};
+/// Of what has no colour.
+inline constexpr Colour NEUTRAL{"#9a9a9a", "#8a8a8a"};
+inline constexpr std::uint8_t GREY = 255;
+
+/// The level whose clusters have the highest modularity, each node being in that of its largest
+/// share; the highest of equal ones.
+LevelNum bestLevel(const FlatNetwork& network, const HierarchyFile& hierarchy, const Nest& nest);
+
+/// The clusters, by their numbers in the nest, in which those of one level and below lie there;
+/// NONE for those above.
+std::vector<Number> standing(const HierarchyFile& hierarchy, const Nest& nest, LevelNum level);
+
+/// Colours by their places in the palette. Clusters of a level get different ones as long as there
+/// are some, and then such that few links are between those of the same. What is inside has the
+/// same colour, what is above that of the largest inside. Clusters of one node are grey.
+std::vector<std::uint8_t> colours(const FlatNetwork& network, const Nest& nest,
+                                  const std::vector<Number>& base);
+
+}  // namespace vorl::view

@@ -1,0 +1,40 @@
+// The sources of the page by themselves, and whether the page in the repository is made of them.
+import assert from "node:assert/strict";
+import { execFileSync } from "node:child_process";
+import { readFileSync } from "node:fs";
+import { join } from "node:path";
+import test from "node:test";
+import { source, view, work } from "./support.mjs";
+
+test("the page in the repository is what the sources make", () => {
+    const made = join(work, "made.html");
+    const notice = join(work, "NOTICE");
+    execFileSync("node", [join(view, "build.mjs"), made, notice]);
+    assert.equal(readFileSync(made, "utf8"), readFileSync(join(view, "dist/view.html"), "utf8"));
+    assert.equal(readFileSync(notice, "utf8"), readFileSync(join(view, "../NOTICE"), "utf8"));
+});
+
+test("numbers are read from their differences", async () => {
+    const { numbersOf } = await source("data");
+    // 0, 5, 3, 303, 4294967295: codes 0, 10, 3, 600, 8589933984
+    const bytes = [0, 10, 3, 600 & 127 | 128, 600 >> 7];
+    let code = 2n * (4294967295n - 303n);
+    for (; code >= 128n; code >>= 7n) bytes.push(Number(code & 127n) | 128);
+    bytes.push(Number(code));
+    assert.deepEqual([...numbersOf(Uint8Array.from(bytes))], [0, 5, 3, 303, 4294967295]);
+});
+
+test("SVG keeps names as text", async () => {
+    const { SvgPainter } = await source("painter");
+    const painter = new SvgPainter(10, 10, "#ffffff");
+    painter.text(1, 1, 8, '<script>"&\u0001', { colour: "#000000" });
+    const text = painter.document("</title><b>");
+    assert.ok(text.includes("&lt;script&gt;&quot;&amp;\ufffd</text>"));
+    assert.ok(text.includes("<title>&lt;/title&gt;&lt;b&gt;</title>"));
+});
+
+test("colours can be told from each other on their ground", async () => {
+    const { isDeep, mixed } = await source("colours");
+    assert.equal(mixed("#000000", "#ffffff", 0.5), "#808080");
+    assert.ok(isDeep("#332288") && !isDeep("#ccbb44"));
+});
