@@ -1,9 +1,11 @@
 // The engine on tiny networks made of arbitrary bytes: directed or not, weighted or not, on every
-// option. No valid network may stop the process.
+// option. No valid network may stop the process, and levels that touch only what changed give what
+// literal ones give.
 #include <vorl/hierarchy/cluster.hpp>
 #include <vorl/types/trace.hpp>
 
 #include "../support/accepted_network.hpp"
+#include "../support/both_ways.hpp"
 #include "../support/networks.hpp"
 
 #include <bit>
@@ -71,6 +73,8 @@ void run(const test::TestNetwork& network, const ClusterOptions& options) {
         // a reduction by weight isn't for unweighted links
         if (LinksT::value_type::IS_WEIGHTED) throw;
     }
+    const std::string found = test::difference(network, options);
+    test::require(found.empty(), found.c_str());
 }
 
 }  // namespace

@@ -66,12 +66,25 @@ public:
     }
     const Weights& weights(const ClusterT& cluster) const { return m_weights[index(&cluster)]; }
 
+    /// Ascends with the address.
+    std::uint32_t key(const ClusterT* cluster) const {
+        return static_cast<std::uint32_t>(index(cluster));
+    }
+    /// The seat of a cluster, if `track` was called, see `Tracks`.
+    std::uint32_t& seat(const ClusterT* cluster) { return m_seats[index(cluster)]; }
+    /// From now on there is a `seat` of each cluster.
+    void track() {
+        m_tracked = true;
+        m_seats.extend(m_marks.size());
+    }
+
     /// Makes marks of all clusters created so far, so that references to marks stay valid.
     void cover() {
         const std::size_t count = (m_arena->used() >> SHIFT) + 1;
         if (count <= m_marks.size()) return;
         m_marks.extend(std::max(count, m_marks.size() * 9 / 8));
         m_weights.extend(m_marks.size());
+        if (m_tracked) m_seats.extend(m_marks.size());
         m_base = m_arena->firstRange().begin;
         m_span = std::min(m_arena->firstRange().size, m_marks.size() << SHIFT);
     }
@@ -79,6 +92,8 @@ public:
     void release() {
         m_marks = {};
         m_weights = {};
+        m_seats = {};
+        m_tracked = false;
         m_span = 0;
     }
     /// Calls for the mark of a cluster ahead of its use.
@@ -141,6 +156,8 @@ private:
     std::size_t m_span = 0;  // bytes of the first range that have marks
     Array<Mark> m_marks;
     Array<Weights> m_weights;
+    Array<std::uint32_t> m_seats;
+    bool m_tracked = false;
 };
 
 }  // namespace vorl

@@ -5,6 +5,7 @@
 #include <vorl/hierarchy/chains.hpp>
 #include <vorl/hierarchy/cluster_marks.hpp>
 #include <vorl/hierarchy/hierarchy.hpp>
+#include <vorl/hierarchy/tracks.hpp>
 #include <vorl/processing/gamma.hpp>
 #include <vorl/processing/reduction.hpp>
 #include <vorl/processing/weights.hpp>
@@ -68,6 +69,11 @@ public:
     using DesClusters = std::vector<ClusterT*>;
     using MarksT = ClusterMarks<LinksT>;
     using Mark = typename MarksT::Mark;
+    using Weights = typename MarksT::Weights;
+    using TracksT = Tracks<NONSYMMETRIC, LinksT>;
+    using Seat = typename TracksT::Seat;
+    using Best = typename TracksT::Best;
+    using TrackedLinkT = typename TracksT::LinkT;
     using AccLinksT = Links<AccLink<LinksT>>;
     template <class ItemT>
     using Items = std::vector<ItemT>;
@@ -106,6 +112,11 @@ public:
     AccLinksT m_sums;                 ///< scratch memory of folding: links to what stays on
     AccLinksT m_newSums;              ///< the same, links to the clusters of the level
     std::vector<std::size_t> m_runs;  ///< where the links of each descendant begin in m_sums
+    TracksT m_tracks;
+    /// Levels touch only what changed as soon as the carried clusters that take part have so many
+    /// times the links of the new ones: before that all changes, and links take the least memory as
+    /// they are. Results don't depend on it; tests set it to 0, and to infinity for literal levels.
+    AccWeight m_trackFrom = 1;
     ProgressReporter m_report;
 
     /// Takes the nodes over; the argument is left empty.
@@ -369,6 +380,127 @@ private:
     void pairLinks(ClustersT& clusters);
     /// @}
 
+    /// @name Levels that touch only what changed, see `Tracks`
+    /// @{
+    /// The share of the best gain from which on others may tie with it.
+    static constexpr AccWeight NEAR = 1 - 0x1p-20;
+
+    struct Bounds {
+        AccWeight low;
+        AccWeight high;
+    };
+    /// What a new cluster and those that are light beside it are expected to be linked by, for each
+    /// unit of weight of the latter.
+    struct Reach {
+        AccWeight limit;  ///< the largest total weight that it holds for
+        AccWeight low;
+        AccWeight high;
+    };
+    /// The search of one cluster for its best gain; those near it are listed in the tracks.
+    struct Search {
+        AccWeight loss;  ///< what is below is less than 0 for certain
+        AccWeight top = -std::numeric_limits<AccWeight>::infinity();
+        AccWeight rest = -std::numeric_limits<AccWeight>::infinity();  ///< the others aren't above
+        bool sure = true;
+
+        explicit Search(AccWeight clearLoss) : loss(clearLoss) {}
+        AccWeight lost() const { return top > 0 ? top * NEAR : loss; }
+        /// Whether a pair's weight tells that its gain is neither near the best nor above the rest.
+        bool rulesOut(AccWeight pair) const { return pair <= rest && pair < lost(); }
+    };
+
+    /// Tells after the first level whether there may be any.
+    void allowTracks(Validation validation);
+    /// Begins with them after a level where they pay.
+    void startTracks();
+    /// Gives all clusters their links back and ends with tracked levels.
+    void leaveTracks();
+    /// Whether each link of the clusters has a back link.
+    bool isMirrored(ClustersT& clusters);
+    /// Finds the candidates of a level.
+    /// @param[out] news the clusters of the level below that have candidates
+    /// @param[out] props the carried ones
+    /// @return false if the level has to be made literally
+    bool trackedCands(IStored<ClusterT> first, IStored<ClusterT> last, PropagatesT& news,
+                      PropagatesT& props, ClustersT& cls);
+    /// Prepares what takes part for a literal level.
+    void beginLiterally(IStored<ClusterT> first, IStored<ClusterT> last);
+    Weights trackedWeights(Seat seat) const {
+        return {m_tracks.bests[seat].total, m_tracks.kept[seat].self};
+    }
+    /// The gain as the cluster on a seat finds it.
+    AccWeight trackedGain(Seat seat, const TrackedLinkT& ln) const;
+    Bounds gainBounds(const Weights& a, const Weights& b, AccWeight pair) const;
+    /// Bounds for a cluster with all that are light beside it.
+    Reach reachOf(const Weights& cl) const;
+    /// Finds what takes part in the level and which of it has to seek its best neighbour.
+    void activate(IStored<ClusterT> first, IStored<ClusterT> last);
+    /// Holds a new gain against the best one of a cluster.
+    /// @param refine makes the bounds as narrow as they can be
+    template <class RefineT>
+    void hearOf(Seat seat, Seat other, AccWeight pair, Bounds& bounds, RefineT refine);
+    /// Holds the gain with another cluster against that with the best neighbour.
+    void challenge(Seat seat, Seat other, AccWeight gain);
+    /// Tells a cluster of the level below to its neighbours, and finds its own best ones.
+    void introduce(Seat seat);
+    void consider(Seat seat, const TrackedLinkT& ln, Search& search);
+    /// @return false if the best neighbours may depend on the order of the visits
+    bool conclude(Seat seat, const Search& search);
+    void unsettle(Seat seat);
+    void followChanges();
+    /// Finds the best neighbours of a cluster.
+    /// @return false if they may depend on the order of the visits
+    bool settle(Seat seat);
+    /// Calls for each neighbour that reaches the best gain.
+    template <class VisitT>
+    void visitBest(Seat seat, VisitT visit);
+    bool isBestOf(Seat seat, Seat other);
+    /// Propagates the clusters of the level below, in the order of a literal level, that have no
+    /// mutual candidates.
+    void replay(IStored<ClusterT> first, IStored<ClusterT> last, PropagatesT& news, ClustersT& cls);
+    /// Hands the mutual candidates to the contexts.
+    /// @return false if their best gains may depend on the order of the visits
+    bool settleMutual(PropagatesT& props);
+    /// The best gain as a literal level leaves it, of a cluster that has mutual candidates.
+    AccWeight literalGmax(Seat seat);
+    /// When a literal level defines the candidates of a cluster: the place of the visit that asks
+    /// for them, and their place in this visit.
+    std::pair<Size, Size> definition(Seat seat);
+    void settleChainGains();
+    /// Takes the absorbed clusters out of `m_propagates`.
+    void settleCarried();
+    Size carriedNum() const { return m_propagates.size() - m_tracks.absorbed; }
+
+    template <class ItemT>
+    Size linksNum(const ItemT& item) {
+        if constexpr (!IS_NODE<ItemT>)
+            if (m_tracks.on) return m_tracks.linksNum(m_marks.seat(&item));
+        return item.links.size();
+    }
+    /// Gives a cluster its links as a literal level has them, for the level.
+    void writeLinks(ClusterT& item);
+    void dropWritten();
+    /// Puts a cluster on a seat.
+    void seatCluster(ClusterT& cl, Seat seat);
+    void foldTracked();
+    /// Moves the links of the members to the seat of the new cluster.
+    void joinLinks(ClusterT& cl);
+    /// Adds what was collected of a member's links to absorbed clusters.
+    void addNewSums(AccWeight share);
+    void appendLink(Seat seat, Seat dest, std::uint32_t mate, AccWeight weight, AccWeight back);
+    /// Enters the links between the new clusters.
+    void linkNew(ClustersT& clusters);
+    /// `linksWeight` of a new cluster.
+    AccWeight trackedWeight(const ClusterT& cl);
+    /// Puts the links of a seat in the order of the clusters.
+    void orderLinks(Seat seat);
+    void settleLeft(const ClustersT& clusters);
+    void noteLeft(ClusterT& item);
+    /// Whether folding looks for absorbed clusters in long lists, and whether in one of these.
+    bool sortsAbsorbed(Id members) const;
+    static bool seeksAbsorbed(std::size_t links, std::size_t absorbed);
+    /// @}
+
     /// Calls for what a walk over the links of some items ahead will touch, but for items that will
     /// be passed over: the item, then its links and its context, then the marks of its neighbours.
     template <class IterT, class PassT>
@@ -399,6 +531,11 @@ private:
     /// destination out of it, but none of the others.
     template <class ItemT, class VisitT>
     void visitActive(ItemT& el, VisitT visit);
+
+    /// `clusterGain` of two items by their weights and that of the pair.
+    /// @param ids tells the ids of both for an error
+    template <class IdsT>
+    AccWeight pairGain(const Weights& a, const Weights& b, AccWeight w12, IdsT ids) const;
 
     template <class ItemT>
     void raiseGmax(ItemT& item, AccWeight gain);
@@ -441,18 +578,28 @@ template <class ItemT>
 AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::clusterGain(const ItemT& el,
                                                            const typename ItemT::LinkT& ln) const {
     const AccWeight w12 = linkWeight<NONSYMMETRIC>(&el, ln);
-    const auto [w1, s1] = weightsOf(el);
-    const auto [w2, s2] = weightsOf(*ln.dest);
+    return pairGain(weightsOf(el), weightsOf(*ln.dest), w12,
+                    [&] { return std::pair(el.id, ln.dest->id); });
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+template <class IdsT>
+AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::pairGain(const Weights& a, const Weights& b,
+                                                        AccWeight w12, IdsT ids) const {
+    const auto [w1, s1] = a;
+    const auto [w2, s2] = b;
     VORL_ASSERT(w1 != WEIGHT_NONE && w2 != WEIGHT_NONE,
                 "clusterGain(), items weights must be defined");
     const AccWeight gamma =
         m_gamma < 0 ? vorl::dynamicGamma(m_weight, w1, s1, w2, s2) : AccWeight{m_gamma};
     const AccWeight score = (w1 / m_weight + w1 / m_weight) * w2 * (m_gammaRatio * gamma);
-    if (detail::overflowed(score) || detail::overflowed(w12)) [[unlikely]]
+    if (detail::overflowed(score) || detail::overflowed(w12)) [[unlikely]] {
+        const auto [id1, id2] = ids();
         detail::throwOverflow(
             "clusterGain(), score or w12_io overflowed\n", 159,
-            "clusterGain(), #%u.%u score or w12_io overflowed: score = %G, w12_io = %G\n", el.id,
-            ln.dest->id, score, w12);
+            "clusterGain(), #%u.%u score or w12_io overflowed: score = %G, w12_io = %G\n", id1, id2,
+            score, w12);
+    }
     return w12 - score;
 }
 

@@ -92,6 +92,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::build(Validation validation, Coupling 
     }
     std::uint32_t wrapped = 0;
     if (!buildFirstLevel(modtrace, qprev, wrapped)) return;
+    allowTracks(validation);
+    startTracks();
 
     std::uint32_t levsize = m_levels.back().fullsize;
     m_propagates.reserve(static_cast<std::size_t>(std::lround(static_cast<float>(levsize) / 1.5f)));
@@ -102,8 +104,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::build(Validation validation, Coupling 
         const bool compress =
             progress && rootMax != 0 && propnum > Size{rootMax} - m_root.size() && propnum >= 2;
         if (!compress) break;
+        leaveTracks();
         compressRoot(propnum, rootMax);
     }
+    leaveTracks();
     formRoot();
     scoreRoot(wrapped);
     forgetPairs();
@@ -223,18 +227,19 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildLevels(bool compressed, float gai
             return true;
         const Level<LinksT>& level = m_levels.back();
         propnum = m_propnum;
-        if (propnum != m_propagates.size()) {
+        if (propnum != carriedNum()) {
             VORL_TRACE(
                 "  > build(), propnum: %u, m_propagates: %lu, lev: %lu, levsize: %u (cls: %lu, "
                 "props: %lu)\n",
-                propnum, m_propagates.size(), m_levels.size(), level.fullsize,
-                level.clusters.size(), m_propagates.size());
+                propnum, carriedNum(), m_levels.size(), level.fullsize, level.clusters.size(),
+                carriedNum());
             VORL_ASSERT(false, "build(), propnum validation failed");
         }
         VORL_ASSERT(level.fullsize == level.clusters.size() + propnum + m_root.size(),
                     "build(), the size of the level should match its items");
         foldLevel<true>(m_propagates);
-        VORL_ASSERT(m_propagates.size() == propnum,
+        startTracks();
+        VORL_ASSERT(carriedNum() == propnum,
                     "build(), size validation of the  propagated items failed");
 
         const Size levels = m_levels.size();
@@ -245,6 +250,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildLevels(bool compressed, float gai
                 levels, level.fullsize, level.clusters.size(), propnum, m_root.size(),
                 m_score.clusters, levsize - level.fullsize);
         } else {
+            settleCarried();
             ClustersT& clusters = m_levels.back().clusters;
             const auto q = static_cast<float>(modularity(clusters.begin(), clusters.end()) +
                                               modularity(m_propagates.begin(), m_propagates.end()));

@@ -147,6 +147,18 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::markAbsorbed(const ClustersT& clusters
 }
 
 template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::sortsAbsorbed(Id members) const {
+    return members != 0 && m_propnum != 0 && m_proplsnum / m_propnum >= members &&
+           m_propnum >= static_cast<double>(8 * members) * std::log2(static_cast<double>(members));
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::seeksAbsorbed(std::size_t links, std::size_t absorbed) {
+    const auto count = static_cast<double>(links);
+    return count >= std::log2(count) * static_cast<double>(absorbed) * 0.5 + 8.0;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furpropnum,
                                                        Size& furproplsnum,
                                                        const DesClusters* props) {
@@ -173,8 +185,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furprop
 
     // Where the first link to an absorbed item may stand.
     auto ln = links.begin();
-    const auto linksNum = static_cast<double>(links.size());
-    if (props && linksNum >= std::log2(linksNum) * static_cast<double>(props->size()) * 0.5 + 8.0) {
+    if (props && seeksAbsorbed(links.size(), props->size())) {
         for (const ClusterT* absorbed : *props) {
             ln = binary_ifind(ln, links.end(), absorbed, bsObjsDest<AccLink<LinksT>, ClusterT>);
             if (ln == links.end() || ln->dest == absorbed) break;
@@ -226,6 +237,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinksProp(ClusterT& cl, Id& furprop
 template <bool NONSYMMETRIC, class LinksT>
 template <bool CLUSTERS>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagates) {
+    if constexpr (CLUSTERS)
+        if (m_tracks.on) return foldTracked();
     ClustersT& clusters = m_levels.back().clusters;
     m_marks.cover();
     if constexpr (CLUSTERS) markAbsorbed(clusters);
@@ -248,9 +261,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
                     "foldLevel(), proplsnum should be defined for non-empty props");
         // A sorted list of all descendants pays where many items with many links are propagated.
         DesClusters absorbed;
-        const bool sorted =
-            desnum != 0 && m_proplsnum / m_propnum >= desnum &&
-            m_propnum >= static_cast<double>(8 * desnum) * std::log2(static_cast<double>(desnum));
+        const bool sorted = sortsAbsorbed(desnum);
         if (sorted) {
             absorbed.reserve(desnum);
             for (const ClusterT& cl : clusters)
@@ -288,11 +299,20 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
     if (rdsnum != 0)
         reduceItems<ClusterT>(clusters, rdsnum, m_reductionClusters,
                               "  >> foldLevel(), links reduced for %u / %u / %lu cls\n");
+    m_tracks.touchedLinks = CLUSTERS ? m_proplsnum - std::min(m_proplsnum, furproplsnum) : 0;
     m_propnum = furpropnum;
     m_proplsnum = furproplsnum;
 }
 
 #define VORL_INSTANTIATE(NONSYM, LinksT)                                                    \
+    template bool HierarchyImpl<NONSYM, LinksT>::sortsAbsorbed(Id) const;                   \
+    template bool HierarchyImpl<NONSYM, LinksT>::seeksAbsorbed(std::size_t, std::size_t);   \
+    template void HierarchyImpl<NONSYM, LinksT>::pairLinks(Clusters<LinksT>&);              \
+    template void HierarchyImpl<NONSYM, LinksT>::appendNewSums(Cluster<LinksT>&);           \
+    template void HierarchyImpl<NONSYM, LinksT>::accumulate(Links<AccLink<LinksT>>&,        \
+                                                            Cluster<LinksT>*, AccWeight);   \
+    template void HierarchyImpl<NONSYM, LinksT>::accumulateOwners(                          \
+        const Cluster<LinksT>&, AccWeight, AccWeight, const char*);                         \
     template void HierarchyImpl<NONSYM, LinksT>::foldLevel<false>(const PropagatesT&);      \
     template void HierarchyImpl<NONSYM, LinksT>::foldLevel<true>(const PropagatesT&);       \
     template void HierarchyImpl<NONSYM, LinksT>::accLinks<false>(Cluster<LinksT>&);         \

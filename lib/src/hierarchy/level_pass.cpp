@@ -14,11 +14,9 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::clusterLevel(IStored<ItemT> first, ISt
     VORL_ASSERT(clsproc || m_propagates.empty(),
                 "clusterLevel(), propagated items should not exist for the Nodes");
     ClustersT cls(m_arena);
-    // Only the items that are carried over now are treated, however m_propagates grows below.
-    PropagatesT props;
-    std::copy_if(m_propagates.begin(), m_propagates.end(), std::back_inserter(props),
-                 [this](const ClusterT* item) { return !isPropagated(*item); });
-    const auto total = static_cast<std::uint32_t>(itemsNum + m_root.size() + m_propagates.size());
+    PropagatesT props;  // the carried clusters that are treated
+    PropagatesT news;   // what is treated of the others, if that isn't all
+    const auto total = static_cast<std::uint32_t>(itemsNum + m_root.size() + carriedNum());
     const auto nothingLeft = [&] { return m_root.size() + m_propnum == total; };
     const auto refuse = [&] {
         if constexpr (!clsproc) {
@@ -35,39 +33,67 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::clusterLevel(IStored<ItemT> first, ISt
         m_report.begin(stage, itemsNum + props.size(), m_levels.size());
     };
     begin("candidates");
-    initCands(first, last, cls);
-    if constexpr (clsproc) initPropnomCands(props.begin(), props.end(), cls);
+    const bool tracked = [&] {
+        if constexpr (clsproc)
+            return m_tracks.on && trackedCands(first, last, news, props, cls);
+        else
+            return false;
+    }();
+    const auto each = [&](auto step) {
+        if (tracked)
+            step(news.begin(), news.end());
+        else
+            step(first, last);
+        if constexpr (clsproc) step(props.begin(), props.end());
+    };
+    if (!tracked) {
+        if constexpr (clsproc)
+            if (m_tracks.on) beginLiterally(first, last);
+        // Only the items that are carried over now are treated, however m_propagates grows below.
+        std::copy_if(m_propagates.begin(), m_propagates.end(), std::back_inserter(props),
+                     [this](const ClusterT* item) { return !isPropagated(*item); });
+        initCands(first, last, cls);
+        if constexpr (clsproc) initPropnomCands(props.begin(), props.end(), cls);
+    }
     if (nothingLeft()) return refuse();
-    // What goes on being propagated takes no part in the steps below.
-    std::erase_if(props, [this](const ClusterT* item) { return isPropagated(*item); });
-    if constexpr (clsproc) {
-        settleGmax(first, last);
-        settleGmax(props.begin(), props.end());
+    if (!tracked) {
+        // What goes on being propagated takes no part in the steps below.
+        std::erase_if(props, [this](const ClusterT* item) { return isPropagated(*item); });
+        if constexpr (clsproc) each([&](auto from, auto to) { settleGmax(from, to); });
     }
 
     begin("chains");
-    initNonfilterParts(first, last);
-    if constexpr (clsproc) initNonfilterParts(props.begin(), props.end());
+    each([&](auto from, auto to) { initNonfilterParts(from, to); });
     begin("clusters");
-    rawCluster(first, last, cls);
-    if constexpr (clsproc) rawCluster(props.begin(), props.end(), cls);
-    propagateConvert(first, last, cls);
-    if constexpr (clsproc) propagateConvert(props.begin(), props.end(), cls);
-    dropPartClusters(first, last);
-    if constexpr (clsproc) dropPartClusters(props.begin(), props.end());
+    each([&](auto from, auto to) { rawCluster(from, to, cls); });
+    each([&](auto from, auto to) { propagateConvert(from, to, cls); });
+    each([&](auto from, auto to) { dropPartClusters(from, to); });
     if (nothingLeft()) return refuse();
 
-    membershipTidy(first, last);
-    if constexpr (clsproc) membershipTidy(props.begin(), props.end());
+    each([&](auto from, auto to) { membershipTidy(from, to); });
     VORL_TRACE("  > clusterLevel() [%lu tot cls]  %lu cls, %u(%lu csz) prop and %lu sa of %u nds\n",
-               m_score.clusters, cls.size(), m_propnum, m_propagates.size(), m_root.size(), total);
+               m_score.clusters, cls.size(), m_propnum, carriedNum(), m_root.size(), total);
     if (cls.empty() || nothingLeft()) return refuse();
 
-    std::erase_if(m_propagates, [this](const ClusterT* item) { return !isPropagated(*item); });
-    VORL_ASSERT(!clsproc || m_propnum == m_propagates.size(),
+    if constexpr (clsproc) {
+        if (m_tracks.on) {
+            m_tracks.tracked = tracked;
+            m_tracks.left.clear();
+            each([&](auto from, auto to) {
+                for (; from != to; ++from) noteLeft(detail::itemAt(from));
+            });
+        }
+    }
+    if (tracked)
+        m_tracks.absorbed += static_cast<Size>(
+            std::count_if(props.begin(), props.end(),
+                          [this](const ClusterT* item) { return !isPropagated(*item); }));
+    else
+        std::erase_if(m_propagates, [this](const ClusterT* item) { return !isPropagated(*item); });
+    VORL_ASSERT(!clsproc || m_propnum == carriedNum(),
                 "clusterLevel(): invalid number of the propagated items");
     m_score.clusters += cls.size();
-    const auto fullsize = static_cast<Id>(cls.size() + m_root.size() + m_propagates.size());
+    const auto fullsize = static_cast<Id>(cls.size() + m_root.size() + carriedNum());
     m_levels.emplace_back(fullsize, std::move(cls));
     if (m_levels.size() > LEVEL_MAX - 1)
         throw std::overflow_error("clusterLevel(), overflow of the number of levels\n");
@@ -123,7 +149,8 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::initItem(ClusterT& el) {
         el.links.erase(self);
     }
     el.m_sweight += selflw + subSelfWeight(el);
-    const AccWeight weight = el.m_sweight + linksWeight<NONSYMMETRIC>(el);
+    const AccWeight links = m_tracks.on ? trackedWeight(el) : linksWeight<NONSYMMETRIC>(el);
+    const AccWeight weight = el.m_sweight + links;
     el.m_context->weight = weight;
     m_marks.weights(el) = {weight, el.m_sweight};
     if (detail::overflowed(weight))

@@ -23,13 +23,17 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::propagate(ItemT& el, ClustersT& cls) {
     setPropagated(el);
     ectx.state |= State::INTERLEVPROP;
     ++m_propnum;
-    m_proplsnum += el.links.size();
+    m_proplsnum += linksNum(el);
     if constexpr (IS_NODE<ItemT>) {
         wrapNode(el, cls);
     } else if (!carried) {
         VORL_ASSERT(m_propagates.empty() || m_propagates.back() != &el,
                     "propagate(), propagated items should not have duplicates");
         m_propagates.push_back(&el);
+        if (m_tracks.on) {
+            m_tracks.kept[m_marks.seat(&el)].order = ++m_tracks.carried;
+            m_tracks.carriedLinks += linksNum(el);
+        }
     }
 }
 

@@ -1,0 +1,177 @@
+/// @file
+/// What is kept from one level to the next, so that a level touches only what changed.
+#pragma once
+
+#include <vorl/types/item.hpp>
+
+#include <utility>
+#include <vector>
+
+namespace vorl {
+
+/// Where a link between clusters leads while levels are tracked.
+template <bool NONSYMMETRIC>
+struct TrackedLink {
+    std::uint32_t seat;
+    std::uint32_t mate;  ///< place of the back link in the list of that seat
+    AccWeight weight;
+
+    AccWeight pair() const { return 2 * weight; }
+    void setPair(AccWeight) {}
+};
+
+template <>
+struct TrackedLink<true> {
+    std::uint32_t seat;
+    std::uint32_t mate;
+    AccWeight weight;
+    AccWeight both = 0;
+
+    /// Weight of both directions.
+    AccWeight pair() const { return both; }
+    void setPair(AccWeight back) { both = weight + back; }
+};
+
+/// State of the levels that touch only what changed.
+///
+/// A cluster lives on a seat. A new cluster takes over the seat of that whole member which has most
+/// links, and with it the links: only those of the other members are moved. So a hub that takes in
+/// one cluster after the other costs what those have of links. What a cluster is made of never
+/// changes, so neither does the gain of two clusters; hence each seat keeps its best neighbour, and
+/// on a level only what is new is held against it: gains with the clusters of the level below, and
+/// with those that take part again. All else is made as if each cluster looked at all of its links;
+/// the results agree to the bit.
+///
+/// 1. What takes part in a level are the clusters of the level below and their neighbours: of what
+///    is carried, folding leaves out all that no link leads from to an absorbed cluster.
+/// 2. A visit offers its gain to the neighbour, too, so that whatever the order of the visits, a
+///    cluster comes to know the largest of its gains with all that take part. Its candidates are
+///    those of them that reach it. What is taken out of the level early is no candidate any more,
+///    but its offer stands; so a cluster may be left with none.
+/// 3. Where the largest gain is clear, by more than rounding and the tolerance of comparisons could
+///    make of it, the candidate doesn't depend on the value. Where several reach it they must be
+///    the same number; what lies in between is left to a literal level.
+/// 4. A best neighbour stays while it takes part and no gain that is new may reach the best. It is
+///    kept with a bound of all other gains; where it grows, its new gain is compared with that
+///    bound. Bounds of gains are bounds of the dynamic gamma: the logarithmic mean L of two
+///    numbers lies between the geometric mean G and (2G + A) / 3 with the arithmetic mean A. For
+///    with x = G e^u and y = G e^-u, L / G = sinh u / u = sum of u^2k / (2k+1)!, while the other
+///    two are 1 and (2 + cosh u) / 3 = 1 + sum over k > 0 of u^2k / (3 (2k)!), and 2k + 1 >= 3.
+///    For the many light neighbours of a new cluster these bounds are made once, by intervals.
+/// 5. Two clusters are candidates of each other only if the best of one of them was sought anew on
+///    the level, or if clustering left them over on the one before.
+/// 6. Sums of more than two terms depend on their order, so they are made as literal folding makes
+///    them: member by member, and total weights by the order of the clusters, unless every term is
+///    a multiple of a unit so large that no sum is rounded.
+template <bool NONSYMMETRIC, class LinksT>
+struct Tracks {
+    using ClusterT = Cluster<LinksT>;
+    using Seat = std::uint32_t;
+    using LinkT = TrackedLink<NONSYMMETRIC>;
+
+    /// In place of a seat.
+    enum Special : Seat {
+        SEATS_MAX = 0xFFFFFFF0,
+        UNKNOWN,    ///< the best neighbour has to be sought
+        UNSETTLED,  ///< it is sought on this level
+        NONE,       ///< there is none
+        SEVERAL,    ///< there are several, see `ties`
+        GONE        ///< the link was taken out of its list
+    };
+
+    /// What a seat knows of its gains; a walk over links touches no more than that.
+    struct alignas(32) Best {
+        std::uint32_t part = 0;  ///< twice the last level that it took part in, 1 more if new there
+        Seat aim = UNKNOWN;      ///< the neighbour with the best gain
+        AccWeight gain = 0;      ///< what the gain with it isn't below
+        AccWeight rest = 0;      ///< what the gains with all others that take part aren't above
+        AccWeight total = 0;     ///< the in-out weight
+    };
+
+    /// What folding needs of the end of a link.
+    struct Spot {
+        static constexpr std::uint32_t FREE = 0xFFFFFFFF;
+        static constexpr std::uint32_t ABSORBED = 0xFFFFFFFE;
+
+        std::uint32_t key = 0;       ///< ascends with the address of the cluster
+        std::uint32_t place = FREE;  ///< where the links to it are summed
+    };
+
+    /// The rest.
+    struct Kept {
+        ClusterT* now = nullptr;  ///< the cluster on the seat, null if there is none any more
+        std::vector<LinkT> links;
+        std::uint32_t gone = 0;     ///< number of links that were taken out of the list
+        std::uint32_t run = 0;      ///< so many leading links ascend, but for those whose seat
+        std::uint32_t bound = 0;    ///< has a key from this one on
+        std::uint32_t order = 0;    ///< among the carried clusters; 0 for one of the level below
+        std::uint32_t defined = 0;  ///< the last level on which a candidate was found to take part
+        std::uint32_t out = 0;      ///< the last level that the cluster was taken out of
+        std::uint32_t ties = 0;     ///< which of the lists of ties is that of the cluster
+        bool mixed = false;         ///< gains of several best neighbours tie, but aren't the same
+        AccWeight self = 0;         ///< the weight inside
+    };
+
+    /// Links of a new cluster to a seat that is carried, being summed.
+    struct Sum {
+        static constexpr std::uint32_t NONE = 0xFFFFFFFF;
+
+        Seat seat;
+        std::uint32_t own = NONE;   ///< the place of a link that the new cluster took over
+        std::uint32_t mate = NONE;  ///< the place of a back link that has to be led anew
+        AccWeight weight = 0;
+        AccWeight back = 0;
+    };
+
+    /// A link to an absorbed cluster, or a term of a total weight.
+    struct Term {
+        std::uint32_t key;
+        Seat seat;
+        AccWeight weight;
+    };
+
+    bool allowed = false;
+    bool on = false;
+    bool tracked = false;     ///< the last level wasn't made literally
+    bool sure = true;         ///< no candidates may depend on the order of the visits
+    Size touchedLinks = 0;    ///< before: links of the carried clusters that take part, about
+    AccWeight coarse = 0;     ///< adding it to a weight leaves multiples of the unit of exact sums
+    std::uint32_t level = 1;  ///< number of the level in the making
+    std::uint32_t carried = 0;        ///< numbers given to carried clusters so far
+    std::uint32_t carriedBefore = 0;  ///< the same, when the level began
+    Size absorbed = 0;                ///< entries of `m_propagates` that are carried no further
+    Size carriedLinks = 0;            ///< number of links of the carried clusters
+    std::vector<Best> bests;
+    std::vector<Spot> spots;
+    std::vector<Kept> kept;
+    std::vector<Seat> active;        ///< what takes part in the level
+    std::vector<Seat> formerly;      ///< what took part in the one before
+    std::vector<Seat> woken;         ///< what takes part, and didn't before
+    std::vector<Seat> unsettled;     ///< what seeks its best neighbour anew
+    std::vector<Seat> crowded;       ///< lists of links that have to be put in order
+    std::vector<ClusterT*> written;  ///< clusters that have their links as a literal level does
+    std::vector<ClusterT*> left;     ///< what has candidates but found no cluster
+    std::vector<ClusterT*> held;     ///< what keeps its candidates for the next level
+    std::vector<std::vector<Seat>> ties;
+    std::vector<std::pair<AccWeight, Seat>> near;  ///< gains near the best one
+    std::vector<Sum> sums;
+    std::vector<Term> terms;
+    std::vector<LinkT> ordered;  ///< scratch memory
+
+    bool takesPart(Seat seat) const { return bests[seat].part >> 1 == level; }
+    /// Whether it is one of the level below.
+    bool isNew(Seat seat) const { return bests[seat].part == 2 * level + 1; }
+    Size linksNum(Seat seat) const { return kept[seat].links.size() - kept[seat].gone; }
+    Seat newSeat() {
+        bests.emplace_back();
+        spots.emplace_back();
+        kept.emplace_back();
+        return static_cast<Seat>(kept.size() - 1);
+    }
+    void remove(Seat seat, std::uint32_t place) {
+        kept[seat].links[place].seat = GONE;
+        ++kept[seat].gone;
+    }
+};
+
+}  // namespace vorl

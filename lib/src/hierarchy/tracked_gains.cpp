@@ -1,0 +1,580 @@
+// The best gains of clusters, kept from level to level.
+#include <vorl/hierarchy/hierarchy_impl.hpp>
+
+#include <algorithm>
+#include <cmath>
+
+namespace vorl {
+
+namespace {
+
+/// More than rounding can make of a bound.
+constexpr AccWeight SLACK = 0x1p-18;
+constexpr AccWeight INFINITE = std::numeric_limits<AccWeight>::infinity();
+/// So many links ahead what they lead to is called for.
+constexpr std::size_t AHEAD = 16;
+
+/// The least gain of an item of some weight that is clearly above 0, and not only by rounding.
+AccWeight clearGain(AccWeight weight) { return std::max(1e-6, 0x1p-20 * weight); }
+/// The largest one that is clearly below.
+AccWeight clearLoss(AccWeight weight) { return -std::max(1e-9, 0x1p-40 * weight); }
+
+}  // namespace
+
+template <bool NONSYMMETRIC, class LinksT>
+auto HierarchyImpl<NONSYMMETRIC, LinksT>::gainBounds(const Weights& a, const Weights& b,
+                                                     AccWeight pair) const -> Bounds {
+    if (!(pair >= m_boundMin)) return {-INFINITE, INFINITE};
+    const auto [w1, s1] = a;
+    const auto [w2, s2] = b;
+    const AccWeight expected = 2 * w1 * w2 * m_unit * m_gammaRatio;
+    const auto bounds = [&](AccWeight low, AccWeight high) -> Bounds {
+        return {pair - expected * high * (1 + SLACK), pair - expected * low * (1 - SLACK)};
+    };
+    if (!(m_gamma < 0)) return bounds(m_gamma, m_gamma);
+    if (s1 == 0 && s2 == 0) return bounds(1, 1);
+    const AccWeight s = s1 + s2;
+    const AccWeight w = w1 + w2;
+    const AccWeight out = (1 - w2 * m_unit) * (w1 - s1) + (1 - w1 * m_unit) * (w2 - s2);
+    const AccWeight t = w + out;
+    // Nothing is said where rounding could matter, or where the total would be raised.
+    if (!(out > 1e-4 * t) || t * m_unit > 1 - 1e-6) return {-INFINITE, pair};
+    // x1 = s t / w^2, x2 = (t - s) t / (t^2 - w^2), by one division
+    const AccWeight ww = w * w;
+    const AccWeight rest = out * (t + w);
+    const AccWeight unit = t / (ww * rest);
+    const AccWeight mean = std::sqrt(s * (t - s) * t * unit);
+    const AccWeight sum = (s * rest + (t - s) * ww) * unit;
+    return bounds(mean, (2 * mean + sum / 2) / 3);
+}
+
+// The same by intervals: the other weighs between 0 and a small part of the cluster.
+template <bool NONSYMMETRIC, class LinksT>
+auto HierarchyImpl<NONSYMMETRIC, LinksT>::reachOf(const Weights& cl) const -> Reach {
+    const auto [w, s] = cl;
+    const AccWeight unit = 2 * w * m_unit * m_gammaRatio;
+    if (!(m_gamma < 0))
+        return {INFINITE, unit * m_gamma * (1 - SLACK), unit * m_gamma * (1 + SLACK)};
+    constexpr AccWeight part = 0x1p-6;
+    const AccWeight more = part * w * (1 + SLACK);
+    const AccWeight outLow = (1 - more * m_unit) * (w - s);
+    const AccWeight outHigh = w - s + more;
+    const AccWeight totalLow = w + outLow;
+    const AccWeight totalHigh = w + more + outHigh;
+    if (!(s > 0) || !(outLow > 1e-4 * totalHigh) || totalHigh * m_unit > 1 - 1e-6)
+        return {-1, 0, 0};
+    const AccWeight inHigh = s + more;
+    const AccWeight wHigh = w + more;
+    const AccWeight x1Low = s * totalLow / (wHigh * wHigh);
+    const AccWeight x1High = inHigh * totalHigh / (w * w);
+    const AccWeight x2Low = (totalLow - inHigh) * totalLow / (outHigh * (totalHigh + wHigh));
+    const AccWeight x2High = (totalHigh - s) * totalHigh / (outLow * (totalLow + w));
+    const AccWeight low = x2Low > 0 ? std::sqrt(x1Low * x2Low) : 0;
+    const AccWeight high = (2 * std::sqrt(x1High * x2High) + (x1High + x2High) / 2) / 3;
+    return {part * w, unit * low * (1 - SLACK), unit * high * (1 + SLACK)};
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::trackedGain(Seat seat,
+                                                           const TrackedLinkT& ln) const {
+    return pairGain(trackedWeights(seat), trackedWeights(ln.seat), ln.pair(), [&] {
+        return std::pair(m_tracks.kept[seat].now->id, m_tracks.kept[ln.seat].now->id);
+    });
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::consider(Seat seat, const TrackedLinkT& ln,
+                                                   Search& search) {
+    const AccWeight gain = trackedGain(seat, ln);
+    if (std::isnan(gain)) search.sure = false;
+    if (gain >= search.lost()) m_tracks.near.emplace_back(gain, ln.seat);
+    if (gain > search.top) {
+        if (search.top > 0) search.rest = std::max(search.rest, search.top);
+        search.top = gain;
+    } else {
+        search.rest = std::max(search.rest, gain);
+    }
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::conclude(Seat seat, const Search& search) {
+    TracksT& tracks = m_tracks;
+    Best& best = tracks.bests[seat];
+    auto& near = tracks.near;
+    const AccWeight top = search.top;
+    best.aim = TracksT::NONE;
+    best.gain = 0;
+    if (!search.sure) return false;
+    if (!(top >= clearGain(best.total))) return std::max(top, search.rest) <= search.loss;
+    std::erase_if(near, [&search](const auto& found) { return found.first < search.lost(); });
+    best.gain = top;
+    if (near.size() == 1) {
+        best.aim = near.front().second;
+        best.rest = search.rest;
+        return true;
+    }
+    std::sort(near.begin(), near.end(), [&tracks](const auto& a, const auto& b) {
+        return tracks.spots[a.second].key < tracks.spots[b.second].key;
+    });
+    best.aim = TracksT::SEVERAL;
+    auto& kept = tracks.kept[seat];
+    kept.ties = static_cast<std::uint32_t>(tracks.ties.size());
+    auto& ties = tracks.ties.emplace_back();
+    const auto isTie = [top](AccWeight gain) {
+        return detail::narrow(gain) == detail::narrow(top);
+    };
+    AccWeight least = top;
+    for (const auto& [gain, dest] : near)
+        if (isTie(gain)) {
+            ties.push_back(dest);
+            least = std::min(least, gain);
+        }
+    kept.mixed = least != top;
+    // The others must be lost even against the offers.
+    return std::all_of(near.begin(), near.end(), [&](const auto& found) {
+        return isTie(found.first) || less(found.first, OFFER * least * (1 - 0x1p-50));
+    });
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::settle(Seat seat) {
+    const TracksT& tracks = m_tracks;
+    const auto& links = tracks.kept[seat].links;
+    const std::size_t count = links.size();
+    const Weights weights = trackedWeights(seat);
+    const Reach reach = reachOf(weights);
+    m_tracks.near.clear();
+    Search search(clearLoss(weights.total));
+    // The heaviest link first, since its gain rules most others out.
+    std::size_t heaviest = count;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i + AHEAD < count && links[i + AHEAD].seat != TracksT::GONE)
+            __builtin_prefetch(&tracks.bests[links[i + AHEAD].seat]);
+        const auto& ln = links[i];
+        if (ln.seat != TracksT::GONE && (heaviest == count || ln.pair() > links[heaviest].pair()) &&
+            tracks.takesPart(ln.seat))
+            heaviest = i;
+    }
+    if (heaviest != count) consider(seat, links[heaviest], search);
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto& ln = links[i];
+        if (ln.seat == TracksT::GONE || i == heaviest || search.rulesOut(ln.pair()) ||
+            !tracks.takesPart(ln.seat))
+            continue;
+        const AccWeight total = tracks.bests[ln.seat].total;
+        AccWeight high = INFINITE;
+        if (ln.pair() >= m_boundMin && total <= reach.limit) high = ln.pair() - total * reach.low;
+        if (!(high < search.lost()))
+            high = gainBounds(weights, trackedWeights(ln.seat), ln.pair()).high;
+        if (high < search.lost())
+            search.rest = std::max(search.rest, high);
+        else
+            consider(seat, ln, search);
+    }
+    return conclude(seat, search);
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::unsettle(Seat seat) {
+    m_tracks.bests[seat].aim = TracksT::UNSETTLED;
+    m_tracks.unsettled.push_back(seat);
+}
+
+// New clusters are told in the order of their keys. While a best neighbour has grown and hasn't
+// been told yet, others only raise the bound that its new gain is then held against.
+template <bool NONSYMMETRIC, class LinksT>
+template <class RefineT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::hearOf(Seat seat, Seat other, AccWeight pair,
+                                                 Bounds& bounds, RefineT refine) {
+    TracksT& tracks = m_tracks;
+    Best& best = tracks.bests[seat];
+    const AccWeight least = clearGain(best.total);
+    const auto gain = [&] {
+        return pairGain(trackedWeights(seat), trackedWeights(other), pair, [&] {
+            return std::pair(tracks.kept[seat].now->id, tracks.kept[other].now->id);
+        });
+    };
+    if (best.aim == TracksT::UNSETTLED) return;
+    if (best.aim == other) {
+        const auto isClear = [&] { return best.gain >= least && best.gain * NEAR > best.rest; };
+        best.gain = bounds.low;
+        if (isClear()) return;
+        refine();
+        best.gain = bounds.low;
+        if (isClear()) return;
+        best.gain = gain();
+        if (!isClear()) unsettle(seat);
+    } else if (best.aim < TracksT::SEATS_MAX) {
+        if (bounds.high <= best.rest) return;
+        refine();
+        if (bounds.high <= best.rest) return;
+        const bool grew = tracks.isNew(best.aim) && tracks.isNew(other) &&
+                          tracks.spots[other].key < tracks.spots[best.aim].key;
+        if (grew || bounds.high < best.gain * NEAR)
+            best.rest = bounds.high;
+        else
+            challenge(seat, other, gain());
+    } else if (best.aim == TracksT::NONE) {
+        const AccWeight loss = clearLoss(best.total);
+        if (bounds.high < loss) return;
+        refine();
+        if (bounds.high < loss) return;
+        const AccWeight found = gain();
+        if (found <= loss) return;
+        if (!(found >= least)) return unsettle(seat);
+        best.aim = other;
+        best.gain = found;
+        best.rest = 0;
+    } else {
+        unsettle(seat);
+    }
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::challenge(Seat seat, Seat other, AccWeight gain) {
+    Best& best = m_tracks.bests[seat];
+    if (gain < best.gain * NEAR) {
+        best.rest = std::max(best.rest, gain);
+        return;
+    }
+    const auto& links = m_tracks.kept[seat].links;
+    const auto old = std::find_if(links.begin(), links.end(),
+                                  [&best](const auto& ln) { return ln.seat == best.aim; });
+    VORL_ASSERT(old != links.end(), "challenge(), the best neighbour must be linked");
+    const AccWeight former = trackedGain(seat, *old);
+    const auto wins = [&](AccWeight a, AccWeight b) {
+        return a >= clearGain(best.total) && a * NEAR > std::max(b, best.rest);
+    };
+    if (wins(former, gain)) {
+        best.gain = former;
+        best.rest = std::max(best.rest, gain);
+    } else if (wins(gain, former)) {
+        best.aim = other;
+        best.gain = gain;
+        best.rest = std::max(best.rest, former);
+    } else {
+        unsettle(seat);
+    }
+}
+
+// All neighbours of a new cluster take part, so that its best ones are found in the same walk.
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::introduce(Seat seat) {
+    TracksT& tracks = m_tracks;
+    const std::uint32_t level = tracks.level;
+    const auto& links = tracks.kept[seat].links;
+    const std::size_t count = links.size();
+    const Weights weights = trackedWeights(seat);
+    const Reach reach = reachOf(weights);
+    tracks.near.clear();
+    Search search(clearLoss(weights.total));
+    std::size_t heaviest = count;
+    for (std::size_t i = 0; i < count; ++i)
+        if (links[i].seat != TracksT::GONE &&
+            (heaviest == count || links[i].pair() > links[heaviest].pair()))
+            heaviest = i;
+    if (heaviest != count) consider(seat, links[heaviest], search);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i + AHEAD < count && links[i + AHEAD].seat != TracksT::GONE)
+            __builtin_prefetch(&tracks.bests[links[i + AHEAD].seat]);
+        const auto& ln = links[i];
+        if (ln.seat == TracksT::GONE) continue;
+        Best& best = tracks.bests[ln.seat];
+        if (best.part >> 1 != level) {
+            if ((best.part >> 1) + 1 != level) {
+                tracks.woken.push_back(ln.seat);
+                unsettle(ln.seat);
+            }
+            best.part = 2 * level;
+            tracks.active.push_back(ln.seat);
+        }
+        const AccWeight pair = ln.pair();
+        Bounds bounds{-INFINITE, pair >= m_boundMin ? pair : INFINITE};
+        bool refined = false;
+        const auto refine = [&] {
+            if (!refined) bounds = gainBounds(weights, trackedWeights(ln.seat), pair);
+            refined = true;
+        };
+        if (pair >= m_boundMin && best.total <= reach.limit)
+            bounds = {pair - best.total * reach.high, pair - best.total * reach.low};
+        if (best.part == 2 * level) hearOf(ln.seat, seat, pair, bounds, refine);
+        if (i == heaviest || search.rulesOut(pair)) continue;
+        if (!(bounds.high < search.lost())) refine();
+        if (bounds.high < search.lost())
+            search.rest = std::max(search.rest, bounds.high);
+        else
+            consider(seat, ln, search);
+    }
+    if (!conclude(seat, search)) tracks.sure = false;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::activate(IStored<ClusterT> first,
+                                                   IStored<ClusterT> last) {
+    TracksT& tracks = m_tracks;
+    ++tracks.level;
+    tracks.formerly.swap(tracks.active);
+    for (auto* list : {&tracks.active, &tracks.woken, &tracks.unsettled}) list->clear();
+    tracks.ties.clear();
+    tracks.carriedBefore = tracks.carried;
+    tracks.sure = true;
+    for (auto it = first; it != last; ++it) {
+        const Seat seat = m_marks.seat(&*it);
+        tracks.bests[seat].part = 2 * tracks.level + 1;
+        unsettle(seat);
+        tracks.active.push_back(seat);
+    }
+    for (auto it = first; it != last; ++it) {
+        m_report.advance();
+        introduce(m_marks.seat(&*it));
+    }
+}
+
+// What takes part again is new to its neighbours, and what no longer does is the best of none.
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::followChanges() {
+    TracksT& tracks = m_tracks;
+    for (const Seat seat : tracks.woken)
+        for (const auto& ln : tracks.kept[seat].links) {
+            if (ln.seat == TracksT::GONE || tracks.bests[ln.seat].part != 2 * tracks.level)
+                continue;
+            const AccWeight pair = ln.pair();
+            Bounds bounds{-INFINITE, pair >= m_boundMin ? pair : INFINITE};
+            hearOf(ln.seat, seat, pair, bounds, [&] {
+                bounds = gainBounds(trackedWeights(ln.seat), trackedWeights(seat), pair);
+            });
+        }
+    for (std::size_t i = 0; i < tracks.formerly.size(); ++i) {
+        if (i + AHEAD < tracks.formerly.size())
+            __builtin_prefetch(&tracks.bests[tracks.formerly[i + AHEAD]]);
+        const Seat seat = tracks.formerly[i];
+        if (tracks.takesPart(seat) || !tracks.kept[seat].now) continue;
+        for (const auto& ln : tracks.kept[seat].links)
+            if (ln.seat != TracksT::GONE && tracks.takesPart(ln.seat) &&
+                tracks.bests[ln.seat].aim == seat)
+                unsettle(ln.seat);
+    }
+    for (const ClusterT* item : tracks.left) {
+        const Seat seat = m_marks.seat(item);
+        if (tracks.bests[seat].part == 2 * tracks.level &&
+            tracks.bests[seat].aim != TracksT::UNSETTLED)
+            unsettle(seat);
+    }
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+template <class VisitT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::visitBest(Seat seat, VisitT visit) {
+    const Seat aim = m_tracks.bests[seat].aim;
+    if (aim < TracksT::SEATS_MAX)
+        visit(aim);
+    else if (aim == TracksT::SEVERAL)
+        for (const Seat tie : m_tracks.ties[m_tracks.kept[seat].ties]) visit(tie);
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::isBestOf(Seat seat, Seat other) {
+    const Seat aim = m_tracks.bests[other].aim;
+    if (aim != TracksT::SEVERAL) return aim == seat;
+    const auto& ties = m_tracks.ties[m_tracks.kept[other].ties];
+    return std::find(ties.begin(), ties.end(), seat) != ties.end();
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::replay(IStored<ClusterT> first, IStored<ClusterT> last,
+                                                 PropagatesT& news, ClustersT& cls) {
+    TracksT& tracks = m_tracks;
+    const std::uint32_t level = tracks.level;
+    const auto isOut = [&](Seat seat) { return tracks.kept[seat].out == level; };
+    const auto takeOut = [&](Seat seat) {
+        auto& kept = tracks.kept[seat];
+        kept.out = level;
+        if (kept.order == 0) propagate(*kept.now, cls);
+    };
+    // A first visit asks for the candidates that are left then.
+    const auto define = [&](Seat seat) {
+        auto& kept = tracks.kept[seat];
+        if (kept.defined == level) return true;
+        bool any = false;
+        visitBest(seat, [&](Seat dest) { any = any || !isOut(dest); });
+        if (any)
+            kept.defined = level;
+        else
+            takeOut(seat);
+        return any;
+    };
+    for (; first != last; ++first) {
+        const Seat seat = m_marks.seat(&*first);
+        if (tracks.linksNum(seat) == 0) {
+            standalone(*first, cls);
+            continue;
+        }
+        if (isOut(seat) || !define(seat)) continue;
+        bool mutual = false;
+        visitBest(seat, [&](Seat dest) {
+            if (!isOut(dest) && define(dest) && isBestOf(seat, dest)) mutual = true;
+        });
+        if (mutual)
+            news.push_back(&*first);
+        else
+            takeOut(seat);
+    }
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleMutual(PropagatesT& props) {
+    TracksT& tracks = m_tracks;
+    bool sure = true;
+    std::vector<Seat> cands;
+    PropagatesT entered;
+    const auto enter = [&](Seat seat) {
+        cands.clear();
+        visitBest(seat, [&](Seat dest) {
+            if (isBestOf(seat, dest)) cands.push_back(dest);
+        });
+        if (cands.empty()) return;
+        auto& kept = tracks.kept[seat];
+        auto& ctx = *kept.now->m_context;
+        if (!ctx.cands.empty()) return;
+        for (const Seat cand : cands) ctx.cands.push_back(tracks.kept[cand].now);
+        entered.push_back(kept.now);
+        // Which of the tying gains a literal level keeps depends on what is out by then.
+        const Best& best = tracks.bests[seat];
+        if (best.aim == TracksT::SEVERAL && kept.mixed &&
+            cands.size() != tracks.ties[kept.ties].size())
+            sure = false;
+        ctx.gmax = best.gain;
+        ctx.npartmcs = NPARTMCS_NONE;
+        if (kept.order == 0) return;
+        ctx.state = State::INTERLEVPROP;
+        m_marks.of(kept.now).set(MarksT::PROPAGATED, false);
+        props.push_back(kept.now);
+    };
+    for (const Seat seat : tracks.unsettled) {
+        enter(seat);
+        visitBest(seat, [&](Seat dest) {
+            if (isBestOf(seat, dest)) enter(dest);
+        });
+    }
+    if (!sure) {
+        for (ClusterT* item : entered) item->m_context->cands.clear();
+        props.clear();
+        return false;
+    }
+    // Groups of candidates are judged by the links among them.
+    for (ClusterT* item : entered) {
+        if (item->m_context->cands.size() < 2) continue;
+        writeLinks(*item);
+        for (ClusterT* cand : item->m_context->cands) writeLinks(*cand);
+    }
+    std::sort(props.begin(), props.end(), [&](const ClusterT* a, const ClusterT* b) {
+        return tracks.kept[m_marks.seat(a)].order < tracks.kept[m_marks.seat(b)].order;
+    });
+    m_propnum -= static_cast<std::uint32_t>(props.size());
+    for (const ClusterT* item : props) m_proplsnum -= linksNum(*item);
+    return true;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::trackedCands(IStored<ClusterT> first,
+                                                       IStored<ClusterT> last, PropagatesT& news,
+                                                       PropagatesT& props, ClustersT& cls) {
+    TracksT& tracks = m_tracks;
+    activate(first, last);
+    if (!tracks.held.empty() || !tracks.sure) return false;
+    followChanges();
+    for (const Seat seat : tracks.unsettled) {
+        m_report.check();
+        if (tracks.kept[seat].order != 0 && !settle(seat)) return false;
+    }
+    m_propnum = static_cast<std::uint32_t>(carriedNum());
+    m_proplsnum = tracks.carriedLinks;
+    if (!settleMutual(props)) return false;
+    settleChainGains();
+    replay(first, last, news, cls);
+    return true;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+std::pair<Size, Size> HierarchyImpl<NONSYMMETRIC, LinksT>::definition(Seat seat) {
+    const TracksT& tracks = m_tracks;
+    const auto visitOf = [&](Seat cl) -> Size {
+        const std::uint32_t order = tracks.kept[cl].order;
+        // Clusters of the level below come first, and ascend.
+        return order == 0 || order > tracks.carriedBefore ? tracks.spots[cl].key
+                                                          : (Size{1} << 63) + order;
+    };
+    std::pair<Size, Size> found(visitOf(seat), 0);
+    for (const auto& ln : tracks.kept[seat].links) {
+        if (ln.seat == TracksT::GONE || !tracks.takesPart(ln.seat) || !isBestOf(seat, ln.seat))
+            continue;
+        Size place = 0;
+        Size own = 0;
+        visitBest(ln.seat, [&](Seat dest) {
+            ++place;
+            if (dest == seat) own = place;
+        });
+        found = std::min(found, {visitOf(ln.seat), own});
+    }
+    return found;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::literalGmax(Seat seat) {
+    struct Event {
+        std::pair<Size, Size> when;
+        AccWeight gain;
+        bool own;
+    };
+    const TracksT& tracks = m_tracks;
+    const Best& best = tracks.bests[seat];
+    std::vector<std::pair<const TrackedLinkT*, AccWeight>> offers;
+    for (const auto& ln : tracks.kept[seat].links) {
+        if (ln.seat == TracksT::GONE || !tracks.takesPart(ln.seat)) continue;
+        const AccWeight gain = trackedGain(seat, ln);
+        if (!(gain < best.gain * NEAR)) offers.emplace_back(&ln, gain);
+    }
+    std::sort(offers.begin(), offers.end(), [&tracks](const auto& a, const auto& b) {
+        return tracks.spots[a.first->seat].key < tracks.spots[b.first->seat].key;
+    });
+    std::vector<Event> events;
+    AccWeight top = GAIN_NONE;
+    for (const auto& [ln, gain] : offers) {
+        // The first of those that tie, but for a lower bound of the best gain.
+        if (less(top, gain)) top = gain;
+        const AccWeight back = trackedGain(ln->seat, tracks.kept[ln->seat].links[ln->mate]);
+        events.push_back({definition(ln->seat), back, false});
+    }
+    events.push_back({definition(seat), top, true});
+    std::sort(events.begin(), events.end(),
+              [](const Event& a, const Event& b) { return a.when < b.when; });
+    const std::uint32_t order = tracks.kept[seat].order;
+    const bool isNew = order == 0 || order > tracks.carriedBefore;
+    AccWeight gmax = isNew ? AccWeight{GAIN_NONE} : 0;
+    for (const Event& event : events) {
+        const AccWeight gain = event.own ? event.gain : OFFER * event.gain;
+        if (less(gmax, gain)) gmax = gain;
+    }
+    return gmax;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::settleChainGains() {
+    const auto isInChains = [](const ClusterT* cand) { return cand->m_context->cands.size() > 1; };
+    for (const Seat seat : m_tracks.unsettled) {
+        if (m_tracks.bests[seat].aim != TracksT::SEVERAL) continue;
+        auto& ctx = *m_tracks.kept[seat].now->m_context;
+        if (ctx.cands.size() > 1 && std::any_of(ctx.cands.begin(), ctx.cands.end(), isInChains))
+            ctx.gmax = literalGmax(seat);
+    }
+}
+
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                                        \
+    template bool HierarchyImpl<NONSYM, LinksT>::trackedCands(                                  \
+        Clusters<LinksT>::iterator, Clusters<LinksT>::iterator, std::vector<Cluster<LinksT>*>&, \
+        std::vector<Cluster<LinksT>*>&, Clusters<LinksT>&);                                     \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::literalGmax(std::uint32_t);
+
+VORL_FOR_ENGINES(VORL_INSTANTIATE)
+
+}  // namespace vorl
