@@ -81,6 +81,7 @@ struct Columns {
     std::size_t node = 0;
     std::size_t cluster = 1;
     std::optional<std::size_t> share;
+    std::optional<std::size_t> level;
 };
 
 /// The columns of a line of names, if it is one.
@@ -88,6 +89,7 @@ std::optional<Columns> columnsOf(const std::vector<std::string_view>& words) {
     std::optional<std::size_t> node;
     std::optional<std::size_t> cluster;
     std::optional<std::size_t> share;
+    std::optional<std::size_t> level;
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::string_view word = words[i];
         if (!node && isOneOf(word, {"node", "node_id", "nodeid", "id", "vertex", "name", "member"}))
@@ -98,9 +100,11 @@ std::optional<Columns> columnsOf(const std::vector<std::string_view>& words) {
             cluster = i;
         else if (!share && isOneOf(word, {"share", "shares"}))
             share = i;
+        else if (!level && isOneOf(word, {"level"}))
+            level = i;
     }
     if (!node || !cluster) return std::nullopt;
-    return Columns{*node, *cluster, share};
+    return Columns{*node, *cluster, share, level};
 }
 
 class TableReader {
@@ -180,6 +184,12 @@ private:
         if (known == m_labels.end())
             known = m_labels.emplace(label, static_cast<Id>(m_labels.size())).first;
         row.cluster = known->second;
+        // A cluster that stands on several levels is one.
+        if (m_columns.level && !m_vector) {
+            const std::string_view level = word(*m_columns.level, "level");
+            if (row.cluster == m_levels.size()) m_levels.emplace_back(level);
+            if (m_levels[row.cluster] != level) return;
+        }
         if (m_columns.share && !m_vector) {
             const std::string_view token = word(*m_columns.share, "share");
             const auto [last, err] =
@@ -240,7 +250,11 @@ private:
             requireDistinct(cluster);
         }
         m_file.labels = m_nodes.labels();
-        detail::settleNodes(m_file);
+        const auto other =
+            std::find_if(m_levels.begin(), m_levels.end(),
+                         [this](const auto& level) { return level != m_levels.front(); });
+        // Where levels are told, any cluster inside another one is of a level of its own.
+        detail::settleNodes(m_file, other != m_levels.end() ? ID_NONE : 0);
         detail::settleShares(m_file);
     }
 
@@ -268,6 +282,7 @@ private:
     bool m_vector = false;    ///< a line is the cluster of the next node
     Columns m_columns;
     std::map<std::string, Id, std::less<>> m_labels;
+    std::vector<std::string> m_levels;  ///< of each cluster, the one that was told first
     std::vector<Row> m_rows;
 };
 

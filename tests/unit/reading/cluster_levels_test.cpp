@@ -90,6 +90,22 @@ TEST(ClusterLevels, ClustersInsideOthersAreLevels) {
     EXPECT_EQ(cutOff.deviations.size(), 1u);
 }
 
+TEST(ClusterLevels, TablesMayTellOfLevels) {
+    // Cluster 5 stands on both levels.
+    const std::string rows =
+        "1\t0\t3\t1\n2\t0\t3\t1\n3\t0\t4\t1\n4\t0\t4\t1\n6\t0\t5\t0.25\n"
+        "1\t1\t7\t1\n2\t1\t7\t1\n3\t1\t7\t1\n4\t1\t7\t1\n6\t1\t5\t0.25\n";
+    const ClusterLevels levels(parseTable("node\tlevel\tcluster\tshare\n" + rows, "a.tsv"));
+    ASSERT_TRUE(levels.severalLevels());
+    ASSERT_EQ(levels.levels(), 2u);
+    EXPECT_EQ(listsOf(levels.level(0)), (Lists{{1, 2}, {3, 4}, {6}}));
+    EXPECT_EQ(listsOf(levels.level(1)), (Lists{{6}, {1, 2, 3, 4}}));
+    // Without the name of its column, a level says nothing.
+    EXPECT_THROW(parseTable("node\theight\tcluster\tshare\n" + rows, "a.tsv"), InputError);
+    const auto apart = parseTable("node level cluster\n1 0 3\n2 0 3\n3 1 4\n4 1 4\n", "a.tsv");
+    EXPECT_FALSE(apart.severalLevels);
+}
+
 TEST(ClusterLevels, LinesOfPairsLookLikeATable) {
     EXPECT_TRUE(ClusterLevels(parseClusters("1 7\n2 7\n3 8\n4 8\n", "")).likeTable());
     EXPECT_FALSE(ClusterLevels(parseClusters("1 2\n3 4\n5 6\n7 8\n", "")).likeTable());
