@@ -143,7 +143,7 @@ void fit(std::vector<double>& x, std::vector<double>& y) {
 
 }  // namespace
 
-void settle(Drawing& drawing) {
+void settle(Drawing& drawing, int rounds) {
     std::vector<double>& x = drawing.x;
     std::vector<double>& y = drawing.y;
     const std::size_t nodes = x.size();
@@ -173,7 +173,6 @@ void settle(Drawing& drawing) {
         mass[i] = 0.6 + 0.4 * std::sqrt(weights[i]);
     }
 
-    const int rounds = nodes > 1000 ? 120 : 300;
     const double radius = 1 / spacing;
     std::vector<double> forceX(nodes), forceY(nodes);
     std::vector<double> midX(groups), midY(groups), members(groups);

@@ -61,6 +61,13 @@ void fill(Piece& piece, const FlatNetwork& network, const Nest& nest, const MapL
     piece.links = drawing.links.size();
 }
 
+/// How often the nodes of a piece are moved. In a large network each is looked at by few, and all
+/// of them shall take no longer than minutes.
+int rounds(Size nodes, Size all) {
+    constexpr Size moves = 30000000;
+    return static_cast<int>(std::clamp<Size>(moves / all, 30, nodes > 1000 ? 120 : 300));
+}
+
 /// Keeps so many links: of different weights the heaviest, and among equal ones even steps.
 void thin(Drawing& drawing, Size most) {
     auto& links = drawing.links;
@@ -96,7 +103,7 @@ std::vector<Piece> pieces(const FlatNetwork& network, const Nest& nest, const Ma
     workers.share(result.size(), 1, [&](Size first, Size last, unsigned) {
         for (Size i = first; i < last; ++i) {
             fill(result[i], network, nest, map, base);
-            settle(result[i].drawing);
+            settle(result[i].drawing, rounds(result[i].nodes.size(), network.size()));
         }
     });
     Size all = 0;
