@@ -116,7 +116,7 @@ public:
     /// Levels touch only what changed as soon as the carried clusters that take part have so many
     /// times the links of the new ones: before that all changes, and links take the least memory as
     /// they are. Results don't depend on it; tests set it to 0, and to infinity for literal levels.
-    AccWeight m_trackFrom = 1;
+    AccWeight m_trackFrom = 6;
     ProgressReporter m_report;
 
     /// Takes the nodes over; the argument is left empty.
