@@ -2,6 +2,7 @@
 #include "clusterings.hpp"
 
 #include "networks.hpp"
+#include "views.hpp"
 #include "work.hpp"
 
 #include <vorl/agreement/agreement.hpp>
@@ -135,17 +136,7 @@ nb::dict evaluate(const Input& input, const In<Size>& ends, const In<Id>& member
         Network network = input.graph();
         ClustersFile clusters = clustersOf(spanOf(ends), spanOf(members), spanOf(shares));
         clusters.labels = labelsOf(names);
-        if (network.labels && clusters.labels) {
-            for (Id& member : clusters.members)
-                if (clusters.labels->has(member)) {
-                    const Id id = network.labels->find(clusters.labels->text(member));
-                    if (id == ID_NONE)
-                        throw std::invalid_argument("clustering: " + input.name() +
-                                                    " has no node " + clusters.nodeName(member));
-                    member = id;
-                }
-            clusters.labels = network.labels;
-        }
+        takeNames(clusters, network.labels, input.name());
         found = evaluateClusters(network, std::move(clusters), input.name(), gamma);
     });
     nb::dict dict;

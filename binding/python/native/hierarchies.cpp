@@ -2,6 +2,7 @@
 #include "clusterings.hpp"
 #include "networks.hpp"
 #include "state.hpp"
+#include "views.hpp"
 #include "work.hpp"
 
 #include <vorl/communities_hierarchy.hpp>
@@ -11,6 +12,7 @@
 #include <vorl/types/cluster_ids.hpp>
 #include <vorl/types/progress.hpp>
 
+#include <nanobind/stl/optional.h>
 #include <nanobind/stl/pair.h>
 #include <nanobind/stl/string.h>
 #include <nanobind/stl/unique_ptr.h>
@@ -146,6 +148,18 @@ public:
         });
     }
 
+    /// A picture of the hierarchy on its network, see `pictureOf`.
+    nb::str view(const Input& input, const std::vector<std::string>& names,
+                 const std::string& title, std::optional<LevelNum> level, bool allLevels, bool map,
+                 nb::handle tell) const {
+        std::string text;
+        watched(tell, [&] {
+            text = pictureOf(input.undirected(), m_file, names,
+                             {.title = title, .level = level, .allLevels = allLevels, .map = map});
+        });
+        return nb::str(text.data(), text.size());
+    }
+
     nb::dict state() const {
         return std::visit([](const auto& hier) { return stateOf(*hier); }, m_hier);
     }
@@ -240,6 +254,8 @@ void defineHierarchies(nb::module_& module) {
         .def("write", &Built::write, nb::arg("file"), nb::arg("names"), nb::arg("root"),
              nb::arg("max_share"), nb::arg("shares"))
         .def("describe", &Built::describe, nb::arg("file"), nb::arg("names"))
+        .def("view", &Built::view, nb::arg("network"), nb::arg("names"), nb::arg("title"),
+             nb::arg("level").none(), nb::arg("all_levels"), nb::arg("map"), nb::arg("tell").none())
         .def("names", &Built::names)
         .def("state", &Built::state)
         .def("sorted_nodes", &Built::sortedNodes);

@@ -1,6 +1,7 @@
 // The module that the package calls.
 #include "clusterings.hpp"
 #include "networks.hpp"
+#include "views.hpp"
 
 #include <vorl/reading/input_error.hpp>
 #include <vorl/types/trace.hpp>
@@ -50,4 +51,5 @@ NB_MODULE(_vorl, module) {
     vorl::python::defineNetworks(module);
     vorl::python::defineClusterings(module);
     vorl::python::defineHierarchies(module);
+    vorl::python::defineViews(module);
 }

@@ -298,6 +298,34 @@ def test_hierarchy_around_communities(tmp_path, program):
     assert vorl.cluster(network).communities_level is None
 
 
+def test_pages_are_those_of_the_program(tmp_path, program, data):
+    file = data / "lesmis.nse"
+    hierarchy = vorl.cluster(file)
+    hierarchy.write(tmp_path / "x.rhb")
+    found = vorl.communities(file)
+    found.write(tmp_path / "x.cnl")
+    for result, clusters in ((hierarchy, "x.rhb"), (found, "x.cnl")):
+        for kind in ("html", "svg"):
+            program("view", file, tmp_path / clusters, "--title", "Mine", "-o",
+                    tmp_path / f"program.{kind}")
+            result.view(file, tmp_path / f"ours.{kind}", title="Mine")
+            ours = (tmp_path / f"ours.{kind}").read_bytes()
+            assert ours == (tmp_path / f"program.{kind}").read_bytes(), (clusters, kind)
+        page = result.view(file, title="Mine")
+        assert page.html.encode() == ours or kind == "svg"
+        assert "srcdoc=" in page._repr_html_() and "<script" not in page._repr_html_()
+    named = nx.relabel_nodes(nx.karate_club_graph(), lambda i: f"member {i}")
+    for result in (vorl.communities(named), vorl.communities_hierarchy(named)):
+        svg = tmp_path / "named.svg"
+        assert result.view(named, svg) is None and "member 7" in svg.read_text()
+        with pytest.raises(ValueError, match="path: "):
+            result.view(named, tmp_path / "x.pdf")
+        with pytest.raises(ValueError, match="no node|aren't those"):
+            result.view(nx.path_graph(3))
+    with pytest.raises(ValueError, match="level: 99"):
+        hierarchy.view(file, level=99)
+
+
 def test_stubs_and_annotations(tmp_path):
     api = pytest.importorskip("mypy.api")
     use = tmp_path / "use.py"

@@ -25,6 +25,7 @@ from ._functions import (
     read_clusters,
 )
 from ._hierarchy import Hierarchy, Levels, Membership
+from ._view import Page
 
 __all__ = [
     "Clustering",
@@ -35,6 +36,7 @@ __all__ = [
     "Levels",
     "Membership",
     "MemoryLimitError",
+    "Page",
     "cluster",
     "clustering",
     "communities",

@@ -8,7 +8,10 @@ from typing import TYPE_CHECKING, Any, Dict, Hashable, Iterator, List, Optional,
 
 from . import _vorl
 from ._files import replacing
+from ._inputs import network_of
 from ._labels import Labels
+from ._progress import shown
+from ._view import Page, page_or_file, title_of
 
 if TYPE_CHECKING:
     import numpy as np
@@ -218,6 +221,61 @@ class Clustering(Sequence):  # type: ignore[type-arg]
         with replacing(name) as temporary:
             with open(temporary, "wb") as file:
                 file.write(data)
+
+    def view(
+        self,
+        G: Any,
+        path: Optional[Union[str, "os.PathLike[str]"]] = None,
+        *,
+        title: Optional[str] = None,
+        weight: Optional[str] = "weight",
+        directed: Optional[bool] = None,
+        sum_duplicates: Optional[bool] = None,
+        source: str = "source",
+        target: str = "target",
+        format: Optional[str] = None,
+        progress: Any = False,
+    ) -> Optional[Page]:
+        """Shows the communities and their network as a page to zoom and search in.
+
+        Parameters
+        ----------
+        G : path, graph, matrix, table or arrays
+            The network, as of `vorl.communities`.
+        path : path, optional
+            Where to write: a page as ``.html``, or the map alone as ``.svg``.
+        title : str, optional
+            What the page is called; a file's name if it isn't given.
+        weight, directed, sum_duplicates, source, target, format, progress
+            As of `vorl.communities`.
+
+        Returns
+        -------
+        Page or None
+            A page that a notebook shows, with its text as ``.html``; None if it was written.
+
+        Raises
+        ------
+        ValueError
+            If the network lacks a node of the communities.
+        """
+        network = network_of(
+            G, weight=weight, directed=directed, sum_duplicates=sum_duplicates, source=source,
+            target=target, format=format,
+        )
+        members, names = network.members_of(self)
+        if network.labels is not None:
+            names = network.labels.texts()
+
+        def picture(svg: bool) -> str:
+            with shown(progress) as tell:
+                text: str = _vorl.view_clusters(
+                    network.native, self._ends, members, self._parts, names, title_of(title, G),
+                    svg, tell,
+                )
+            return text
+
+        return page_or_file(path, picture)
 
     def plot(self, network: Any = None, ax: Any = None, **options: Any) -> Any:
         """Draws the sizes of the communities, or with a networkx graph the network itself.

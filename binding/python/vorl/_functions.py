@@ -420,8 +420,6 @@ def evaluate(
     >>> round(vorl.evaluate(links, [{0, 1, 2}, {3, 4, 5}])["modularity"], 3)
     0.357
     """
-    import numpy as np
-
     gamma = float(gamma)
     if not 0 <= gamma < float("inf"):
         raise ValueError(f"gamma: {gamma}, a number from 0 on is expected")
@@ -430,17 +428,7 @@ def evaluate(
         G, weight=weight, directed=directed, sum_duplicates=sum_duplicates, source=source,
         target=target, format=format,
     )
-    members = found._members
-    names = found._labels.texts()
-    if network.labels is not None:
-        ids = []
-        for node in found._labels.of(members):
-            try:
-                ids.append(network.labels.id(node))
-            except KeyError:
-                raise ValueError(f"clustering: the network has no node {node!r}") from None
-        members = np.array(ids, np.uint32)
-        names = []
+    members, names = network.members_of(found)
     result: Dict[str, Any] = _vorl.evaluate(
         network.native, found._ends, members, found._parts, names, gamma
     )

@@ -8,7 +8,10 @@ from typing import Any, Dict, Hashable, Iterator, List, NamedTuple, Optional, Un
 
 from ._clustering import Clustering
 from ._files import replacing
+from ._inputs import network_of
 from ._labels import Labels
+from ._progress import shown
+from ._view import Page, page_or_file, title_of
 
 SHARES = {"none": 0, "uneven": 1, "full": 2}
 
@@ -248,6 +251,75 @@ class Hierarchy:
                 self._native.describe(temporary, names)
             else:
                 self._native.write(temporary, names, levels == "root", bool(max_share), SHARES[shares])
+
+    def view(
+        self,
+        G: Any,
+        path: Optional[Union[str, "os.PathLike[str]"]] = None,
+        *,
+        title: Optional[str] = None,
+        level: Optional[int] = None,
+        all_levels: bool = False,
+        weight: Optional[str] = "weight",
+        directed: Optional[bool] = None,
+        sum_duplicates: Optional[bool] = None,
+        source: str = "source",
+        target: str = "target",
+        format: Optional[str] = None,
+        progress: Any = False,
+    ) -> Optional[Page]:
+        """Shows the hierarchy and its network as a page to zoom and search in.
+
+        Parameters
+        ----------
+        G : path, graph, matrix, table or arrays
+            The network, as of `vorl.communities`.
+        path : path, optional
+            Where to write: a page as ``.html``, or the map alone as ``.svg``.
+        title : str, optional
+            What the page is called; a file's name if it isn't given.
+        level : int, optional
+            The level to begin with, whose clusters have colours of their own; by itself that of the
+            communities, else the one of highest modularity.
+        all_levels : bool
+            Whether levels that hardly differ from the one below are shown, too.
+        weight, directed, sum_duplicates, source, target, format, progress
+            As of `vorl.communities`.
+
+        Returns
+        -------
+        Page or None
+            A page that a notebook shows, with its text as ``.html``; None if it was written.
+
+        Raises
+        ------
+        ValueError
+            If the nodes of the network aren't those of the hierarchy, and for a wrong level.
+        """
+        self._require_levels()
+        network = network_of(
+            G, weight=weight, directed=directed, sum_duplicates=sum_duplicates, source=source,
+            target=target, format=format,
+        )
+        labels = self._labels
+        if network.labels is not None and list(network.labels.names) != list(labels.names):
+            raise ValueError("G: its nodes aren't those of the hierarchy, or in another order")
+        if level is None:
+            level = self.communities_level
+        elif not -len(self.levels) <= level < len(self.levels):
+            raise ValueError(f"level: {level}, there are {len(self.levels)} levels")
+        else:
+            level = range(len(self.levels))[level]
+
+        def picture(svg: bool) -> str:
+            with shown(progress) as tell:
+                text: str = self._native.view(
+                    network.native, labels.texts(), title_of(title, G), level, bool(all_levels),
+                    svg, tell,
+                )
+            return text
+
+        return page_or_file(path, picture)
 
     def plot(self, ax: Any = None, **options: Any) -> Any:
         """Draws the levels as an icicle, the root on top: each node as wide as its share.

@@ -23,6 +23,21 @@ class Network:
         self.native = native
         self.labels = labels
 
+    def members_of(self, clusters: Any) -> Tuple[Any, List[str]]:
+        """The members of a `Clustering` as ids of the network, and names that a file has to match."""
+        members = clusters._members
+        if self.labels is None:
+            return members, clusters._labels.texts()
+        import numpy as np
+
+        ids = []
+        for node in clusters._labels.of(members):
+            try:
+                ids.append(self.labels.id(node))
+            except KeyError:
+                raise ValueError(f"clustering: the network has no node {node!r}") from None
+        return np.array(ids, np.uint32), []
+
 
 def class_of(obj: Any, package: str, *names: str) -> bool:
     """Whether an object is of one of the classes of a package, which needn't be there."""
