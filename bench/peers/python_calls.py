@@ -103,7 +103,7 @@ def import_seconds(runs):
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--vorl", type=pathlib.Path, default=ROOT / "build/bench/vorl")
-    parser.add_argument("--runs", type=int, default=3)
+    parser.add_argument("--runs", type=int, default=2)
     parser.add_argument("--nodes", type=int, nargs="*", default=[100000, 1000000],
                         help="of the planted networks, ten times as many links")
     parser.add_argument("--one", nargs=2, metavar=("CALL", "FILE"), help=argparse.SUPPRESS)

@@ -84,7 +84,7 @@ test("karate: the hierarchy of cluster, level by level, by keys and clicks", asy
     await page.evaluate(() => (vorl.page.shown.level = 0));
     await page.mouse.click(box.x + middle[0], box.y + middle[1]);
     await settled(page);
-    assert.ok((await crumbs()) >= 1);
+    assert.ok((await crumbs()) > 1);
     await page.mouse.move(box.x + 100, box.y + 100);
     await page.mouse.wheel(0, -400);
     await page.waitForTimeout(300);
