@@ -2,7 +2,7 @@
 import { select } from "d3-selection";
 import "d3-transition";
 import { zoom, zoomIdentity, ZoomTransform } from "d3-zoom";
-import { Camera } from "./picture.js";
+import { Camera } from "./shown.js";
 
 export class Flight {
     private transform = zoomIdentity;

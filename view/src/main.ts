@@ -1,16 +1,15 @@
 // The page: what its controls do, and when it is drawn.
 import { Flight } from "./camera.js";
-import { Colours, DARK, LIGHT } from "./colours.js";
-import { clusterTable, levelTable, nodeTable } from "./csv.js";
+import { Chosen } from "./chosen.js";
+import { Colours, DARK, LIGHT, Theme } from "./colours.js";
+import { chosenTable, clusterTable, levelTable, nodeTable } from "./csv.js";
 import { Arrays, bytesOfBase64, unpacked } from "./data.js";
 import { Model } from "./model.js";
 import { CanvasPainter, SvgPainter } from "./painter.js";
-import { clusterFacts, counted, element, nodeFacts, tipText } from "./panel.js";
-import { Hit, Mode, Picture, Shown } from "./picture.js";
-
-function byId<T extends HTMLElement>(id: string): T {
-    return document.getElementById(id) as T;
-}
+import { Actions, byId, chosenFacts, clusterFacts, counted, element, nodeFacts, tipText } from "./panel.js";
+import { Picture } from "./picture.js";
+import { listenToSearch } from "./search.js";
+import { Hit, Mode, Shown } from "./shown.js";
 
 const FLIGHT = 750;
 
@@ -31,26 +30,32 @@ class Page {
     constructor(private readonly model: Model) {
         this.colours = new Colours(model, this.theme());
         this.picture = new Picture(model, this.colours);
-        this.shown = { mode: "circles", level: model.facts.level, blend: 0, selectedCluster: 0, marked: -1, hovered: null, moves: false };
+        this.shown = { mode: "circles", level: model.facts.level, blend: 0, focus: 0, marked: -1, chosen: new Chosen(), hovered: null, moves: false };
         this.flight = new Flight(this.canvas, () => this.moved());
         this.fillHead();
         this.listen();
         this.resize();
         this.select(0);
-        const actions = { showCluster: (c: number) => this.go(c), showNode: (n: number) => this.showNode(n) };
         // For scripts that drive the page, such as its tests.
         Object.assign(window, {
-            vorl: { model, page: this, ...actions, frames: this.frames, places: (node: number) => this.picture.placesOnScreen(this.flight.camera, this.shown, node) },
+            vorl: { model, page: this, ...this.actions, frames: this.frames, places: (node: number) => this.picture.spots.places(this.flight.camera, this.shown, node) },
         });
         document.documentElement.dataset.ready = "yes";
     }
 
     private theme() {
-        return this.dark.matches && !matchMedia("print").matches ? DARK : LIGHT;
+        return this.dark.matches ? DARK : LIGHT;
     }
-    private get actions() {
-        return { showCluster: (cluster: number) => this.go(cluster), showNode: (node: number) => this.showNode(node) };
-    }
+    private readonly actions: Actions = {
+        showCluster: (cluster) => this.go(cluster),
+        showNode: (node) => this.showNode(node),
+        toggleCluster: (cluster) => this.toggle("cluster", cluster),
+        toggleNode: (node) => this.toggle("node", node),
+        clear: () => {
+            this.shown.chosen.clear();
+            this.tellChosen();
+        },
+    };
 
     // What is shown.
 
@@ -107,8 +112,7 @@ class Page {
 
     /** Flies to a cluster, and tells about it. */
     go(cluster: number, duration = FLIGHT): Promise<void> {
-        this.shown.marked = -1;
-        this.node = -1;
+        this.shown.marked = this.node = -1;
         this.select(cluster);
         return this.fly(cluster, duration);
     }
@@ -121,8 +125,7 @@ class Page {
         this.node = node;
         this.shown.marked = node;
         const cluster = this.model.placeCluster[this.model.home(node)]!;
-        this.select(cluster, false);
-        this.tell(nodeFacts(this.model, this.colours, node, this.actions), this.model.nodeName(node));
+        this.select(cluster);
         // All of its places come into sight, with what is around them.
         const around = this.common(node);
         return this.fly(around, duration);
@@ -137,9 +140,8 @@ class Page {
         return this.shown.mode === "network" && index >= 0 ? this.model.pieces[index]!.cluster : path[path.length - 1]!;
     }
 
-    private select(cluster: number, tell = true) {
-        this.focus = cluster;
-        this.shown.selectedCluster = cluster;
+    private select(cluster: number) {
+        this.focus = this.shown.focus = cluster;
         const crumbs = this.model.path(cluster).map((at) => {
             const button = element("button", { type: "button" }, at === 0 ? "All" : String(this.model.id[at]));
             button.setAttribute("aria-label", this.model.clusterName(at));
@@ -148,18 +150,44 @@ class Page {
             return element("li", {}, button);
         });
         byId("crumbs").replaceChildren(...crumbs);
-        if (tell)
-            this.tell(
-                clusterFacts(this.model, this.colours, cluster, this.actions),
-                `${this.model.clusterName(cluster)}, ${counted(this.model.members[cluster]!, "node")}, ${counted(this.model.parts(cluster).length, "part")}`,
-            );
+        this.tellFacts();
+        byId("facts").scrollTop = 0;
+        byId("status").textContent =
+            this.node >= 0
+                ? this.model.nodeName(this.node)
+                : `${this.model.clusterName(cluster)}, ${counted(this.model.members[cluster]!, "node")}, ${counted(this.model.parts(cluster).length, "part")}`;
         this.ask();
     }
 
-    private tell(contents: Node[], status: string) {
-        byId("facts").replaceChildren(...contents);
-        byId("facts").scrollTop = 0;
-        byId("status").textContent = status;
+    private tellFacts() {
+        const { model, colours, actions } = this;
+        const { chosen } = this.shown;
+        byId("facts").replaceChildren(
+            ...(this.node >= 0
+                ? nodeFacts(model, colours, this.node, chosen, actions)
+                : clusterFacts(model, colours, this.focus, chosen, actions)),
+        );
+    }
+
+    // What is selected together.
+
+    private toggle(kind: "cluster" | "node", number: number) {
+        const { chosen } = this.shown;
+        if (kind === "node") chosen.toggleNode(number);
+        else if (number !== 0) chosen.toggleCluster(number);
+        this.tellChosen();
+    }
+
+    private tellChosen() {
+        const { chosen } = this.shown;
+        const focused = document.activeElement?.closest("#chosen, #facts")?.id;
+        byId("chosen").replaceChildren(...chosenFacts(this.model, this.colours, chosen, this.actions));
+        byId("chosen").hidden = chosen.size === 0;
+        byId("status").textContent = `${chosen.size} selected`;
+        this.tellFacts();
+        // The button that was pressed is another one now.
+        if (focused) (document.querySelector<HTMLElement>(`#${focused} .choose`) ?? this.canvas).focus();
+        this.ask();
     }
 
     // Drawing.
@@ -199,12 +227,30 @@ class Page {
         void this.fly(this.focus, 0);
         this.ask();
     }
-    private repaint() {
-        this.colours = new Colours(this.model, this.theme());
+    private repaint(theme: Theme) {
+        this.colours = new Colours(this.model, theme);
         this.picture = new Picture(this.model, this.colours);
-        this.resize();
-        this.select(this.focus, this.node < 0);
-        if (this.node >= 0) this.tell(nodeFacts(this.model, this.colours, this.node, this.actions), "");
+        const { camera } = this.flight;
+        this.picture.setRatio(camera.width / Math.min(camera.width, camera.height));
+        this.tellChosen();
+    }
+
+    /** Paper is light, and printers wait for no animation. */
+    private print() {
+        this.repaint(LIGHT);
+        this.paint(byId<HTMLCanvasElement>("paper"), 2400 / this.flight.camera.width);
+    }
+
+    /** The picture in so many times its size. */
+    private paint(canvas: HTMLCanvasElement, times: number) {
+        const { camera } = this.flight;
+        canvas.width = Math.round(camera.width * times);
+        canvas.height = Math.round(camera.height * times);
+        const context = canvas.getContext("2d")!;
+        context.scale(times, times);
+        context.fillStyle = this.colours.theme.ground;
+        context.fillRect(0, 0, camera.width, camera.height);
+        this.picture.draw(new CanvasPainter(context), camera, { ...this.shown, hovered: null, moves: false });
     }
 
     // Files.
@@ -217,10 +263,11 @@ class Page {
     svgText(): string {
         const { camera } = this.flight;
         const painter = new SvgPainter(camera.width, camera.height, this.colours.theme.ground);
-        this.picture.draw(painter, camera, this.shown);
+        this.picture.draw(painter, camera, { ...this.shown, hovered: null, moves: false });
         return painter.document(this.model.title);
     }
     csvText(): string {
+        if (this.shown.chosen.size > 0) return chosenTable(this.model, this.shown.chosen);
         if (this.node >= 0) return nodeTable(this.model, this.node);
         return this.focus === 0 ? levelTable(this.model, this.shown.level) : clusterTable(this.model, this.focus);
     }
@@ -231,16 +278,8 @@ class Page {
         if (kind === "png") this.savePng(base);
     }
     private savePng(base: string) {
-        const { camera } = this.flight;
-        const times = 3;
         const canvas = element("canvas");
-        canvas.width = camera.width * times;
-        canvas.height = camera.height * times;
-        const context = canvas.getContext("2d")!;
-        context.scale(times, times);
-        context.fillStyle = this.colours.theme.ground;
-        context.fillRect(0, 0, camera.width, camera.height);
-        this.picture.draw(new CanvasPainter(context), camera, this.shown);
+        this.paint(canvas, 3);
         canvas.toBlob((blob) => blob && this.keep(`${base}.png`, blob), "image/png");
     }
 
@@ -248,9 +287,9 @@ class Page {
 
     private listen() {
         new ResizeObserver(() => this.resize()).observe(this.canvas);
-        this.dark.addEventListener("change", () => this.repaint());
-        window.addEventListener("beforeprint", () => this.repaint());
-        window.addEventListener("afterprint", () => this.repaint());
+        this.dark.addEventListener("change", () => this.repaint(this.theme()));
+        window.addEventListener("beforeprint", () => this.print());
+        window.addEventListener("afterprint", () => this.repaint(this.theme()));
         for (const button of document.querySelectorAll<HTMLButtonElement>("[data-mode]"))
             button.addEventListener("click", () => this.setMode(button.dataset.mode as Mode));
         for (const button of document.querySelectorAll<HTMLButtonElement>("[data-save]"))
@@ -273,20 +312,27 @@ class Page {
                 byId("search").focus();
             }
         });
-        this.listenToSearch();
+        listenToSearch(
+            this.model,
+            () => this.shown.level,
+            (node) => void this.showNode(node),
+            () => this.canvas.focus(),
+        );
     }
 
     private hitAt(event: MouseEvent): Hit {
         const box = this.canvas.getBoundingClientRect();
-        return this.picture.hit(this.flight.camera, this.shown, event.clientX - box.left, event.clientY - box.top);
+        return this.picture.spots.at(this.flight.camera, this.shown, event.clientX - box.left, event.clientY - box.top);
     }
     private clicked(event: MouseEvent) {
         const hit = this.hitAt(event);
+        if (event.shiftKey) {
+            this.toggle("cluster", this.standingAt(hit));
+            return;
+        }
         if (hit.kind === "node") {
-            this.node = hit.node;
-            this.shown.marked = hit.node;
-            this.select(hit.cluster, false);
-            this.tell(nodeFacts(this.model, this.colours, hit.node, this.actions), this.model.nodeName(hit.node));
+            this.node = this.shown.marked = hit.node;
+            this.select(hit.cluster);
             return;
         }
         // A step further towards what was clicked, or back out.
@@ -294,6 +340,13 @@ class Page {
         const at = path.indexOf(this.focus);
         const next = at >= 0 ? path[Math.min(at + 1, path.length - 1)]! : this.sibling(path);
         void this.go(next === this.focus ? this.model.parent[this.focus]! : next);
+    }
+    /** The cluster of the level that something is in. */
+    private standingAt(hit: Hit): number {
+        if (hit.kind === "node" && this.shown.mode === "network")
+            return this.model.holders(hit.node, this.shown.level)[0]?.[0] ?? hit.cluster;
+        const at = this.model.standing(this.shown.level)[hit.cluster]!;
+        return at < 0 ? hit.cluster : at;
     }
     /** Where the way to what was clicked leaves that to the focus. */
     private sibling(path: number[]): number {
@@ -334,6 +387,7 @@ class Page {
             ArrowUp: () => void this.go(model.parent[focus]!),
             Escape: () => void this.go(model.parent[focus]!),
             Backspace: () => void this.go(model.parent[focus]!),
+            " ": () => (this.node >= 0 ? this.toggle("node", this.node) : this.toggle("cluster", focus)),
             Home: () => void this.go(0),
             "0": () => void this.go(0),
             "+": () => this.flight.zoomBy(1.6),
@@ -350,67 +404,6 @@ class Page {
         if (!act) return;
         event.preventDefault();
         act();
-    }
-
-    private listenToSearch() {
-        const field = byId<HTMLInputElement>("search");
-        const results = byId("results");
-        let chosen = -1;
-        const close = () => {
-            results.hidden = true;
-            field.setAttribute("aria-expanded", "false");
-            field.removeAttribute("aria-activedescendant");
-            chosen = -1;
-        };
-        const take = (node: number) => {
-            close();
-            field.value = this.model.nodeName(node);
-            void this.showNode(node);
-        };
-        const choose = (index: number) => {
-            const options = [...results.querySelectorAll<HTMLElement>("[role=option]")];
-            chosen = options.length ? (index + options.length) % options.length : -1;
-            options.forEach((option, i) => option.setAttribute("aria-selected", String(i === chosen)));
-            if (chosen >= 0) {
-                field.setAttribute("aria-activedescendant", options[chosen]!.id);
-                options[chosen]!.scrollIntoView({ block: "nearest" });
-            }
-        };
-        field.addEventListener("input", () => {
-            const nodes = this.model.search(field.value, 12);
-            const options = nodes.map((node, i) => {
-                const [place] = this.model.holders(node, this.shown.level);
-                const option = element(
-                    "div",
-                    { role: "option", id: `result-${i}`, "data-node": String(node) },
-                    element("span", {}, this.model.nodeName(node)),
-                    element("small", {}, place ? this.model.clusterName(place[0]) : ""),
-                );
-                option.addEventListener("pointerdown", (event) => {
-                    event.preventDefault();
-                    take(node);
-                });
-                return option;
-            });
-            const none = field.value.trim() && nodes.length === 0;
-            results.replaceChildren(...(none ? [element("div", { class: "none" }, "No such node")] : options));
-            results.hidden = !field.value.trim();
-            field.setAttribute("aria-expanded", String(!results.hidden));
-            choose(0);
-        });
-        field.addEventListener("keydown", (event) => {
-            if (event.key === "ArrowDown" || event.key === "ArrowUp") {
-                event.preventDefault();
-                choose(chosen + (event.key === "ArrowDown" ? 1 : -1));
-            } else if (event.key === "Enter") {
-                const option = results.querySelector<HTMLElement>("[aria-selected=true]");
-                if (option) take(Number(option.dataset.node));
-            } else if (event.key === "Escape") {
-                close();
-                this.canvas.focus();
-            }
-        });
-        field.addEventListener("blur", close);
     }
 }
 

@@ -9,7 +9,7 @@ export interface TextStyle {
 
 export interface Painter {
     circle(x: number, y: number, r: number, fill: string | null, alpha: number, stroke?: string, width?: number): void;
-    rect(x: number, y: number, w: number, h: number, fill: string, alpha: number, stroke?: string, width?: number): void;
+    rect(x: number, y: number, w: number, h: number, fill: string | null, alpha: number, stroke?: string, width?: number): void;
     /** Circles of one colour: x, y and r of each. */
     dots(at: number[], fill: string, alpha: number): void;
     /** Straight lines of one colour: both ends of each. */
@@ -36,7 +36,7 @@ export class CanvasPainter implements Painter {
         this.to.arc(x, y, r, 0, TURN);
         this.finish(fill, alpha, stroke, width);
     }
-    rect(x: number, y: number, w: number, h: number, fill: string, alpha: number, stroke?: string, width = 1) {
+    rect(x: number, y: number, w: number, h: number, fill: string | null, alpha: number, stroke?: string, width = 1) {
         this.to.beginPath();
         this.to.rect(x, y, w, h);
         this.finish(fill, alpha, stroke, width);
@@ -144,7 +144,7 @@ export class SvgPainter implements Painter {
     circle(x: number, y: number, r: number, fill: string | null, alpha: number, stroke?: string, width = 1) {
         this.add(`<circle cx="${short(x)}" cy="${short(y)}" r="${short(r)}"`, fill, alpha, stroke, width);
     }
-    rect(x: number, y: number, w: number, h: number, fill: string, alpha: number, stroke?: string, width = 1) {
+    rect(x: number, y: number, w: number, h: number, fill: string | null, alpha: number, stroke?: string, width = 1) {
         this.add(
             `<rect x="${short(x)}" y="${short(y)}" width="${short(w)}" height="${short(h)}"`,
             fill,

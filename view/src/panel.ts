@@ -1,4 +1,5 @@
 // What is told of a cluster or a node beside the picture.
+import { Chosen } from "./chosen.js";
 import { Colours } from "./colours.js";
 import { shareText } from "./csv.js";
 import { Model } from "./model.js";
@@ -6,6 +7,15 @@ import { Model } from "./model.js";
 export interface Actions {
     showCluster(cluster: number): void;
     showNode(node: number): void;
+    /** Selects, or does so no longer. */
+    toggleCluster(cluster: number): void;
+    toggleNode(node: number): void;
+    /** Nothing is selected any more. */
+    clear(): void;
+}
+
+export function byId<T extends HTMLElement>(id: string): T {
+    return document.getElementById(id) as T;
 }
 
 /** An element with attributes and contents; texts are texts, never markup. */
@@ -52,8 +62,46 @@ function list(items: HTMLElement[], more: number): HTMLElement {
 
 const MOST = 60;
 
-export function clusterFacts(model: Model, colours: Colours, cluster: number, actions: Actions): Node[] {
-    const head = element("h2", {}, swatch(colours.shade(cluster)), model.clusterName(cluster));
+/** Selects what is told, or does so no longer. */
+function chooser(isChosen: boolean, act: () => void): HTMLElement {
+    const made = element("button", { type: "button", class: "choose", "aria-pressed": String(isChosen) }, isChosen ? "Selected" : "Select");
+    made.addEventListener("click", act);
+    return made;
+}
+
+/** All that is selected together, with a way to let go of each. */
+export function chosenFacts(model: Model, colours: Colours, chosen: Chosen, actions: Actions): Node[] {
+    const nodes = new Set(chosen.nodes);
+    for (const cluster of chosen.clusters) for (const node of model.membersOf(cluster).keys()) nodes.add(node);
+    const clear = element("button", { type: "button", class: "choose" }, "Clear");
+    clear.addEventListener("click", () => actions.clear());
+    const row = (name: string, mark: HTMLElement[], show: () => void, leave: () => void) => {
+        const without = element("button", { type: "button", class: "leave", "aria-label": `Select ${name} no longer` }, "×");
+        without.addEventListener("click", leave);
+        return element("div", { class: "pair" }, button([...mark, name], show), without);
+    };
+    const rows = [
+        ...[...chosen.clusters].map((cluster) =>
+            row(
+                model.clusterName(cluster),
+                [swatch(colours.shade(cluster))],
+                () => actions.showCluster(cluster),
+                () => actions.toggleCluster(cluster),
+            ),
+        ),
+        ...[...chosen.nodes].map((node) =>
+            row(model.nodeName(node), [], () => actions.showNode(node), () => actions.toggleNode(node)),
+        ),
+    ];
+    return [
+        element("div", { class: "head" }, element("h2", {}, `Selected: ${counted(nodes.size, "node")}`), clear),
+        list(rows.slice(0, MOST), rows.length - MOST),
+    ];
+}
+
+export function clusterFacts(model: Model, colours: Colours, cluster: number, chosen: Chosen, actions: Actions): Node[] {
+    const head = element("div", { class: "head" }, element("h2", {}, swatch(colours.shade(cluster)), model.clusterName(cluster)));
+    if (cluster !== 0) head.append(chooser(chosen.clusters.has(cluster), () => actions.toggleCluster(cluster)));
     const facts = element("dl");
     facts.append(...fact("Nodes", model.members[cluster]!.toLocaleString("en")));
     if (Math.abs(model.size[cluster]! - model.members[cluster]!) > 1e-4)
@@ -126,11 +174,17 @@ export function clusterFacts(model: Model, colours: Colours, cluster: number, ac
     return result;
 }
 
-export function nodeFacts(model: Model, colours: Colours, node: number, actions: Actions): Node[] {
+export function nodeFacts(model: Model, colours: Colours, node: number, chosen: Chosen, actions: Actions): Node[] {
     const facts = element("dl");
     facts.append(...fact("Neighbours", model.degree[node]!.toLocaleString("en")));
     if (model.weight) facts.append(...fact("Weight of its links", rounded(model.weight[node]!)));
-    const result: Node[] = [element("h2", {}, model.nodeName(node)), facts];
+    const head = element(
+        "div",
+        { class: "head" },
+        element("h2", {}, model.nodeName(node)),
+        chooser(chosen.nodes.has(node), () => actions.toggleNode(node)),
+    );
+    const result: Node[] = [head, facts];
     const clusters = model.ancestors(node);
     if (clusters.length === 0) result.push(element("p", {}, "In no cluster"));
     let level = -1;

@@ -131,6 +131,73 @@ test("a shared node: all of its places are marked, and its shares can be kept", 
     assert.deepEqual(page.complaints, []);
 });
 
+test("clusters and nodes are selected together, and kept as one table", async () => {
+    const network = join(data, "football.nse");
+    const page = await open(pageOf("chosen", network));
+    const kept = async () => {
+        const [download] = await Promise.all([page.waitForEvent("download"), page.click("[data-save=csv]")]);
+        const [head, ...rows] = readFileSync(await download.path(), "utf8").trim().split("\r\n");
+        assert.equal(head, "node,cluster,share");
+        return rows.map((row) => row.split(","));
+    };
+    // What a click with Shift on a dot or beside it means is the cluster of the level, in each kind of picture.
+    const clickOn = (cluster) =>
+        page.evaluate((at) => {
+            const { model, page } = vorl;
+            const node = model.placeNode[model.place[at]];
+            const [x, y] = vorl.places(node)[0];
+            const box = page.canvas.getBoundingClientRect();
+            return [box.x + x, box.y + y];
+        }, cluster).then(async ([x, y]) => {
+            await page.keyboard.down("Shift");
+            await page.mouse.click(x, y);
+            await page.keyboard.up("Shift");
+        });
+    const standing = await page.evaluate(() => vorl.model.clustersAt(vorl.model.facts.level));
+    const [first, second, third] = standing;
+    const chosen = () => page.evaluate(() => [...vorl.page.shown.chosen.clusters]);
+    await clickOn(first);
+    await page.click("[data-mode=network]");
+    await settled(page);
+    await clickOn(second);
+    await page.click("[data-mode=rectangles]");
+    await settled(page);
+    await clickOn(third);
+    assert.deepEqual(await chosen(), [first, second, third]);
+    await clickOn(second);
+    assert.deepEqual(await chosen(), [first, third]);
+    await shot(page, "football-selected");
+
+    const ids = await page.evaluate((wanted) => wanted.map((c) => String(vorl.model.id[c])), [first, third]);
+    const table = join(work, "football.tsv");
+    vorl("communities", network, "--table", table, "-q");
+    const told = readFileSync(table, "utf8").trim().split("\n").slice(1).map((row) => row.split("\t"));
+    const sizes = await page.evaluate((wanted) => wanted.map((c) => vorl.model.members[c]), [first, third]);
+    let rows = await kept();
+    ids.forEach((id, i) => assert.equal(rows.filter((row) => row[1] === id).length, sizes[i]));
+    assert.equal(rows.length, sizes[0] + sizes[1]);
+    // Nodes of one cluster there are in one community of the program.
+    for (const id of ids) {
+        const nodes = new Set(rows.filter((row) => row[1] === id).map((row) => row[0]));
+        assert.equal(new Set(told.filter(([node]) => nodes.has(node)).map((row) => row[1])).size, 1);
+    }
+
+    // By keys: a node, too, whose clusters come below without a row twice.
+    const other = await page.evaluate((at) => vorl.model.nodeName(vorl.model.placeNode[vorl.model.place[at]]), second);
+    await page.fill("#search", other);
+    await page.press("#search", "Enter");
+    await page.focus("#picture");
+    await page.keyboard.press("Space");
+    rows = await kept();
+    assert.equal(new Set(rows.map(String)).size, rows.length);
+    assert.ok(rows.length > sizes[0] + sizes[1]);
+    await page.click(`#chosen button[aria-label="Select Cluster ${ids[1]} no longer"]`);
+    assert.deepEqual(await chosen(), [first]);
+    await page.click("#chosen >> text=Clear");
+    assert.equal(await page.isVisible("#chosen"), false);
+    assert.deepEqual(page.complaints, []);
+});
+
 test("names are text, never markup", async () => {
     const names = ["<script>alert(1)</script>", "</script><img src=x onerror=alert(1)>", "{{data}}", "a&b", '"quoted"', "émile ☃", "=1+1", "<!--"];
     const file = join(work, "names.csv");
@@ -162,16 +229,42 @@ test("a narrow and dark screen, and paper", async () => {
     assert.equal(await page.evaluate(() => document.documentElement.scrollWidth), 360);
     const ground = await page.evaluate(() => [...vorl.page.context.getImageData(0, 0, 1, 1).data].slice(0, 3));
     assert.ok(Math.max(...ground) < 64, `the ground is ${ground}`);
-    // Everything that can be used has a name.
-    const nameless = await page.evaluate(() =>
-        [...document.querySelectorAll("button, input, canvas")].filter(
-            (e) => !(e.getAttribute("aria-label") || e.textContent.trim() || e.getAttribute("title")),
-        ).length,
+    const wide = await page.evaluate(() =>
+        [...document.querySelectorAll("body *")].filter((e) => e.getBoundingClientRect().right > 360.5).map((e) => e.outerHTML),
     );
-    assert.equal(nameless, 0);
+    assert.deepEqual(wide, []);
+    // What screen readers tell.
+    const told = await page.locator("body").ariaSnapshot();
+    for (const name of [
+        'combobox "Search a node by its name"',
+        'group "Kind of picture"',
+        'button "Circles" [pressed]',
+        'group "Keep as a file"',
+        'button "CSV"',
+        'application "Map of the clusters. Arrow keys go from cluster to cluster',
+        'slider "Level of the hierarchy"',
+        'button "Zoom in"',
+        'navigation "Where one is"',
+        'region "What is shown"',
+    ])
+        assert.ok(told.includes(name), `${name} isn't told in\n${told}`);
+    assert.doesNotMatch(told, /^\s*- (button|slider|combobox|application|img)\s*(\[|:|$)/m);
     await shot(page, "jazz-narrow-dark");
+
+    // Paper is light, and has the picture on it.
+    await page.pdf({ path: join(work, "jazz.pdf"), format: "A4" });
+    const colours = await page.evaluate(() => {
+        const paper = document.querySelector("#paper");
+        const { data } = paper.getContext("2d").getImageData(0, 0, paper.width, paper.height);
+        const seen = new Set();
+        for (let i = 0; i < data.length; i += 4) seen.add((data[i] << 16) | (data[i + 1] << 8) | data[i + 2]);
+        return [data[0], data[1], data[2], seen.size];
+    });
+    assert.deepEqual(colours.slice(0, 3), [255, 255, 255]);
+    assert.ok(colours[3] > 100, `${colours[3]} colours`);
     await page.emulateMedia({ media: "print", colorScheme: "light" });
-    assert.equal(await page.isVisible(".modes"), false);
+    for (const name of [".modes", ".save", ".zoom", "#search", "#picture"]) assert.equal(await page.isVisible(name), false, name);
+    for (const name of ["#paper", "#facts", "#title"]) assert.ok(await page.isVisible(name), name);
     assert.deepEqual(page.complaints, []);
 });
 

@@ -38,3 +38,16 @@ test("colours can be told from each other on their ground", async () => {
     assert.equal(mixed("#000000", "#ffffff", 0.5), "#808080");
     assert.ok(isDeep("#332288") && !isDeep("#ccbb44"));
 });
+
+test("texts take no room that others have", async () => {
+    const { Room, shortened } = await source("texts");
+    const room = new Room();
+    assert.ok(room.take(100, 100, 40, 10));
+    assert.ok(!room.take(130, 105, 40, 10));
+    assert.ok(room.take(141, 100, 40, 10));
+    assert.ok(room.take(100, 111, 40, 10));
+    assert.ok(!room.take(0, 0, 1000, 1000));
+    assert.ok(room.take(-500, -500, 300, 10));
+    assert.ok(!room.take(-400, -500, 10, 10));
+    assert.equal(shortened("a😀bcd", 3), "a😀…");
+});
