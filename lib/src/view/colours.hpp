@@ -15,18 +15,18 @@ struct Colour {
     const char* dark;
 };
 
-inline constexpr std::array<Colour, 12> PALETTE{{{"#4477aa", "#6699cc"},
-                                                 {"#ee7733", "#ee8844"},
-                                                 {"#228833", "#44aa55"},
-                                                 {"#aa3377", "#cc5599"},
-                                                 {"#ccbb44", "#ddcc55"},
-                                                 {"#66ccee", "#77d4f2"},
-                                                 {"#cc3311", "#e05535"},
-                                                 {"#009988", "#22b3a2"},
-                                                 {"#332288", "#8877dd"},
-                                                 {"#ee99aa", "#f2a9b8"},
-                                                 {"#999933", "#b3b34d"},
-                                                 {"#994f00", "#c47f33"}}};
+inline constexpr std::array<Colour, 12> PALETTE{{{"#4b67b7", "#94b1f9"},
+                                                 {"#f28705", "#f48801"},
+                                                 {"#006834", "#038b48"},
+                                                 {"#7d256c", "#a03b8d"},
+                                                 {"#bdcc56", "#d5e663"},
+                                                 {"#5bd1f4", "#9ce6ff"},
+                                                 {"#f44562", "#f54060"},
+                                                 {"#088d91", "#0eb2b7"},
+                                                 {"#2b026e", "#705dcb"},
+                                                 {"#fea9b3", "#ffb9c0"},
+                                                 {"#7d8000", "#b5b974"},
+                                                 {"#9a3e01", "#be5008"}}};
 /// Of what has no colour.
 inline constexpr Colour NEUTRAL{"#9a9a9a", "#8a8a8a"};
 inline constexpr std::uint8_t GREY = 255;
