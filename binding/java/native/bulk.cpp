@@ -1,7 +1,9 @@
 // Native methods of info.quenta.vorl.Bulk: whole networks and levels in one call.
 #include "frame.hpp"
 
+#include <vorl/communities.hpp>
 #include <vorl/fileio/iotypes.hpp>
+#include <vorl/flat_network.hpp>
 #include <vorl/graph.hpp>
 #include <vorl/reading/cluster_levels.hpp>
 #include <vorl/reading/memory_file.hpp>
@@ -304,6 +306,25 @@ JNIEXPORT jlong JNICALL Java_info_quenta_vorl_Bulk_cluster(JNIEnv* env, jclass, 
         return onGraph(graph, weighted, [options](auto& gr) {
             return clustered(gr, *reinterpret_cast<const ClusterOptions*>(options));
         });
+    });
+}
+
+JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_communities(JNIEnv* env, jclass, jlong graph,
+                                                              jboolean weighted, jboolean shares,
+                                                              jint starts, jint threads,
+                                                              jobjectArray out) {
+    guarded(env, [&] {
+        const FlatNetwork network = onGraph(
+            graph, weighted, [](auto& gr) { return FlatNetwork(gr.nodes(), gr.directed()); });
+        const Communities found = communities(network, {.threads = static_cast<unsigned>(threads),
+                                                        .shares = shares != JNI_FALSE,
+                                                        .starts = static_cast<unsigned>(starts)});
+        Rows rows;
+        for (Size place = 0; place < found.nodes(); ++place) {
+            for (const CommunityShare& part : found.of(place)) rows.add(part.community, part.share);
+            rows.end(found.ids()[place]);
+        }
+        rows.store(env, out);
     });
 }
 

@@ -116,6 +116,30 @@ public final class Bulk {
     }
 
     /**
+     * Finds communities.
+     *
+     * @param shares whether a node may belong to several
+     * @param starts from how many starts to search, 0: the smaller the network, the more
+     * @param threads 0 for as many as the process may use
+     * @return the nodes by ascending ids, each with its communities, that of the largest share
+     *     first
+     */
+    public static Rows communities(Graph graph, boolean shares, int starts, int threads) {
+        Object[] out = new Object[4];
+        communities(live(Graph.getCPtr(graph)), true, shares, starts, threads, out);
+        keep(graph);
+        return rows(out);
+    }
+
+    /** As for weighted links. */
+    public static Rows communities(SGraph graph, boolean shares, int starts, int threads) {
+        Object[] out = new Object[4];
+        communities(live(SGraph.getCPtr(graph)), false, shares, starts, threads, out);
+        keep(graph);
+        return rows(out);
+    }
+
+    /**
      * Measures the clusters of a file on a copy of the network, which stays as it is.
      *
      * @param file as the program reads it
@@ -314,6 +338,9 @@ public final class Bulk {
     private static native long nodes(long graph, boolean weighted);
 
     private static native long cluster(long graph, boolean weighted, long options);
+
+    private static native void communities(
+        long graph, boolean weighted, boolean shares, int starts, int threads, Object[] out);
 
     private static native double[] evaluate(
         long graph, boolean weighted, String file, String network, double gamma);

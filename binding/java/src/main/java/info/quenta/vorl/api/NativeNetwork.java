@@ -17,6 +17,8 @@ interface NativeNetwork {
 
     NativeHierarchy cluster(ClusterOptions options);
 
+    Bulk.Rows communities(CommunitiesOptions options);
+
     Measures evaluate(String clusters, String network, double gamma);
 
     void delete();
@@ -50,6 +52,11 @@ interface NativeNetwork {
         @Override
         public NativeHierarchy cluster(ClusterOptions options) {
             return new NativeHierarchy.Weighted(Bulk.cluster(graph, options));
+        }
+
+        @Override
+        public Bulk.Rows communities(CommunitiesOptions options) {
+            return Bulk.communities(graph, options.shares(), options.starts(), options.threads());
         }
 
         @Override
@@ -87,6 +94,11 @@ interface NativeNetwork {
         @Override
         public NativeHierarchy cluster(ClusterOptions options) {
             return new NativeHierarchy.Unweighted(Bulk.cluster(graph, options));
+        }
+
+        @Override
+        public Bulk.Rows communities(CommunitiesOptions options) {
+            return Bulk.communities(graph, options.shares(), options.starts(), options.threads());
         }
 
         @Override

@@ -115,6 +115,25 @@ public final class Network implements AutoCloseable {
     }
 
     /**
+     * Finds the communities of the network with the default options.
+     *
+     * @return the communities
+     */
+    public Communities communities() { return communities(CommunitiesOptions.DEFAULT); }
+
+    /**
+     * Finds the communities of the network, as the program's {@code communities} does: one flat
+     * answer, with shares where nodes belong to several. Directions don't count.
+     *
+     * @param options how
+     * @return the communities, which hold no native memory
+     * @throws VorlException if the library refuses the network
+     */
+    public Communities communities(CommunitiesOptions options) {
+        return new Communities(resource.callAlone(false, network -> network.communities(options)));
+    }
+
+    /**
      * Measures clusters of a file, of this library or another one.
      *
      * <p>A cluster a line is expected, {@code [id>] node[:share] ...}, with comments that begin

@@ -12,8 +12,11 @@ import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.NoSuchFileException;
 import java.nio.file.Path;
+import java.util.ArrayList;
 import java.util.List;
 import java.util.Map;
+import java.util.NoSuchElementException;
+import java.util.TreeMap;
 import java.util.zip.GZIPOutputStream;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.condition.EnabledIfSystemProperty;
@@ -173,5 +176,43 @@ class ReadingTest {
         assertEquals(Files.readString(point), Files.readString(clusters));
         assertEquals(Files.readString(folder.resolve("point.rhb")),
             Files.readString(folder.resolve("comma.rhb")));
+    }
+
+    @EnabledIfSystemProperty(named = "vorl.test.program", matches = ".+")
+    @Test
+    void communitiesAreThoseOfTheProgram() throws Exception {
+        for (String name : List.of("karate.nse", "lesmis.nse", "celegansneural.nsa")) {
+            Path table = folder.resolve(name + ".tsv");
+            Settings.Outcome outcome = program(
+                "communities", "-q", Settings.data(name).toString(), "--table", table.toString());
+            assertEquals(0, outcome.code(), outcome.text());
+            try (Network network = Network.read(Settings.data(name))) {
+                Communities found = network.communities();
+                StringBuilder text = new StringBuilder();
+                Map<Integer, List<Member>> members = new TreeMap<>();
+                for (long node : found.nodes())
+                    for (Communities.Part part : found.of(node)) {
+                        text.append(node).append(' ').append(part.community()).append(' ');
+                        text.append(part.share()).append('\n');
+                        members.computeIfAbsent(part.community(), key -> new ArrayList<>())
+                            .add(new Member(node, part.share()));
+                    }
+                assertEquals(List.copyOf(members.values()), found.members());
+                StringBuilder expected = new StringBuilder();
+                List<String> lines = Files.readAllLines(table);
+                for (String line : lines.subList(1, lines.size())) {
+                    String[] cells = line.split("\t");
+                    expected.append(cells[0]).append(' ').append(cells[1]).append(' ');
+                    expected.append(Float.parseFloat(cells[2])).append('\n');
+                }
+                assertEquals(expected.toString(), text.toString());
+                assertThrows(NoSuchElementException.class, () -> found.of(1L << 20));
+                Communities whole = network.communities(new CommunitiesOptions(false, 1, 1));
+                for (long node : whole.nodes())
+                    assertEquals(
+                        List.of(1f), whole.of(node).stream().map(part -> part.share()).toList());
+            }
+        }
+        assertThrows(IllegalArgumentException.class, () -> new CommunitiesOptions(true, -1, 0));
     }
 }
