@@ -1,5 +1,7 @@
 #include "forces.hpp"
 
+#include "squares.hpp"
+
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -8,113 +10,12 @@ namespace vorl::view {
 
 namespace {
 
-/// Squares inside squares, each with the sum of what is in it.
-class Squares {
-public:
-    Squares(const std::vector<double>& x, const std::vector<double>& y,
-            const std::vector<double>& mass)
-        : m_x(x), m_y(y), m_mass(mass) {
-        const auto [left, right] = std::minmax_element(x.begin(), x.end());
-        const auto [low, high] = std::minmax_element(y.begin(), y.end());
-        const double side = std::max({*right - *left, *high - *low, 1e-9});
-        m_order.resize(x.size());
-        std::iota(m_order.begin(), m_order.end(), std::uint32_t{0});
-        m_spare.resize(x.size());
-        m_squares.reserve(x.size());
-        divide(0, static_cast<std::uint32_t>(x.size()), *left, *low, side, 0);
-    }
-
-    /// Adds what all others do to a node: their masses over the distance.
-    void push(std::uint32_t node, double& forceX, double& forceY) const {
-        std::uint32_t at = 0;
-        while (at < m_squares.size()) {
-            const Square& square = m_squares[at];
-            const double dx = m_x[node] - square.x;
-            const double dy = m_y[node] - square.y;
-            const double apart2 = dx * dx + dy * dy;
-            if (square.side * square.side < NEAR * apart2) {
-                forceX += square.mass * dx / apart2;
-                forceY += square.mass * dy / apart2;
-                at = square.next;
-            } else if (square.next == at + 1) {
-                for (std::uint32_t i = square.begin; i < square.end; ++i)
-                    pushBy(m_order[i], node, forceX, forceY);
-                at = square.next;
-            } else {
-                ++at;
-            }
-        }
-    }
-
-private:
-    struct Square {
-        double x, y, mass, side;
-        std::uint32_t begin, end;
-        std::uint32_t next;  ///< behind all inside
-    };
-    static constexpr double NEAR = 0.8;
-    static constexpr std::uint32_t FEW = 8;
-    static constexpr int DEEPEST = 24;
-
-    void divide(std::uint32_t begin, std::uint32_t end, double left, double low, double side,
-                int depth) {
-        const std::size_t own = m_squares.size();
-        Square square{0, 0, 0, side, begin, end, 0};
-        for (std::uint32_t i = begin; i < end; ++i) {
-            const double mass = m_mass[m_order[i]];
-            square.x += mass * m_x[m_order[i]];
-            square.y += mass * m_y[m_order[i]];
-            square.mass += mass;
-        }
-        square.x /= square.mass;
-        square.y /= square.mass;
-        m_squares.push_back(square);
-        if (end - begin > FEW && depth < DEEPEST) {
-            const double half = side / 2;
-            const auto quarter = [&](std::uint32_t node) {
-                return (m_x[node] >= left + half ? 1 : 0) + (m_y[node] >= low + half ? 2 : 0);
-            };
-            std::uint32_t next[5] = {};
-            for (std::uint32_t i = begin; i < end; ++i) ++next[quarter(m_order[i]) + 1];
-            next[0] = begin;
-            for (int i = 1; i < 5; ++i) next[i] += next[i - 1];
-            std::uint32_t put[4] = {next[0], next[1], next[2], next[3]};
-            for (std::uint32_t i = begin; i < end; ++i)
-                m_spare[put[quarter(m_order[i])]++] = m_order[i];
-            std::copy(m_spare.begin() + begin, m_spare.begin() + end, m_order.begin() + begin);
-            for (int i = 0; i < 4; ++i)
-                if (next[i] != next[i + 1])
-                    divide(next[i], next[i + 1], left + (i % 2) * half, low + (i / 2) * half, half,
-                           depth + 1);
-        }
-        m_squares[own].next = static_cast<std::uint32_t>(m_squares.size());
-    }
-
-    void pushBy(std::uint32_t other, std::uint32_t node, double& forceX, double& forceY) const {
-        if (other == node) return;
-        double dx = m_x[node] - m_x[other];
-        double dy = m_y[node] - m_y[other];
-        double apart2 = dx * dx + dy * dy;
-        if (apart2 < TINY) {
-            // Nodes at one place part by their numbers.
-            const double side = node > other ? 1e-4 : -1e-4;
-            dx = side * (1 + node % 7);
-            dy = side * (1 + node % 5);
-            apart2 = dx * dx + dy * dy;
-        }
-        forceX += m_mass[other] * dx / apart2;
-        forceY += m_mass[other] * dy / apart2;
-    }
-
-    static constexpr double TINY = 1e-12;
-
-    const std::vector<double>& m_x;
-    const std::vector<double>& m_y;
-    const std::vector<double>& m_mass;
-    std::vector<std::uint32_t> m_order;
-    std::vector<std::uint32_t> m_spare;
-    std::vector<Square> m_squares;
-};
+/// Places so close to each other that it can't be seen, no two at the same: the golden ratio of two
+/// dimensions.
+double scattered(std::size_t i, double ratio) {
+    const double at = static_cast<double>(i) * ratio;
+    return 0.01 * (at - std::floor(at));
+}
 
 /// Moves and scales all into the circle of radius 1; what lies far out comes nearer.
 void fit(std::vector<double>& x, std::vector<double>& y) {
@@ -158,7 +59,7 @@ void settle(Drawing& drawing, int rounds) {
     std::vector<double> mass(nodes, 1.);
     double mean = 0;
     for (const auto& ln : drawing.links) mean += static_cast<double>(ln.weight);
-    if (!drawing.links.empty()) mean /= static_cast<double>(drawing.links.size());
+    mean = mean > 0 ? mean / static_cast<double>(drawing.links.size()) : 1;
     for (const auto& ln : drawing.links) {
         const double weight = std::sqrt(static_cast<double>(ln.weight) / mean);
         weights[ln.a] += weight;
@@ -168,9 +69,18 @@ void settle(Drawing& drawing, int rounds) {
         drawing.group.empty() ? 0
                               : *std::max_element(drawing.group.begin(), drawing.group.end()) + 1;
     for (std::size_t i = 0; i < nodes; ++i) {
-        x[i] /= spacing;
-        y[i] /= spacing;
+        x[i] = x[i] / spacing + scattered(i, 0.7548776662466927);
+        y[i] = y[i] / spacing + scattered(i, 0.5698402909980532);
         mass[i] = 0.6 + 0.4 * std::sqrt(weights[i]);
+    }
+
+    // Of nodes with many links each one pulls less.
+    std::vector<double> pulls(drawing.links.size());
+    for (std::size_t i = 0; i < pulls.size(); ++i) {
+        const Drawing::Link& ln = drawing.links[i];
+        const double least = std::min(weights[ln.a], weights[ln.b]);
+        if (least > 0)
+            pulls[i] = std::sqrt(static_cast<double>(ln.weight) / mean) / std::sqrt(least) / 2;
     }
 
     const double radius = 1 / spacing;
@@ -179,21 +89,16 @@ void settle(Drawing& drawing, int rounds) {
     for (int round = 0; round < rounds; ++round) {
         const double left = 1 - static_cast<double>(round) / rounds;
         const double longest = 0.15 * radius * left * left + 0.01;
-        const Squares squares(x, y, mass);
-        for (std::uint32_t i = 0; i < nodes; ++i) {
-            forceX[i] = forceY[i] = 0;
-            squares.push(i, forceX[i], forceY[i]);
+        Squares(x, y, mass).push(forceX, forceY);
+        for (std::size_t i = 0; i < nodes; ++i) {
             forceX[i] *= mass[i];
             forceY[i] *= mass[i];
         }
-        for (const auto& ln : drawing.links) {
+        for (std::size_t i = 0; i < pulls.size(); ++i) {
+            const Drawing::Link& ln = drawing.links[i];
             const double dx = x[ln.b] - x[ln.a];
             const double dy = y[ln.b] - y[ln.a];
-            const double apart = std::sqrt(dx * dx + dy * dy);
-            // Of nodes with many links each one pulls less.
-            const double weight = std::sqrt(static_cast<double>(ln.weight) / mean) /
-                                  std::sqrt(std::min(weights[ln.a], weights[ln.b]));
-            const double pull = weight * apart / 2;
+            const double pull = pulls[i] * std::sqrt(dx * dx + dy * dy);
             forceX[ln.a] += pull * dx;
             forceY[ln.a] += pull * dy;
             forceX[ln.b] -= pull * dx;

@@ -29,8 +29,8 @@ struct Drawing {
 /// @param rounds  how often all are moved
 ///
 /// The forces are those of T. M. J. Fruchterman, E. M. Reingold, Graph drawing by force-directed
-/// placement, 1991, https://doi.org/10.1002/spe.4380211102; far nodes repel together, as J. Barnes
-/// and P. Hut have it. Only operations that are the same on every machine are used.
+/// placement, 1991, https://doi.org/10.1002/spe.4380211102. Only operations that are the same on
+/// every machine are used.
 void settle(Drawing& drawing, int rounds);
 
 }  // namespace vorl::view
