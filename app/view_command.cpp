@@ -36,8 +36,9 @@ std::string titleOf(const ViewCommand& command) {
 }
 
 /// The hierarchy around the communities of the network.
-HierarchyFile found(const UndirectedNetwork& network, const std::string& name, LevelNum& level) {
-    const Communities communities = vorl::communities(network.links);
+HierarchyFile found(const UndirectedNetwork& network, const std::string& name, unsigned threads,
+                    LevelNum& level) {
+    const Communities communities = vorl::communities(network.links, {.threads = threads});
     const auto hierarchy =
         communitiesHierarchy(network.links, communities, ClusterOptions(), &level);
     return describedHierarchy(*hierarchy, name);
@@ -73,10 +74,12 @@ void run(const ViewCommand& command) {
     options.weighted = network.weighted;
     options.labels = network.labels;
     options.allLevels = command.allLevels;
+    options.threads = command.threads;
     LevelNum level = 0;
     const bool sought = command.clusters.empty();
-    const HierarchyFile hierarchy =
-        sought ? found(network, command.read.file, level) : given(command, network);
+    const HierarchyFile hierarchy = sought
+                                        ? found(network, command.read.file, command.threads, level)
+                                        : given(command, network);
     if (command.level && *command.level >= hierarchy.levels())
         throw InputError((sought ? command.read.file : command.clusters) + ": there is no level " +
                          std::to_string(*command.level) + ", but " +

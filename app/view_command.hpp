@@ -23,6 +23,7 @@ struct ViewCommand {
     std::optional<LevelNum> level;       ///< that is shown first
     bool allLevels = false;              ///< shown, and not those alone that differ enough
     std::optional<std::string> title;    ///< the name of the network's file if not given
+    unsigned threads = 0;                ///< 0 for as many as there are
     bool parents = false;                ///< folders that the output lacks are created
     bool quiet = false;
 };

@@ -151,6 +151,7 @@ void addViewOptions(CLI::App& app, ViewCommand& command) {
     app.add_flag("--all-levels", command.allLevels,
                  "Show every level; else those between which the number of clusters falls by a "
                  "third or more, and whose clusters have 4 nodes or more on average");
+    addThreadsOption(app, command.threads);
     app.add_option("--title", command.title, "Title of the page; the name of NETWORK if not given")
         ->type_name("TEXT");
     app.add_flag("--parents", command.parents, "Create the folders that FILE lacks");

@@ -25,6 +25,8 @@ void addReadOptions(CLI::App& app, ReadOptions& read);
 /// What is done with repeated links and the order of nodes.
 void addAssemblyOptions(CLI::App& app, ReadOptions& read);
 
+CLI::Option* addThreadsOption(CLI::App& app, unsigned& threads);
+
 void addCommunitiesOptions(CLI::App& app, CommunitiesCommand& command);
 void addClusterOptions(CLI::App& app, ClusterCommand& command);
 void addEvaluateOptions(CLI::App& app, EvaluateCommand& command);

@@ -12,10 +12,7 @@ void addCommunitiesOptions(CLI::App& app, CommunitiesCommand& command) {
                         "Search from so many starts and take the best; the smaller the network, "
                         "the more if not given, 6 at most")
         ->group(group);
-    addNumber<unsigned>(app, "--threads", command.options.threads,
-                        "Threads to work with, all that there are if not given; the result is the "
-                        "same for any number")
-        ->group(group);
+    addThreadsOption(app, command.options.threads)->group(group);
     group = "Output";
     app.add_option("-o,--output", command.output,
                    "File of the communities, one a line (cnl); - is the standard output, in place "

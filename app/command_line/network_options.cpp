@@ -68,6 +68,12 @@ void addReadOptions(CLI::App& app, ReadOptions& read) {
         ->group(group);
 }
 
+CLI::Option* addThreadsOption(CLI::App& app, unsigned& threads) {
+    return addNumber<unsigned>(app, "--threads", threads,
+                               "Threads to work with, all that there are if not given; the result "
+                               "is the same for any number");
+}
+
 void addAssemblyOptions(CLI::App& app, ReadOptions& read) {
     const char* group = "Input";
     app.add_flag("--sum-duplicates", read.sumDuplicates,

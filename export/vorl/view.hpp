@@ -25,6 +25,9 @@ struct ViewOptions {
     /// Whether all levels are shown. Else it is those around the first one between which the number
     /// of clusters falls by a third or more, and whose clusters have four nodes or more on average.
     bool allLevels = false;
+    /// Threads to work with, 0 for as many as the process may use. The picture is the same for any
+    /// number.
+    unsigned threads = 0;
     /// The names that ids of nodes stand for; null for none.
     std::shared_ptr<Labels> labels = {};
 };

@@ -15,48 +15,6 @@ std::vector<Number> standing(const HierarchyFile& hierarchy, const Nest& nest, L
     return at;
 }
 
-LevelNum bestLevel(const FlatNetwork& network, const HierarchyFile& hierarchy, const Nest& nest) {
-    LevelNum best = 0;
-    double most = 0;
-    double all = 0;
-    std::vector<double> strength(network.size());
-    for (Id node = 0; node < network.size(); ++node) {
-        strength[node] = network.self[node];
-        for (Size i = network.begin[node]; i < network.begin[node + 1]; ++i)
-            strength[node] += static_cast<double>(network.weight[i]);
-        all += strength[node];
-    }
-    if (all == 0) return 0;
-    std::vector<Number> of(network.size());
-    for (LevelNum level = 0; level < hierarchy.levels(); ++level) {
-        const std::vector<Number> at = standing(hierarchy, nest, level);
-        std::vector<double> sums(nest.clusters.size());
-        double inside = 0;
-        double expected = 0;
-        for (Id node = 0; node < network.size(); ++node) {
-            of[node] = at[nest.clusterOf[nest.home[node]]];
-            if (of[node] == NONE)
-                expected += strength[node] * strength[node];
-            else
-                sums[of[node]] += strength[node];
-        }
-        for (Id node = 0; node < network.size(); ++node) {
-            inside += network.self[node];
-            if (of[node] == NONE) continue;
-            for (Size i = network.begin[node]; i < network.begin[node + 1]; ++i)
-                if (of[network.neighbour[i]] == of[node])
-                    inside += static_cast<double>(network.weight[i]);
-        }
-        for (const double sum : sums) expected += sum * sum;
-        const double modularity = inside / all - expected / all / all;
-        if (level == 0 || modularity >= most) {
-            most = modularity;
-            best = level;
-        }
-    }
-    return best;
-}
-
 std::vector<std::uint8_t> colours(const FlatNetwork& network, const Nest& nest,
                                   const std::vector<Number>& base) {
     using Link = std::pair<std::pair<Number, Number>, double>;

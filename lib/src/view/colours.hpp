@@ -31,10 +31,6 @@ inline constexpr std::array<Colour, 12> PALETTE{{{"#4b67b7", "#94b1f9"},
 inline constexpr Colour NEUTRAL{"#9a9a9a", "#8a8a8a"};
 inline constexpr std::uint8_t GREY = 255;
 
-/// The level whose clusters have the highest modularity, each node being in that of its largest
-/// share; the highest of equal ones.
-LevelNum bestLevel(const FlatNetwork& network, const HierarchyFile& hierarchy, const Nest& nest);
-
 /// The clusters, by their numbers in the nest, in which those of one level and below lie there;
 /// NONE for those above.
 std::vector<Number> standing(const HierarchyFile& hierarchy, const Nest& nest, LevelNum level);

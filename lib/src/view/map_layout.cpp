@@ -1,5 +1,7 @@
 #include "map_layout.hpp"
 
+#include <vorl/types/progress.hpp>
+
 #include <algorithm>
 #include <cmath>
 #include <numeric>
@@ -23,12 +25,15 @@ MapLayout::MapLayout(const Nest& nest)
     : clusters(nest.clusters.size()), x(nest.node.size()), y(nest.node.size()) {
     // From the inside out all places have areas by their shares; each cluster lies around what is
     // in it, relative to its own middle.
+    const ProgressReporter report;
+    report.begin("packing circles", clusters.size());
     std::vector<Circle> inside;
     std::vector<Circle> packed;
     std::vector<Number> order;
     std::vector<Number> parts;
     for (Number cluster = static_cast<Number>(clusters.size()); cluster-- > 0;) {
         const Nest::Cluster& own = nest.clusters[cluster];
+        report.advance();
         inside.clear();
         parts.clear();
         nest.eachPart(cluster, [&](Number part) {

@@ -189,7 +189,8 @@ private:
         std::vector<std::uint32_t> clusters, links, drawn, counts, ends, a, b;
         std::vector<std::uint16_t> x, y;
         std::vector<float> weight, bundled;
-        for (const Piece& piece : pieces(m_network, nest(), m_scene.map, m_scene.base)) {
+        for (const Piece& piece :
+             pieces(m_network, nest(), m_scene.map, m_scene.base, m_options.threads)) {
             clusters.push_back(piece.cluster);
             links.push_back(static_cast<std::uint32_t>(piece.links));
             drawn.push_back(static_cast<std::uint32_t>(piece.drawing.links.size()));

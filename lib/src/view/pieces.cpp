@@ -89,7 +89,7 @@ void thin(Drawing& drawing, Size most) {
 }  // namespace
 
 std::vector<Piece> pieces(const FlatNetwork& network, const Nest& nest, const MapLayout& map,
-                          const std::vector<Number>& base, Number most) {
+                          const std::vector<Number>& base, unsigned threads, Number most) {
     std::vector<Piece> result;
     for (Number i = 0; i < nest.clusters.size();) {
         if (nest.size(i) > most) {
@@ -99,11 +99,14 @@ std::vector<Piece> pieces(const FlatNetwork& network, const Nest& nest, const Ma
         if (nest.size(i) > 1) result.push_back({i, {}, {}, 0});
         i = nest.clusters[i].end;
     }
-    detail::Workers workers(0);
+    const ProgressReporter report;
+    report.begin("placing nodes", nest.node.size());
+    detail::Workers workers(threads);
     workers.share(result.size(), 1, [&](Size first, Size last, unsigned) {
         for (Size i = first; i < last; ++i) {
             fill(result[i], network, nest, map, base);
             settle(result[i].drawing, rounds(result[i].nodes.size(), network.size()));
+            report.advance(nest.size(result[i].cluster));
         }
     });
     Size all = 0;

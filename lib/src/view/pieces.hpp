@@ -20,8 +20,10 @@ struct Piece {
 /// The largest clusters that have at most so many places.
 ///
 /// @param base as `standing` has it; nodes of one such cluster are drawn together
+/// @param threads 0 for as many as the process may use
 std::vector<Piece> pieces(const FlatNetwork& network, const Nest& nest, const MapLayout& map,
-                          const std::vector<Number>& base, Number most = 3000);
+                          const std::vector<Number>& base, unsigned threads = 0,
+                          Number most = 3000);
 
 /// The weight of all links between two clusters that are directly inside the same one.
 struct Bundle {

@@ -1,11 +1,18 @@
 #include "scene.hpp"
 
+#include "best_level.hpp"
+
 #include <algorithm>
 #include <numeric>
 
 namespace vorl::view {
 
 namespace {
+
+LevelNum levelFor(const FlatNetwork& network, const HierarchyFile& hierarchy, unsigned threads) {
+    detail::Workers workers(threads);
+    return bestLevel(network, hierarchy, Nest(network, hierarchy), workers);
+}
 
 std::vector<LevelNum> allLevels(const HierarchyFile& hierarchy) {
     std::vector<LevelNum> levels(hierarchy.levels());
@@ -37,8 +44,7 @@ std::vector<LevelNum> levelsToShow(const HierarchyFile& hierarchy, LevelNum arou
 }
 
 Scene::Scene(const FlatNetwork& network, const HierarchyFile& hierarchy, const ViewOptions& options)
-    : level(options.level ? *options.level
-                          : bestLevel(network, hierarchy, Nest(network, hierarchy))),
+    : level(options.level ? *options.level : levelFor(network, hierarchy, options.threads)),
       levels(options.allLevels ? allLevels(hierarchy) : levelsToShow(hierarchy, level)),
       file(hierarchy.withLevels(levels)),
       first(static_cast<LevelNum>(std::find(levels.begin(), levels.end(), level) - levels.begin())),

@@ -1,4 +1,6 @@
 // Circles in circles, places of nodes told by links, and the pieces of a network.
+#include "sample.hpp"
+
 #include "../../../lib/src/view/pieces.hpp"
 #include "../../../lib/src/view/scene.hpp"
 #include "../../../lib/src/view/sections.hpp"
@@ -113,19 +115,56 @@ TEST(Nest, AllSharesHaveTheirPlaces) {
     }
 }
 
-TEST(MapLayout, EverythingLiesInWhatItIsIn) {
-    const FlatNetwork network = twoCliques();
-    const Nest nest(network, twoLevels());
+/// What lies directly in a cluster: its parts, and dots for its own places.
+std::vector<Circle> contents(const Nest& nest, const MapLayout& map, Number cluster) {
+    std::vector<Circle> list;
+    nest.eachPart(cluster, [&](Number part) { list.push_back(map.clusters[part]); });
+    for (Number i = nest.clusters[cluster].places; i < nest.clusters[cluster].own; ++i)
+        list.push_back({map.x[i], map.y[i], map.unit * std::sqrt(nest.share[i])});
+    return list;
+}
+
+void expectGoodLayout(const Nest& nest) {
     const MapLayout map(nest);
-    for (Number i = 1; i < map.clusters.size(); ++i) {
-        const Circle& above = map.clusters[nest.clusters[i].parent];
-        EXPECT_LE(distance(map.clusters[i], above) + map.clusters[i].r, above.r * (1 + 1e-9));
+    EXPECT_DOUBLE_EQ(map.clusters[0].r, 1);
+    for (Number i = 0; i < map.clusters.size(); ++i) {
+        const Circle& own = map.clusters[i];
+        const std::vector<Circle> inside = contents(nest, map, i);
+        double area = 0;
+        for (std::size_t a = 0; a < inside.size(); ++a) {
+            area += inside[a].r * inside[a].r;
+            EXPECT_LE(distance(inside[a], own) + inside[a].r, own.r * (1 + 1e-9))
+                << "cluster " << i << " lets " << a << " out";
+            for (std::size_t b = 0; b < a; ++b)
+                EXPECT_GE(distance(inside[a], inside[b]), inside[a].r + inside[b].r)
+                    << "in cluster " << i << ", " << a << " overlaps " << b;
+        }
+        // Not much room is left, and the dots' areas are as their shares.
+        if (inside.size() > 2) {
+            EXPECT_GT(area, 0.3 * own.r * own.r) << i << ", " << inside.size();
+        }
+        const double mass = nest.clusters[i].mass * map.unit * map.unit;
+        EXPECT_LT(mass, own.r * own.r);
     }
-    for (Number i = 0; i < nest.node.size(); ++i) {
-        const Circle dot{map.x[i], map.y[i], map.unit * std::sqrt(nest.share[i])};
-        const Circle& home = map.clusters[nest.clusterOf[i]];
-        EXPECT_LE(distance(dot, home) + dot.r, home.r * (1 + 1e-9));
+}
+
+TEST(MapLayout, WhatIsInAClusterFillsItsCircleWithoutOverlaps) {
+    expectGoodLayout(Nest(twoCliques(), twoLevels()));
+    for (const Id groups : {5u, 40u}) {
+        const test::Sample sample(groups);
+        expectGoodLayout(Nest(sample.network, sample.file));
+        ViewOptions options;
+        options.level = sample.level;
+        const Scene scene(sample.network, sample.file, options);
+        expectGoodLayout(scene.nest);
     }
+    // Very many nodes in one cluster, and in none.
+    std::vector<Id> nodes(30000);
+    for (Id i = 0; i < nodes.size(); ++i) nodes[i] = i;
+    const Nest loose(FlatNetwork::ofPairs({}, {}, {}, nodes), HierarchyFile());
+    const MapLayout map(loose);
+    for (Number i = 0; i < loose.node.size(); ++i)
+        ASSERT_LE(std::hypot(map.x[i], map.y[i]) + map.unit, 1 + 1e-9);
 }
 
 TEST(Pieces, NeighboursComeToLieTogether) {
@@ -153,7 +192,7 @@ TEST(Pieces, NeighboursComeToLieTogether) {
     }
     EXPECT_LT(near, 0.7 * all);
     // Small pieces in place of one large: the whole has too many places.
-    EXPECT_EQ(pieces(network, nest, map, base, 12).size(), 2u);
+    EXPECT_EQ(pieces(network, nest, map, base, 0, 12).size(), 2u);
     const std::vector<Bundle> between = bundles(network, nest, 12);
     ASSERT_EQ(between.size(), 1u);
     EXPECT_DOUBLE_EQ(between[0].weight, 9);  // node 9 is at home in the other clique
