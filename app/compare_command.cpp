@@ -85,7 +85,7 @@ std::string asJson(const Comparison& comparison) {
 }
 
 /// The measures of two levels.
-struct LevelRow {
+struct ComparedLevels {
     LevelNum first;
     LevelNum second;
     Size firstClusters;
@@ -113,7 +113,7 @@ constexpr Column COLUMNS[] = {
 };
 
 /// The row with the best value of a column, the first of several; none if no row has a value.
-std::optional<std::size_t> bestRow(const std::vector<LevelRow>& rows, const Column& column) {
+std::optional<std::size_t> bestRow(const std::vector<ComparedLevels>& rows, const Column& column) {
     std::optional<std::size_t> best;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const double value = column.value(rows[i].agreement);
@@ -124,8 +124,8 @@ std::optional<std::size_t> bestRow(const std::vector<LevelRow>& rows, const Colu
     return best;
 }
 
-std::vector<LevelRow> compareLevels(const ClusterLevels& first, const ClusterLevels& second,
-                                    const CompareCommand& command) {
+std::vector<ComparedLevels> compareLevels(const ClusterLevels& first, const ClusterLevels& second,
+                                          const CompareCommand& command) {
     // The same nodes for all levels, though the lower ones may not have all of them.
     const std::vector<Id> nodes = chosenNodes(first.flat(), second.flat(), command.nodes);
     const auto covers = [&](const ClusterLevels& clusters) {
@@ -136,7 +136,7 @@ std::vector<LevelRow> compareLevels(const ClusterLevels& first, const ClusterLev
     };
     const std::vector<Cover> x = covers(first);
     const std::vector<Cover> y = covers(second);
-    std::vector<LevelRow> rows;
+    std::vector<ComparedLevels> rows;
     for (LevelNum i = 0; i < x.size(); ++i)
         for (LevelNum j = 0; j < y.size(); ++j)
             rows.push_back(
@@ -144,10 +144,10 @@ std::vector<LevelRow> compareLevels(const ClusterLevels& first, const ClusterLev
     return rows;
 }
 
-std::string levelsAsJson(const std::vector<LevelRow>& rows, const CompareCommand& command) {
+std::string levelsAsJson(const std::vector<ComparedLevels>& rows, const CompareCommand& command) {
     std::string text = "{\"first\": " + jsonQuoted(command.first) +
                        ", \"second\": " + jsonQuoted(command.second) + ", \"levels\": [";
-    for (const LevelRow& row : rows) {
+    for (const ComparedLevels& row : rows) {
         text += (&row == rows.data() ? "{" : ", {") +
                 ("\"first_level\": " + std::to_string(row.first)) +
                 ", \"second_level\": " + std::to_string(row.second) +
@@ -169,7 +169,7 @@ std::string levelsAsJson(const std::vector<LevelRow>& rows, const CompareCommand
     return text + "}}\n";
 }
 
-std::string levelsAsText(const std::vector<LevelRow>& rows, const CompareCommand& command,
+std::string levelsAsText(const std::vector<ComparedLevels>& rows, const CompareCommand& command,
                          bool ofFirst, bool ofSecond) {
     std::string text = command.first + " and " + command.second + "\n\n";
     const auto head = [&text](bool shown, const char* level, const char* clusters) {
@@ -180,7 +180,7 @@ std::string levelsAsText(const std::vector<LevelRow>& rows, const CompareCommand
     head(ofSecond, ofFirst ? "2nd" : "level", "clusters");
     for (const Column& column : COLUMNS) text += format("%10s ", column.name);
     text.back() = '\n';
-    for (const LevelRow& row : rows) {
+    for (const ComparedLevels& row : rows) {
         if (ofFirst) text += format("%6u%10s", row.first, grouped(row.firstClusters).c_str());
         if (ofSecond) text += format("%6u%10s", row.second, grouped(row.secondClusters).c_str());
         for (const Column& column : COLUMNS) {
@@ -275,7 +275,7 @@ void run(const CompareCommand& command) {
     if (command.levels) {
         const ClusterLevels first = read(command.first, command);
         const ClusterLevels second = read(command.second, command, first.labels());
-        const std::vector<LevelRow> rows = compareLevels(first, second, command);
+        const std::vector<ComparedLevels> rows = compareLevels(first, second, command);
         const bool ofSecond = second.levels() > 1;
         print(command.json
                   ? levelsAsJson(rows, command)

@@ -61,13 +61,13 @@ Intrinsics measured(const EvaluateCommand& command, Network& network, ClustersFi
 }
 
 /// The clusters of one level, and what is measured of them.
-struct LevelRow {
+struct EvaluatedLevel {
     Size clusters;
     Size nodes;  ///< in a cluster
     Intrinsics measures;
 };
 
-std::vector<LevelRow> evaluateLevels(const EvaluateCommand& command) {
+std::vector<EvaluatedLevel> evaluateLevels(const EvaluateCommand& command) {
     if (command.read.file == STANDARD_INPUT)
         throw UsageError(
             "--levels reads the network anew for each level, which the standard "
@@ -75,7 +75,7 @@ std::vector<LevelRow> evaluateLevels(const EvaluateCommand& command) {
     const ClusterLevels clusters = read(command, nullptr);
     ReadOptions options = command.read;
     options.labels = clusters.labels();
-    std::vector<LevelRow> rows;
+    std::vector<EvaluatedLevel> rows;
     for (LevelNum level = 0; level < clusters.levels(); ++level) {
         Network network = readNetwork(options);
         if (level == 0 && !command.quiet) showWarnings(network, command.read);
@@ -87,8 +87,8 @@ std::vector<LevelRow> evaluateLevels(const EvaluateCommand& command) {
 }
 
 /// The row with the highest modularity, or the lowest conductance; none if no row has one.
-std::optional<std::size_t> bestRow(const std::vector<LevelRow>& rows, float Intrinsics::*measure,
-                                   bool least) {
+std::optional<std::size_t> bestRow(const std::vector<EvaluatedLevel>& rows,
+                                   float Intrinsics::*measure, bool least) {
     std::optional<std::size_t> best;
     for (std::size_t i = 0; i < rows.size(); ++i) {
         const float value = rows[i].measures.*measure;
@@ -99,7 +99,7 @@ std::optional<std::size_t> bestRow(const std::vector<LevelRow>& rows, float Intr
     return best;
 }
 
-std::string levelsAsText(const EvaluateCommand& command, const std::vector<LevelRow>& rows) {
+std::string levelsAsText(const EvaluateCommand& command, const std::vector<EvaluatedLevel>& rows) {
     std::string text = command.clusters +
                        "\n\n level  clusters     nodes  conductance  modularity"
                        "  est. gamma  modularity there\n";
@@ -121,14 +121,14 @@ std::string levelsAsText(const EvaluateCommand& command, const std::vector<Level
            format("%.6g", static_cast<double>(command.gamma)) + "\n";
 }
 
-std::string levelsAsJson(const EvaluateCommand& command, const std::vector<LevelRow>& rows) {
+std::string levelsAsJson(const EvaluateCommand& command, const std::vector<EvaluatedLevel>& rows) {
     const auto value = [](float measure) { return jsonNumber(static_cast<double>(measure)); };
     const auto place = [](const std::optional<std::size_t>& best) {
         return best ? std::to_string(*best) : std::string("null");
     };
     std::string text = "{\"file\": " + jsonQuoted(command.clusters) +
                        ", \"gamma\": " + value(command.gamma) + ", \"levels\": [";
-    for (const LevelRow& row : rows)
+    for (const EvaluatedLevel& row : rows)
         text += (&row == rows.data() ? "{" : ", {") +
                 ("\"clusters\": " + std::to_string(row.clusters)) +
                 ", \"covered_nodes\": " + std::to_string(row.nodes) +
@@ -147,7 +147,7 @@ void run(const EvaluateCommand& command) {
     std::optional<ProgressLine> line;
     if (!command.quiet) line.emplace();
     if (command.levels) {
-        const std::vector<LevelRow> rows = evaluateLevels(command);
+        const std::vector<EvaluatedLevel> rows = evaluateLevels(command);
         print(command.json ? levelsAsJson(command, rows) : levelsAsText(command, rows));
         return;
     }

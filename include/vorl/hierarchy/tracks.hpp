@@ -79,6 +79,9 @@ struct Tracks {
         GONE        ///< the link was taken out of its list
     };
 
+    /// So many links ahead what they lead to is called for.
+    static constexpr std::size_t AHEAD = 16;
+
     /// What a seat knows of its gains; a walk over links touches no more than that.
     struct alignas(32) Best {
         std::uint32_t part = 0;  ///< twice the last level that it took part in, 1 more if new there

@@ -16,7 +16,6 @@ namespace vorl {
 namespace {
 
 using detail::ItemNetwork;
-using detail::Labels;
 
 /// Links that may be walked by searches, all starts together; the first one is always made.
 constexpr Size WALKED = 1000000;
@@ -44,7 +43,7 @@ struct Linked {
         for (const LinkWeight link : flat.weight) whole += static_cast<AccWeight>(link);
         const detail::Grid grid(whole);
 
-        Labels item(flat.size(), ID_NONE);
+        detail::Labels item(flat.size(), ID_NONE);
         for (Id i = 0; i < nodes.size(); ++i) item[nodes[i]] = i;
         auto& links = network.links;
         links.begin.reserve(nodes.size() + 1);
@@ -194,7 +193,7 @@ Communities communities(const FlatNetwork& network, const CommunitiesOptions& op
     const detail::Description none = detail::describe(density, linked.weight, linked.scale, whole);
     double saving = best->description.saving() - none.saving();
     if (saving < -(DOUBT * best->description.naming + DOUBT_UNITS)) {
-        best->partition = {Labels(nodes, 0), whole};
+        best->partition = {detail::Labels(nodes, 0), whole};
         best->description = none;
         best->likelihood.estimate(whole);
         saving = 0;

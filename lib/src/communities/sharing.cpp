@@ -8,7 +8,7 @@ namespace vorl::detail {
 namespace {
 
 /// Rounds until the communities of a network with many shared nodes are stable.
-constexpr unsigned ROUNDS = 5;
+constexpr unsigned SHARING_ROUNDS = 5;
 /// They are stable when no more than one in so many nodes has others.
 constexpr Size FEW = 1000;
 /// A community that has less than this of what the best one has of a node's links gets no share.
@@ -211,7 +211,7 @@ Shares shareOut(const ItemNetwork<LinkWeight>& network, const Found& found, Work
     const double naming = ln(std::max<double>(2, static_cast<double>(communities.size())));
 
     double common = PRIOR;
-    for (unsigned round = 0; round < ROUNDS; ++round) {
+    for (unsigned round = 0; round < SHARING_ROUNDS; ++round) {
         std::vector<Sharing> sharing(workers.count(),
                                      Sharing(network, found, shares, communities,
                                              naming + ln((1 - common) / common), naming));

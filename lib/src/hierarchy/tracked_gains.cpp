@@ -11,8 +11,6 @@ namespace {
 /// More than rounding can make of a bound.
 constexpr AccWeight SLACK = 0x1p-18;
 constexpr AccWeight INFINITE = std::numeric_limits<AccWeight>::infinity();
-/// So many links ahead what they lead to is called for.
-constexpr std::size_t AHEAD = 16;
 
 /// The least gain of an item of some weight that is clearly above 0, and not only by rounding.
 AccWeight clearGain(AccWeight weight) { return std::max(1e-6, 0x1p-20 * weight); }
@@ -148,8 +146,8 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::settle(Seat seat) {
     // The heaviest link first, since its gain rules most others out.
     std::size_t heaviest = count;
     for (std::size_t i = 0; i < count; ++i) {
-        if (i + AHEAD < count && links[i + AHEAD].seat != TracksT::GONE)
-            __builtin_prefetch(&tracks.bests[links[i + AHEAD].seat]);
+        if (i + TracksT::AHEAD < count && links[i + TracksT::AHEAD].seat != TracksT::GONE)
+            __builtin_prefetch(&tracks.bests[links[i + TracksT::AHEAD].seat]);
         const auto& ln = links[i];
         if (ln.seat != TracksT::GONE && (heaviest == count || ln.pair() > links[heaviest].pair()) &&
             tracks.takesPart(ln.seat))
@@ -275,8 +273,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::introduce(Seat seat) {
             heaviest = i;
     if (heaviest != count) consider(seat, links[heaviest], search);
     for (std::size_t i = 0; i < count; ++i) {
-        if (i + AHEAD < count && links[i + AHEAD].seat != TracksT::GONE)
-            __builtin_prefetch(&tracks.bests[links[i + AHEAD].seat]);
+        if (i + TracksT::AHEAD < count && links[i + TracksT::AHEAD].seat != TracksT::GONE)
+            __builtin_prefetch(&tracks.bests[links[i + TracksT::AHEAD].seat]);
         const auto& ln = links[i];
         if (ln.seat == TracksT::GONE) continue;
         Best& best = tracks.bests[ln.seat];
@@ -345,8 +343,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::followChanges() {
             });
         }
     for (std::size_t i = 0; i < tracks.formerly.size(); ++i) {
-        if (i + AHEAD < tracks.formerly.size())
-            __builtin_prefetch(&tracks.bests[tracks.formerly[i + AHEAD]]);
+        if (i + TracksT::AHEAD < tracks.formerly.size())
+            __builtin_prefetch(&tracks.bests[tracks.formerly[i + TracksT::AHEAD]]);
         const Seat seat = tracks.formerly[i];
         if (tracks.takesPart(seat) || !tracks.kept[seat].now) continue;
         for (const auto& ln : tracks.kept[seat].links)

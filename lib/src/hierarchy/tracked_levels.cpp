@@ -7,13 +7,6 @@
 
 namespace vorl {
 
-namespace {
-
-/// So many links ahead what they lead to is called for.
-constexpr std::size_t AHEAD = 16;
-
-}  // namespace
-
 template <bool NONSYMMETRIC, class LinksT>
 bool HierarchyImpl<NONSYMMETRIC, LinksT>::isMirrored(ClustersT& clusters) {
     for (ClusterT& cl : clusters) m_marks.of(cl).place = 0;
@@ -297,8 +290,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
             static_cast<AccWeight>(entry.numac) / static_cast<AccWeight>(item->totac);
         const bool last = item->owners.back().dest == &cl;
         for (std::size_t i = 0; i < count; ++i) {
-            if (i + AHEAD < count && links[i + AHEAD].seat != TracksT::GONE)
-                __builtin_prefetch(&spots[links[i + AHEAD].seat]);
+            if (i + TracksT::AHEAD < count && links[i + TracksT::AHEAD].seat != TracksT::GONE)
+                __builtin_prefetch(&spots[links[i + TracksT::AHEAD].seat]);
             const TrackedLinkT& ln = links[i];
             if (ln.seat == TracksT::GONE) continue;
             const Spot& spot = spots[ln.seat];

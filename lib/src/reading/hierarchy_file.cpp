@@ -7,12 +7,10 @@
 
 namespace vorl {
 
-using Item = HierarchyFile::Item;
-
 namespace {
 
 /// Shares of items in others, gathered while items are walked.
-using Shares = std::map<Item, double>;
+using Shares = std::map<HierarchyFile::Item, double>;
 
 std::vector<HierarchyFile::Share> listOf(const Shares& shares) {
     std::vector<HierarchyFile::Share> list;
@@ -22,7 +20,7 @@ std::vector<HierarchyFile::Share> listOf(const Shares& shares) {
 
 }  // namespace
 
-Item HierarchyFile::formedOn(LevelNum level) const {
+HierarchyFile::Item HierarchyFile::formedOn(LevelNum level) const {
     return m_levels[level].end - (level == 0 ? m_nodes : m_levels[level - 1].end);
 }
 
@@ -33,14 +31,14 @@ LevelNum HierarchyFile::levelOf(Item cluster) const {
     return static_cast<LevelNum>(level - m_levels.begin());
 }
 
-Item HierarchyFile::node(Id id) const {
+HierarchyFile::Item HierarchyFile::node(Id id) const {
     const Id number = m_nodeNumbers.find(id);
     if (number == ID_NONE)
         throw InputError(m_name + ": there is no node " + naming::plain(id, m_labels.get()));
     return number;
 }
 
-Item HierarchyFile::node(std::string_view name) const {
+HierarchyFile::Item HierarchyFile::node(std::string_view name) const {
     Id id = 0;
     const auto [last, err] = std::from_chars(name.data(), name.data() + name.size(), id);
     const bool number = err == std::errc() && last == name.data() + name.size();
@@ -50,7 +48,7 @@ Item HierarchyFile::node(std::string_view name) const {
     return node(id);
 }
 
-Item HierarchyFile::cluster(Id id) const {
+HierarchyFile::Item HierarchyFile::cluster(Id id) const {
     const Id number = m_clusterNumbers.find(id);
     if (number == ID_NONE) throw InputError(m_name + ": there is no cluster " + std::to_string(id));
     return m_nodes + number;
@@ -92,7 +90,7 @@ bool HierarchyFile::standsAt(Item cluster, LevelNum level) const {
            (above.empty() || above.front().item >= m_levels[level].end);
 }
 
-std::vector<Item> HierarchyFile::standingClusters() const {
+std::vector<HierarchyFile::Item> HierarchyFile::standingClusters() const {
     std::vector<Item> come(m_levels.size() + 1);
     std::vector<Item> gone(m_levels.size() + 1);
     for (Item cluster = m_nodes; cluster < m_ids.size(); ++cluster) {

@@ -53,7 +53,7 @@ std::string inOneLine(std::string text) {
 }
 
 /// The same without blanks around it.
-std::string trimmed(std::string_view text) {
+std::string trimmedLine(std::string_view text) {
     while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
     while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
     return inOneLine(std::string(text));
@@ -268,7 +268,7 @@ private:
             case DEFAULT: {
                 const Key& key = m_keys[m_key];
                 if (key.forEdges && isWeight(key.name, m_weight.has_value()))
-                    m_weight = trimmed(m_text);
+                    m_weight = trimmedLine(m_text);
                 break;
             }
             case DATA: takeData(); break;
@@ -293,10 +293,10 @@ private:
         if (isIn(NODE)) {
             if (known && !found->second.forNodes) return;
             if (name == "label" || (name == "name" && !m_values.name))
-                m_values.name = trimmed(m_text);
+                m_values.name = trimmedLine(m_text);
         } else if (isWeight(name, m_values.weight.has_value())) {
             if (known && !found->second.forEdges) return;
-            m_values.weight = trimmed(m_text);
+            m_values.weight = trimmedLine(m_text);
         }
     }
 
