@@ -1,0 +1,189 @@
+package info.quenta.vorl.spark;
+
+import static org.apache.spark.sql.functions.col;
+import static org.apache.spark.sql.functions.count;
+import static org.apache.spark.sql.functions.lit;
+import static org.apache.spark.sql.functions.monotonically_increasing_id;
+import static org.apache.spark.sql.functions.shiftright;
+import static org.apache.spark.sql.functions.udf;
+
+import java.io.IOException;
+import java.io.UncheckedIOException;
+import java.util.ArrayList;
+import java.util.IdentityHashMap;
+import java.util.List;
+import java.util.Map;
+import java.util.stream.Stream;
+import org.apache.hadoop.fs.Path;
+import org.apache.spark.SparkContext;
+import org.apache.spark.sql.Column;
+import org.apache.spark.sql.Dataset;
+import org.apache.spark.sql.Row;
+import org.apache.spark.sql.SparkSession;
+import org.apache.spark.sql.api.java.UDF1;
+import org.apache.spark.sql.catalyst.plans.logical.LocalRelation;
+import org.apache.spark.sql.catalyst.plans.logical.LogicalPlan;
+import org.apache.spark.sql.execution.LogicalRDD;
+import org.apache.spark.sql.types.DataTypes;
+import org.apache.spark.sql.types.StructType;
+import scala.Option;
+
+/** What the steps of a run have in common: the session, checkpoints, and numbers for rows. */
+final class Work implements AutoCloseable {
+    private static final int ROW_BITS = 33;
+
+    private final SparkSession session;
+    private final SparkContext context;
+    private final CommunitiesOptions options;
+    private final String formerDescription;
+    private final Map<Dataset<Row>, String> files = new IdentityHashMap<>();
+    private final List<Dataset<Row>> kept = new ArrayList<>();
+
+    Work(SparkSession session, CommunitiesOptions options) {
+        this.context = ((org.apache.spark.sql.classic.SparkSession) session).sparkContext();
+        this.session = session;
+        this.options = options;
+        formerDescription = context.getLocalProperty("spark.job.description");
+        if (options.checkpoints() != null) {
+            context.setCheckpointDir(options.checkpoints());
+        } else if (context.getCheckpointDir().isEmpty()) {
+            if (!context.isLocal())
+                throw new IllegalArgumentException(
+                    "Communities, a folder for checkpoints is missing: set it in the options or"
+                    + " by SparkContext.setCheckpointDir");
+            context.setCheckpointDir(System.getProperty("java.io.tmpdir") + "/vorl-checkpoints");
+        }
+    }
+
+    /** The jobs that follow bear the name of a step. */
+    void step(String name) { context.setJobDescription("communities: " + name); }
+
+    long rowsOfTask() { return options.rowsOfTask(); }
+
+    /**
+     * Computes rows and keeps them where no loss of an executor reaches them.
+     *
+     * @param atMost no fewer rows than there can be
+     */
+    Dataset<Row> keep(Dataset<Row> rows, long atMost) {
+        if (atMost <= options.rowsOfDriver())
+            return session.createDataFrame(rows.collectAsList(), rows.schema());
+        return checkpointed(rows);
+    }
+
+    /** A table of rows that the driver has. */
+    Dataset<Row> table(List<Row> rows, StructType type) {
+        return session.createDataFrame(rows, type);
+    }
+
+    Dataset<Row> empty(StructType type) { return table(List.of(), type); }
+
+    /** Whether the driver holds the rows, or what they are made of. */
+    static boolean isLocal(Dataset<Row> rows) { return optimised(rows) instanceof LocalRelation; }
+
+    /** The number of rows. */
+    static long size(Dataset<Row> rows) {
+        return optimised(rows) instanceof LocalRelation local ? local.data().size() : rows.count();
+    }
+
+    private static LogicalPlan optimised(Dataset<Row> rows) {
+        return ((org.apache.spark.sql.classic.Dataset<Row>) rows).queryExecution().optimizedPlan();
+    }
+
+    private Dataset<Row> checkpointed(Dataset<Row> rows) {
+        LogicalRDD plan =
+            (LogicalRDD) ((org.apache.spark.sql.classic.Dataset<Row>) rows.checkpoint(true))
+                .logicalPlan();
+        // Estimates of sizes, which a checkpoint hands on, would grow from step to step.
+        Dataset<Row> result = ((org.apache.spark.sql.classic.SparkSession) session)
+                                  .internalCreateDataFrame(plan.rdd(), rows.schema(), false);
+        Option<String> file = plan.rdd().getCheckpointFile();
+        if (file.isDefined()) {
+            files.put(result, file.get());
+            kept.add(result);
+        }
+        return result;
+    }
+
+    /** Where the list of what is kept stands now. */
+    int mark() { return kept.size(); }
+
+    /** Deletes what was kept since a mark. */
+    void dropSince(int mark, List<Dataset<Row>> but) {
+        List<Dataset<Row>> younger = kept.subList(mark, kept.size());
+        List<Dataset<Row>> stays = new ArrayList<>();
+        for (Dataset<Row> rows : younger)
+            if (but.stream().anyMatch(one -> one == rows))
+                stays.add(rows);
+            else
+                delete(rows);
+        younger.clear();
+        kept.addAll(stays);
+    }
+
+    private void delete(Dataset<Row> rows) {
+        Path path = new Path(files.remove(rows));
+        try {
+            path.getFileSystem(context.hadoopConfiguration()).delete(path, true);
+        } catch (IOException e) {
+            throw new UncheckedIOException(e);
+        }
+    }
+
+    @Override
+    public void close() {
+        context.setJobDescription(formerDescription);
+    }
+
+    /**
+     * Numbers rows through from 0.
+     *
+     * @param name of the column that takes the numbers
+     * @param atMost more rows than there can be
+     * @param order tells any two rows apart
+     */
+    Dataset<Row> numbered(Dataset<Row> rows, String name, long atMost, Column... order) {
+        if (atMost <= Math.max(options.rowsOfTask(), options.rowsOfDriver()))
+            return rows.repartition(1).sortWithinPartitions(order).withColumn(
+                name, monotonically_increasing_id());
+        Dataset<Row> sorted =
+            checkpointed(rows.orderBy(order)).withColumn(name, monotonically_increasing_id());
+        List<Row> counts = sorted.groupBy(shiftright(col(name), ROW_BITS).as("part"))
+                               .agg(count(lit(1)))
+                               .orderBy("part")
+                               .collectAsList();
+        int parts = counts.isEmpty() ? 0 : (int) counts.get(counts.size() - 1).getLong(0) + 1;
+        long[] sizes = new long[parts];
+        for (Row row : counts) sizes[(int) row.getLong(0)] = row.getLong(1);
+        long[] first = new long[parts];
+        for (int i = 1; i < parts; ++i) first[i] = first[i - 1] + sizes[i - 1];
+        UDF1<Long, Long> number =
+            place -> first[(int) (place >> ROW_BITS)] + (place & ((1L << ROW_BITS) - 1));
+        return sorted.withColumn(name, udf(number, DataTypes.LongType).apply(col(name)));
+    }
+
+    /**
+     * Sums that aren't exact, made in a given order for each key.
+     *
+     * @param keys columns of whole numbers
+     * @param order by which the values of a key are added up
+     * @param values columns of numbers
+     * @return the keys with the sums
+     */
+    static Dataset<Row> orderedSums(
+        Dataset<Row> rows, List<String> keys, List<String> order, List<String> values) {
+        Column[] columns = Stream.of(keys, values, order)
+                               .flatMap(List::stream)
+                               .map(name -> col(name))
+                               .toArray(Column[] ::new);
+        Column[] keyColumns = keys.stream().map(name -> col(name)).toArray(Column[] ::new);
+        Column[] sorting = Stream.concat(keys.stream(), order.stream())
+                               .map(name -> col(name))
+                               .toArray(Column[] ::new);
+        RunningSums sums = new RunningSums(keys, values);
+        return rows.select(columns)
+            .repartition(keyColumns)
+            .sortWithinPartitions(sorting)
+            .mapPartitions(sums, sums.encoder());
+    }
+}

@@ -1,0 +1,124 @@
+package info.quenta.vorl.spark;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import info.quenta.vorl.spark.TestBed.Links;
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.List;
+import org.apache.spark.sql.Dataset;
+import org.apache.spark.sql.Row;
+import org.apache.spark.sql.SparkSession;
+import org.junit.jupiter.api.AfterAll;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.io.TempDir;
+import org.junit.jupiter.params.ParameterizedTest;
+import org.junit.jupiter.params.provider.CsvSource;
+import org.junit.jupiter.params.provider.ValueSource;
+
+/** The result is that of the program, row by row, however the work is dealt out. */
+class CommunitiesTest {
+    private static final CommunitiesOptions SPREAD =
+        CommunitiesOptions.DEFAULT.withLinksOfTask(0).withStarts(1);
+
+    @TempDir static Path folder;
+
+    static Links network(String name) throws Exception {
+        return switch (name) {
+            case "planted" -> Networks.planted(3, 12, 6, 0.85, 1);
+            case "R-MAT" -> Networks.rmat(6, 160, 2);
+            case "arcs" -> Networks.arcs(40, 140, 3);
+            case "names" -> Networks.named(Networks.planted(3, 10, 6, 0.8, 4));
+            case "large planted" -> Networks.planted(2000, 50, 20, 0.7, 1);
+            case "components" -> Networks.components();
+            case "small ring" -> Networks.ring(3, 5);
+            case "ring" -> Networks.ring(8, 4);
+            case "no communities" -> Networks.planted(1, 20, 5, 1, 5);
+            default -> TestBed.data(name);
+        };
+    }
+
+    private static SparkSession session(int partitions) {
+        return TestBed.session("local[2]", partitions);
+    }
+
+    @AfterAll
+    static void stop() {
+        session(1).stop();
+    }
+
+    @ParameterizedTest(name = "{0}, {1} partitions")
+    @CsvSource({"karate.nse, 2", "planted, 1", "R-MAT, 7", "arcs, 64", "names, 2", "components, 7",
+        "ring, 2", "no communities, 1"})
+    void equalsTheProgram(String name, int partitions) throws Exception {
+        check(name, partitions, SPREAD);
+    }
+
+    /** Without the driver's help, all of it shuffled. */
+    @ParameterizedTest(name = "{0}, {1} partitions")
+    @CsvSource({"small ring, 2"})
+    void equalsTheProgramWhenNothingIsSmall(String name, int partitions) throws Exception {
+        check(name, partitions, SPREAD.withRowsOfDriver(0).withRowsOfTask(0));
+    }
+
+    /** Where the whole is left to the native library, from all starts. */
+    @ParameterizedTest
+    @ValueSource(strings = {"football.nse", "celegansneural.nsa", "names", "components"})
+    void equalsTheProgramInOneTask(String name) throws Exception {
+        Links links = network(name);
+        assertEquals(TestBed.expected(links, folder),
+            TestBed.lines(Communities.run(links.on(session(7)), CommunitiesOptions.DEFAULT)));
+        assertEquals(TestBed.expected(links, folder, "--no-shares"),
+            TestBed.lines(Communities.run(
+                links.on(session(1)), CommunitiesOptions.DEFAULT.withShares(false))));
+    }
+
+    /** Rows in any order and direction, repeats that add up, nodes without links. */
+    @Test
+    void rowsOfAPairAddUp() throws Exception {
+        Dataset<Row> links =
+            session(2).sql("SELECT src, dst FROM VALUES (4, 5), (6, 5), (6, 4), (1, 2), (2, 3), "
+                + "(3, 1), (3, 4) AS links(src, dst)");
+        Dataset<Row> halves =
+            links.selectExpr("dst AS src", "src AS dst", "0.25f AS weight")
+                .union(links.selectExpr("src", "dst", "0.75f"))
+                .union(session(2).sql("SELECT 9, 9, 0f UNION SELECT 1, 8, 0f"));
+        for (long limit : new long[] {0, 100}) {
+                    CommunitiesOptions options = SPREAD.withLinksOfTask(limit);
+                    List<String> found = TestBed.lines(Communities.run(links, options));
+                    assertEquals(6, found.size());
+                    List<String> more =
+                        new ArrayList<>(TestBed.lines(Communities.run(halves, options)));
+                    assertTrue(more.remove(more.size() - 1).startsWith("9 "));
+                    assertTrue(more.remove(more.size() - 1).startsWith("8 "));
+                    assertEquals(found, more);
+                }
+        }
+
+        @Test
+        void refusesWhatIsNoNetwork() {
+            SparkSession session = session(2);
+            for (String wrong : new String[] {"1 AS a, 2 AS b", "1 AS src, 'x' AS dst",
+                     "1.5 AS src, 2.5 AS dst", "1 AS src, -2 AS dst",
+                     "1 AS src, 2 AS dst, -1 AS weight", "1 AS src, CAST(NULL AS INT) AS dst",
+                     "1 AS src, 2 AS dst, float('NaN') AS weight",
+                     "1 AS src, 2 AS dst, 1e300 AS weight"})
+                assertThrows(IllegalArgumentException.class,
+                    () -> Communities.run(session.sql("SELECT " + wrong), SPREAD), wrong);
+            assertThrows(IllegalArgumentException.class, () -> SPREAD.withStarts(-1));
+            assertEquals(List.of(),
+                TestBed.lines(
+                    Communities.run(session.sql("SELECT 1 AS src, 2 AS dst LIMIT 0"), SPREAD)));
+        }
+
+        private static void check(String name, int partitions, CommunitiesOptions options)
+            throws Exception {
+            Links links = network(name);
+            List<String> expected = TestBed.expected(links, folder, "--starts", "1");
+            assertTrue(expected.size() > 4);
+            assertEquals(
+                expected, TestBed.lines(Communities.run(links.on(session(partitions)), options)));
+        }
+    }

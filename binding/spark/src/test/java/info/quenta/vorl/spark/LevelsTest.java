@@ -1,0 +1,85 @@
+package info.quenta.vorl.spark;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import info.quenta.vorl.spark.TestBed.Links;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.List;
+import java.util.Map;
+import java.util.TreeMap;
+import org.apache.spark.sql.Dataset;
+import org.apache.spark.sql.Row;
+import org.apache.spark.sql.SparkSession;
+import org.junit.jupiter.api.Test;
+import org.junit.jupiter.api.io.TempDir;
+
+class LevelsTest {
+    @TempDir Path folder;
+
+    private String program(String... arguments) throws Exception {
+        List<String> command = new ArrayList<>(List.of(System.getProperty("vorl.program")));
+        command.addAll(Arrays.asList(arguments));
+        Path output = folder.resolve("output");
+        Process process =
+            new ProcessBuilder(command).inheritIO().redirectOutput(output.toFile()).start();
+        assertEquals(0, process.waitFor());
+        return Files.readString(output);
+    }
+
+    /** Each cluster is one of the program's hierarchy, at the same level, with the same shares. */
+    @Test
+    void clustersAreThoseOfTheProgramsHierarchy() throws Exception {
+        Links links = CommunitiesTest.network("football.nse");
+        Path file = folder.resolve("links.csv");
+        Path hierarchy = folder.resolve("links.rhb");
+        Files.writeString(file, links.text());
+        program("communities", "-q", file.toString(), "--hierarchy", hierarchy.toString());
+
+        SparkSession session = TestBed.session("local[2]", 3);
+        try {
+            Dataset<Row> rows = links.on(session);
+            CommunitiesOptions options = CommunitiesOptions.DEFAULT;
+            Dataset<Row> communities = Communities.run(rows, options);
+            Dataset<Row> levels = Levels.of(rows, communities, options);
+            Map<Long, Map<Long, List<String>>> found = new TreeMap<>();
+            for (Row row : levels.orderBy("level", "cluster", "node").collectAsList())
+                found.computeIfAbsent(row.getLong(1), level -> new TreeMap<>())
+                    .computeIfAbsent(row.getLong(2), cluster -> new ArrayList<>())
+                    .add(row.getLong(0) + (row.getFloat(3) < 1 ? " shared" : ""));
+            assertTrue(found.size() >= 3, found.keySet().toString());
+            int above = 0;
+            for (var level : found.entrySet()) {
+                List<List<String>> expected = new ArrayList<>();
+                String cut = program(
+                    "cut", "-q", hierarchy.toString(), "--level", level.getKey().toString());
+                for (String line : cut.split("\n"))
+                    if (!line.startsWith("#"))
+                        expected.add(members(line));
+                for (List<String> cluster : level.getValue().values())
+                    assertTrue(expected.contains(cluster), level.getKey() + ": " + cluster);
+                if (level.getValue().size() > 1)
+                    ++above;
+            }
+            assertTrue(above >= 3);
+        } finally {
+            session.stop();
+        }
+    }
+
+    private static List<String> members(String line) {
+        List<String> members = new ArrayList<>();
+        for (String cell : line.substring(line.indexOf('>') + 1).trim().split(" ")) {
+            String[] parts = cell.split(":");
+            members.add(
+                parts[0] + (parts.length > 1 && Float.parseFloat(parts[1]) < 1 ? " shared" : ""));
+        }
+        members.sort(
+            (a, b)
+                -> Long.compare(Long.parseLong(a.split(" ")[0]), Long.parseLong(b.split(" ")[0])));
+        return members;
+    }
+}

@@ -1,0 +1,49 @@
+package info.quenta.vorl.spark;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertThrows;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import info.quenta.vorl.api.Clustering;
+import info.quenta.vorl.api.Network;
+import info.quenta.vorl.api.Options;
+import info.quenta.vorl.spark.Sweep.Setting;
+import java.nio.file.Path;
+import java.util.List;
+import org.apache.spark.sql.Row;
+import org.apache.spark.sql.SparkSession;
+import org.junit.jupiter.api.Test;
+
+class SweepTest {
+    @Test
+    void eachSettingGivesTheScoreOfTheEngine() throws Exception {
+        List<Setting> settings = List.of(Setting.ofGamma(0.5), Setting.ofGamma(1),
+            new Setting(2, Options.Reduction.SEVERE, 0), new Setting(1, Options.Reduction.NONE, 7));
+        SparkSession session = TestBed.session("local[2]", 2);
+        try {
+            List<Row> rows =
+                Sweep.run(TestBed.data("lesmis.nse").on(session), settings).collectAsList();
+            assertEquals(4, rows.size());
+            try (Network network =
+                     Network.read(Path.of(System.getProperty("vorl.data"), "lesmis.nse"))) {
+                for (int i = 0; i < 3; ++i) {
+                    Setting setting = settings.get(i);
+                    Options options = Options.builder()
+                                          .gamma(setting.gamma())
+                                          .reduction(setting.reduction())
+                                          .build();
+                    try (Clustering clustering = network.cluster(options)) {
+                        assertEquals(i, rows.get(i).getInt(0));
+                        assertEquals(
+                            clustering.score().modularity(), rows.get(i).getFloat(6), 0.02);
+                    }
+                }
+            }
+            assertTrue(rows.get(0).getLong(5) <= rows.get(2).getLong(5));
+            assertEquals(rows.get(1).getFloat(6), rows.get(3).getFloat(6), 0.05);
+        } finally {
+            session.stop();
+        }
+        assertThrows(IllegalArgumentException.class, () -> Setting.ofGamma(-1));
+    }
+}
