@@ -9,27 +9,22 @@ import org.apache.spark.sql.SparkSession;
 
 /** The communities of a table in a file, for spark-submit. */
 public final class Main {
-    private static final String USAGE = "" "
-        usage : spark
-                - submit[OPTION OF SPARK...] vorl
-                - spark.jar LINKS OUTPUT[OPTION...]
+    private static final String USAGE = String.join("\n", //
+        "usage: spark-submit [OPTION OF SPARK...] vorl-spark.jar LINKS OUTPUT [OPTION...]", "",
+        "  LINKS                 a Parquet table with the columns src, dst and maybe weight;",
+        "                        .csv with a line of names, also .csv.gz; .json with an object a line",
+        "  OUTPUT                the table to write: node, cluster, share; with --hierarchy node, level,",
+        "                        cluster, share; Parquet, or CSV where it ends in .csv",
+        "  --checkpoints FOLDER  of a file system that all executors reach; needed on a cluster",
+        "  --hierarchy           also what lies inside the communities, and above them",
+        "  --no-shares           each node in one community",
+        "  --starts N            from how many starts to search",
+        "  --links-of-task N     up to so many links go to the native library, in one task",
+        "  --rows-of-task N      up to so many rows are sorted in one task",
+        "  --rows-of-driver N    tables of up to so many rows are held by the driver",
+        "  --overwrite           an OUTPUT that is there");
 
-                  LINKS a Parquet table with the columns src,
-                                dst and maybe weight;
-    .csv with a line of names, also.csv.gz;
-    .json with an object a line OUTPUT the table to write : node, cluster, share;
-    with-- hierarchy node, level, cluster, share;
-    Parquet,
-        or CSV where it ends in.csv-- checkpoints FOLDER of a file system that all executors reach;
-    needed on a cluster-- hierarchy also what lies inside the communities,
-        and above them-- no
-        - shares each node in one community-- starts N from how many starts to search-- links - of
-        - task N up to so many links go to the native library,
-        in one task-- rows - of - task N up to so many rows are sorted in one task-- rows - of
-        - driver N tables of up to so many rows are held by the driver-- overwrite an OUTPUT that is
-            there "" ";
-
-        private final List<String> files = new ArrayList<>();
+    private final List<String> files = new ArrayList<>();
     private CommunitiesOptions options = CommunitiesOptions.DEFAULT;
     private SaveMode mode = SaveMode.ErrorIfExists;
     private boolean hierarchy;
