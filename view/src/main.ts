@@ -10,12 +10,13 @@ import { Actions, byId, chosenFacts, clusterFacts, counted, element, nodeFacts, 
 import { Picture } from "./picture.js";
 import { listenToSearch } from "./search.js";
 import { Hit, Mode, Shown } from "./shown.js";
+import { Stage } from "./stage.js";
 
 const FLIGHT = 750;
 
 class Page {
     private readonly canvas = byId<HTMLCanvasElement>("picture");
-    private readonly context = this.canvas.getContext("2d")!;
+    private readonly stage = new Stage(this.canvas);
     private readonly dark = matchMedia("(prefers-color-scheme: dark)");
     private readonly flight: Flight;
     private picture: Picture;
@@ -78,13 +79,14 @@ class Page {
         const text = `level ${number}: ${counted(clusters, "cluster")}`;
         slider.setAttribute("aria-valuetext", text);
         byId("level-text").textContent = text;
-        this.ask();
+        this.change();
     }
 
     setMode(mode: Mode) {
         const former = this.shown.mode;
         if (former === mode) return;
         this.shown.mode = mode;
+        if (mode === "rectangles" || former === "rectangles") this.stage.forget();
         for (const button of document.querySelectorAll<HTMLButtonElement>("[data-mode]"))
             button.setAttribute("aria-pressed", String(button.dataset.mode === mode));
         if (mode === "rectangles" || former === "rectangles") {
@@ -93,18 +95,19 @@ class Page {
         } else {
             this.blendTo(mode === "network" ? 1 : 0);
         }
-        this.ask();
+        this.change();
     }
 
     private blendTo(to: number) {
         const from = this.shown.blend;
         const begin = performance.now();
-        const duration = matchMedia("(prefers-reduced-motion: reduce)").matches ? 0 : 700;
+        const isStill = this.stage.heavy || matchMedia("(prefers-reduced-motion: reduce)").matches;
+        const duration = isStill ? 0 : 700;
         const step = () => {
             const part = duration === 0 ? 1 : Math.min(1, (performance.now() - begin) / duration);
             const eased = part < 0.5 ? 4 * part ** 3 : 1 - (2 - 2 * part) ** 3 / 2;
             this.shown.blend = from + (to - from) * eased;
-            this.ask();
+            this.change();
             if (part < 1) requestAnimationFrame(step);
         };
         step();
@@ -156,7 +159,7 @@ class Page {
             this.node >= 0
                 ? this.model.nodeName(this.node)
                 : `${this.model.clusterName(cluster)}, ${counted(this.model.members[cluster]!, "node")}, ${counted(this.model.parts(cluster).length, "part")}`;
-        this.ask();
+        this.change();
     }
 
     private tellFacts() {
@@ -187,7 +190,7 @@ class Page {
         this.tellFacts();
         // The button that was pressed is another one now.
         if (focused) (document.querySelector<HTMLElement>(`#${focused} .choose`) ?? this.canvas).focus();
-        this.ask();
+        this.change();
     }
 
     // Drawing.
@@ -198,29 +201,28 @@ class Page {
         clearTimeout(this.rest);
         this.rest = window.setTimeout(() => {
             this.shown.moves = false;
-            this.ask();
+            this.change();
         }, 150);
         this.ask();
     }
     private ask() {
         if (this.asked === 0) this.asked = requestAnimationFrame(() => this.draw());
     }
+    /** What is shown has changed, and not only from where. */
+    private change() {
+        this.stage.change();
+        this.ask();
+    }
     private draw() {
         this.asked = 0;
         const begin = performance.now();
-        const ratio = devicePixelRatio;
-        this.context.setTransform(ratio, 0, 0, ratio, 0, 0);
-        this.context.fillStyle = this.colours.theme.ground;
-        this.context.fillRect(0, 0, this.canvas.width, this.canvas.height);
-        this.picture.draw(new CanvasPainter(this.context, this.shown.moves ? 3.5 : 1.5), this.flight.camera, this.shown, 12);
-        if (this.picture.incomplete) this.ask();
+        if (this.stage.frame(this.picture, this.flight.camera, this.shown)) this.ask();
         this.frames.push(performance.now() - begin);
         if (this.frames.length > 1000) this.frames.shift();
     }
     private resize() {
         const { clientWidth, clientHeight } = this.canvas;
-        this.canvas.width = Math.round(clientWidth * devicePixelRatio);
-        this.canvas.height = Math.round(clientHeight * devicePixelRatio);
+        this.stage.resize();
         this.flight.resize(Math.max(1, clientWidth), Math.max(1, clientHeight));
         const { camera } = this.flight;
         this.picture.setRatio(camera.width / Math.min(camera.width, camera.height));
@@ -232,6 +234,7 @@ class Page {
         this.picture = new Picture(this.model, this.colours);
         const { camera } = this.flight;
         this.picture.setRatio(camera.width / Math.min(camera.width, camera.height));
+        this.stage.forget();
         this.tellChosen();
     }
 
@@ -250,7 +253,7 @@ class Page {
         context.scale(times, times);
         context.fillStyle = this.colours.theme.ground;
         context.fillRect(0, 0, camera.width, camera.height);
-        this.picture.draw(new CanvasPainter(context), camera, { ...this.shown, hovered: null, moves: false });
+        this.picture.draw(new CanvasPainter(context), camera, { ...this.shown, moves: false });
     }
 
     // Files.
@@ -263,7 +266,7 @@ class Page {
     svgText(): string {
         const { camera } = this.flight;
         const painter = new SvgPainter(camera.width, camera.height, this.colours.theme.ground);
-        this.picture.draw(painter, camera, { ...this.shown, hovered: null, moves: false });
+        this.picture.draw(painter, camera, { ...this.shown, moves: false });
         return painter.document(this.model.title);
     }
     csvText(): string {

@@ -10,6 +10,8 @@ export interface TextStyle {
 export interface Painter {
     circle(x: number, y: number, r: number, fill: string | null, alpha: number, stroke?: string, width?: number): void;
     rect(x: number, y: number, w: number, h: number, fill: string | null, alpha: number, stroke?: string, width?: number): void;
+    /** Rectangles of one colour: x, y, width and height of each. */
+    rects(at: number[], fill: string, alpha: number): void;
     /** Circles of one colour: x, y and r of each. */
     dots(at: number[], fill: string, alpha: number): void;
     /** Straight lines of one colour: both ends of each. */
@@ -37,9 +39,24 @@ export class CanvasPainter implements Painter {
         this.finish(fill, alpha, stroke, width);
     }
     rect(x: number, y: number, w: number, h: number, fill: string | null, alpha: number, stroke?: string, width = 1) {
-        this.to.beginPath();
-        this.to.rect(x, y, w, h);
-        this.finish(fill, alpha, stroke, width);
+        if (fill) {
+            this.to.globalAlpha = alpha;
+            this.to.fillStyle = fill;
+            this.to.fillRect(x, y, w, h);
+        }
+        if (stroke) {
+            this.to.globalAlpha = fill ? Math.min(1, alpha * 4) : alpha;
+            this.to.strokeStyle = stroke;
+            this.to.lineWidth = width;
+            this.to.strokeRect(x, y, w, h);
+        }
+        this.to.globalAlpha = 1;
+    }
+    rects(at: number[], fill: string, alpha: number) {
+        this.to.globalAlpha = alpha;
+        this.to.fillStyle = fill;
+        for (let i = 0; i < at.length; i += 4) this.to.fillRect(at[i]!, at[i + 1]!, at[i + 2]!, at[i + 3]!);
+        this.to.globalAlpha = 1;
     }
     dots(at: number[], fill: string, alpha: number) {
         this.to.globalAlpha = alpha;
@@ -152,6 +169,14 @@ export class SvgPainter implements Painter {
             stroke,
             width,
         );
+    }
+    rects(at: number[], fill: string, alpha: number) {
+        this.pieces.push(`<g fill="${fill}" fill-opacity="${short(alpha)}">`);
+        for (let i = 0; i < at.length; i += 4)
+            this.pieces.push(
+                `<rect x="${short(at[i]!)}" y="${short(at[i + 1]!)}" width="${short(at[i + 2]!)}" height="${short(at[i + 3]!)}"/>`,
+            );
+        this.pieces.push("</g>");
     }
     dots(at: number[], fill: string, alpha: number) {
         this.pieces.push(`<g fill="${fill}" opacity="${short(alpha)}">`);

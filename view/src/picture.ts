@@ -2,7 +2,7 @@
 import { Colours, isDeep } from "./colours.js";
 import { Model, Piece } from "./model.js";
 import { Painter } from "./painter.js";
-import { append, Pieces } from "./pieces.js";
+import { append, listOf, Pieces } from "./pieces.js";
 import { Camera, Mode, Shown, Spot, touches } from "./shown.js";
 import { Spots } from "./spots.js";
 import { fitted, LETTER, Room } from "./texts.js";
@@ -15,7 +15,7 @@ const SMALL = 4;
 /** Pieces smaller than this stay circles. */
 const PIECE = 24;
 /** A cell of the treemap has so many square pixels, or isn't drawn. */
-const CELL = 30;
+const CELL = 40;
 
 type Label = [name: string, x: number, y: number, size: number];
 
@@ -31,6 +31,10 @@ export class Picture {
         this.pieces = new Pieces(model, colours);
         this.tiling = new Tiling(model);
         this.spots = new Spots(model, this.pieces, this.tiling);
+    }
+
+    get ground(): string {
+        return this.colours.theme.ground;
     }
 
     /** Whether the last picture lacks something that takes longer. */
@@ -101,12 +105,13 @@ export class Picture {
             for (let part = cluster + 1; part < model.end[cluster]!; part = model.end[part]!) visit(part);
             if (unit < DOT || (piece >= 0 && shown.blend > 0 && r > PIECE)) return;
             const colour = this.placeColour(cluster, at);
+            const list = listOf(dots, colour);
             for (let i = model.place[cluster]!; i < model.own[cluster]!; ++i) {
                 const atX = camera.x + camera.scale * model.placeX[i]!;
                 const atY = camera.y + camera.scale * model.placeY[i]!;
                 const radius = unit * Math.sqrt(model.placeShare[i]!);
                 if (!touches(camera, atX, atY, radius)) continue;
-                append(dots, colour, atX, atY, radius);
+                list.push(atX, atY, radius);
                 if (radius > 7) names.push([atX, atY, radius, model.nodeName(model.placeNode[i]!), colour]);
                 if (radius > 4 && model.placeShare[i]! < 0.9995) rings.push([atX, atY, radius]);
             }
@@ -169,9 +174,13 @@ export class Picture {
         }
         for (const node of [shown.marked, ...shown.chosen.nodes])
             for (const [x, y, r] of this.spots.places(camera, shown, node)) ring(x, y, Math.max(3, r) + 2.5);
+    }
+
+    /** A ring around what is under the pointer, which is drawn apart since it changes often. */
+    drawHovered(to: Painter, camera: Camera, shown: Shown) {
         if (shown.hovered?.kind === "node")
             for (const [x, y, r] of this.spots.places(camera, shown, shown.hovered.node))
-                to.circle(x, y, Math.max(3, r) + 1.5, null, 1, ink, 1.5);
+                to.circle(x, y, Math.max(3, r) + 1.5, null, 1, this.colours.theme.ink, 1.5);
     }
 
     // Rectangles.
@@ -181,6 +190,8 @@ export class Picture {
         const standing = model.standing(shown.level);
         const { ground, ink } = this.colours.theme;
         const labels: [cluster: number, rect: Rect][] = [];
+        const cells = new Map<string, number[]>();
+        const names: [...Spot, place: number, ink: { colour: string }][] = [];
         const onScreen = ([x0, y0, x1, y1]: Rect): Rect => [
             camera.x + camera.scale * x0,
             camera.y + camera.scale * y0,
@@ -204,19 +215,20 @@ export class Picture {
             const own = model.own[cluster]! - model.place[cluster]!;
             if (own === 0 || (w * h) / own < CELL) return;
             const dot = this.placeColour(cluster, at);
-            for (const [place, ...cell] of tiling.cells(cluster)) {
-                const seen = onScreen(cell);
-                const [cx, cy, cw, ch] = seen;
-                if (!isSeen(seen)) continue;
-                to.rect(cx + 0.5, cy + 0.5, Math.max(0.5, cw - 1), Math.max(0.5, ch - 1), dot, 0.9);
-                if (Math.min(cw, ch * 1.6) > 16)
-                    fitted(to, cx + cw / 2, cy + ch / 2, Math.min(cw / 2, 60), model.nodeName(model.placeNode[place]!), {
-                        colour: isDeep(dot) ? "#ffffff" : "#14171a",
-                    });
-            }
+            const ink = { colour: isDeep(dot) ? "#ffffff" : "#14171a" };
+            const list = listOf(cells, dot);
+            tiling.eachCell(cluster, (place, x0, y0, x1, y1) => {
+                const [cx, cy] = [camera.x + camera.scale * x0, camera.y + camera.scale * y0];
+                const [cw, ch] = [camera.scale * (x1 - x0), camera.scale * (y1 - y0)];
+                if (cx > camera.width || cy > camera.height || cx + cw < 0 || cy + ch < 0) return;
+                list.push(cx + 0.5, cy + 0.5, Math.max(0.5, cw - 1), Math.max(0.5, ch - 1));
+                if (Math.min(cw, ch * 1.6) > 16) names.push([cx + cw / 2, cy + ch / 2, Math.min(cw / 2, 60), place, ink]);
+            });
         };
         tiling.tile(0);
         visit(0);
+        for (const [colour, list] of cells) to.rects(list, colour, 0.9);
+        for (const [x, y, r, place, ink] of names) fitted(to, x, y, r, model.nodeName(model.placeNode[place]!), ink);
         for (const cluster of shown.chosen.clusters) {
             const [x, y, w, h] = onScreen(tiling.of(cluster));
             to.rect(x, y, w, h, null, 1, ground, 5);

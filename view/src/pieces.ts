@@ -19,6 +19,8 @@ interface Look {
 }
 
 const NAMES = 150;
+/** How many bundles are drawn for each part of a cluster, the heaviest. */
+const BUNDLES = 2;
 
 /** Below this part of their cluster's radius, links would lie under the dots. */
 const LINKED = 45;
@@ -103,23 +105,41 @@ export class Pieces {
         const x = camera.x + camera.scale * model.x[cluster]!;
         const y = camera.y + camera.scale * model.y[cluster]!;
         if (!touches(camera, x, y, r)) return;
+        const parts = model.parts(cluster);
         // Of what one is deep inside they would only be in the way.
-        const fade = shown.blend * Math.min(1, Math.min(camera.width, camera.height) / r);
-        let most = 0;
-        for (const bundle of bundles) most = Math.max(most, bundle.weight);
-        for (let i = bundles.length - 1; i >= 0; --i) {
+        const fade = shown.blend * Math.min(1, Math.min(camera.width, camera.height) / r) ** 2;
+        const most = bundles[0]!.weight;
+        for (let i = Math.min(bundles.length, BUNDLES * parts.length) - 1; i >= 0 && fade > 0.05; --i) {
             const { a, b, weight } = bundles[i]!;
             const part = Math.sqrt(weight / most);
-            const [ax, ay] = [camera.x + camera.scale * model.x[a]!, camera.y + camera.scale * model.y[a]!];
-            const [bx, by] = [camera.x + camera.scale * model.x[b]!, camera.y + camera.scale * model.y[b]!];
-            const least = camera.scale * Math.min(model.r[a]!, model.r[b]!);
-            const width = Math.max(0.4, part * Math.min(8, 0.35 * least));
             // Bent towards the middle of what they are in.
-            const midX = ((ax + bx) / 2) * 0.6 + x * 0.4;
-            const midY = ((ay + by) / 2) * 0.6 + y * 0.4;
-            to.curve(ax, ay, midX, midY, bx, by, this.colours.base(a), (0.06 + 0.44 * part ** 2) * fade, width);
+            const midX = ((model.x[a]! + model.x[b]!) / 2) * 0.6 + model.x[cluster]! * 0.4;
+            const midY = ((model.y[a]! + model.y[b]!) / 2) * 0.6 + model.y[cluster]! * 0.4;
+            const [ax, ay] = this.edge(camera, a, midX, midY);
+            const [bx, by] = this.edge(camera, b, midX, midY);
+            const least = camera.scale * Math.min(model.r[a]!, model.r[b]!);
+            const width = Math.max(0.4, part * Math.min(6, 0.3 * least));
+            to.curve(
+                ax,
+                ay,
+                camera.x + camera.scale * midX,
+                camera.y + camera.scale * midY,
+                bx,
+                by,
+                this.colours.base(a),
+                (0.05 + 0.4 * part ** 2) * fade,
+                width,
+            );
         }
-        for (const part of model.parts(cluster)) this.drawBundles(to, camera, shown, part);
+        for (const part of parts) this.drawBundles(to, camera, shown, part);
+    }
+
+    /** Where on the screen the way to a point leaves a cluster. */
+    private edge(camera: Camera, cluster: number, toX: number, toY: number): [number, number] {
+        const { model } = this;
+        const [x, y] = [model.x[cluster]!, model.y[cluster]!];
+        const part = Math.min(1, model.r[cluster]! / Math.max(1e-12, Math.hypot(toX - x, toY - y)));
+        return [camera.x + camera.scale * (x + (toX - x) * part), camera.y + camera.scale * (y + (toY - y) * part)];
     }
 
     /** The node of a piece that is at a point of the screen; -1 for none. */
@@ -244,7 +264,11 @@ export class Pieces {
 
 /** Adds to the list of a colour. */
 export function append(lists: Map<string, number[]>, colour: string, ...values: number[]) {
+    listOf(lists, colour).push(...values);
+}
+
+export function listOf(lists: Map<string, number[]>, colour: string): number[] {
     let list = lists.get(colour);
     if (!list) lists.set(colour, (list = []));
-    list.push(...values);
+    return list;
 }

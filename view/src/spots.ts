@@ -44,14 +44,14 @@ export class Spots {
             const cluster = model.placeCluster[place]!;
             const index = model.pieceOf[cluster]!;
             if (shown.mode === "rectangles") {
-                const cell = this.tiling.cells(cluster).find(([i]) => i === place);
-                if (!cell) continue;
-                const [, x0, y0, x1, y1] = cell;
-                found.push([
-                    camera.x + (camera.scale * (x0 + x1)) / 2,
-                    camera.y + (camera.scale * (y0 + y1)) / 2,
-                    (camera.scale * Math.min(x1 - x0, y1 - y0)) / 2,
-                ]);
+                this.tiling.eachCell(cluster, (at, x0, y0, x1, y1) => {
+                    if (at === place)
+                        found.push([
+                            camera.x + (camera.scale * (x0 + x1)) / 2,
+                            camera.y + (camera.scale * (y0 + y1)) / 2,
+                            (camera.scale * Math.min(x1 - x0, y1 - y0)) / 2,
+                        ]);
+                });
             } else if (shown.mode === "network" && index >= 0) {
                 if (drawn.has(index)) continue;
                 drawn.add(index);
@@ -84,12 +84,12 @@ export class Spots {
             if (part === undefined) break;
             cluster = part;
         }
-        const own = model.own[cluster]! - model.place[cluster]!;
-        if (own > 0 && own < MANY)
-            for (const [place, ...cell] of tiling.cells(cluster))
-                if (within(cell) && (cell[2] - cell[0]) * camera.scale > 4)
-                    return { kind: "node", node: model.placeNode[place]!, cluster };
-        return { kind: "cluster", cluster };
+        let found = -1;
+        if (model.own[cluster]! - model.place[cluster]! < MANY)
+            tiling.eachCell(cluster, (place, x0, y0, x1, y1) => {
+                if (within([x0, y0, x1, y1]) && (x1 - x0) * camera.scale > 4) found = place;
+            });
+        return found < 0 ? { kind: "cluster", cluster } : { kind: "node", node: model.placeNode[found]!, cluster };
     }
 
     private inCircles(camera: Camera, shown: Shown, x: number, y: number, px: number, py: number): Hit {

@@ -3,7 +3,6 @@ import { treemapSquarify, HierarchyRectangularNode } from "d3-hierarchy";
 import { Model } from "./model.js";
 
 export type Rect = [x0: number, y0: number, x1: number, y1: number];
-export type Cell = [place: number, ...rect: Rect];
 
 interface Share {
     value: number;
@@ -72,26 +71,23 @@ export class Tiling {
         }
     }
 
-    /** The rectangles of a cluster's own places, in rows. */
-    cells(cluster: number): Cell[] {
+    /** Calls a function for each of a cluster's own places with its rectangle; they stand in rows. */
+    eachCell(cluster: number, visit: (place: number, x0: number, y0: number, x1: number, y1: number) => void) {
         const { model } = this;
         const [first, last] = [model.place[cluster]!, model.own[cluster]!];
-        if (first === last) return [];
+        if (first === last) return;
         for (const above of model.path(cluster)) this.tile(above);
         const [x0, y0, x1, y1] = this.rest.get(cluster) ?? this.inner(cluster);
         const count = last - first;
         const columns = Math.max(1, Math.min(count, Math.round(Math.sqrt((count * (x1 - x0)) / Math.max(1e-12, y1 - y0)))));
         const rows = Math.ceil(count / columns);
-        const list: Cell[] = [];
-        for (let i = 0; i < count; ++i) {
-            const row = Math.floor(i / columns);
+        const h = (y1 - y0) / rows;
+        for (let row = 0; row < rows; ++row) {
             const inRow = row === rows - 1 ? count - row * columns : columns;
-            const column = i - row * columns;
             const w = (x1 - x0) / inRow;
-            const h = (y1 - y0) / rows;
-            list.push([first + i, x0 + column * w, y0 + row * h, x0 + (column + 1) * w, y0 + (row + 1) * h]);
+            for (let i = 0; i < inRow; ++i)
+                visit(first + row * columns + i, x0 + i * w, y0 + row * h, x0 + (i + 1) * w, y0 + (row + 1) * h);
         }
-        return list;
     }
 
     private inner(cluster: number): Rect {

@@ -51,3 +51,28 @@ test("texts take no room that others have", async () => {
     assert.ok(!room.take(-400, -500, 10, 10));
     assert.equal(shortened("a😀bcd", 3), "a😀…");
 });
+
+test("a recorded picture is drawn in steps, all of it and in its order", async () => {
+    const { Recorder } = await source("recorder");
+    const { SvgPainter } = await source("painter");
+    const draw = (to) => {
+        to.circle(1, 2, 300, "#ff0000", 0.5, "#00ff00", 2);
+        to.rect(1, 2, 3, 4, null, 1, "#00ff00", 2);
+        to.rects([1, 2, 3, 4], "#ff0000", 0.9);
+        to.dots(Array.from({ length: 3000 }, (_, i) => i % 7), "#0000ff", 1);
+        to.lines(Array.from({ length: 4000 }, (_, i) => i % 11), "#0000ff", 0.3, 1);
+        to.curve(0, 0, 1, 1, 2, 2, "#0000ff", 0.3, 1);
+        to.pie(4, 4, 3, [["#ff0000", 0.3], ["#00ff00", 0.7]], "#000000");
+        to.text(1, 1, 8, "name", { colour: "#000000", halo: "#ffffff" });
+    };
+    const shapes = (painter) => painter.document("t").match(/<(circle|rect|text)[^>]*>|M[^"A]*?(?=M|")|A[^"]*/g).filter((shape) => shape !== "");
+    const whole = new SvgPainter(9, 9, "#ffffff");
+    draw(whole);
+    const recorder = new Recorder(1000);
+    draw(recorder);
+    const steps = new SvgPainter(9, 9, "#ffffff");
+    let calls = 1;
+    while (!recorder.play(steps, recorder.cost / 20)) ++calls;
+    assert.ok(calls >= 5 && calls <= 20, `${calls} calls`);
+    assert.deepEqual(shapes(steps), shapes(whole));
+});

@@ -48,6 +48,21 @@ export async function open(file, options = {}) {
     return page;
 }
 
+/** The processor time in milliseconds of each task of the page's thread while something is done, the
+ * shortest first: what frames would take on a machine that has nothing else to do. */
+export async function tasksDuring(page, work) {
+    await browser.startTracing(page, { categories: ["toplevel", "disabled-by-default-devtools.timeline"] });
+    await work();
+    const { traceEvents } = JSON.parse((await browser.stopTracing()).toString());
+    const thread = ({ pid, tid }) => `${pid}/${tid}`;
+    const main = new Set(traceEvents.filter((e) => e.args?.name === "CrRendererMain").map(thread));
+    return traceEvents
+        .filter((e) => e.name.endsWith("RunTask") && main.has(thread(e)))
+        .map((e) => (e.tdur ?? 0) / 1000)
+        .filter((time) => time > 1)
+        .sort((a, b) => a - b);
+}
+
 export const shot = (page, name) => page.screenshot({ path: join(work, `${name}.png`) });
 
 /** What a source of the page exports. */

@@ -30,9 +30,10 @@ Sums joined(const FlatNetwork& network, const Nest& nest, const std::vector<Leve
                  ++node) {
                 const Number own = nest.clusterOf[nest.home[node]];
                 for (Size i = network.begin[node]; i < network.begin[node + 1]; ++i) {
+                    if (network.neighbour[i] < node) continue;
                     const Number other = nest.clusterOf[nest.home[network.neighbour[i]]];
                     sums[part][levelOf[common(nest, own, other)]] +=
-                        static_cast<double>(network.weight[i]);
+                        2 * static_cast<double>(network.weight[i]);
                 }
             }
     });
