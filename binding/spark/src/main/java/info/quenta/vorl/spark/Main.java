@@ -34,6 +34,10 @@ public final class Main {
     /** Exits with 2 where the arguments are at fault. */
     public static void main(String[] arguments) {
         Main main = new Main();
+        if (List.of(arguments).contains("--help")) {
+            System.out.println(USAGE);
+            return;
+        }
         try {
             main.take(arguments);
         } catch (IllegalArgumentException e) {

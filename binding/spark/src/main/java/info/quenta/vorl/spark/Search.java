@@ -75,6 +75,7 @@ final class Search {
         step("similarity");
         ItemNetwork similar = Similarity.similar(
             work, shared, nodes.links, network.items(), network.size(), start.similarity());
+        int begun = work.mark();
         step("agglomeration");
         Dataset<Row> all =
             network.items().select(col("item"), lit(0L).as("label"), lit(false).as("idle"));
@@ -107,6 +108,7 @@ final class Search {
                 break;
             if (!settle())
                 break;
+            work.dropSince(begun, List.of(partition.labels(), partition.groups(), settled));
         }
         return best;
     }

@@ -52,6 +52,15 @@ final class Work implements AutoCloseable {
                     "Communities, a folder for checkpoints is missing: set it in the options or"
                     + " by SparkContext.setCheckpointDir");
             context.setCheckpointDir(System.getProperty("java.io.tmpdir") + "/vorl-checkpoints");
+            removeAtExit(new Path(context.getCheckpointDir().get()));
+        }
+    }
+
+    private void removeAtExit(Path folder) {
+        try {
+            folder.getFileSystem(context.hadoopConfiguration()).deleteOnExit(folder);
+        } catch (IOException e) {
+            throw new UncheckedIOException(e);
         }
     }
 

@@ -77,7 +77,7 @@ class FaultsTest {
                 steps.containsAll(List.of("reading links", "similarity", "agglomeration",
                     "refinement", "splitting", "merging", "settling", "shares", "numbering")),
                 steps.toString());
-            assertEquals(steps, new TreeSet<>(killer.hit));
+            assertTrue(killer.hit.containsAll(steps), killer.hit.toString());
         } finally {
             session.stop();
         }
@@ -96,7 +96,7 @@ class FaultsTest {
                 return;
             ProcessHandle.current()
                 .descendants()
-                .filter(process -> process.info().commandLine().orElse("").contains("Executor"))
+                .filter(process -> process.info().command().orElse("").endsWith("java"))
                 .findFirst()
                 .ifPresent(process -> {
                     if (process.destroyForcibly())

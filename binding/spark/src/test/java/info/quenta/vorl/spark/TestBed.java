@@ -62,6 +62,8 @@ final class TestBed {
                 // Of executors that are processes of their own.
                 .config("spark.executor.extraClassPath", System.getProperty("java.class.path"))
                 .config("spark.executor.memory", "512m")
+                .config(
+                    "spark.executor.extraJavaOptions", "-XX:TieredStopAtLevel=1 -XX:+UseSerialGC")
                 .getOrCreate();
         session.conf().set("spark.sql.shuffle.partitions", partitions);
         session.sparkContext().setLogLevel("ERROR");
