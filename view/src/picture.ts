@@ -13,7 +13,7 @@ const DOT = 1.1;
 /** Circles smaller than this are drawn without what is in them. */
 const SMALL = 4;
 /** Pieces smaller than this stay circles. */
-const PIECE = 24;
+const PIECE = 14;
 /** A cell of the treemap has so many square pixels, or isn't drawn. */
 const CELL = 40;
 
