@@ -5,6 +5,7 @@
 #include <vorl/reading/clusters_file.hpp>
 #include <vorl/types/id_numbers.hpp>
 
+#include <map>
 #include <memory>
 #include <span>
 #include <string>
@@ -20,7 +21,8 @@ class Hierarchy;
 /// A hierarchy as a file in the format RHB describes it.
 ///
 /// Its items are numbered through, the nodes first in the file's order, then the clusters level by
-/// level. So an owner has a higher number than what it owns.
+/// level. So an owner has a higher number than what it owns. In a file, the owners of an
+/// item are of one level; those of lists of clusters inside each other need not be.
 class VORL_API HierarchyFile {
 public:
     using Item = std::uint32_t;
@@ -93,7 +95,16 @@ private:
 
     bool standsAt(Item cluster, LevelNum level) const;
     /// The clusters standing at a level that hold each item below, with the shares of it in them.
-    std::vector<std::vector<Share>> holders(LevelNum level) const;
+    struct Holders {
+        std::vector<std::vector<Share>> at;
+        /// Of items that are held in part, the owners above the level with what lies in them.
+        std::map<Item, std::vector<Share>> rest;
+
+        std::vector<Share> of(std::span<const Share> owners) const;
+    };
+    Holders holders(LevelNum level) const;
+    static std::vector<Share> restOf(std::span<const Share> owners, Item end,
+                                     const Holders& holders);
 
     std::string m_name;
     Item m_nodes = 0;

@@ -116,10 +116,11 @@ LevelNum HierarchyFile::nearestLevel(Size wanted) const {
     return static_cast<LevelNum>(nearest - standing.begin());
 }
 
-std::vector<std::vector<HierarchyFile::Share>> HierarchyFile::holders(LevelNum level) const {
+HierarchyFile::Holders HierarchyFile::holders(LevelNum level) const {
     const Item end = m_levels[level].end;
-    std::vector<std::vector<Share>> holders(end);
-    Shares sums;
+    Holders result;
+    auto& holders = result.at;
+    holders.resize(end);
     // From the top down.
     for (Item item = end; item-- > 0;) {
         if (!isNode(item) && standsAt(item, level)) {
@@ -128,17 +129,39 @@ std::vector<std::vector<HierarchyFile::Share>> HierarchyFile::holders(LevelNum l
         }
         const auto above = owners(item);
         if (above.empty() || above.front().item >= end) continue;
+        std::vector<Share> rest = restOf(above, end, result);
+        if (!rest.empty()) result.rest.emplace(item, std::move(rest));
         if (above.size() == 1) {
             holders[item] = holders[above.front().item];
             continue;
         }
-        sums.clear();
-        for (const Share& owner : above)
-            for (const Share& holder : holders[owner.item])
-                sums[holder.item] += owner.share * holder.share;
-        holders[item] = listOf(sums);
+        holders[item] = result.of(above);
     }
-    return holders;
+    return result;
+}
+
+std::vector<HierarchyFile::Share> HierarchyFile::Holders::of(std::span<const Share> owners) const {
+    Shares sums;
+    for (const Share& owner : owners)
+        if (owner.item < at.size())
+            for (const Share& holder : at[owner.item])
+                sums[holder.item] += owner.share * holder.share;
+    return listOf(sums);
+}
+
+/// What of owners lies above a level, where something of them holds below it.
+std::vector<HierarchyFile::Share> HierarchyFile::restOf(std::span<const Share> owners, Item end,
+                                                        const Holders& holders) {
+    if (holders.rest.empty() && owners.back().item < end) return {};
+    Shares sums;
+    for (const Share& owner : owners) {
+        if (owner.item >= end) {
+            sums[owner.item] += owner.share;
+        } else if (const auto rest = holders.rest.find(owner.item); rest != holders.rest.end()) {
+            for (const Share& part : rest->second) sums[part.item] += owner.share * part.share;
+        }
+    }
+    return listOf(sums);
 }
 
 HierarchyFile HierarchyFile::withLevels(std::span<const LevelNum> levels) const {
@@ -153,23 +176,42 @@ HierarchyFile HierarchyFile::withLevels(std::span<const LevelNum> levels) const 
     std::vector<Item> number(m_ids.size(), 0);
     std::vector<std::vector<Share>> ownersOf(m_nodes);
     std::vector<Item> items = open;
+    // Of what has owners in the result, but not all of them yet, those that are left.
+    std::map<Item, std::vector<Share>> left;
+    std::vector<Item> parted;
     for (const LevelNum level : levels) {
-        const auto holding = holders(level);
+        const Holders holding = holders(level);
+        const auto heldBy = [&](Item item) {
+            const auto part = left.find(item);
+            return part == left.end() ? holding.at[item] : holding.of(part->second);
+        };
         std::vector<Size> holds(m_levels[level].end);
         for (const Item item : open)
-            for (const Share& holder : holding[item]) ++holds[holder.item];
+            for (const Share& holder : heldBy(item)) ++holds[holder.item];
         std::vector<Item> still;
         std::vector<Item> formed;
+        std::vector<std::pair<Item, std::vector<Share>>> taken;
         for (const Item item : open) {
-            if (holding[item].empty() || holding[item].front().item == item ||
-                (!isNode(item) && holding[item].size() == 1 &&
-                 holds[holding[item].front().item] == 1)) {
+            std::vector<Share> held = heldBy(item);
+            if (held.empty() || held.front().item == item ||
+                (!isNode(item) && held.size() == 1 && holds[held.front().item] == 1 &&
+                 number[held.front().item] == 0)) {
                 still.push_back(item);
                 continue;
             }
-            for (const Share& holder : holding[item]) {
+            for (const Share& holder : held) {
                 if (number[holder.item] == 0) formed.push_back(holder.item);
-                number[holder.item] = 1;
+                number[holder.item] = std::max(number[holder.item], Item{1});
+            }
+            taken.emplace_back(item, std::move(held));
+            const auto part = left.find(item);
+            std::vector<Share> rest =
+                restOf(part == left.end() ? owners(item) : std::span<const Share>(part->second),
+                       m_levels[level].end, holding);
+            if (!rest.empty()) {
+                still.push_back(item);
+                parted.push_back(item);
+                left[item] = std::move(rest);
             }
         }
         std::sort(formed.begin(), formed.end());
@@ -178,15 +220,20 @@ HierarchyFile HierarchyFile::withLevels(std::span<const LevelNum> levels) const 
             items.push_back(cluster);
             ownersOf.emplace_back();
         }
-        for (const Item item : open)
-            if (!holding[item].empty() && number[holding[item].front().item] != 0 &&
-                holding[item].front().item != item)
-                for (const Share& holder : holding[item])
-                    ownersOf[isNode(item) ? item : number[item]].push_back(
-                        {number[holder.item], holder.share});
+        for (const auto& [item, held] : taken)
+            for (const Share& holder : held)
+                ownersOf[isNode(item) ? item : number[item]].push_back(
+                    {number[holder.item], holder.share});
         still.insert(still.end(), formed.begin(), formed.end());
         open = std::move(still);
         result.m_levels.push_back({static_cast<Item>(items.size()), open.size()});
+    }
+    // What lies above the last level is shared out among the owners that there are.
+    for (const Item item : parted) {
+        std::vector<Share>& all = ownersOf[isNode(item) ? item : number[item]];
+        double sum = 0;
+        for (const Share& owner : all) sum += owner.share;
+        for (Share& owner : all) owner.share /= sum;
     }
     for (Item item = 0; item < items.size(); ++item) {
         result.m_ids.push_back(m_ids[items[item]]);
@@ -201,7 +248,7 @@ HierarchyFile HierarchyFile::withLevels(std::span<const LevelNum> levels) const 
 ClustersFile HierarchyFile::cut(LevelNum level) const {
     const Item end = m_levels[level].end;
     // The clusters that hold each item.
-    const auto holders = this->holders(level);
+    const auto holders = this->holders(level).at;
 
     ClustersFile file;
     file.name = m_name;

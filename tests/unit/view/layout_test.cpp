@@ -100,6 +100,29 @@ TEST(HierarchyFile, SomeOfItsLevelsAreAHierarchyAgain) {
     EXPECT_EQ(file.withLevels(top).owners(0).size(), 1u);
 }
 
+TEST(HierarchyFile, OwnersOnSeveralLevelsAllHoldTheirParts) {
+    // 23 lies in a cluster without others inside, and in one that has two levels below.
+    const HierarchyFile file =
+        nestedHierarchy(parseClusters("1 23\n2 3 23\n2 3\n2\n2\n", "mixed.cnl"));
+    ASSERT_EQ(file.levels(), 3u);
+    const auto members = [](const HierarchyFile& some, Id cluster) {
+        std::string text;
+        for (const auto& [node, share] : some.members(some.cluster(cluster)))
+            text += std::to_string(some.id(node)) + ":" + std::to_string(share).substr(0, 4) + " ";
+        return text;
+    };
+    const std::vector<LevelNum> all{0, 1, 2};
+    const HierarchyFile same = file.withLevels(all);
+    for (const Id cluster : {1u, 2u}) EXPECT_EQ(members(same, cluster), members(file, cluster));
+    EXPECT_EQ(members(same, 1), "1:1.00 23:0.50 ");
+    EXPECT_EQ(members(same, 2), "2:1.00 3:1.00 23:0.50 ");
+    const std::vector<LevelNum> ends{0, 2};
+    EXPECT_EQ(members(file.withLevels(ends), 2), "2:1.00 3:1.00 23:0.50 ");
+    // All of it is where there is a cluster.
+    const std::vector<LevelNum> lowest{0};
+    EXPECT_EQ(members(file.withLevels(lowest), 1), "1:1.00 23:1.00 ");
+}
+
 TEST(Nest, AllSharesHaveTheirPlaces) {
     const FlatNetwork network = twoCliques();
     const Nest nest(network, twoLevels());
