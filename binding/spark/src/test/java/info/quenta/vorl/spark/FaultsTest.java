@@ -109,6 +109,8 @@ class FaultsTest {
     void aLostExecutor() throws Exception {
         SparkSession session = TestBed.session("local-cluster[2,1,512]", 2);
         try {
+            // Losses are told as errors.
+            session.sparkContext().setLogLevel("OFF");
             Lightning lightning = new Lightning();
             session.sparkContext().addSparkListener(lightning);
             Links links = Networks.ring(2, 5);

@@ -82,7 +82,13 @@ final class Figures {
     }
 
     private static void measure(String name, Links links) throws Exception {
-        SparkSession session = TestBed.session("local[2]", 8);
+        SparkSession session = SparkSession.builder()
+                                   .master("local[2]")
+                                   .config("spark.ui.enabled", false)
+                                   .config("spark.sql.adaptive.enabled", false)
+                                   .config("spark.sql.shuffle.partitions", 8)
+                                   .getOrCreate();
+        session.sparkContext().setLogLevel("ERROR");
         Meter meter = new Meter();
         session.sparkContext().addSparkListener(meter);
         long begin = System.nanoTime();
