@@ -4,10 +4,13 @@
 #include "output_text.hpp"
 #include "progress_line.hpp"
 
+#include <vorl/estimate.hpp>
 #include <vorl/reading/network_scan.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
+#include <optional>
 #include <vector>
 
 namespace vorl::app {
@@ -55,6 +58,7 @@ struct NetworkInfo {
     double degreeMedian = 0;
     Size components = 0;
     Size largest = 0;  ///< nodes of the largest component
+    std::optional<ClusterEstimate> estimate;
 };
 
 /// Gathers the links; degrees count the links to other nodes in the file, repeats left out.
@@ -149,9 +153,38 @@ private:
     LinkWeight m_max = 0;
 };
 
+/// The links as they come, for an estimate of what clustering takes.
+class Pairs {
+public:
+    void add(const RawLink& ln) {
+        m_sources.push_back(ln.src);
+        m_destinations.push_back(ln.dst);
+        m_weights.push_back(ln.weight);
+    }
+
+    ClusterEstimate estimate(const NetworkInfo& info) const {
+        std::vector<Id> nodes(info.nodes);
+        std::iota(nodes.begin(), nodes.end(), Id{0});
+        return estimateClustering(FlatNetwork::ofPairs(m_sources, m_destinations, m_weights, nodes),
+                                  info.facts.directed(), info.facts.statesWeights);
+    }
+
+private:
+    std::vector<Id> m_sources;
+    std::vector<Id> m_destinations;
+    std::vector<LinkWeight> m_weights;
+};
+
 const char* kind(const NetworkFacts& facts) {
     if (!facts.directed()) return "edges";
     return facts.edges == 0 ? "arcs" : "edges and arcs";
+}
+
+/// A time to one digit, of which more would be made up.
+std::string roughly(double seconds) {
+    if (seconds < 0.1) return "less than 0.1 s";
+    const double unit = std::pow(10, std::floor(std::log10(seconds)));
+    return readable(std::round(seconds / unit) * unit) + " s";
 }
 
 /// What tells the format, where it isn't that of the name.
@@ -199,12 +232,20 @@ std::string asText(const InfoCommand& command, const NetworkInfo& info) {
                                  static_cast<unsigned long long>(info.degreeMax), info.degreeMean,
                                  info.degreeMedian)) +
            row("components",
-               grouped(info.components) + ", the largest has " + counted(info.largest, "node"));
+               grouped(info.components) + ", the largest has " + counted(info.largest, "node")) +
+           (info.estimate ? row("cluster", "takes some " + bytes(info.estimate->memory) + " and " +
+                                               roughly(info.estimate->seconds))
+                          : "");
 }
 
 std::string asJson(const std::string& file, const NetworkInfo& info) {
     const NetworkFacts& facts = info.facts;
     const auto flag = [](bool value) { return value ? "true" : "false"; };
+    const std::string estimate =
+        info.estimate
+            ? ", \"estimate\": {\"memory_bytes\": " + std::to_string(info.estimate->memory) +
+                  ", \"seconds\": " + jsonNumber(info.estimate->seconds, 1) + "}"
+            : "";
     return "{\"file\": " + jsonQuoted(file) + ", \"nodes\": " + std::to_string(info.nodes) +
            ", \"edges\": " + std::to_string(facts.edges) +
            ", \"arcs\": " + std::to_string(facts.arcs) +
@@ -222,7 +263,7 @@ std::string asJson(const std::string& file, const NetworkInfo& info) {
            ", \"isolated_nodes\": " + std::to_string(info.isolated) +
            ", \"self_links\": " + std::to_string(info.selfLinks) +
            ", \"repeated_links\": " + std::to_string(info.repeated) +
-           ", \"zero_weight_links\": " + std::to_string(facts.zeroWeights) + "}\n";
+           ", \"zero_weight_links\": " + std::to_string(facts.zeroWeights) + estimate + "}\n";
 }
 
 }  // namespace
@@ -233,9 +274,14 @@ void run(const InfoCommand& command) {
     const auto source = openInput(command.read);
     Survey survey;
     NodeNames nodes(command.read.labels);
-    const NetworkFacts facts = scanNetwork(*source, command.read.file, options, nodes,
-                                           [&](const RawLink& ln) { survey.add(ln); });
-    const NetworkInfo info = survey.result(facts, nodes.size());
+    Pairs pairs;
+    const NetworkFacts facts =
+        scanNetwork(*source, command.read.file, options, nodes, [&](const RawLink& ln) {
+            survey.add(ln);
+            if (command.estimate) pairs.add(ln);
+        });
+    NetworkInfo info = survey.result(facts, nodes.size());
+    if (command.estimate) info.estimate = pairs.estimate(info);
     print(command.json ? asJson(command.read.file, info) : asText(command, info));
 }
 

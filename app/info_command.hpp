@@ -8,6 +8,7 @@ namespace vorl::app {
 struct InfoCommand {
     ReadOptions read;
     bool json = false;
+    bool estimate = false;  ///< of the memory and time of clustering
 };
 
 /// Tells what the file of a network holds.

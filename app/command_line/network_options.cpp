@@ -91,6 +91,8 @@ void addAssemblyOptions(CLI::App& app, ReadOptions& read) {
 
 void addInfoOptions(CLI::App& app, InfoCommand& command) {
     addReadOptions(app, command.read);
+    app.add_flag("--estimate", command.estimate,
+                 "Estimate the memory and the time of clustering, for which a part is clustered");
     app.add_flag("--json", command.json, "The result as one JSON document");
 }
 

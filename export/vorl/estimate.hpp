@@ -1,0 +1,26 @@
+/// @file
+/// What clustering of a network is going to take.
+#pragma once
+
+#include <vorl/flat_network.hpp>
+#include <vorl/types/export.hpp>
+#include <vorl/types/numbers.hpp>
+
+namespace vorl {
+
+struct ClusterEstimate {
+    Size memory = 0;     ///< bytes of a process at the peak, with reading
+    double seconds = 0;  ///< of one core, without reading; a few times more or less, too
+};
+
+/// Memory is told by the numbers of nodes and links. For the time, a part of the network around its
+/// first node is clustered, which takes below a second on most machines; of small networks the
+/// whole.
+/// @param network without regard of directions
+/// @param directed whether it has directions
+/// @param weighted whether its links have weights of their own
+/// @throws Cancelled if the progress that the calling thread listens with says so
+VORL_API ClusterEstimate estimateClustering(const FlatNetwork& network, bool directed,
+                                            bool weighted);
+
+}  // namespace vorl
