@@ -142,7 +142,7 @@ Summary runOnce(const ClusterCommand& command, float gamma, GraphT& graph,
     ClusterOptions options = command.build;
     options.gamma = gamma;
     // Ids count on from one hierarchy to the next, and each run is to be as if it were alone.
-    restartClusterIds<typename GraphT::LinksT>();
+    const ClusterIdsScope<typename GraphT::LinksT> ids;
     Summary summary;
     // The engine needs the back links of arcs, which it leaves to the validation.
     if (last && graph.directed() && options.validation == Validation::NONE) {

@@ -20,7 +20,7 @@ template <bool NONSYMMETRIC, class LinksT>
 std::string buildText(const TestNetwork& network, const ClusterOptions& options, bool literal) {
     Trace trace;
     std::string text;
-    restartClusterIds<LinksT>();
+    const ClusterIdsScope<LinksT> ids;
     try {
         HierarchyImpl<NONSYMMETRIC, LinksT> hier(makeNodes<LinksT>(network), options);
         // Some of them turn to the other way amid the build.

@@ -9,6 +9,7 @@
 #include <vorl/reading/memory_file.hpp>
 #include <vorl/reading/network.hpp>
 #include <vorl/shared/operations.hpp>
+#include <vorl/types/cluster_ids.hpp>
 #include <vorl/types/trace.hpp>
 
 #include <cerrno>
@@ -206,6 +207,7 @@ template <bool WEIGHTED>
 jlong clustered(Graph<WEIGHTED>& graph, const ClusterOptions& options) {
     if (const char* const text = fault(graph)) throw std::invalid_argument(text);
     if (!std::isfinite(options.gamma)) throw std::invalid_argument("gamma isn't a number");
+    const ClusterIdsScope<typename Graph<WEIGHTED>::LinksT> ids;
     return handle(clusterCopy(graph, options));
 }
 
@@ -341,6 +343,7 @@ JNIEXPORT jdoubleArray JNICALL Java_info_quenta_vorl_Bulk_evaluate(JNIEnv* env, 
             clusters.requireNodes(std::move(ids), networkName.data());
             const MemoryFile strict(clusters.strictText());
             auto copy = copied(gr);
+            const ClusterIdsScope<typename decltype(copy)::LinksT> numbering;
             Intrinsics intr;
             const Size count = evaluateClusters(intr, copy, strict.name(), gamma);
             const jdouble values[] = {static_cast<jdouble>(count), intr.cdn, intr.mod, intr.gamma,

@@ -10,7 +10,6 @@
 #include <vorl/reading/described_hierarchy.hpp>
 #include <vorl/shared/operations.hpp>
 #include <vorl/types/cluster_ids.hpp>
-#include <vorl/types/progress.hpp>
 
 #include <nanobind/stl/optional.h>
 #include <nanobind/stl/pair.h>
@@ -19,9 +18,7 @@
 #include <nanobind/stl/vector.h>
 
 #include <algorithm>
-#include <chrono>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <variant>
@@ -181,22 +178,10 @@ private:
     HierarchyFile m_file;
 };
 
-/// Clusters of links of one kind count their ids together.
-template <class LinksT>
-std::unique_lock<std::timed_mutex> aloneInKind() {
-    static std::timed_mutex mutex;
-    const ProgressReporter report;
-    std::unique_lock lock(mutex, std::defer_lock);
-    while (!lock.try_lock_for(std::chrono::milliseconds(20))) report.check();
-    return lock;
-}
-
 template <class GraphT>
 std::unique_ptr<Built> built(GraphT& graph, const ClusterOptions& options,
                              const std::shared_ptr<Labels>& labels) {
-    using LinksT = typename GraphT::LinksT;
-    const auto lock = aloneInKind<LinksT>();
-    restartClusterIds<LinksT>();
+    const ClusterIdsScope<typename GraphT::LinksT> ids;
     const auto hier = graph.buildHierarchy(options);
     hier->setLabels(labels);
     return std::make_unique<Built>(hier);
@@ -232,7 +217,7 @@ nb::tuple clusterCommunities(const Input& input, unsigned starts, unsigned threa
         warnings = std::move(network.warnings);
         const Communities found =
             communities(network.links, {.threads = threads, .starts = starts});
-        const auto lock = aloneInKind<WeightedLinks>();
+        const ClusterIdsScope<WeightedLinks> ids;
         const auto hier = communitiesHierarchy(network.links, found, ClusterOptions(), &level);
         hier->setLabels(network.labels);
         result = std::make_unique<Built>(hier);

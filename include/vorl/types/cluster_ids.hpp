@@ -1,15 +1,29 @@
 /// @file
-/// The counter of the ids of clusters.
+/// The numbering of clusters.
 #pragma once
 
 #include <vorl/types/export.hpp>
+#include <vorl/types/numbers.hpp>
 
 namespace vorl {
 
-/// Lets the ids of clusters over links of one kind begin at 0 again, as in a new process, so that
-/// what is built next doesn't depend on what was built before. Hierarchies that are there keep
-/// theirs; none must be in the making.
+/// A source of ids for the clusters over links of one kind that the calling thread makes: from its
+/// beginning to its end they are numbered from 0 on, as in a new process, whatever other threads
+/// build meanwhile. Outside of such scopes, clusters of all threads count on together.
+///
+///     const vorl::ClusterIdsScope<vorl::WeightedLinks> ids;
+///     const auto hierarchy = graph.buildHierarchy();
 template <class LinksT>
-VORL_API void restartClusterIds();
+class VORL_API ClusterIdsScope {
+public:
+    ClusterIdsScope() noexcept;
+    ClusterIdsScope(const ClusterIdsScope&) = delete;
+    ClusterIdsScope& operator=(const ClusterIdsScope&) = delete;
+    ~ClusterIdsScope();
+
+private:
+    Id m_next = 0;
+    Id* m_former;  // where the thread's former scope counts
+};
 
 }  // namespace vorl

@@ -108,7 +108,8 @@ public:
     LevelNum levnum;                     ///< the level that the cluster was formed for
 
     /// The counter of ids, shared by all hierarchies of the process and never reset. Clusters may
-    /// be made on several threads, but the ids of builds that run at the same time mix.
+    /// be made on several threads, but the ids of builds that run at the same time mix; a
+    /// `ClusterIdsScope` numbers those of one by themselves.
     static inline std::atomic<Id> m_uid = 0;
 
     Cluster(LevelNum levnum, Id id, Size reserve);

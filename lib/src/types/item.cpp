@@ -4,8 +4,17 @@
 #include <vorl/types/cluster_ids.hpp>
 
 #include <stdexcept>
+#include <utility>
 
 namespace vorl {
+
+namespace {
+
+/// Where the calling thread counts the clusters of a scope, null outside of any.
+template <class LinksT>
+thread_local Id* scopeIds = nullptr;
+
+}  // namespace
 
 template <class ClusterT>
 Owner<ClusterT>::Owner(ClusterT* cluster, Size num)
@@ -79,7 +88,8 @@ Cluster<LinksT>::Cluster(LevelNum lev, Id ident, Size reserve) : NodeI<LinksT>(i
 }
 
 template <class LinksT>
-Cluster<LinksT>::Cluster(LevelNum lev, Size reserve) : Cluster(lev, m_uid++, reserve) {}
+Cluster<LinksT>::Cluster(LevelNum lev, Size reserve)
+    : Cluster(lev, scopeIds<LinksT> ? (*scopeIds<LinksT>)++ : m_uid++, reserve) {}
 
 template <class LinksT>
 Cluster<LinksT>::Cluster(Cluster&&) noexcept = default;
@@ -121,8 +131,12 @@ void Cluster<LinksT>::tidy() {
 }
 
 template <class LinksT>
-void restartClusterIds() {
-    Cluster<LinksT>::m_uid = 0;
+ClusterIdsScope<LinksT>::ClusterIdsScope() noexcept
+    : m_former(std::exchange(scopeIds<LinksT>, &m_next)) {}
+
+template <class LinksT>
+ClusterIdsScope<LinksT>::~ClusterIdsScope() {
+    scopeIds<LinksT> = m_former;
 }
 
 #define VORL_INSTANTIATE(LinksT)                     \
@@ -130,7 +144,7 @@ void restartClusterIds() {
     template class VORL_API NodeI<LinksT>;           \
     template class VORL_API Node<LinksT>;            \
     template class VORL_API Cluster<LinksT>;         \
-    template VORL_API void restartClusterIds<LinksT>();
+    template class VORL_API ClusterIdsScope<LinksT>;
 
 VORL_INSTANTIATE(UnweightedLinks)
 VORL_INSTANTIATE(WeightedLinks)

@@ -139,7 +139,7 @@ public final class Clustering implements AutoCloseable {
      */
     public void write(Path file, OutputOptions options) {
         Path target = file.toAbsolutePath();
-        resource.callAlone(false, hierarchy -> {
+        resource.callLong(false, null, hierarchy -> {
             if (levels.isEmpty() && !options.describesHierarchyOnly())
                 throw new VorlException("the clustering has no levels, nothing to write");
             String name = FileNames.toNative(target);

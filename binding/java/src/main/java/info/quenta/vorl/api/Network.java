@@ -11,6 +11,7 @@ import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
+import java.util.concurrent.CancellationException;
 import java.util.function.Supplier;
 
 /**
@@ -49,10 +50,24 @@ public final class Network implements AutoCloseable {
      * @throws UncheckedIOException if there is no such file
      * @throws VorlException if the format is unknown, or the file holds no network that can be
      *     clustered
+     * @throws CancellationException if the thread was interrupted meanwhile
      */
-    public static Network read(Path file) {
+    public static Network read(Path file) { return read(file, null); }
+
+    /**
+     * Reads as {@link #read(Path)} does, and tells how far it is.
+     *
+     * @param file the file
+     * @param listener hears of it and may end it; null for none
+     * @return the network, to be closed
+     * @throws UncheckedIOException if there is no such file
+     * @throws VorlException if the format is unknown, or the file holds no network that can be
+     *     clustered
+     * @throws CancellationException if the listener said so, or the thread was interrupted
+     */
+    public static Network read(Path file, ProgressListener listener) {
         String name = FileNames.toNative(file);
-        return orMissing(file, () -> Resource.alone(false, () -> {
+        return orMissing(file, () -> Resource.longCall(false, listener, () -> {
             Bulk.Reading reading = Bulk.read(name);
             NativeNetwork network = reading.weighted() != null
                 ? new NativeNetwork.Weighted(reading.weighted())
@@ -97,14 +112,16 @@ public final class Network implements AutoCloseable {
     public Clustering cluster() { return cluster(Options.defaults()); }
 
     /**
-     * Clusters the network. Only one thread at a time clusters; others wait.
+     * Clusters the network. Several networks may be clustered at the same time.
      *
      * @param options how
      * @return the clustering, to be closed; it outlives the network
      * @throws VorlException if the library refuses the network or the options
+     * @throws CancellationException if the listener of the options said so, or the thread was
+     *     interrupted
      */
     public Clustering cluster(Options options) {
-        return resource.callAlone(options.trace(), network -> {
+        return resource.callLong(options.trace(), options.progress(), network -> {
             ClusterOptions record = options.toNative();
             try {
                 return new Clustering(network.cluster(record));
@@ -128,9 +145,24 @@ public final class Network implements AutoCloseable {
      * @param options how
      * @return the communities, which hold no native memory
      * @throws VorlException if the library refuses the network
+     * @throws CancellationException if the thread was interrupted meanwhile
      */
     public Communities communities(CommunitiesOptions options) {
-        return new Communities(resource.callAlone(false, network -> network.communities(options)));
+        return communities(options, null);
+    }
+
+    /**
+     * Finds the communities, and tells how far it is.
+     *
+     * @param options how
+     * @param listener hears of it and may end it; null for none
+     * @return the communities, which hold no native memory
+     * @throws VorlException if the library refuses the network
+     * @throws CancellationException if the listener said so, or the thread was interrupted
+     */
+    public Communities communities(CommunitiesOptions options, ProgressListener listener) {
+        return new Communities(
+            resource.callLong(false, listener, network -> network.communities(options)));
     }
 
     /**
@@ -155,7 +187,7 @@ public final class Network implements AutoCloseable {
             throw new IllegalArgumentException("gamma is " + gamma + ", at least 0 is expected");
         String file = FileNames.toNative(clusters);
         return orMissing(clusters,
-            () -> resource.callAlone(false, network -> network.evaluate(file, name, gamma)));
+            () -> resource.callLong(false, null, network -> network.evaluate(file, name, gamma)));
     }
 
     /**
@@ -298,7 +330,7 @@ public final class Network implements AutoCloseable {
             NativeNetwork network = weights.length > 0 || arcs
                 ? new NativeNetwork.Weighted(new Graph())
                 : new NativeNetwork.Unweighted(new SGraph());
-            return Resource.alone(false, () -> {
+            return Resource.longCall(false, null, () -> {
                 addTo(network);
                 return new Network(network, "", List.of());
             });

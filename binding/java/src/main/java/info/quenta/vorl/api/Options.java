@@ -68,6 +68,8 @@ public final class Options {
 
     boolean trace() { return values.trace; }
 
+    ProgressListener progress() { return values.progress; }
+
     /** The native record, to be deleted by the caller. */
     ClusterOptions toNative() {
         ClusterOptions options = new ClusterOptions();
@@ -91,6 +93,7 @@ public final class Options {
         private float gainMargin = -1;
         private boolean traceModularity;
         private boolean trace;
+        private ProgressListener progress;
 
         private Builder() {}
 
@@ -192,6 +195,17 @@ public final class Options {
          */
         public Builder trace(boolean on) {
             this.trace = on;
+            return this;
+        }
+
+        /**
+         * Tells how far clustering is, and lets a listener end it.
+         *
+         * @param listener hears of it; null (the default) for none
+         * @return this builder
+         */
+        public Builder progress(ProgressListener listener) {
+            this.progress = listener;
             return this;
         }
 

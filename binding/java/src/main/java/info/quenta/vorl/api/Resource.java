@@ -2,14 +2,21 @@ package info.quenta.vorl.api;
 
 import info.quenta.vorl.Bulk;
 import java.lang.ref.Cleaner;
+import java.util.concurrent.CancellationException;
+import java.util.concurrent.locks.Lock;
+import java.util.concurrent.locks.ReadWriteLock;
+import java.util.concurrent.locks.ReentrantReadWriteLock;
 import java.util.function.Consumer;
 import java.util.function.Function;
 import java.util.function.Supplier;
 
 /** A native object that is freed when its owner is closed, or collected. */
 final class Resource<T> {
-    /** The library traces to one stream and numbers clusters by one counter: one call at a time. */
-    private static final Object LIBRARY = new Object();
+    /** The library traces to one stream: calls that do are alone, all others go together. */
+    private static final ReadWriteLock TRACE = new ReentrantReadWriteLock(true);
+
+    private static int silent; // calls without a trace that are under way
+    private static boolean traced; // before the first of them
 
     private static final Cleaner CLEANER = Cleaner.create();
 
@@ -44,9 +51,10 @@ final class Resource<T> {
             return translated(() -> operation.apply(object));
         }
 
-        synchronized<R> R callAlone(boolean trace, Function<T, R> operation) {
+        synchronized<R> R callLong(
+            boolean trace, ProgressListener listener, Function<T, R> operation) {
             check();
-            return alone(trace, () -> operation.apply(object));
+            return longCall(trace, listener, () -> operation.apply(object));
         }
     }
 
@@ -62,21 +70,50 @@ final class Resource<T> {
     /** Calls the operation; the object isn't freed meanwhile. */
     <R> R call(Function<T, R> operation) { return state.call(operation); }
 
-    /** As {@link #call}, while no other thread is in a call of this kind. */
-    <R> R callAlone(boolean trace, Function<T, R> operation) {
-        return state.callAlone(trace, operation);
+    /** As {@link #call}, for one that may take long: see {@link #longCall}. */
+    <R> R callLong(boolean trace, ProgressListener listener, Function<T, R> operation) {
+        return state.callLong(trace, listener, operation);
     }
 
-    /** Calls the operation alone, and without a trace unless one is wanted. */
-    static <R> R alone(boolean trace, Supplier<R> operation) {
-        synchronized (LIBRARY) {
-            boolean on = Bulk.trace(trace);
-            try {
-                return translated(operation);
-            } finally {
-                Bulk.trace(on);
-            }
+    /**
+     * Calls the operation, without a trace unless one is wanted. It can be interrupted.
+     *
+     * @param trace whether one is; no other call is under way then
+     * @param listener hears of it, null for none
+     */
+    static <R> R longCall(boolean trace, ProgressListener listener, Supplier<R> operation) {
+        Lock lock = trace ? TRACE.writeLock() : TRACE.readLock();
+        try {
+            lock.lockInterruptibly();
+        } catch (InterruptedException err) {
+            Thread.currentThread().interrupt();
+            throw new CancellationException("interrupted while others trace");
         }
+        try {
+            boolean former = trace ? Bulk.trace(true) : false;
+            if (!trace)
+                silence();
+            try {
+                return Watch.over(listener, () -> translated(operation));
+            } finally {
+                if (trace)
+                    Bulk.trace(former);
+                else
+                    unsilence();
+            }
+        } finally {
+            lock.unlock();
+        }
+    }
+
+    private static synchronized void silence() {
+        if (silent++ == 0)
+            traced = Bulk.trace(false);
+    }
+
+    private static synchronized void unsilence() {
+        if (--silent == 0)
+            Bulk.trace(traced);
     }
 
     private static <R> R translated(Supplier<R> operation) {
