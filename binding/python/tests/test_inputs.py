@@ -134,6 +134,9 @@ def test_nodes_of_any_kind_come_back():
     assert found.membership["alone"] == 1 and set(found.nodes) == set(named)
     mixed = vorl.communities([(5, "a"), ("a", 7), (7, 5), (2**31, 5), (-3, 7)])
     assert {n for one in mixed for n in one} == {5, "a", 7, 2**31, -3}
+    days = pd.to_datetime(["2020-01-01", "2020-01-02"]).astype("datetime64[ns]")
+    dated = vorl.communities(pd.DataFrame({"source": days[:1], "target": days[1:]}))
+    assert set(dated[0]) == set(days)
     large = np.array([[2**40, -1], [-1, 3], [3, 2**40]])
     assert set(vorl.communities(large)[0]) == {2**40, -1, 3}
 
@@ -167,8 +170,11 @@ def test_files(tmp_path, data):
     (sp.csr_array((2, 3)), {}, ValueError, "G: .*square"),
     ([(1, 2, 3, 4)], {}, TypeError, "G: .*no link"),
     (([1, 2], [3]), {}, ValueError, "G: .*one length"),
-    ([(1, 2, -1.0)], {}, ValueError, "weight.*should be 0 or above"),
-    ([(1, 2, float("nan"))], {}, ValueError, "weight.*should be 0 or above"),
+    ([(1, 2, -1.0)], {}, ValueError, "weight: -1.0, .*should be 0 or above"),
+    ([(1, 2, float("nan"))], {}, ValueError, "weight: nan, .*should be 0 or above"),
+    (([1], [2], np.array([1e300])), {}, ValueError, "weight: 1e.300, .* finite"),
+    (-sp.eye_array(2), {}, ValueError, "weight: -1.0, "),
+    ([([1], 2)], {}, TypeError, "G: .*unhashable"),
     ([(1, 2, "x")], {}, TypeError, "weight: "),
     (nx.Graph([(1, 2, {"weight": "x"})]), {}, TypeError, "weight: "),
     (pd.DataFrame({"a": [1], "b": [2]}), {}, ValueError, "source: .*'a', 'b'"),

@@ -61,6 +61,11 @@ def test_other_packages(overlap):
     assert flat.membership == [0, 1, 0]
     assert [set(one) for one in vorl.clustering(flat)] == [{0, 2}, {1}]
     assert vorl.compare(flat, {0: "x", 1: "y", 2: "x"})["ari"] == 1
+    named = nx.relabel_nodes(nx.path_graph(3), dict(enumerate("abc")))
+    from_networkx = igraph.Graph.from_networkx(named)
+    assert set(vorl.communities(from_networkx)[0]) == {"a", "b", "c"}
+    back = vorl.clustering([{"a", "b"}, {"c"}]).to_igraph(from_networkx)
+    assert vorl.compare(back, [{"b", "a"}, {"c"}])["ari"] == 1
 
 
 @pytest.mark.parametrize("network", ["karate.nse", "lesmis.nse", "celegansneural.nsa"])

@@ -8,7 +8,7 @@ from typing import TYPE_CHECKING, Any, Dict, Hashable, Iterator, List, Optional,
 
 from . import _vorl
 from ._files import replacing
-from ._inputs import network_of
+from ._inputs import class_of, network_of, vertex_names
 from ._labels import Labels
 from ._progress import shown
 from ._view import Page, page_or_file, title_of
@@ -315,8 +315,8 @@ class Clustering(Sequence):  # type: ignore[type-arg]
         """A `VertexClustering` of igraph, or a `VertexCover` where nodes are in several."""
         import igraph
 
-        named = "name" in graph.vs.attributes()
-        index = {name: i for i, name in enumerate(graph.vs["name"])} if named else None
+        names = vertex_names(graph)
+        index = None if names is None else {name: i for i, name in enumerate(names)}
         place = index.__getitem__ if index is not None else int
         if self.overlapping:
             return igraph.VertexCover(graph, [sorted(map(place, one)) for one in self])
@@ -400,15 +400,12 @@ def clustering(communities: Any) -> Clustering:
     """
     import numpy as np
 
-    from ._inputs import class_of
-
     if isinstance(communities, Clustering):
         return communities
     if class_of(communities, "cdlib", "Clustering"):
         communities = communities.communities
     elif class_of(communities, "igraph", "VertexClustering", "VertexCover"):
-        graph = communities.graph
-        names = graph.vs["name"] if "name" in graph.vs.attributes() else None
+        names = vertex_names(communities.graph)
         communities = [
             one if names is None else [names[i] for i in one] for one in communities if one
         ]

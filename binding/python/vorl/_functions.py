@@ -24,7 +24,8 @@ NETWORK = """\
 G : path, graph, matrix, table or arrays
         - a path of a file, see ``docs/formats.md``;
         - `networkx.Graph`, `DiGraph` and those with repeated links, whose weights are added up;
-        - `igraph.Graph`, whose vertex attribute ``name`` names the nodes if it is there;
+        - `igraph.Graph`, whose vertex attribute ``name``, or that of `Graph.from_networkx`, names
+          the nodes if it is there;
         - a square scipy sparse matrix; a symmetric one is without directions;
         - a DataFrame of pandas or polars, or a pyarrow table, with columns of the ends of links;
         - an array of shape (m, 2) or (m, 3), a link with its weight a row, or of shape (2, m),

@@ -146,11 +146,16 @@ def _weights(values: Any, count: int, name: Weight) -> Any:
 
     if not hasattr(values, "dtype"):
         try:
-            values = np.fromiter(values, np.float32, count)
+            with np.errstate(over="ignore"):
+                values = np.fromiter(values, np.float32, count)
         except (TypeError, ValueError) as err:
             raise TypeError(f"weight: the attribute {name!r} is to be a number: {err}") from None
     elif values.dtype.kind not in "biuf":
         raise TypeError(f"weight: numbers are expected, not {values.dtype}")
+    most = float(np.finfo(np.float32).max)
+    if len(values) and not 0 <= float(values.min()) <= float(values.max()) <= most:
+        wrong = next(one for one in values.tolist() if not 0 <= one <= most)
+        raise ValueError(f"weight: {wrong}, the weight of a link should be 0 or above, and finite")
     values = np.ascontiguousarray(values, np.float32)
     return None if bool((values == 1).all()) else values
 
@@ -191,6 +196,14 @@ def _arrays(
     )
 
 
+def vertex_names(graph: Any) -> Optional[List[Hashable]]:
+    """The names of an igraph's vertices, if it has any; those of networkx where it came from there."""
+    for attribute in ("name", "_nx_name"):
+        if attribute in graph.vs.attributes():
+            return list(graph.vs[attribute])
+    return None
+
+
 def _of_igraph(graph: Any, weight: Weight, directed: Optional[bool]) -> Network:
     import numpy as np
 
@@ -200,11 +213,11 @@ def _of_igraph(graph: Any, weight: Weight, directed: Optional[bool]) -> Network:
     weights = None
     if weight is not None and weight in graph.es.attributes():
         weights = _weights(iter(graph.es[weight]), edges, weight)
-    names: List[Hashable] = list(range(graph.vcount()))
-    if "name" in graph.vs.attributes():
-        names = graph.vs["name"]
-        if len(set(names)) != len(names):
-            raise ValueError('G: vertices have the same "name"')
+    names = vertex_names(graph)
+    if names is None:
+        names = list(range(graph.vcount()))
+    elif len(set(names)) != len(names):
+        raise ValueError("G: vertices have the same name")
     own = bool(graph.is_directed()) if directed is None else directed
     return _numbered(ends[:, 0], ends[:, 1], weights, names, own, graph.has_multiple())
 
@@ -342,7 +355,10 @@ def _of_links(links: List[Any], directed: Optional[bool], sum_duplicates: bool) 
             rest = [None, None]
         if len(rest) > 1:
             raise TypeError(f"G: {link!r} is no link, (source, target[, weight]) is expected")
-        ends.append((number(src, len(index)), number(dst, len(index))))
+        try:
+            ends.append((number(src, len(index)), number(dst, len(index))))
+        except TypeError as err:
+            raise TypeError(f"G: nodes of {link!r}: {err}") from None
         weights.append(_number(rest[0], "weight") if rest else 1.0)
     import numpy as np
 
@@ -396,14 +412,17 @@ def _factorized(sources: Any, targets: Any) -> Tuple[Any, List[Hashable]]:
 
     both = np.stack([sources, targets], axis=1).reshape(-1)
     if "pandas" in sys.modules:
-        codes, names = sys.modules["pandas"].factorize(both, use_na_sentinel=False)
-        return codes, names.tolist()
+        pandas = sys.modules["pandas"]
+        codes, names = pandas.factorize(both, use_na_sentinel=False)
+        # As integers come back times of nanoseconds from an array, but not from an index.
+        return codes, (pandas.Index(names) if names.dtype.kind in "mM" else names).tolist()
     if both.dtype != object:
         names, first, codes = np.unique(both, return_index=True, return_inverse=True)
         order = np.argsort(first)
         place = np.empty(len(order), np.int64)
         place[order] = np.arange(len(order))
-        return place[codes.reshape(-1)], names[order].tolist()
+        names = names[order]
+        return place[codes.reshape(-1)], list(names) if names.dtype.kind in "mM" else names.tolist()
     index: Dict[Hashable, int] = {}
     number = index.setdefault
     codes = np.fromiter((number(x, len(index)) for x in both.tolist()), np.int64, len(both))
