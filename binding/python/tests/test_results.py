@@ -133,6 +133,12 @@ def test_hierarchy_answers(data):
     for wrong in ({"level": 99}, {"n_clusters": 0}):
         with pytest.raises(ValueError, match=next(iter(wrong))):
             hierarchy.cut(**wrong)
+    assert hierarchy.cut(np.int64(10)) == hierarchy.cut(10)
+    for wrong in ({"level": "top"}, {"n_clusters": 2.5}, {"n_clusters": True}):
+        with pytest.raises(TypeError, match=next(iter(wrong))):
+            hierarchy.cut(**wrong)
+    with pytest.raises(FileNotFoundError, match="'no/where.rhb'"):
+        hierarchy.write("no/where.rhb")
     with pytest.raises(KeyError):
         hierarchy.memberships("nobody")
     for wrong, kind in (({"gamma": -2}, ValueError), ({"gamma": "one"}, TypeError),
@@ -141,6 +147,8 @@ def test_hierarchy_answers(data):
             vorl.cluster(graph, **wrong)
     assert vorl.cluster(graph, reduction="severe,skip-nodes").scores != hierarchy.scores
     assert vorl.cluster(graph, gamma=2).scores["gamma"] == 2
+    with pytest.raises(TypeError, match="gamma: .*'auto'"):
+        vorl.evaluate(graph, [{0, 1}], gamma="auto")
 
 
 def test_pickles(overlap):
@@ -148,6 +156,7 @@ def test_pickles(overlap):
     assert again == overlap and again.scores == overlap.scores and again.nodes == overlap.nodes
     hierarchy = vorl.cluster(nx.les_miserables_graph())
     kept = pickle.loads(pickle.dumps(hierarchy))
+    assert list(pickle.loads(pickle.dumps(hierarchy.levels))) == list(hierarchy.levels)
     assert list(kept.levels) == list(hierarchy.levels) and kept.nodes == hierarchy.nodes
     state = hierarchy._native.state()
     state["owners"] = np.full_like(state["owners"], 10**6)

@@ -209,7 +209,7 @@ class Clustering(Sequence):  # type: ignore[type-arg]
         OSError
             If the file can't be written.
         """
-        name = os.fspath(path)
+        name = os.fsdecode(path)
         kind = os.path.splitext(_vorl.plain_name(name))[1].lower()
         separators = {".cnl": "", ".tsv": "\t", ".csv": ","}
         if kind not in separators:

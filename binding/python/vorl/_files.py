@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import errno
 import os
 import shutil
 import tempfile
@@ -13,6 +14,8 @@ from typing import Iterator
 def replacing(name: str) -> Iterator[str]:
     """A name to write to, in a folder of its own beside the file; what is there moves then."""
     folder = os.path.dirname(os.path.abspath(name))
+    if not os.path.isdir(folder):
+        raise FileNotFoundError(errno.ENOENT, os.strerror(errno.ENOENT), name)
     with tempfile.TemporaryDirectory(prefix=".vorl-", dir=folder) as hidden:
         yield os.path.join(hidden, os.path.basename(name))
         for written in sorted(os.listdir(hidden)):

@@ -82,6 +82,17 @@ def _flag(name: str, value: Any) -> bool:
     return value
 
 
+def _gamma(value: Any, other: str = "") -> float:
+    """A resolution; ``other`` tells what else it might have been."""
+    single = hasattr(value, "__float__") and not getattr(value, "ndim", False)
+    if isinstance(value, (str, bool)) or not single:
+        raise TypeError(f"gamma: {other}a number is expected, not {value!r}")
+    number = float(value)
+    if not 0 <= number < float("inf"):
+        raise ValueError(f"gamma: {other}a number from 0 on is expected, not {number}")
+    return number
+
+
 def _warn(texts: List[str]) -> None:
     for text in texts:
         warnings.warn(text, InputWarning, stacklevel=3)
@@ -105,8 +116,9 @@ def communities(
     """The communities of a network: those that describe it in the fewest bits.
 
     There is nothing to set: neither a number of communities nor a resolution. A network without
-    communities is one community. The directions of links are added up. The answer is the same on every run and machine, for any number
-    of threads and any order of the links. It takes nearly linear time, and Ctrl-C ends it.
+    communities is one community. The directions of links are added up. The answer is the same on
+    every run and machine, for any number of threads and any order of the links. It takes nearly
+    linear time, and Ctrl-C ends it.
 
     Parameters
     ----------
@@ -279,12 +291,7 @@ def cluster(
     >>> [sorted(one) for one in hierarchy.root]
     [[0, 1, 2], [3, 4, 5]]
     """
-    if gamma == "auto":
-        gamma = -1.0
-    elif isinstance(gamma, (str, bool)) or not hasattr(gamma, "__float__"):
-        raise TypeError(f'gamma: "auto" or a number is expected, not {gamma!r}')
-    elif not 0 <= float(gamma) < float("inf"):
-        raise ValueError(f'gamma: {gamma}, "auto" or a number from 0 on is expected')
+    gamma = -1.0 if isinstance(gamma, str) and gamma == "auto" else _gamma(gamma, '"auto" or ')
     root_max = _number("root_max", root_max, 0, 2**16 - 1)
     network = network_of(
         G, weight=weight, directed=directed, sum_duplicates=sum_duplicates, source=source,
@@ -421,9 +428,7 @@ def evaluate(
     >>> round(vorl.evaluate(links, [{0, 1, 2}, {3, 4, 5}])["modularity"], 3)
     0.357
     """
-    gamma = float(gamma)
-    if not 0 <= gamma < float("inf"):
-        raise ValueError(f"gamma: {gamma}, a number from 0 on is expected")
+    gamma = _gamma(gamma)
     found = _clusters("clustering", clustering)
     network = network_of(
         G, weight=weight, directed=directed, sum_duplicates=sum_duplicates, source=source,

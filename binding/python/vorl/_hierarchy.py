@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import operator
 import os
 from collections.abc import Sequence
 from typing import Any, Dict, Hashable, Iterator, List, NamedTuple, Optional, Union
@@ -48,6 +49,9 @@ class Levels(Sequence):  # type: ignore[type-arg]
 
     def __repr__(self) -> str:
         return f"<{self._count} levels>"
+
+    def __reduce__(self) -> Any:
+        return _restored_levels, (self._native.state(), self._labels)
 
 
 class Hierarchy:
@@ -140,10 +144,14 @@ class Hierarchy:
         """
         if (n_clusters is None) == (level is None):
             raise TypeError("cut() takes either n_clusters or level")
+        for name, value in (("n_clusters", n_clusters), ("level", level)):
+            if isinstance(value, bool) or value is not None and not hasattr(value, "__index__"):
+                raise TypeError(f"{name}: a whole number is expected, not {value!r}")
         self._require_levels()
         if level is None:
-            if not isinstance(n_clusters, int) or n_clusters < 1:
-                raise ValueError(f"n_clusters: {n_clusters!r}, a number from 1 on is expected")
+            n_clusters = operator.index(n_clusters or 0)
+            if n_clusters < 1:
+                raise ValueError(f"n_clusters: {n_clusters}, a number from 1 on is expected")
             level = self._native.nearest_level(n_clusters)
         try:
             found: Clustering = self.levels[level]
@@ -236,7 +244,7 @@ class Hierarchy:
         OSError
             If a file can't be written.
         """
-        name = os.fspath(path)
+        name = os.fsdecode(path)
         kind = os.path.splitext(name)[1].lower()
         if kind not in (".rhb", ".cnl"):
             raise ValueError(f"path: {name!r} is to end in .rhb or .cnl")
@@ -363,6 +371,10 @@ class Hierarchy:
 
     def __reduce__(self) -> Any:
         return _restored, (self._native.state(), self._labels, self.communities_level)
+
+
+def _restored_levels(state: Any, labels: Labels) -> Levels:
+    return _restored(state, labels, None).levels
 
 
 def _restored(state: Any, labels: Labels, communities_level: Optional[int]) -> Hierarchy:

@@ -40,7 +40,7 @@ def page_or_file(
     """
     if path is None:
         return Page(picture(False))
-    name = os.fspath(path)
+    name = os.fsdecode(path)
     kind = os.path.splitext(name)[1].lower()
     if kind not in (".html", ".htm", ".svg"):
         raise ValueError(f"path: {name!r} is to end in .html or .svg")
