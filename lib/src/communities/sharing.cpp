@@ -50,13 +50,16 @@ public:
         for (const Id community : m_touched) m_pull[community] = 0;
         m_touched.clear();
         const ItemLinks<LinkWeight>& links = m_network.links;
-        for (Size ln = links.begin[node]; ln < links.begin[node + Size{1}]; ++ln)
+        for (Size ln = links.begin[node]; ln < links.begin[node + Size{1}]; ++ln) {
+            // A link may be too light to weigh anything, and a pull of 0 is that of no link yet.
+            const auto weight = static_cast<AccWeight>(links.weight[ln]);
+            if (!(weight > 0)) continue;
             for (const CommunityShare& part : m_shares.of(links.dest[ln])) {
                 AccWeight& pull = m_pull[part.community];
                 if (pull == 0) m_touched.push_back(part.community);
-                pull +=
-                    static_cast<AccWeight>(part.share) * static_cast<AccWeight>(links.weight[ln]);
+                pull += static_cast<AccWeight>(part.share) * weight;
             }
+        }
         return m_touched;
     }
     AccWeight pull(Id community) const { return m_pull[community]; }

@@ -68,6 +68,21 @@ TEST(Communities, SharedNodesGetEvenShares) {
     EXPECT_EQ(alone.of(5).size(), 1u);
 }
 
+TEST(Communities, LinksTooLightToWeighAnythingGiveNoShare) {
+    TestNetwork network("a node in two cliques, tied to some of them by next to nothing", 11);
+    network.add(0, 10, 1e-20f);
+    network.add(5, 10, 1e-20f);
+    addClique(network, {0, 1, 2, 3, 4}, 1e12f);
+    addClique(network, {1, 2, 3, 4, 10}, 1e12f);
+    addClique(network, {5, 6, 7, 8, 9}, 1e12f);
+    addClique(network, {6, 7, 8, 9, 10}, 1e12f);
+    const Communities found = communities(flat(network));
+    ASSERT_EQ(found.count(), 2u);
+    ASSERT_EQ(found.of(10).size(), 2u);
+    EXPECT_NE(found.of(10)[0].community, found.of(10)[1].community);
+    EXPECT_EQ(found.of(10)[0].share, 0.5f);
+}
+
 TEST(Communities, NetworksWithoutCommunitiesAreOne) {
     Random rnd(7);
     for (const TestNetwork& network :
