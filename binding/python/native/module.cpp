@@ -47,6 +47,7 @@ void translate(const std::exception_ptr& fault, void*) {
 
 NB_MODULE(_vorl, module) {
     vorl::ftrace = nullptr;
+    module.attr("version") = VORL_VERSION;
     nb::register_exception_translator(translate);
     vorl::python::defineNetworks(module);
     vorl::python::defineClusterings(module);

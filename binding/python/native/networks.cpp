@@ -40,7 +40,7 @@ public:
         return network;
     }
 
-    std::string name() const override { return "the network"; }
+    std::string name() const override { return {}; }
 
 private:
     LinkArrays arrays() const {

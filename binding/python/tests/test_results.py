@@ -52,6 +52,27 @@ def test_frames(overlap):
     assert set(table["level"]) == set(range(len(hierarchy.levels)))
 
 
+def test_frames_hold_nodes_of_any_kind():
+    for nodes in [(0, 0), (0, 1), (1, 0)], ["a", 2, (3, "c")], ["a", "b", "c"], [1.5, 2.5, 3.5]:
+        links = [(nodes[0], nodes[1]), (nodes[1], nodes[2]), (nodes[2], nodes[0])]
+        for result in vorl.communities(links), vorl.cluster(links):
+            for library in "pandas", "polars":
+                column = result.to_frame(library)["node"]
+                assert set(column) == set(nodes), (nodes, library)
+
+
+def test_clusterings_of_results(overlap):
+    series = vorl.clustering(overlap.to_series())
+    assert series.membership == overlap.membership
+    hierarchy = vorl.cluster([(0, 1), (1, 2), (2, 0), (2, 3), (3, 4), (4, 5), (5, 3)])
+    assert list(map(dict, vorl.clustering(hierarchy))) == list(map(dict, hierarchy.root))
+    assert dict(vorl.clustering(overlap[0])[0]) == dict(overlap[0])
+    assert repr(vorl.clustering([{"a"}])) == "<vorl.Clustering: 1 community of 1 node>"
+    assert vorl.__version__.count(".") == 2
+    with pytest.raises(ValueError, match="node 9 isn't in the network$"):
+        vorl.evaluate([(0, 1), (1, 2)], [{0, 9}])
+
+
 def test_other_packages(overlap):
     graph = igraph.Graph.Full(15)
     graph.vs["name"] = [f"n{i:02}" for i in range(15)]

@@ -26,6 +26,7 @@ from ._functions import (
 )
 from ._hierarchy import Hierarchy, Levels, Membership
 from ._view import Page
+from ._vorl import version as __version__
 
 __all__ = [
     "Clustering",

@@ -8,6 +8,7 @@ from typing import TYPE_CHECKING, Any, Dict, Hashable, Iterator, List, Optional,
 
 from . import _vorl
 from ._files import replacing
+from ._frames import frame
 from ._inputs import class_of, network_of, vertex_names
 from ._labels import Labels
 from ._progress import shown
@@ -174,15 +175,7 @@ class Clustering(Sequence):  # type: ignore[type-arg]
         """
         ids, communities, shares = self._rows()
         columns = {"node": self._column(ids), "community": communities, "share": shares}
-        if library == "pandas":
-            import pandas
-
-            return pandas.DataFrame(columns)
-        if library == "polars":
-            import polars
-
-            return polars.DataFrame(columns)
-        raise ValueError(f"library: {library!r}, pandas or polars is expected")
+        return frame(columns, library)
 
     def _column(self, ids: Any) -> Any:
         return ids.astype("int64") if not self._labels.names else self._labels.of(ids)
@@ -328,7 +321,7 @@ class Clustering(Sequence):  # type: ignore[type-arg]
 
     def __repr__(self) -> str:
         found = len(self) - self.isolated
-        text = f"{found} communit{'y' if found == 1 else 'ies'} of {len(self._node_ids())} nodes"
+        text = f"{found} communit{'y' if found == 1 else 'ies'} of {_counted(len(self._node_ids()), 'node')}"
         shared = len(self._members) - len(self._covered())
         if shared:
             text += ", overlapping"
@@ -378,13 +371,18 @@ def _restored(
     )
 
 
+def _counted(count: int, thing: str) -> str:
+    return f"{count} {thing}" + ("" if count == 1 else "s")
+
+
 def clustering(communities: Any) -> Clustering:
     """A `Clustering` of whatever tells communities.
 
     Parameters
     ----------
     communities : Clustering, iterable of iterables of nodes, mapping, or an object of a package
-        Sets of nodes; mappings from nodes to shares; one mapping from each node to its community;
+        Sets of nodes; mappings from nodes to shares; one mapping or pandas Series from each node
+        to its community; a `Community` alone; the root of a `Hierarchy`;
         cdlib's `NodeClustering`; igraph's `VertexClustering` and `VertexCover`. Where shares aren't
         told, a node belongs evenly to its communities.
 
@@ -402,6 +400,14 @@ def clustering(communities: Any) -> Clustering:
 
     if isinstance(communities, Clustering):
         return communities
+    from ._hierarchy import Hierarchy
+
+    if isinstance(communities, Hierarchy):
+        return communities.root
+    if isinstance(communities, Community):
+        communities = [communities]
+    if class_of(communities, "pandas", "Series"):
+        communities = communities.to_dict()
     if class_of(communities, "cdlib", "Clustering"):
         communities = communities.communities
     elif class_of(communities, "igraph", "VertexClustering", "VertexCover"):

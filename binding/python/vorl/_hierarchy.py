@@ -9,6 +9,7 @@ from typing import Any, Dict, Hashable, Iterator, List, NamedTuple, Optional, Un
 
 from ._clustering import Clustering
 from ._files import replacing
+from ._frames import frame
 from ._inputs import network_of
 from ._labels import Labels
 from ._progress import shown
@@ -186,15 +187,7 @@ class Hierarchy:
             "cluster": joined(clusters, np.int64),
             "share": joined(shares, np.float32),
         }
-        if library == "pandas":
-            import pandas
-
-            return pandas.DataFrame(columns)
-        if library == "polars":
-            import polars
-
-            return polars.DataFrame(columns)
-        raise ValueError(f"library: {library!r}, pandas or polars is expected")
+        return frame(columns, library)
 
     def to_networkx(self) -> Any:
         """A `networkx.DiGraph` of links from nodes and clusters to their owners.
