@@ -18,6 +18,7 @@ import org.apache.spark.scheduler.SparkListenerStageSubmitted;
 import org.apache.spark.scheduler.SparkListenerTaskEnd;
 import org.apache.spark.scheduler.SparkListenerTaskStart;
 import org.apache.spark.sql.SparkSession;
+import org.junit.jupiter.api.Tag;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 
@@ -105,6 +106,7 @@ class FaultsTest {
         }
     }
 
+    @Tag("long")
     @Test
     void aLostExecutor() throws Exception {
         SparkSession session = TestBed.session("local-cluster[2,1,512]", 2);
