@@ -3,6 +3,8 @@
 #include <nanobind/stl/optional.h>
 #include <nanobind/stl/string.h>
 
+#include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -24,7 +26,7 @@ public:
 
     UndirectedNetwork undirected() const override {
         UndirectedNetwork network;
-        network.links = flatNetwork(arrays());
+        network.links = checked([this] { return flatNetwork(arrays()); });
         network.nodes = network.links.size();
         network.directed = m_directed;
         return network;
@@ -32,7 +34,7 @@ public:
 
     Network graph() const override {
         Network network;
-        network.graph = graphOf(arrays());
+        network.graph = checked([this] { return graphOf(arrays()); });
         network.directed = m_directed;
         std::visit([&](const auto& graph) { network.nodes = graph->nodes().size(); },
                    network.graph);
@@ -43,6 +45,18 @@ public:
     std::string name() const override { return {}; }
 
 private:
+    /// Lengths and ids are as they should be, so a fault is one of the weights.
+    template <class MakeT>
+    static auto checked(const MakeT& make) -> decltype(make()) {
+        try {
+            return make();
+        } catch (const std::invalid_argument& err) {
+            std::string text = err.what();
+            if (text.ends_with('\n')) text.pop_back();
+            throw std::invalid_argument("weight: " + text);
+        }
+    }
+
     LinkArrays arrays() const {
         return {.sources = spanOf(m_sources),
                 .destinations = spanOf(m_targets),

@@ -32,8 +32,9 @@ void takeNames(ClustersFile& clusters, const std::shared_ptr<Labels>& labels,
         if (clusters.labels->has(member)) {
             const Id id = labels->find(clusters.labels->text(member));
             if (id == ID_NONE)
-                throw std::invalid_argument("clustering: " + network + " has no node " +
-                                            clusters.nodeName(member));
+                throw std::invalid_argument(
+                    "clustering: " + (network.empty() ? "the network" : network) + " has no node " +
+                    clusters.nodeName(member));
             member = id;
         }
     clusters.labels = labels;

@@ -321,7 +321,8 @@ class Clustering(Sequence):  # type: ignore[type-arg]
 
     def __repr__(self) -> str:
         found = len(self) - self.isolated
-        text = f"{found} communit{'y' if found == 1 else 'ies'} of {_counted(len(self._node_ids()), 'node')}"
+        nodes = len(self._node_ids())
+        text = f"{found} communit{'y' if found == 1 else 'ies'} of {nodes} node{'s' * (nodes != 1)}"
         shared = len(self._members) - len(self._covered())
         if shared:
             text += ", overlapping"
@@ -369,10 +370,6 @@ def _restored(
     return Clustering(
         ends, members, shares, labels, nodes=nodes, ids=ids, isolated=isolated, scores=scores
     )
-
-
-def _counted(count: int, thing: str) -> str:
-    return f"{count} {thing}" + ("" if count == 1 else "s")
 
 
 def clustering(communities: Any) -> Clustering:

@@ -15,7 +15,7 @@ final class Resource<T> {
     /** The library traces to one stream: calls that do are alone, all others go together. */
     private static final ReadWriteLock TRACE = new ReentrantReadWriteLock(true);
 
-    private static int silent; // calls without a trace that are under way
+    private static int calls; // that are under way
     private static boolean traced; // before the first of them
 
     private static final Cleaner CLEANER = Cleaner.create();
@@ -90,29 +90,24 @@ final class Resource<T> {
             throw new CancellationException("interrupted while others trace");
         }
         try {
-            boolean former = trace ? Bulk.trace(true) : false;
-            if (!trace)
-                silence();
+            enter(trace);
             try {
                 return Watch.over(listener, () -> translated(operation));
             } finally {
-                if (trace)
-                    Bulk.trace(former);
-                else
-                    unsilence();
+                leave();
             }
         } finally {
             lock.unlock();
         }
     }
 
-    private static synchronized void silence() {
-        if (silent++ == 0)
-            traced = Bulk.trace(false);
+    private static synchronized void enter(boolean trace) {
+        if (calls++ == 0)
+            traced = Bulk.trace(trace);
     }
 
-    private static synchronized void unsilence() {
-        if (--silent == 0)
+    private static synchronized void leave() {
+        if (--calls == 0)
             Bulk.trace(traced);
     }
 

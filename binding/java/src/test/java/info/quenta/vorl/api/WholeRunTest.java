@@ -10,6 +10,10 @@ import java.util.ArrayList;
 import java.util.List;
 import java.util.Map;
 import java.util.TreeMap;
+import java.util.concurrent.Callable;
+import java.util.concurrent.ExecutorService;
+import java.util.concurrent.Executors;
+import java.util.concurrent.Future;
 import java.util.regex.Matcher;
 import java.util.regex.Pattern;
 import java.util.stream.Stream;
@@ -103,6 +107,31 @@ class WholeRunTest {
                 assertEquals(Double.parseDouble(field.group(1)), value.getValue().doubleValue(),
                     1e-6, value.getKey());
             }
+        }
+    }
+
+    @Test
+    @EnabledIfSystemProperty(named = "vorl.test.program", matches = ".+")
+    void networksClusteredAtOnceAreThoseOfTheProgram() throws Exception {
+        List<String> names = List.of("jazz.nse", "power.nse", "celegansneural.nsa", "lesmis.nse");
+        OutputOptions whole = OutputOptions.of(OutputOptions.Clusters.HIERARCHY);
+        ExecutorService threads = Executors.newFixedThreadPool(names.size());
+        List<Callable<String>> calls = new ArrayList<>();
+        for (String name : names)
+            calls.add(() -> {
+                Path file = folder.resolve(name + ".rhb");
+                try (Network network = Network.read(Settings.data(name));
+                     Clustering clustering = network.cluster()) {
+                    clustering.write(file, whole);
+                }
+                return Files.readString(file);
+            });
+        List<Future<String>> found = threads.invokeAll(calls);
+        threads.shutdown();
+        for (int i = 0; i < names.size(); ++i) {
+            Path file = folder.resolve("program.rhb");
+            program("cluster -q " + Settings.data(names.get(i)) + " -o " + file);
+            assertEquals(Files.readString(file), found.get(i).get(), names.get(i));
         }
     }
 

@@ -24,6 +24,8 @@ import org.apache.spark.sql.types.StructType;
 
 /** Clusters one network with many settings at once. */
 public final class Sweep {
+    private static final long LARGEST = 100_000_000; // links
+
     /**
      * How to cluster.
      *
@@ -63,8 +65,7 @@ public final class Sweep {
     private Sweep() {}
 
     /**
-     * Clusters a network that one task can hold, a task for each setting. In a JVM one runs after
-     * another, so executors should have one core each.
+     * Clusters a network that one task can hold, a task for each setting.
      *
      * @param links as {@link Communities#run} takes them
      * @return (setting, gamma, reduction, seed, clusters, root, modularity, conductance,
@@ -102,8 +103,6 @@ public final class Sweep {
             return kept.orderBy("setting");
         }
     }
-
-    private static final long LARGEST = 100_000_000;
 
     private static Edges edges(List<Row> rows) {
         Edges edges =
