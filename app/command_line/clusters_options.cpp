@@ -5,7 +5,7 @@ namespace vorl::app {
 namespace {
 
 constexpr const char* CLUSTERS_FORM =
-    "a cluster a line, [id>] node[:share] ..., a table of nodes and clusters (.tsv, .csv, .clu), "
+    "a cluster a line, [id>] node[:share] ..., a table of nodes and clusters (.tsv, .csv, .clu, .json), "
     "or "
     "a hierarchy (.rhb)";
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <ostream>
 
 namespace vorl::test {
@@ -210,6 +211,48 @@ const BadInput BAD_SECTIONS[] = {
      ":3: \"77777777777777777777777777777777...\" has no \">\""},
     {"carriageReturnsAlone", "/Edges\r1> 2\r", ":1: the section \"/Edges?1> 2\" is unknown"}};
 INSTANTIATE_TEST_SUITE_P(, BadSections, testing::ValuesIn(BAD_SECTIONS), nameOf);
+
+TEST(BadLines, OfAnyLengthTakeTwiceTheFile) {
+    if (VORL_SANITIZED) GTEST_SKIP() << "a sanitizer takes memory of its own";
+    const struct {
+        const char* file;
+        const char* begin;
+        const char* unit;
+        const char* end;
+        const char* message;
+    } cases[] = {
+        {"a.csv", "", ",", "", ":1: the source is \"\""},
+        {"a.csv", "1,2\n3,", "x", "", ":2: the name \"xxx"},
+        {"a.csv", "1,2\n\"", "\"\"", "\",2\n", ":2: the name \"\"\"\""},
+        {"a.mtx", "%%MatrixMarket ", "x", "", ":1: the object is \"xxx"},
+        {"a.graph", "2 1\n", "2 ", "", ":2: the header tells of 1 edge"},
+        {"a.net", "*Vertices 2\n1 \"", "x", "\"", ":2: the line of the vertex"},
+        {"a.gml", "graph [ node [ id \"", "x", "\" ] ]", ":1: the name \"xxx"},
+        {"a.gml", "graph [ node [ id \"", "\n", "", ":1: the quotes that begin with"},
+        {"a.graphml", "<graphml><graph><node id='1'><data key='name'>", "x", "</data></node>",
+         ":1: the name \"xxx"},
+        {"a.json", "{\"nodes\": [\"", "x", "\"]}", ":1: the name \"xxx"},
+        {"a.json", "{\"x\": \"", "x", "\"", ":1: found the end of the file"},
+    };
+    constexpr std::size_t size = 40 << 20;
+    const Folder folder;
+    for (const auto& bad : cases) {
+        const std::string file = (folder / bad.file).string();
+        std::ofstream out(file);
+        out << bad.begin;
+        const std::string block = [&] {
+            std::string text;
+            while (text.size() < 1 << 20) text += bad.unit;
+            return text;
+        }();
+        for (std::size_t i = 0; i < size >> 20; ++i) out << block;
+        out << bad.end << std::flush;
+        const Outcome run =
+            Child({"info", file}, [] { limit(RLIMIT_DATA, 2 * size + (30 << 20)); }).outcome();
+        EXPECT_EQ(run.code, 1);
+        EXPECT_TRUE(run.err.starts_with("vorl: " + file + bad.message)) << run.err;
+    }
+}
 
 class BadClusters : public testing::TestWithParam<BadInput> {};
 

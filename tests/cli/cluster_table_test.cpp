@@ -72,6 +72,22 @@ TEST(ClusterTable, HasTheClustersOfTheLevelsAskedFor) {
     }
 }
 
+TEST(ClusterTable, IsReadBackAlikeInEveryForm) {
+    const Folder folder;
+    const std::string net = DATA + "lesmis.nse";
+    std::set<std::string> measures;
+    for (const char* name : {"t.tsv", "t.csv", "t.json"}) {
+        const std::string table = (folder / name).string();
+        ASSERT_EQ(vorl("cluster -q " + net + " --levels per-level --table " + table).code, 0);
+        const Outcome run = vorl("evaluate --levels --json " + net + " " + table);
+        ASSERT_TRUE(contains(run.out, "\"levels\": [{")) << run.err;
+        measures.insert(run.out.substr(run.out.find("\"levels\"")));
+        const Outcome same = vorl("compare --json " + table + " - < " + table);
+        EXPECT_EQ(same.code, 0) << same.err;
+    }
+    EXPECT_EQ(measures.size(), 1u);
+}
+
 TEST(ClusterTable, GoesWhereItsNameTells) {
     const Folder folder;
     const std::string net =

@@ -84,12 +84,13 @@ TEST(Names, AreKnownAgainInEveryFile) {
     runs("cluster -q " + net + " -o " + in("a.cnl"));
     runs("communities -q " + net + " -o " + in("b.cnl") + " --table " + in("b.csv") +
          " --hierarchy " + in("b.rhb"));
-    runs("communities -q " + net + " --table " + in("b.tsv"));
-    for (const char* name : {"a.cnl", "a.rhb", "b.cnl", "b.csv", "b.tsv", "b.rhb"})
+    for (const char* name : {"b.tsv", "b.json", "b.json.gz"})
+        runs("communities -q " + net + " --table " + in(name));
+    for (const char* name : {"a.cnl", "a.rhb", "b.cnl", "b.csv", "b.tsv", "b.json", "b.rhb"})
         EXPECT_TRUE(
             contains(runs("evaluate --json " + net + " " + in(name)).out, "\"covered_nodes\": 115"))
             << name;
-    for (const char* name : {"b.csv", "b.tsv"})
+    for (const char* name : {"b.csv", "b.tsv", "b.json", "b.json.gz"})
         EXPECT_TRUE(contains(runs("compare --json " + in("b.cnl") + " " + in(name)).out,
                              "\"compared_nodes\": 115, \"nmi_max\": 1,"));
     EXPECT_TRUE(

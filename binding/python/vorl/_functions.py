@@ -449,7 +449,7 @@ def read_clusters(
     Parameters
     ----------
     path : path
-        Clusters (``.cnl``), a table of nodes and clusters (``.tsv``, ``.csv``, ``.clu``), or a
+        Clusters (``.cnl``), a table of nodes and clusters (``.tsv``, ``.csv``, ``.clu``, ``.json``), or a
         hierarchy (``.rhb``), of which the clusters at the root count.
     format : {"cnl", "table", "rhb"}, optional
         The format, if neither the contents nor the name tell it.

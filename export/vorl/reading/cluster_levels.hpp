@@ -57,13 +57,15 @@ private:
     mutable std::vector<std::vector<Id>> m_nested;  ///< empty until they are asked for
 };
 
-/// Whether the first line that isn't a comment has the names of a table's columns.
+/// Whether the first line that isn't a comment has the names of a table's columns, or begins an
+/// object of JSON with such keys.
 VORL_API bool beginsWithNames(Lines& lines);
 
 /// Reads clusters from a file, also one that is compressed by gzip or zstd.
 /// @param file    its name, "-" for the standard input
 /// @param format  told by the contents if not given: those of a hierarchy, or of a table with names
-///     of columns; else by the name, .tsv, .csv and .clu being tables; CNL where nothing tells
+///     of columns; else by the name, .tsv, .csv, .clu and .json being tables; CNL where nothing
+///     tells
 /// @throws InputError with the file and line of the first fault
 /// @param known   names of a network or of other clusters, which those of the file join
 VORL_API ClusterLevels readClusterLevels(const std::string& file,

@@ -98,7 +98,8 @@ ClusterLevels readClusterLevels(const std::string& file, ClustersFormat format,
         lines.rewind(true);
         const std::string name = plainName(lowered(file));
         const bool table = name.ends_with(".tsv") || name.ends_with(".csv") ||
-                           name.ends_with(".clu") || beginsWithNames(lines);
+                           name.ends_with(".clu") || name.ends_with(".json") ||
+                           beginsWithNames(lines);
         format = hierarchy ? ClustersFormat::RHB
                  : table   ? ClustersFormat::TABLE
                            : ClustersFormat::CNL;

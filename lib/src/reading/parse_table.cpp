@@ -1,4 +1,5 @@
 // The reader of tables of memberships.
+#include "json_text.hpp"
 #include "node_words.hpp"
 #include "settling.hpp"
 
@@ -28,14 +29,19 @@ struct Words {
 
     std::size_t size() const { return words.size(); }
 
+    void clear();
     /// @param only what alone parts them; 0 for blanks, tabs, commas and semicolons
     void split(std::string_view line, char only = 0);
 };
 
-void Words::split(std::string_view line, char only) {
+void Words::clear() {
     words.clear();
     quoted.clear();
     kept.clear();
+}
+
+void Words::split(std::string_view line, char only) {
+    clear();
     const auto separates = [only](char c) {
         return only ? c == only : isBlank(c) || c == ',' || c == ';';
     };
@@ -107,6 +113,14 @@ std::optional<Columns> columnsOf(const std::vector<std::string_view>& words) {
     return Columns{*node, *cluster, share, level};
 }
 
+/// Whether a line begins an object in JSON, or a list of them.
+bool beginsObject(std::string_view line) {
+    if (line.starts_with('{')) return true;
+    if (!line.starts_with('[')) return false;
+    line = trimFront(line.substr(1));
+    return line.empty() || line.starts_with('{');
+}
+
 class TableReader {
 public:
     explicit TableReader(std::shared_ptr<Labels> known) : m_nodes(std::move(known)) {}
@@ -117,6 +131,10 @@ public:
             m_line = lines.number();
             std::string_view line = trimFront(lines.line());
             if (line.empty()) continue;
+            if (m_rows.empty() && m_named == 0 && beginsObject(line)) {
+                readObjects(lines, line);
+                break;
+            }
             const bool comment = line.front() == '#' || line.front() == '%';
             if (comment) line.remove_prefix(1);
             m_words.split(line);
@@ -160,6 +178,42 @@ private:
         m_separator = separator == std::string_view::npos ? '\0' : m_text[separator];
         m_nodes.allowNames();
         return true;
+    }
+
+    /// Rows that are objects in JSON, each on its own or all of them in a list.
+    void readObjects(Lines& lines, std::string_view line) {
+        detail::JsonText text(lines, m_line, line);
+        m_nodes.allowNames();
+        const bool list = text.takeIf('[');
+        while (text.peek() == '{') {
+            readObject(text);
+            readRow();
+            if (list && !text.takeIf(',')) break;
+        }
+        if (list) text.expect(']');
+        if (text.peek() != '\0')
+            throw fault("found " + text.shown() + ", an object of a membership is expected");
+    }
+
+    void readObject(detail::JsonText& text) {
+        m_words.clear();
+        std::vector<std::string> keys;
+        text.readObject([&](const std::string& key) {
+            if (text.peek() == '{' || text.peek() == '[') return text.skip();
+            keys.push_back(key);
+            m_words.quoted.push_back(text.peek() == '"');
+            m_words.words.push_back(m_words.kept.emplace_back(text.readScalar()));
+        });
+        if (m_named != 0 && keys == m_keys) return;
+        if (m_named != 0) throw fault("the object has other keys than those before");
+        const auto named = columnsOf({keys.begin(), keys.end()});
+        if (!named)
+            throw fault(
+                "the object has no keys for a node and its cluster, such as \"node\" and "
+                "\"cluster\"");
+        m_columns = *named;
+        m_named = keys.size();
+        m_keys = std::move(keys);
     }
 
     std::string_view word(std::size_t column, const char* what) const {
@@ -281,6 +335,7 @@ private:
     char m_separator = 0;     ///< between these, where it isn't a blank
     bool m_vector = false;    ///< a line is the cluster of the next node
     Columns m_columns;
+    std::vector<std::string> m_keys;  ///< of objects
     std::map<std::string, Id, std::less<>> m_labels;
     std::vector<std::string> m_levels;  ///< of each cluster, the one that was told first
     std::vector<Row> m_rows;
@@ -293,6 +348,7 @@ bool beginsWithNames(Lines& lines) {
     while (lines.next()) {
         const std::string_view line = trimFront(lines.line());
         if (line.empty() || line.front() == '#' || line.front() == '%') continue;
+        if (beginsObject(line)) return true;
         words.split(line);
         return isOneOf(words.words[0], {"*vertices"}) || columnsOf(words.words);
     }

@@ -26,6 +26,10 @@ TEST(Table, FormsThatMeanTheSame) {
              "module  name\n10 1\n 10\t2\n\n9  3",
              "*Vertices 3\n10\n10\n9\n",
              "1 10 7 8\n2 10\n3 9 x\n",
+             "{\"node\": 1, \"x\": [{}], \"module\": 10}\n{\"node\":\"2\",\"module\":\"10\"}\n\n"
+             "{\"node\":3,\n\"module\":9}\n",
+             "# c\n[ "
+             "{\"Cluster\":10,\"id\":1},{\"Cluster\":10,\"id\":2},\n{\"Cluster\":9,\"id\":3}]",
          }) {
         const ClustersFile file = parseTable(text, "a.tsv");
         EXPECT_EQ(listsOf(file), (Lists{{3}, {1, 2}})) << text;
@@ -57,6 +61,14 @@ TEST(Table, FaultsAreTold) {
         {"1 2\n4 2\n1 2\n", "a.tsv:3: node 1 is in its cluster already by line 1"},
         {"node cluster share\n1 2 1.5\n", "a.tsv:2: the share of node 1 is \"1.5\""},
         {"foo bar\n1 2\n", "a.tsv:1: the node is \"foo\""},
+        {"{\"node\": 1}\n", "a.tsv:1: the object has no keys for a node and its cluster"},
+        {"{\"node\":1,\"group\":2}\n{\"node\":1}\n", "a.tsv:2: the object has other keys"},
+        {"{\"node\":1,\"group\":2}\n3 4\n", "a.tsv:2: found \"3 4\", an object"},
+        {"[{\"node\":1,\"group\":2}\n", "a.tsv:1: found the end of the file, \"]\" is expected"},
+        {"{\"node\":1,\"group\":2\n", "a.tsv:1: found the end of the file, \"}\" is expected"},
+        {"{\"node\":-1,\"group\":2}\n{\"node\":\"\",\"group\":2}\n",
+         "a.tsv:2: the node is \"\", a name"},
+        {"{\"node\":1,\"group\":2,\"share\":null}\n", "a.tsv:1: the share of node 1 is \"null\""},
     };
     for (const auto& [text, message] : cases) try {
             parseTable(text, "a.tsv");

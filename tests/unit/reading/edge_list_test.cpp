@@ -25,6 +25,7 @@ TEST(EdgeLists, AreReadInTheirDialects) {
              " 1 , 2\n2, 3 ,0.5 \n",
              "1 \t2\n2 3\t0.5\n",
              "# a\n% b\n// c\n\n1 2\r\n2 3 0.5\r\n",
+             "# of \"a, \"b\n# x,\"y\"z\n1 2\n2 3 0.5\n",
              "\"1\",\"2\"\n\"2\",\"3\",\"0.5\"\n",
              "\"1\" \"2\"\n\"2\" \"3\" 0.5\n",
              "1 2 {}\n2 3 {'weight': 0.5}\n",
@@ -98,6 +99,10 @@ TEST(EdgeLists, FaultsAreToldByLine) {
           "a\0,\0",
           6},
          "f:1: a NUL byte: the file is in UTF-16, text in UTF-8 is expected"},
+        {"1,2,3,4,\"x\n", "f:1: the quotes that begin with \"\"x\" aren't closed"},
+        {"1,2\n2,3,4,5,\"x\n", "f:2: the quotes that begin with \"\"x\" aren't closed"},
+        {std::string(100'000, ','),
+         "f:1: the line has more than 100,000 fields, a source and a destination are expected"},
         {"1 2 3e38\n2 3 3e38\n", "f: the weights add up to more than 1.7e38"},
     };
     for (const auto& [text, message] : cases) EXPECT_EQ(fault(text), message) << text;

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <ostream>
 #include <vector>
 
@@ -50,6 +52,9 @@ TEST(NetworkFormats, VerticesWithLabelsAreRead) {
         "Ann \"A\" Lee Bob 4 3 | Ann \"A\" Lee>Bob:3 4-Bob 3-Ann \"A\" Lee 3-Bob "
         "Ann \"A\" Lee>4");
     EXPECT_EQ(linksOf(PAJEK, "*vertices 2\n*edges\n1 2\n", {.directed = true}), "1 2 | 1>2");
+    EXPECT_EQ(
+        linksOf(PAJEK, "*Vertices 2\n1 \"a&#34;&#228;&amp;&#7;&#\"\n2 &#38;#34;\n*Arcs\n1 2\n"),
+        "a\"\xC3\xA4&amp;&#7;&# &#34; | a\"\xC3\xA4&amp;&#7;&#>&#34;");
 }
 
 TEST(NetworkFormats, KeysAndValuesAreRead) {
@@ -156,7 +161,9 @@ const Bad BAD[] = {
     {MTX, BANNER + "real general\n3 3\n", ":2: the header's number of entries is \"\""},
     {MTX, BANNER + "real general\n3 3 1 1\n", ":2: found \" 1\" behind the size"},
     {MTX, BANNER + "real general\n3 4 1\n1 2 1\n", ":2: the matrix has 3 rows and 4 columns"},
-    {MTX, BANNER + "real general\n2200000000 2200000000 1\n", ":2: the matrix has 2,200,000,000"},
+    {MTX, BANNER + "real general\n2200000000 2200000000 1\n",
+     ":2: the header tells of 2,200,000,000 nodes"},
+    {MTX, BANNER + "real general\n2 2 1\n1,2,1\n", ":3: the row is \"1,2,1\", an id"},
     {MTX, BANNER + "real general\n2000000000 2000000000 1\n1 2 1\n",
      ":2: the header tells of 2000000000 nodes, more than the file has bytes"},
     {MTX, BANNER + "real general\n2 2 2\n1 2 1\n", ":2: the header tells of 2 entries, the file"},
@@ -195,6 +202,11 @@ const Bad BAD[] = {
     {METIS, "2 1 1\n2\n1 1\n", ":2: the neighbour 2 has no weight"},
     {METIS, "2 1 1\n2 x\n1 x\n", ":2: the weight is \"x\", a number"},
     {METIS, "2 1 010 2\n1\n1 1 1\n", ":2: the line ends within the sizes"},
+    {METIS, "2 1\n2 2 2\n1\n",
+     ":2: the header tells of 1 edge, which are 2 neighbours, this is a further one"},
+    {METIS, "2 9223372036854775809\n2\n1\n",
+     ":1: the header's number of edges is \"9223372036854775809\", one below"},
+    {METIS, "2 1\n2,\n1\n", ":2: the neighbour is \"2,\", an id"},
     {METIS, "1 0\n\n", ":2: the file ends without a link"},
 
     {PAJEK, "", ": the file is empty"},
@@ -217,6 +229,7 @@ const Bad BAD[] = {
     {PAJEK, "*Vertices 2\n*Edges\n1\n", ":3: a single vertex"},
     {PAJEK, "*Vertices 2\n*Edges\n1 3\n", ":3: the destination is \"3\", a number from 1 to 2"},
     {PAJEK, "*Vertices 2\n*Arcs\n0 1\n", ":3: the source is \"0\", a number from 1 to 2"},
+    {PAJEK, "*Vertices 2\n*Edges\n1,2\n", ":3: the source is \"1,2\", an id"},
     {PAJEK, "*Vertices 2\n*Arcs\n1 2 x\n", ":3: the weight is \"x\", a number"},
     {PAJEK, "*Vertices 2\n*Arcslist\n1 9\n", ":3: the destination is \"9\""},
     {PAJEK, "*Vertices 2\n", ":1: the file ends without a link"},
@@ -325,6 +338,9 @@ const Bad BAD[] = {
      ":1: the weight is \"x\", a number"},
     {JSON, "{\"links\": [{\"source\": 1, \"target\": 2},]}", ":1: found \"]}\", \"{\" is expected"},
     {JSON, "{\"x\": " + nested(5000, '['), ":1: more than 1,000 values lie inside each other"},
+    {JSON, "{\"links\": [{\"source\": 1,\n", ":1: found the end of the file, \"\"\" is expected"},
+    {JSON, "{\"x\": [1, \n", ":1: found the end of the file, a value is expected"},
+    {JSON, "{\"links\": [{\"source\": 1x}]}", ":1: found \"1x}]}\", a value is expected"},
     {JSON, "{\"x\": hello}", ":1: found \"hello}\", a value is expected"},
 };
 
@@ -343,12 +359,59 @@ INSTANTIATE_TEST_SUITE_P(All, BadNetworks, testing::ValuesIn(BAD), [](const auto
 TEST(NetworkFormats, BinaryAndWideTextIsTold) {
     const std::string binary("\0\1", 2);
     const std::string wide("\xFF\xFE\x31\0", 4);
-    for (const NetworkFormat format : {MTX, METIS, PAJEK, GML, GRAPHML, JSON}) {
+    const std::string wideFromTheOtherEnd("\xFE\xFF\0\x31", 4);
+    for (const auto& known : networkFormats()) {
+        const NetworkFormat format = known.second;
         EXPECT_EQ(test::errorOf<InputError>([&] { linksOf(format, binary); }),
                   "f:1: a NUL byte: the file is binary, lines of text are expected");
-        EXPECT_EQ(test::errorOf<InputError>([&] { linksOf(format, wide); }),
-                  "f:1: a NUL byte: the file is in UTF-16, text in UTF-8 is expected");
+        for (const std::string& text : {wide, wideFromTheOtherEnd})
+            EXPECT_EQ(test::errorOf<InputError>([&] { linksOf(format, text); }),
+                      "f:1: a NUL byte: the file is in UTF-16, text in UTF-8 is expected");
     }
+}
+
+TEST(NetworkFormats, NamesAreBounded) {
+    const std::string most(1 << 20, 'x');
+    const std::string name = most + "x";
+    const std::string fault =
+        "the name \"xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx...\" has more than 1.0 MiB";
+    const std::pair<NetworkFormat, std::array<std::string, 2>> around[] = {
+        {NetworkFormat::LIST, {"a,b\n", ",b\n"}},
+        {NetworkFormat::LIST, {"a,b\n\"", "\"\"\",b\n"}},
+        {NetworkFormat::LIST, {"", " b\n"}},
+        {PAJEK, {"*Vertices 2\n1 ", "\n*Edges\n1 2\n"}},
+        {GML, {"graph [\nnode [ id 1 label \"", "\" ] edge [ source 1 target 1 ] ]"}},
+        {GML, {"graph [\nnode [ id ", " label \"&amp;\" name \"y\" ] ]"}},
+        {GRAPHML,
+         {XML + "<graph><node id='1'><data key='name'>",
+          "</data></node>\n<edge source='1' target='1'/></graph></graphml>"}},
+        {GRAPHML, {XML + "<graph><node id='", "'/></graph></graphml>"}},
+        {JSON, {"{\"nodes\":[\n{\"id\":\"", "\"}],\"links\":[{\"source\":\"\",\"target\":1}]}"}},
+        {JSON, {"{\n\"links\":[{\"source\":\"", "\",\"target\":1}]}"}},
+    };
+    for (const auto& [format, parts] : around) {
+        const auto read = [&name, form = format, &ends = parts] {
+            linksOf(form, ends[0] + name + ends[1]);
+        };
+        const std::string told = test::errorOf<InputError>(read);
+        const std::string line =
+            std::to_string(1 + std::count(parts[0].begin(), parts[0].end(), '\n'));
+        EXPECT_TRUE(told == "f:" + line + ": " + fault + ", which is too much" ||
+                    (format == PAJEK && told ==
+                                            "f:2: the line of the vertex has more than 1.0 MiB, "
+                                            "which is too much"))
+            << told;
+    }
+    EXPECT_EQ(linksOf(NetworkFormat::LIST, "a,b\n" + most + ",b\n"),
+              "a b " + most + " | a-b " + most + "-b");
+    // What isn't read may be of any length.
+    EXPECT_EQ(
+        linksOf(GML, "graph [ comment \"" + name + "\" node [ id 1 ] edge [ source 1 target 1 ] ]"),
+        "1 | 1-1");
+    EXPECT_EQ(linksOf(JSON, "{\"x\":\"" + name + "\",\"links\":[{\"source\":1,\"target\":2}]}"),
+              "1 2 | 1-2");
+    EXPECT_EQ(linksOf(NetworkFormat::LIST, "# " + name + " \"\n1,2,3,\"" + name + "\"\n"),
+              "1 2 | 1-2:3");
 }
 
 }  // namespace

@@ -56,6 +56,18 @@ void appendReference(std::string& text, std::uint32_t code) {
     text += ';';
 }
 
+/// Others read quotes in labels by their number alone.
+void appendPajekName(std::string& text, const NetworkTable& network, Id node) {
+    const std::string name = naming::plain(node, network.labels.get());
+    text += '"';
+    for (std::size_t i = 0; i < name.size(); ++i)
+        if (name[i] == '"' || (name[i] == '&' && name[i + 1] == '#'))
+            appendReference(text, static_cast<std::uint32_t>(name[i]));
+        else
+            text += name[i];
+    text += '"';
+}
+
 /// For GML, which is text in ASCII.
 void appendGmlName(std::string& text, const NetworkTable& network, Id node) {
     text += '"';
@@ -104,13 +116,7 @@ std::string pajekText(const NetworkTable& network) {
     for (const Id node : network.nodes) {
         appendNumber(text, ++place);
         text += ' ';
-        if (isLabelled(network, node)) {
-            naming::appendQuoted(text, node, network.labels.get());
-        } else {
-            text += '"';
-            appendNumber(text, node);
-            text += '"';
-        }
+        appendPajekName(text, network, node);
         text += '\n';
     }
     std::string_view section;

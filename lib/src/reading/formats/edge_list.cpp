@@ -62,13 +62,13 @@ protected:
     void readLine(std::string_view line) override {
         if (line.front() == '#' || line.front() == '%' || line.starts_with("//")) {
             line.remove_prefix(line.front() == '/' ? 2 : 1);
-            if (!m_started) readNames(line, true);
+            if (!m_started) readComment(line);
             return;
         }
         if (!m_started && readNames(rawLine(), false)) return;
         if (!m_started && (!m_src.name.empty() || !m_dst.name.empty()) && !m_named)
             throw fault("the line has no names of columns, which are asked for");
-        split(rawLine());
+        split(rawLine(), wanted());
         if (!std::exchange(m_started, true) && mayBeNames()) {
             m_pending = rawLine();
             m_pendingLine = m_line;
@@ -131,13 +131,22 @@ private:
                (m_weight && !m_weight->name.empty()) || !m_options.weightName.empty();
     }
 
+    void readComment(std::string_view line) {
+        try {
+            readNames(line, true);
+        } catch (const InputError&) {
+            // Its quotes may be of any kind.
+        }
+    }
+
     /// Takes the names of columns, if the line has them.
     /// @param comment whether it is one, which is free to tell of other things
     bool readNames(std::string_view line, bool comment) {
         m_separator = separatorOf(line);
+        if (line.size() > LONGEST_NAME) return false;
         std::vector<std::string> names;
         if (comment) line = trimmed(line);
-        split(line);
+        splitNames(line);
         if (!m_data.empty()) return false;
         for (const std::string_view field : m_fields) names.emplace_back(trimmed(field));
         const auto place = [&names](std::string_view name) -> std::optional<std::size_t> {
@@ -253,8 +262,23 @@ private:
     }
     static bool isWord(char c) { return !isBlank(c) && c != ',' && c != ';'; }
 
-    /// Fills the fields, and the attributes behind them.
-    void split(std::string_view line) {
+    /// Fills the fields where there may be names for columns.
+    void splitNames(std::string_view line) {
+        constexpr std::size_t most = 100'000;
+        split(line, most + 1);
+        if (m_fields.size() > most)
+            throw fault("the line has more than " + counted(most, "field") +
+                        ", a source and a destination are expected");
+    }
+
+    /// The number of fields that a line is read for.
+    std::size_t wanted() const {
+        return std::max({m_src.place, m_dst.place, m_weight ? m_weight->place : 0, WIDE}) + 1;
+    }
+
+    /// Fills the first fields, and the attributes behind all of them.
+    void split(std::string_view line, std::size_t most) {
+        m_most = most;
         m_fields.clear();
         m_unquoted.clear();
         const std::size_t data = line.empty() || line.back() != '}' ? line.size() : dataBegin(line);
@@ -272,17 +296,21 @@ private:
                     while (end < line.size() && !isBlank(line[end])) ++end;
                 else
                     while (end < line.size() && line[end] != m_separator) ++end;
-                m_fields.push_back(trimmed(line.substr(0, end)));
+                add(trimmed(line.substr(0, end)));
                 line.remove_prefix(end);
             }
             if (m_separator == BLANKS) continue;
             if (line.empty()) break;
             line.remove_prefix(1);
             if (line.empty() && m_data.empty()) {
-                m_fields.push_back(line);
+                add(line);
                 break;
             }
         }
+    }
+
+    void add(std::string_view field) {
+        if (m_fields.size() < m_most) m_fields.push_back(field);
     }
 
     /// Takes a field between quotes, with its separator still behind it.
@@ -294,11 +322,11 @@ private:
             if (end == std::string_view::npos)
                 throw fault("the quotes that begin with " + quoted(line) + " aren't closed");
             const bool doubled = end + 1 < line.size() && line[end + 1] == '"';
-            if (doubled && !kept) kept = &m_unquoted.emplace_back();
-            if (kept) kept->append(line.substr(begin, end - begin + doubled));
+            if (doubled && !kept && m_fields.size() < m_most) kept = &m_unquoted.emplace_back();
+            if (kept) appendBounded(*kept, line.substr(begin, end - begin + doubled));
             from = begin = end + 2;
             if (doubled) continue;
-            m_fields.push_back(kept ? std::string_view(*kept) : line.substr(1, end - 1));
+            add(kept ? std::string_view(*kept) : line.substr(1, end - 1));
             line.remove_prefix(end + 1);
             break;
         }
@@ -322,7 +350,8 @@ private:
     /// Whether the first line may have names of columns, none of them known.
     bool mayBeNames() {
         Id id = 0;
-        return !m_named && m_data.empty() && m_fields.size() > std::max(m_src.place, m_dst.place) &&
+        return !m_named && m_data.empty() && rawLine().size() <= LONGEST_NAME &&
+               m_fields.size() > std::max(m_src.place, m_dst.place) &&
                !m_fields[m_src.place].empty() && !m_fields[m_dst.place].empty() &&
                !isNumber(m_fields[m_src.place]) && !isNumber(m_fields[m_dst.place]) &&
                !Labels::isId(m_fields[m_src.place], id);
@@ -330,12 +359,11 @@ private:
 
     /// Tells by the second line whether the first one has names of columns or of nodes.
     void settlePending() {
-        const std::string current(rawLine());
         const std::size_t line = m_line;
         const bool numbers = m_fields.size() > std::max(m_src.place, m_dst.place) &&
                              isNumber(m_fields[m_src.place]) && isNumber(m_fields[m_dst.place]);
         if (numbers) {
-            split(m_pending);
+            splitNames(m_pending);
             m_named = true;
             m_namesLine = m_pendingLine;
             m_pendingLine = 0;
@@ -349,13 +377,13 @@ private:
             readPending();
         }
         m_line = line;
-        split(rawLine());
+        split(rawLine(), wanted());
     }
 
     void readPending() {
         const std::string pending = std::move(m_pending);
         m_line = std::exchange(m_pendingLine, 0);
-        split(pending);
+        split(pending, wanted());
         readLink();
     }
 
@@ -379,7 +407,7 @@ private:
             if (!m_data.empty()) token = weightOfData();
             if (!token.empty()) weight = takeWeight(token);
         }
-        if (!m_named && !m_told && m_fields.size() > 3 && m_facts.wideLines++ == 0)
+        if (!m_named && !m_told && m_fields.size() > WIDE && m_facts.wideLines++ == 0)
             m_facts.firstWideLine = m_line;
         addNamedLink(src, dst, weight, m_arcs);
     }
@@ -414,6 +442,8 @@ private:
         if (m_named) m_facts.dialect += ", their names in line " + std::to_string(m_namesLine);
     }
 
+    static constexpr std::size_t WIDE = 3;  // fields that are told where there are more
+
     bool m_arcs;
     char m_separator = BLANKS;
     bool m_told = false;     // the columns are those asked for
@@ -424,6 +454,7 @@ private:
     Column m_dst{1, {}};
     std::optional<Column> m_weight = Column{2, {}};
     std::vector<std::string_view> m_fields;
+    std::size_t m_most = 0;              // fields to be kept of a line
     std::deque<std::string> m_unquoted;  // what fields with doubled quotes hold
     std::string_view m_data;
     std::string m_pending;  // the first line, while it may have names

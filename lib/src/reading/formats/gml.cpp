@@ -1,46 +1,10 @@
 // The reader of the format GML: lists of keys and values, with nodes and edges among them.
 #include "keyed_nodes.hpp"
-
-#include <vorl/types/characters.hpp>
-
-#include <charconv>
+#include "references.hpp"
 
 namespace vorl::detail {
 
 namespace {
-
-/// The text with `&amp;`, `&#228;` and their like as the characters that they stand for.
-std::string withoutEntities(std::string_view text) {
-    constexpr std::pair<std::string_view, char> NAMED[] = {
-        {"&quot;", '"'}, {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&apos;", '\''}};
-    std::string result;
-    while (!text.empty()) {
-        const std::size_t begin = std::min(text.find('&'), text.size());
-        result += text.substr(0, begin);
-        text.remove_prefix(begin);
-        if (text.empty()) break;
-        std::size_t used = 0;
-        for (const auto& [name, character] : NAMED)
-            if (text.starts_with(name)) {
-                result += character;
-                used = name.size();
-            }
-        if (used == 0 && text.starts_with("&#")) {
-            std::uint32_t code = 0;
-            const auto [last, err] =
-                std::from_chars(text.data() + 2, text.data() + text.size(), code);
-            if (err == std::errc() && last != text.data() + text.size() && *last == ';' &&
-                (code >= 0x20 || code == '\t') && code < 0x110000 &&
-                (code < 0xD800 || code > 0xDFFF)) {
-                appendCharacter(result, code);
-                used = static_cast<std::size_t>(last + 1 - text.data());
-            }
-        }
-        if (used == 0) result += text[used++];
-        text.remove_prefix(used);
-    }
-    return result;
-}
 
 class GmlReader : public NetworkReader {
 public:
@@ -100,7 +64,8 @@ private:
                m_rest[end] != ']' && m_rest[end] != '"')
             ++end;
         m_kind = WORD;
-        m_token = m_rest.substr(0, end);
+        m_token.clear();
+        appendBounded(m_token, m_rest.substr(0, end));
         m_rest.remove_prefix(end);
         return true;
     }
@@ -112,8 +77,8 @@ private:
         m_token.clear();
         m_rest.remove_prefix(1);
         for (std::size_t end; (end = m_rest.find('"')) == std::string_view::npos;) {
-            m_token += m_rest;
-            m_token += ' ';
+            appendBounded(m_token, m_rest);
+            appendBounded(m_token, " ");
             if (!m_lines.next()) {
                 m_line = begin;
                 throw fault("the quotes that begin with " + quoted("\"" + m_token) +
@@ -123,9 +88,9 @@ private:
             m_rest = m_lines.line();
         }
         const std::size_t end = m_rest.find('"');
-        m_token += m_rest.substr(0, end);
+        appendBounded(m_token, m_rest.substr(0, end));
         m_rest.remove_prefix(end + 1);
-        m_token = withoutEntities(m_token);
+        if (m_token.size() <= LONGEST_NAME) m_token = withoutReferences(m_token, true);
     }
 
     bool isIn(const char* list) const { return m_open.size() == 2 && m_open.back() == list; }

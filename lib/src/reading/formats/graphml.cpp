@@ -9,6 +9,7 @@
 #include <exception>
 #include <limits>
 #include <new>
+#include <unordered_map>
 #include <vector>
 
 namespace vorl::detail {
@@ -146,7 +147,7 @@ private:
     static void XMLCALL takeText(void* self, const XML_Char* text, int length) {
         guarded(self, [=](GraphmlReader& reader) {
             if (reader.isIn(DATA) || reader.isIn(DEFAULT))
-                reader.m_text.append(text, static_cast<std::size_t>(length));
+                appendBounded(reader.m_text, {text, static_cast<std::size_t>(length)});
         });
     }
     // Entities can stand for whole files, and for texts without bounds.

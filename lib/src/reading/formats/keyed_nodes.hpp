@@ -5,7 +5,7 @@
 
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <vector>
 
 namespace vorl::detail {
 
@@ -19,27 +19,34 @@ public:
     template <class FaultT>
     void add(std::string_view key, std::string_view name, FaultT fault) {
         const Size before = m_nodes.size();
+        requireBounded(key, fault);
+        requireBounded(name, fault);
         const Id number = m_nodes.numberOf(name);
         if (m_nodes.size() == before)
             throw fault("the name " + quoted(name) +
                         " is that of another node already, each node with its own is expected");
-        if (!m_numbers.emplace(key, number).second)
+        if (placeOf(key) != m_numbers.size())
             throw fault("the node " + quoted(key) + " stands twice");
+        m_numbers.push_back(number);
     }
 
     /// The number of a node.
     template <class FaultT>
-    Id find(std::string_view key, const char* what, FaultT fault) const {
-        const auto found = m_numbers.find(std::string(key));
-        if (found == m_numbers.end())
+    Id find(std::string_view key, const char* what, FaultT fault) {
+        const std::size_t place = placeOf(key);
+        if (place == m_numbers.size())
             throw fault(std::string("the ") + what + " is " + quoted(key) +
                         ", which is none of the nodes in front of the link");
-        return found->second;
+        return m_numbers[place];
     }
 
 private:
+    /// The place of a key among all, behind them if it is new.
+    std::size_t placeOf(std::string_view key) { return ID_MAX - 1 - m_keys.add(key); }
+
     NodeNames& m_nodes;
-    std::unordered_map<std::string, Id> m_numbers;
+    Labels m_keys;
+    std::vector<Id> m_numbers;  // by the places of the keys
 };
 
 }  // namespace vorl::detail

@@ -32,12 +32,13 @@ protected:
             throw headerFault("the header tells of " + grouped(m_told) + " entries, the file has " +
                               grouped(m_entries));
         requireLikelyNodes(*m_facts.nodes);
-        if (*m_facts.nodes != 0) m_facts.firstId = 1;
-        for (Id id = 1; id <= *m_facts.nodes; ++id) m_nodes.number(id);
+        addPlaces();
     }
 
 private:
-    static std::string nextWord(std::string_view& line) { return lowered(nextToken(line)); }
+    static std::string nextWord(std::string_view& line) {
+        return lowered(nextToken(line).substr(0, LONGEST_NAME));
+    }
 
     void readBanner(std::string_view line) {
         if (nextWord(line) != "%%matrixmarket")
@@ -65,7 +66,6 @@ private:
     }
 
     void readSize(std::string_view line) {
-        m_facts.headerLine = m_line;
         const Size rows = toCount(nextToken(line), "rows");
         const Size columns = toCount(nextToken(line), "columns");
         m_told = toCount(nextToken(line), "entries");
@@ -75,11 +75,7 @@ private:
             throw fault("the matrix has " + grouped(rows) + " rows and " + grouped(columns) +
                         " columns, as many are expected; links between two kinds of nodes can "
                         "stand in a list, with names that tell them apart");
-        if (rows >= Labels::FIRST)
-            throw fault("the matrix has " + grouped(rows) +
-                        " rows, less than 2,147,483,648 are expected");
-        m_facts.nodes = rows;
-        requireRoom(rows);
+        tellPlaces(rows);
     }
 
     void readEntry(std::string_view line) {

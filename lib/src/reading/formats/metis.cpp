@@ -45,15 +45,17 @@ protected:
                               grouped(2 * m_told) + " neighbours, the file has " + grouped(m_ends));
         if (m_balance != 0)
             throw headerFault("edges aren't told alike from both of their ends, which is expected");
-        if (*m_facts.nodes != 0) m_facts.firstId = 1;
-        for (Id id = 1; id <= *m_facts.nodes; ++id) m_nodes.number(id);
+        addPlaces();
     }
 
 private:
     void readHeader(std::string_view line) {
-        m_facts.headerLine = m_line;
-        m_facts.nodes = toNodes(nextToken(line));
-        m_told = toCount(nextToken(line), "edges");
+        tellPlaces(toNodes(nextToken(line)));
+        const std::string_view edges = nextToken(line);
+        m_told = toCount(edges, "edges");
+        if (m_told > ~Size{0} / 2)
+            throw fault("the header's number of edges", edges,
+                        "one below 9223372036854775808 is expected");
         const std::string_view format = nextToken(line);
         if (format.size() > 3 || format.find_first_not_of("01") != std::string_view::npos)
             throw fault("the header's format", format, "up to three digits 0 or 1 are expected");
@@ -66,10 +68,6 @@ private:
         if (flag(1)) m_skipped += count.empty() ? 1 : toCount(count, "weights of a node");
         if (m_skipped > 1000) throw fault("the header's number of weights of a node is above 999");
         if (!trimFront(line).empty()) throw fault("found " + quoted(line) + " behind the counts");
-        if (*m_facts.nodes >= Labels::FIRST)
-            throw fault("the header tells of " + grouped(*m_facts.nodes) +
-                        " nodes, less than 2,147,483,648 are expected");
-        requireRoom(*m_facts.nodes);
         if (m_options.directed.value_or(false))
             throw fault("the format metis holds edges, and no arcs");
     }
@@ -79,11 +77,7 @@ private:
             if (nextToken(line).empty())
                 throw fault("the line ends within the sizes and weights of the node");
         for (std::string_view token = nextToken(line); !token.empty(); token = nextToken(line)) {
-            const Id other = toId(token, "neighbour");
-            if (other == 0 || other > *m_facts.nodes)
-                throw fault(
-                    "the neighbour", token,
-                    "a number from 1 to " + std::to_string(*m_facts.nodes) + " is expected");
+            const Id other = toPlace(token, "neighbour");
             LinkWeight weight = 1;
             if (m_weights) {
                 const std::string_view value = nextToken(line);
@@ -94,7 +88,9 @@ private:
                 if (!m_readWeights || weight == 0) weight = 1;
             }
             if (other == m_node) throw fault("the node is its own neighbour");
-            ++m_ends;
+            if (++m_ends > 2 * m_told)
+                throw fault("the header tells of " + counted(m_told, "edge") + ", which are " +
+                            grouped(2 * m_told) + " neighbours, this is a further one");
             const std::uint64_t hash =
                 mixed(std::min(m_node, other), std::max(m_node, other), weight);
             m_balance += m_node < other ? hash : -hash;

@@ -44,6 +44,21 @@ Size NetworkReader::toNodes(std::string_view token) const {
     return nodes;
 }
 
+void NetworkReader::tellPlaces(Size nodes) {
+    m_facts.headerLine = m_line;
+    m_facts.nodes = nodes;
+    // Larger numbers stand for names.
+    if (nodes >= Labels::FIRST)
+        throw fault("the header tells of " + grouped(nodes) +
+                    " nodes, less than 2,147,483,648 are expected");
+    requireRoom(nodes);
+}
+
+void NetworkReader::addPlaces() {
+    if (*m_facts.nodes != 0) m_facts.firstId = 1;
+    for (Id id = 1; id <= *m_facts.nodes; ++id) m_nodes.number(id);
+}
+
 Id NetworkReader::toPlace(std::string_view token, const char* what) const {
     const Id place = toId(token, what);
     if (place == 0 || place > *m_facts.nodes)

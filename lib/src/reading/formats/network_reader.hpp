@@ -1,6 +1,8 @@
 // What the readers of all formats of networks have in common.
 #pragma once
 
+#include "../longest_name.hpp"
+
 #include <vorl/reading/input_error.hpp>
 #include <vorl/reading/lines.hpp>
 #include <vorl/reading/network_scan.hpp>
@@ -13,6 +15,14 @@
 #include <utility>
 
 namespace vorl::detail {
+
+/// @param fault makes the error of a message
+template <class FaultT>
+void requireBounded(std::string_view name, FaultT fault) {
+    if (name.size() > LONGEST_NAME)
+        throw fault("the name " + quoted(name) + " has more than " + bytes(LONGEST_NAME) +
+                    ", which is too much");
+}
 
 /// Takes the links of a network in, and checks their numbers.
 class NetworkReader {
@@ -56,8 +66,12 @@ protected:
     /// A number of nodes.
     Size toNodes(std::string_view token) const;
     bool toFlag(std::string_view token, const char* what) const;
-    /// The number of a node, from 1 to those that the header tells.
+    /// Takes the number of nodes that the header tells, where these are numbered from 1 on.
+    void tellPlaces(Size nodes);
+    /// The number of such a node.
     Id toPlace(std::string_view token, const char* what) const;
+    /// Adds those that no link told of, in order.
+    void addPlaces();
     Id toId(std::string_view token, const char* what) const {
         // Plain digits that can't overflow.
         if (token.size() - 1 < 9) {
@@ -87,6 +101,12 @@ protected:
     bool isWeight(std::string_view key, bool given) const {
         return m_options.weightName.empty() ? key == "weight" || (key == "value" && !given)
                                             : key == lowered(m_options.weightName);
+    }
+
+    /// The number of the node of a name, which may be an id.
+    Id numberOf(std::string_view name) {
+        requireBounded(name, [this](const std::string& what) { return fault(what); });
+        return m_nodes.numberOf(name);
     }
 
     /// @throws MemoryLimitError if so many nodes can't be announced
@@ -127,8 +147,8 @@ protected:
     /// The same of a link between nodes by any names.
     void addNamedLink(std::string_view src, std::string_view dst, LinkWeight weight, bool arc) {
         if (isDropped()) return addLink(0, 0, weight, arc);
-        const Id number = m_nodes.numberOf(src);
-        addLink(number, m_nodes.numberOf(dst), weight, arc);
+        const Id number = numberOf(src);
+        addLink(number, numberOf(dst), weight, arc);
     }
 
     Lines& m_lines;

@@ -1,6 +1,7 @@
 // The reader of the format Pajek: sections of vertices with labels, of edges and arcs.
 #include "../node_words.hpp"
 #include "network_reader.hpp"
+#include "references.hpp"
 
 #include <algorithm>
 
@@ -37,16 +38,11 @@ private:
     enum Section { NONE, VERTICES, EDGES, ARCS, EDGES_LIST, ARCS_LIST, NETWORK };
 
     void readSection(std::string_view line) {
-        const std::string word = lowered(nextToken(line));
+        const std::string word = lowered(nextToken(line).substr(0, LONGEST_NAME));
         if (word == "*vertices") {
             if (m_facts.headerLine != 0) throw fault("the section *Vertices stands twice");
             m_section = VERTICES;
-            m_facts.headerLine = m_line;
-            m_facts.nodes = toNodes(nextToken(line));
-            if (*m_facts.nodes >= Labels::FIRST)
-                throw fault("the header tells of " + grouped(*m_facts.nodes) +
-                            " nodes, less than 2,147,483,648 are expected");
-            requireRoom(*m_facts.nodes);
+            tellPlaces(toNodes(nextToken(line)));
             return;
         }
         if (word == "*network") {
@@ -76,13 +72,16 @@ private:
         const std::string_view token = nextToken(line);
         const Id place = toPlace(token, "vertex");
         line = trimFront(line);
+        if (line.size() > LONGEST_NAME)
+            throw fault("the line of the vertex has more than " + bytes(LONGEST_NAME) +
+                        ", which is too much");
         std::string label(token);
         if (line.starts_with('"')) {
             if (!takeQuoted(line, label)) throw fault("the quotes of the label aren't closed");
         } else if (!line.empty()) {
             label = nextToken(line);
         }
-        if (label.empty()) label = token;
+        label = label.empty() ? std::string(token) : withoutReferences(label, false);
         if (place < m_numbers.size() && m_numbers[place] != ID_NONE)
             throw fault("the vertex " + std::to_string(place) + " stands twice");
         addVertex(place, label);
@@ -90,7 +89,7 @@ private:
 
     void addVertex(Id place, std::string_view label) {
         const Size before = m_nodes.size();
-        const Id number = m_nodes.numberOf(label);
+        const Id number = numberOf(label);
         if (m_nodes.size() == before)
             throw fault("the label " + quoted(label) +
                         " is that of another vertex already, each vertex with its own is expected");
