@@ -16,6 +16,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 #include <iterator>
 #include <limits>
 #include <memory>
@@ -186,6 +187,14 @@ void addOwners(Rows& rows, const ItemT& item) {
     rows.end(item.id);
 }
 
+/// @return null after an exception of Java
+jdoubleArray doubles(JNIEnv* env, std::initializer_list<jdouble> values) {
+    const auto size = static_cast<jsize>(values.size());
+    const jdoubleArray array = env->NewDoubleArray(size);
+    if (array) env->SetDoubleArrayRegion(array, 0, size, values.begin());
+    return array;
+}
+
 /// What is wrong with the network, null if it can be clustered.
 template <bool WEIGHTED>
 const char* fault(Graph<WEIGHTED>& graph) {
@@ -327,6 +336,14 @@ JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_communities(JNIEnv* env, jclas
             rows.end(found.ids()[place]);
         }
         rows.store(env, out);
+        const CommunitiesScore& score = found.score();
+        const jdoubleArray figures = doubles(
+            env, {score.modularity, score.conductance, score.gamma, score.saving, score.naming,
+                  static_cast<jdouble>(score.starts), static_cast<jdouble>(score.rounds)});
+        if (!figures) return;
+        env->SetObjectArrayElement(out, 4, figures);
+        const jstring start = env->NewStringUTF(score.start.c_str());
+        if (start) env->SetObjectArrayElement(out, 5, start);
     });
 }
 
@@ -346,11 +363,8 @@ JNIEXPORT jdoubleArray JNICALL Java_info_quenta_vorl_Bulk_evaluate(JNIEnv* env, 
             const ClusterIdsScope<typename decltype(copy)::LinksT> numbering;
             Intrinsics intr;
             const Size count = evaluateClusters(intr, copy, strict.name(), gamma);
-            const jdouble values[] = {static_cast<jdouble>(count), intr.cdn, intr.mod, intr.gamma,
-                                      intr.sgmod};
-            const jdoubleArray array = env->NewDoubleArray(std::size(values));
-            if (array) env->SetDoubleArrayRegion(array, 0, std::size(values), values);
-            return array;
+            return doubles(
+                env, {static_cast<jdouble>(count), intr.cdn, intr.mod, intr.gamma, intr.sgmod});
         });
     });
 }

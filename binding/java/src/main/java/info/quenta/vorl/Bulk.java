@@ -116,27 +116,36 @@ public final class Bulk {
     }
 
     /**
+     * Communities.
+     *
+     * @param rows the nodes by ascending ids, each with its communities, that of the largest share
+     *     first
+     * @param score modularity, conductance, resolution, bits saved, bits that name them, starts and
+     *     rounds
+     * @param start the name of the start that won
+     */
+    public record Found(Rows rows, double[] score, String start) {}
+
+    /**
      * Finds communities.
      *
      * @param shares whether a node may belong to several
      * @param starts from how many starts to search, 0: the smaller the network, the more
      * @param threads 0 for as many as the process may use
-     * @return the nodes by ascending ids, each with its communities, that of the largest share
-     *     first
      */
-    public static Rows communities(Graph graph, boolean shares, int starts, int threads) {
-        Object[] out = new Object[4];
+    public static Found communities(Graph graph, boolean shares, int starts, int threads) {
+        Object[] out = new Object[6];
         communities(live(Graph.getCPtr(graph)), true, shares, starts, threads, out);
         keep(graph);
-        return rows(out);
+        return new Found(rows(out), (double[]) out[4], (String) out[5]);
     }
 
     /** As for weighted links. */
-    public static Rows communities(SGraph graph, boolean shares, int starts, int threads) {
-        Object[] out = new Object[4];
+    public static Found communities(SGraph graph, boolean shares, int starts, int threads) {
+        Object[] out = new Object[6];
         communities(live(SGraph.getCPtr(graph)), false, shares, starts, threads, out);
         keep(graph);
-        return rows(out);
+        return new Found(rows(out), (double[]) out[4], (String) out[5]);
     }
 
     /**

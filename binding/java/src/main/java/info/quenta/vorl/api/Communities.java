@@ -13,8 +13,38 @@ import java.util.NoSuchElementException;
  */
 public final class Communities {
     private final Bulk.Rows rows; // by ascending id
+    private final Score score;
 
-    Communities(Bulk.Rows rows) { this.rows = rows; }
+    Communities(Bulk.Found found) {
+        rows = found.rows();
+        double[] figures = found.score();
+        score = new Score(figures[0], figures[1], figures[2], figures[3], figures[4], found.start(),
+            (int) figures[5], (int) figures[6]);
+    }
+
+    /**
+     * Figures of the communities. Those of partitions are measured before nodes are shared: each is
+     * in the community of its largest share.
+     *
+     * @param modularity at the resolution 1
+     * @param conductance the mean of the communities, in [0, 1]; isolated nodes don't count
+     * @param estimatedGamma the resolution estimated by the log-ratio rule
+     * @param saving bits that the communities save in the description of the network, less those
+     *     that name them; below 0 they may as well be chance
+     * @param naming bits that name the communities
+     * @param start the start that won
+     * @param starts from how many the search began
+     * @param rounds of splitting, moving and merging, from the start that won
+     */
+    public record Score(double modularity, double conductance, double estimatedGamma, double saving,
+        double naming, String start, int starts, int rounds) {}
+
+    /**
+     * How good the communities are.
+     *
+     * @return the figures that the program's {@code communities} tells
+     */
+    public Score score() { return score; }
 
     /**
      * What a node has in a community.

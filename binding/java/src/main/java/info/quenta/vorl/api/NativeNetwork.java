@@ -17,7 +17,7 @@ interface NativeNetwork {
 
     NativeHierarchy cluster(ClusterOptions options);
 
-    Bulk.Rows communities(CommunitiesOptions options);
+    Bulk.Found communities(CommunitiesOptions options);
 
     Measures evaluate(String clusters, String network, double gamma);
 
@@ -55,7 +55,7 @@ interface NativeNetwork {
         }
 
         @Override
-        public Bulk.Rows communities(CommunitiesOptions options) {
+        public Bulk.Found communities(CommunitiesOptions options) {
             return Bulk.communities(graph, options.shares(), options.starts(), options.threads());
         }
 
@@ -97,7 +97,7 @@ interface NativeNetwork {
         }
 
         @Override
-        public Bulk.Rows communities(CommunitiesOptions options) {
+        public Bulk.Found communities(CommunitiesOptions options) {
             return Bulk.communities(graph, options.shares(), options.starts(), options.threads());
         }
 

@@ -17,6 +17,8 @@ import java.util.List;
 import java.util.Map;
 import java.util.NoSuchElementException;
 import java.util.TreeMap;
+import java.util.regex.Matcher;
+import java.util.regex.Pattern;
 import java.util.zip.GZIPOutputStream;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.condition.EnabledIfSystemProperty;
@@ -183,8 +185,8 @@ class ReadingTest {
     void communitiesAreThoseOfTheProgram() throws Exception {
         for (String name : List.of("karate.nse", "lesmis.nse", "celegansneural.nsa")) {
             Path table = folder.resolve(name + ".tsv");
-            Settings.Outcome outcome = program(
-                "communities", "-q", Settings.data(name).toString(), "--table", table.toString());
+            Settings.Outcome outcome = program("communities", "--json",
+                Settings.data(name).toString(), "--table", table.toString());
             assertEquals(0, outcome.code(), outcome.text());
             try (Network network = Network.read(Settings.data(name))) {
                 Communities found = network.communities();
@@ -207,6 +209,18 @@ class ReadingTest {
                 }
                 assertEquals(expected.toString(), text.toString());
                 assertThrows(NoSuchElementException.class, () -> found.of(1L << 20));
+                Communities.Score score = found.score();
+                Map<String, Double> figures = Map.of("modularity", score.modularity(),
+                    "estimated_gamma", score.estimatedGamma(), "conductance", score.conductance(),
+                    "saving_bits", score.saving(), "naming_bits", score.naming(), "starts",
+                    (double) score.starts(), "rounds", (double) score.rounds());
+                figures.forEach((key, value) -> {
+                    Matcher told =
+                        Pattern.compile("\"" + key + "\": ([-+.e0-9]+)").matcher(outcome.text());
+                    assertTrue(told.find(), outcome.text());
+                    assertEquals(Double.parseDouble(told.group(1)), value, 1e-8 * Math.abs(value));
+                });
+                assertTrue(outcome.text().contains("\"start\": \"" + score.start() + "\""));
                 Communities whole = network.communities(new CommunitiesOptions(false, 1, 1));
                 for (long node : whole.nodes())
                     assertEquals(

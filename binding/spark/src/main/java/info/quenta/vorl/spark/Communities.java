@@ -51,8 +51,12 @@ public final class Communities {
      */
     public static Dataset<Row> run(Dataset<Row> links, CommunitiesOptions options) {
         try (Work work = new Work(links.sparkSession(), options)) {
-            return new Communities(work, options).run(links);
+            return run(work, links, options);
         }
+    }
+
+    static Dataset<Row> run(Work work, Dataset<Row> links, CommunitiesOptions options) {
+        return new Communities(work, options).run(links);
     }
 
     private Dataset<Row> run(Dataset<Row> links) {
@@ -74,9 +78,8 @@ public final class Communities {
     /** What the native library finds. */
     private Dataset<Row> inOneTask(Input input) {
         work.step("the whole, in one task");
-        NativeTask task = new NativeTask(options);
-        Dataset<Row> found = work.keep(
-            input.edges.repartition(1).mapPartitions(task, NativeTask.ENCODER), Long.MAX_VALUE);
+        Dataset<Row> found =
+            work.keep(new NativeTask(options).of(input.edges.repartition(1)), Long.MAX_VALUE);
         long count = found.agg(max("cluster")).first().getLong(0) + 1;
         return found.join(input.nodes, "item")
             .select("node", "cluster", "share")

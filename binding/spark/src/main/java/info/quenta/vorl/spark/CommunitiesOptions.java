@@ -1,5 +1,7 @@
 package info.quenta.vorl.spark;
 
+import java.io.Serializable;
+
 /**
  * How communities are sought. Nothing here changes what the answer is but {@code shares} and
  * {@code starts}.
@@ -16,7 +18,7 @@ package info.quenta.vorl.spark;
  *     kept; null for that of the context
  */
 public record CommunitiesOptions(boolean shares, int starts, long linksOfTask, long rowsOfTask,
-    long rowsOfDriver, String checkpoints) {
+    long rowsOfDriver, String checkpoints) implements Serializable {
     /** What is taken unless something else is said. */
     public static final CommunitiesOptions DEFAULT =
         new CommunitiesOptions(true, 0, 10_000_000, 1_000_000, 20_000, null);

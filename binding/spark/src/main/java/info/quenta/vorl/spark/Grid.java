@@ -47,11 +47,8 @@ final class Grid implements Serializable {
         String value = names[names.length - 1];
         Column[] order = new Column[names.length - 1];
         for (int i = 0; i < order.length; ++i) order[i] = col(names[i]);
-        RunningSums sums = new RunningSums(List.of(), List.of(value));
-        return rows.repartition(1)
-            .sortWithinPartitions(order)
-            .select(value)
-            .mapPartitions(sums, sums.encoder())
+        return new RunningSums(List.of(), List.of(value))
+            .of(rows.repartition(1).sortWithinPartitions(order).select(value))
             .first()
             .getDouble(0);
     }

@@ -5,6 +5,7 @@ import static org.apache.spark.sql.functions.array_sort;
 import static org.apache.spark.sql.functions.col;
 import static org.apache.spark.sql.functions.collect_list;
 import static org.apache.spark.sql.functions.count;
+import static org.apache.spark.sql.functions.countDistinct;
 import static org.apache.spark.sql.functions.greatest;
 import static org.apache.spark.sql.functions.least;
 import static org.apache.spark.sql.functions.lit;
@@ -24,7 +25,6 @@ import org.apache.spark.sql.Column;
 import org.apache.spark.sql.Dataset;
 import org.apache.spark.sql.Row;
 import org.apache.spark.sql.RowFactory;
-import org.apache.spark.sql.types.DataTypes;
 import org.apache.spark.sql.types.StructType;
 
 /**
@@ -35,11 +35,8 @@ import org.apache.spark.sql.types.StructType;
  * turn where it is too large.
  */
 public final class Levels {
-    private static final StructType ABOVE = new StructType()
-                                                .add("community", DataTypes.LongType)
-                                                .add("level", DataTypes.LongType)
-                                                .add("number", DataTypes.LongType)
-                                                .add("part", DataTypes.FloatType);
+    private static final StructType ABOVE =
+        StructType.fromDDL("community LONG, level LONG, number LONG, part FLOAT");
 
     private final Work work;
     private final CommunitiesOptions options;
@@ -142,7 +139,8 @@ public final class Levels {
                 .filter(col("weight").gt(lit(0.0)))
                 .repartition(col("community"))
                 .sortWithinPartitions("community", "low", "high");
-        return numbered.mapPartitions(new InsideTask(), InsideTask.ENCODER)
+        return new InsideTask()
+            .of(numbered)
             .join(local, ItemNetwork.toSeq("community", "id"))
             .select(col("node"), col("level"), col("number"), col("community"),
                 col("part").multiply(col("share")).cast("float").as("share"));
@@ -167,9 +165,7 @@ public final class Levels {
         else if (network.count() <= taskLinks())
             above = work.table(clustered(network.orderBy("src", "dst").collectAsList()), ABOVE);
         else
-            above = Communities.run(network, options.withCheckpoints(null))
-                        .select(col("node").as("community"), lit(0L).as("level"),
-                            col("cluster").as("number"), col("share").as("part"));
+            above = inTurn(between);
         Column value = col("share").cast("double").multiply(col("part"));
         Column added =
             aggregate(array_sort(collect_list(struct(col("community"), value.as("value")))),
@@ -178,6 +174,24 @@ public final class Levels {
             .groupBy(col("node"), col("level").plus(lit(firstLevel)).as("level"), col("number"))
             .agg(added.cast("float").as("share"))
             .withColumn("community", lit(-1L));
+    }
+
+    /** The hierarchy of the network of the communities, found as that of nodes is. */
+    private Dataset<Row> inTurn(Dataset<Row> between) {
+        Dataset<Row> communities = Communities.run(work, between, options);
+        Row counts = communities.agg(countDistinct("cluster"), countDistinct("node")).first();
+        if (counts.getLong(0) == counts.getLong(1))
+            return work.empty(ABOVE);
+        work.step("above communities");
+        Dataset<Row> levels = levels(between, communities);
+        // Communities are clusters already.
+        Dataset<Row> several = levels.groupBy("cluster")
+                                   .agg(count(lit(1)).as("members"))
+                                   .filter(col("members").gt(lit(1)))
+                                   .select("cluster");
+        return levels.join(several, "cluster")
+            .select(col("node").as("community"), col("level"), col("cluster").as("number"),
+                col("share").as("part"));
     }
 
     /** What the engine makes of the network of the communities. */

@@ -131,13 +131,12 @@ final class Refinement {
                     deciders.withColumn("label", col("own")).withColumn("weight", lit(0.0)))
                 .groupBy(key)
                 .agg(sum("weight").as("pull"));
-        Mover mover = new Mover(likelihood);
-        return pulls.join(groups, "label")
-            .select(col("src"), col("si"), col("st"), col("sn"), col("own"), col("label"),
-                col("pull"), col("inner"), col("total"), col("nodes"))
-            .repartition(col("src"))
-            .sortWithinPartitions(col("src"), not(col("label").equalTo(col("own"))))
-            .mapPartitions(mover, Mover.ENCODER);
+        return new Mover(likelihood)
+            .of(pulls.join(groups, "label")
+                    .select(col("src"), col("si"), col("st"), col("sn"), col("own"), col("label"),
+                        col("pull"), col("inner"), col("total"), col("nodes"))
+                    .repartition(col("src"))
+                    .sortWithinPartitions(col("src"), not(col("label").equalTo(col("own")))));
     }
 
     /** Numbers the groups that moves are to found. */

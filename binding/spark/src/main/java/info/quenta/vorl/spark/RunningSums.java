@@ -1,66 +1,42 @@
 package info.quenta.vorl.spark;
 
+import java.util.Collections;
 import java.util.Iterator;
 import java.util.List;
-import java.util.NoSuchElementException;
-import org.apache.spark.api.java.function.MapPartitionsFunction;
-import org.apache.spark.sql.Encoder;
-import org.apache.spark.sql.Encoders;
+import java.util.stream.Collectors;
+import java.util.stream.Stream;
 import org.apache.spark.sql.Row;
 import org.apache.spark.sql.RowFactory;
-import org.apache.spark.sql.types.DataTypes;
-import org.apache.spark.sql.types.StructType;
 
 /** Adds up the values of sorted rows key by key, one after another. */
-final class RunningSums implements MapPartitionsFunction<Row, Row> {
+final class RunningSums extends GroupTask {
     private static final long serialVersionUID = 1;
 
     private final int keys;
     private final int values;
-    private final StructType schema;
 
     RunningSums(List<String> keys, List<String> values) {
+        super(keys.size(),
+            Stream
+                .concat(keys.stream().map(name -> "`" + name + "` LONG NOT NULL"),
+                    values.stream().map(name -> "`" + name + "` DOUBLE NOT NULL"))
+                .collect(Collectors.joining(", ")));
         this.keys = keys.size();
         this.values = values.size();
-        StructType type = new StructType();
-        for (String key : keys) type = type.add(key, DataTypes.LongType, false);
-        for (String value : values) type = type.add(value, DataTypes.DoubleType, false);
-        schema = type;
     }
 
-    Encoder<Row> encoder() { return Encoders.row(schema); }
-
     @Override
-    public Iterator<Row> call(Iterator<Row> rows) {
-        return new Iterator<>() {
-            private Row next = rows.hasNext() ? rows.next() : null;
+    Iterator<Row> group(Row first, Iterator<Row> others) {
+        double[] sums = new double[values];
+        add(sums, first);
+        while (others.hasNext()) add(sums, others.next());
+        Object[] result = new Object[keys + values];
+        for (int i = 0; i < keys; ++i) result[i] = first.get(i);
+        for (int i = 0; i < values; ++i) result[keys + i] = sums[i];
+        return Collections.singleton(RowFactory.create(result)).iterator();
+    }
 
-            @Override
-            public boolean hasNext() {
-                return next != null;
-            }
-
-            @Override
-            public Row next() {
-                if (next == null)
-                    throw new NoSuchElementException();
-                Object[] result = new Object[keys + values];
-                for (int i = 0; i < keys; ++i) result[i] = next.getLong(i);
-                double[] sums = new double[values];
-                do {
-                    for (int i = 0; i < values; ++i) sums[i] += next.getDouble(keys + i);
-                    next = rows.hasNext() ? rows.next() : null;
-                } while (next != null && sameKey(result));
-                for (int i = 0; i < values; ++i) result[keys + i] = sums[i];
-                return RowFactory.create(result);
-            }
-
-            private boolean sameKey(Object[] result) {
-                for (int i = 0; i < keys; ++i)
-                    if ((Long) result[i] != next.getLong(i))
-                        return false;
-                return true;
-            }
-        };
+    private void add(double[] sums, Row row) {
+        for (int i = 0; i < values; ++i) sums[i] += row.getDouble(keys + i);
     }
 }

@@ -2,17 +2,11 @@ package info.quenta.vorl.spark;
 
 import java.io.Serializable;
 import java.util.ArrayList;
-import java.util.Collections;
 import java.util.Comparator;
 import java.util.Iterator;
 import java.util.List;
-import org.apache.spark.api.java.function.MapPartitionsFunction;
-import org.apache.spark.sql.Encoder;
-import org.apache.spark.sql.Encoders;
 import org.apache.spark.sql.Row;
 import org.apache.spark.sql.RowFactory;
-import org.apache.spark.sql.types.DataTypes;
-import org.apache.spark.sql.types.StructType;
 
 /**
  * The communities of single nodes.
@@ -22,27 +16,21 @@ import org.apache.spark.sql.types.StructType;
  * there are such links, and the weights of the community, all of it and that inside. The rows of a
  * node follow each other.
  */
-final class Sharer implements MapPartitionsFunction<Row, Row> {
+final class Sharer extends GroupTask {
     private static final long serialVersionUID = 1;
     /** A community with less than this of what the best one has of a node's links gets no share. */
     private static final double LEAST_PULL = 1.0 / 3;
     /** No node is in more communities than this. */
     static final int MOST = 64;
-    /** Shares, each with whether the node has others than before and whether it has several. */
-    static final Encoder<Row> ENCODER =
-        Encoders.row(new StructType()
-                         .add("node", DataTypes.LongType, false)
-                         .add("community", DataTypes.LongType, false)
-                         .add("share", DataTypes.FloatType, false)
-                         .add("place", DataTypes.IntegerType, false)
-                         .add("several", DataTypes.BooleanType, false)
-                         .add("changed", DataTypes.BooleanType, false));
-
     private final Likelihood likelihood;
     private final double cost;
     private final double further;
 
+    /** Gives shares, each with whether the node has others than before and whether several. */
     Sharer(Likelihood likelihood, double cost, double further) {
+        super(1,
+            "node LONG NOT NULL, community LONG NOT NULL, share FLOAT NOT NULL, place INT NOT NULL,"
+                + " several BOOLEAN NOT NULL, changed BOOLEAN NOT NULL");
         this.likelihood = likelihood;
         this.cost = cost;
         this.further = further;
@@ -63,34 +51,16 @@ final class Sharer implements MapPartitionsFunction<Row, Row> {
             .thenComparing(Candidate::community);
 
     @Override
-    public Iterator<Row> call(Iterator<Row> rows) {
-        return new Iterator<>() {
-            private Row first = rows.hasNext() ? rows.next() : null;
-            private Iterator<Row> parts = Collections.emptyIterator();
+    Iterator<Row> group(Row first, Iterator<Row> others) {
+        List<Touched> touched = new ArrayList<>();
+        touched.add(touched(first));
+        while (others.hasNext()) touched.add(touched(others.next()));
+        return decide(first.getLong(0), first.getDouble(1), first.getDouble(2), touched);
+    }
 
-            @Override
-            public boolean hasNext() {
-                while (!parts.hasNext() && first != null) parts = node();
-                return parts.hasNext();
-            }
-
-            @Override
-            public Row next() {
-                hasNext();
-                return parts.next();
-            }
-
-            private Iterator<Row> node() {
-                Row node = first;
-                List<Touched> touched = new ArrayList<>();
-                do {
-                    touched.add(new Touched(first.getLong(3), first.getDouble(4), first.getFloat(5),
-                        first.getBoolean(6), first.getDouble(7), first.getDouble(8)));
-                    first = rows.hasNext() ? rows.next() : null;
-                } while (first != null && first.getLong(0) == node.getLong(0));
-                return decide(node.getLong(0), node.getDouble(1), node.getDouble(2), touched);
-            }
-        };
+    private static Touched touched(Row row) {
+        return new Touched(row.getLong(3), row.getDouble(4), row.getFloat(5), row.getBoolean(6),
+            row.getDouble(7), row.getDouble(8));
     }
 
     private Iterator<Row> decide(long node, double total, double inner, List<Touched> touched) {

@@ -49,8 +49,7 @@ final class Sharing {
             Sharer sharer =
                 new Sharer(likelihood, naming + Logarithm.ln((1 - common) / common), naming);
             Dataset<Row> next = work.keep(
-                touched(network, shares, pulls, communities).mapPartitions(sharer, Sharer.ENCODER),
-                most * Sharer.MOST);
+                sharer.of(touched(network, shares, pulls, communities)), most * Sharer.MOST);
             Dataset<Row> first = next.filter(col("place").equalTo(lit(0)));
             long changed = Work.size(first.filter(col("changed")));
             long several = Work.size(first.filter(col("several")));

@@ -4,6 +4,7 @@ import static org.apache.spark.sql.functions.coalesce;
 import static org.apache.spark.sql.functions.col;
 import static org.apache.spark.sql.functions.count;
 import static org.apache.spark.sql.functions.explode;
+import static org.apache.spark.sql.functions.floor;
 import static org.apache.spark.sql.functions.lit;
 import static org.apache.spark.sql.functions.max;
 import static org.apache.spark.sql.functions.not;
@@ -45,7 +46,6 @@ final class Similarity {
         }
     }
 
-    /** Upward links of a node that one task pairs with the others. */
     private static final long SLICE = 1000;
 
     private Similarity() {}
@@ -72,10 +72,13 @@ final class Similarity {
      * upward links, and never more than the root of twice the number of links. The pairs of those
      * with many are dealt out to several tasks.
      */
-    static Dataset<Row> withShared(Dataset<Row> links) {
+    static Dataset<Row> withShared(Dataset<Row> links) { return withShared(links, SLICE); }
+
+    /** @param most upward links of a node that one task pairs with the others */
+    static Dataset<Row> withShared(Dataset<Row> links, long most) {
         Dataset<Row> up = links.filter(col("rises")).select("src", "dst", "far");
         Dataset<Row> slices = up.groupBy("src").agg(
-            org.apache.spark.sql.functions.floor(count(lit(1)).divide(lit((double) SLICE)))
+            floor(count(lit(1)).divide(lit((double) most)))
                 .plus(lit(1L))
                 .as("slices"));
         up = up.join(slices, "src");

@@ -1,14 +1,11 @@
 package info.quenta.vorl.spark;
 
-import static org.apache.spark.sql.functions.col;
-
 import info.quenta.vorl.api.Clustering;
 import info.quenta.vorl.api.Network;
 import info.quenta.vorl.api.Options;
 import info.quenta.vorl.api.Score;
 import java.io.Serializable;
 import java.util.ArrayList;
-import java.util.Collections;
 import java.util.List;
 import java.util.Random;
 import org.apache.spark.api.java.JavaSparkContext;
@@ -19,10 +16,14 @@ import org.apache.spark.sql.Encoders;
 import org.apache.spark.sql.Row;
 import org.apache.spark.sql.RowFactory;
 import org.apache.spark.sql.SparkSession;
-import org.apache.spark.sql.types.DataTypes;
 import org.apache.spark.sql.types.StructType;
 
-/** Clusters one network with many settings at once. */
+/**
+ * Clusters one network with many settings at once, or finds its communities.
+ *
+ * <p>The network is one that a task can hold: each setting has a task of its own. Links are taken
+ * as by {@link Communities#run}, and at most 100 million of them.
+ */
 public final class Sweep {
     private static final long LARGEST = 100_000_000; // links
 
@@ -48,33 +49,68 @@ public final class Sweep {
         }
     }
 
-    private static final StructType RESULT = new StructType()
-                                                 .add("setting", DataTypes.IntegerType, false)
-                                                 .add("gamma", DataTypes.DoubleType, false)
-                                                 .add("reduction", DataTypes.StringType, false)
-                                                 .add("seed", DataTypes.LongType, false)
-                                                 .add("clusters", DataTypes.LongType, false)
-                                                 .add("root", DataTypes.LongType, false)
-                                                 .add("modularity", DataTypes.FloatType, false)
-                                                 .add("conductance", DataTypes.FloatType, false)
-                                                 .add("estimated", DataTypes.FloatType, false);
-
     /** A network as each task has it. */
-    private record Edges(long[] low, long[] high, float[] weights) implements Serializable {}
+    private record Edges(long[] low, long[] high, float[] weights) implements Serializable {
+        Network network(long seed) {
+            int[] order = new int[low.length];
+            Random random = new Random(seed);
+            for (int i = 0; i < order.length; ++i) {
+                int other = seed == 0 ? i : random.nextInt(i + 1);
+                order[i] = order[other];
+                order[other] = i;
+            }
+            Network.Builder builder = Network.builder();
+            for (int i : order) builder.edge(low[i], high[i], weights[i]);
+            return builder.build();
+        }
+    }
+
+    /** What becomes of a setting. */
+    private interface Task extends Serializable {
+        Row row(int setting, Edges edges);
+    }
 
     private Sweep() {}
 
     /**
-     * Clusters a network that one task can hold, a task for each setting.
+     * Clusters a network.
      *
-     * @param links as {@link Communities#run} takes them
      * @return (setting, gamma, reduction, seed, clusters, root, modularity, conductance,
      *     estimated): the place of the setting in the list and what it says, the clusters of all
      *     levels and of the root, and the score: the modularity at gamma, the conductance, and the
      *     resolution estimated from the root
-     * @throws IllegalArgumentException as there, and if there are more than 100 million links
+     * @throws IllegalArgumentException for links that aren't a network, or too many
      */
     public static Dataset<Row> run(Dataset<Row> links, List<Setting> settings) {
+        List<Setting> copy = List.copyOf(settings);
+        return swept(links, copy.size(),
+            "setting INT NOT NULL, gamma DOUBLE NOT NULL, reduction STRING NOT NULL, seed LONG NOT"
+                + " NULL, clusters LONG NOT NULL, root LONG NOT NULL, modularity FLOAT NOT NULL,"
+                + " conductance FLOAT NOT NULL, estimated FLOAT NOT NULL",
+            (place, edges) -> clustered(place, copy.get(place), edges));
+    }
+
+    /**
+     * Finds the communities of a network.
+     *
+     * @param settings of each, shares and starts count
+     * @return (setting, shares, starts, communities, shared, modularity, conductance, estimated,
+     *     saving, naming, start, rounds): the place of the setting in the list and what it says,
+     * the communities, the nodes that are in several, and the score that {@link
+     *     info.quenta.vorl.api.Communities.Score} describes; isolated nodes don't count
+     * @throws IllegalArgumentException for links that aren't a network, or too many
+     */
+    public static Dataset<Row> communities(Dataset<Row> links, List<CommunitiesOptions> settings) {
+        List<CommunitiesOptions> copy = new ArrayList<>(settings);
+        return swept(links, copy.size(),
+            "setting INT NOT NULL, shares BOOLEAN NOT NULL, starts INT NOT NULL, communities LONG"
+                + " NOT NULL, shared LONG NOT NULL, modularity DOUBLE NOT NULL, conductance DOUBLE"
+                + " NOT NULL, estimated DOUBLE NOT NULL, saving DOUBLE NOT NULL, naming DOUBLE NOT"
+                + " NULL, start STRING NOT NULL, rounds INT NOT NULL",
+            (place, edges) -> divided(place, copy.get(place), edges));
+    }
+
+    private static Dataset<Row> swept(Dataset<Row> links, int settings, String type, Task task) {
         SparkSession session = links.sparkSession();
         try (Work work = new Work(session, CommunitiesOptions.DEFAULT)) {
             int mark = work.mark();
@@ -90,15 +126,11 @@ public final class Sweep {
                     .fromSparkContext(
                         ((org.apache.spark.sql.classic.SparkSession) session).sparkContext())
                     .broadcast(edges);
-            List<Integer> places = new ArrayList<>();
-            for (int i = 0; i < settings.size(); ++i) places.add(i);
-            List<Setting> copy = List.copyOf(settings);
-            Dataset<Row> result = session.createDataset(places, Encoders.INT())
-                                      .repartition(Math.max(1, places.size()), col("value"))
-                                      .map((MapFunction<Integer, Row>) place
-                                          -> row(place, copy.get(place), shared.value()),
-                                          Encoders.row(RESULT));
-            Dataset<Row> kept = work.keep(result, places.size());
+            Dataset<Row> result = session.range(0, settings, 1, Math.max(1, settings))
+                                      .map((MapFunction<Long, Row>) place
+                                          -> task.row(place.intValue(), shared.value()),
+                                          Encoders.row(StructType.fromDDL(type)));
+            Dataset<Row> kept = work.keep(result, settings);
             work.dropSince(mark, List.of(kept));
             return kept.orderBy("setting");
         }
@@ -115,20 +147,33 @@ public final class Sweep {
         return edges;
     }
 
-    private static Row row(int place, Setting setting, Edges edges) {
-        List<Integer> order = new ArrayList<>();
-        for (int i = 0; i < edges.low.length; ++i) order.add(i);
-        if (setting.seed() != 0)
-            Collections.shuffle(order, new Random(setting.seed()));
-        Network.Builder builder = Network.builder();
-        for (int i : order) builder.edge(edges.low[i], edges.high[i], edges.weights[i]);
+    private static Row clustered(int place, Setting setting, Edges edges) {
         Options options =
             Options.builder().gamma(setting.gamma()).reduction(setting.reduction()).build();
-        try (Network network = builder.build(); Clustering clustering = network.cluster(options)) {
+        try (Network network = edges.network(setting.seed());
+             Clustering clustering = network.cluster(options)) {
             Score score = clustering.score();
             return RowFactory.create(place, setting.gamma(), setting.reduction().name(),
                 setting.seed(), score.clusters(), (long) clustering.root().size(),
                 score.modularity(), score.conductance(), score.estimatedGamma());
+        }
+    }
+
+    private static Row divided(int place, CommunitiesOptions options, Edges edges) {
+        // A task has one core.
+        var settings =
+            new info.quenta.vorl.api.CommunitiesOptions(options.shares(), options.starts(), 1);
+        try (Network network = edges.network(0)) {
+            var found = network.communities(settings);
+            long shared = 0;
+            for (long node : found.nodes())
+                if (found.of(node).size() > 1)
+                    ++shared;
+            var score = found.score();
+            return RowFactory.create(place, options.shares(), score.starts(),
+                (long) found.members().size(), shared, score.modularity(), score.conductance(),
+                score.estimatedGamma(), score.saving(), score.naming(), score.start(),
+                score.rounds());
         }
     }
 }

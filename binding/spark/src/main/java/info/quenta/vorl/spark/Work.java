@@ -189,10 +189,7 @@ final class Work implements AutoCloseable {
         Column[] sorting = Stream.concat(keys.stream(), order.stream())
                                .map(name -> col(name))
                                .toArray(Column[] ::new);
-        RunningSums sums = new RunningSums(keys, values);
-        return rows.select(columns)
-            .repartition(keyColumns)
-            .sortWithinPartitions(sorting)
-            .mapPartitions(sums, sums.encoder());
+        return new RunningSums(keys, values)
+            .of(rows.select(columns).repartition(keyColumns).sortWithinPartitions(sorting));
     }
 }

@@ -10,10 +10,15 @@ import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
 import java.util.Map;
+import java.util.Set;
 import java.util.TreeMap;
+import java.util.TreeSet;
+import java.util.stream.Collectors;
+import java.util.stream.LongStream;
 import org.apache.spark.sql.Dataset;
 import org.apache.spark.sql.Row;
 import org.apache.spark.sql.SparkSession;
+import org.junit.jupiter.api.Tag;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 
@@ -68,6 +73,45 @@ class LevelsTest {
         } finally {
             session.stop();
         }
+    }
+
+    /** Where the network of the communities is too large for the driver, too. */
+    @Tag("long")
+    @Test
+    void communitiesOfCommunities() {
+        SparkSession session = TestBed.session("local[2]", 3);
+        try {
+            Dataset<Row> rows = Networks.nested(4).on(session);
+            CommunitiesOptions options = CommunitiesOptions.DEFAULT.withLinksOfTask(20);
+            Dataset<Row> communities = Communities.run(rows, options.withLinksOfTask(1000));
+            Map<Long, Map<Long, Set<Long>>> found = new TreeMap<>();
+            for (Row row : Levels.of(rows, communities, options).collectAsList()) {
+                assertEquals(1, row.getFloat(3));
+                found.computeIfAbsent(row.getLong(1), level -> new TreeMap<>())
+                    .computeIfAbsent(row.getLong(2), cluster -> new TreeSet<>())
+                    .add(row.getLong(0));
+            }
+            List<Set<Set<Long>>> levels =
+                found.values().stream().map(level -> Set.copyOf(level.values())).toList();
+            int cliques = levels.indexOf(parts(6));
+            int groups = levels.indexOf(parts(24));
+            assertTrue(0 <= cliques && cliques < groups, found.toString());
+            // Each clique is told at one level alone.
+            for (var level : levels.subList(cliques + 1, levels.size()))
+                for (Set<Long> cluster : level) assertTrue(cluster.size() > 6, found.toString());
+        } finally {
+            session.stop();
+        }
+    }
+
+    /** 96 nodes, so many next to each other in each. */
+    private static Set<Set<Long>> parts(int size) {
+        return LongStream.range(0, 96)
+            .boxed()
+            .collect(Collectors.groupingBy(node -> node / size, Collectors.toSet()))
+            .values()
+            .stream()
+            .collect(Collectors.toSet());
     }
 
     private static List<String> members(String line) {

@@ -119,4 +119,29 @@ final class Networks {
         }
         return new Links(rows);
     }
+
+    /** A planted network with a node that is linked to all others. */
+    static Links hub(Links planted, int nodes) {
+        List<Row> rows = new ArrayList<>(planted.rows());
+        for (int node = 0; node < nodes; ++node) rows.add(link(node, nodes, 1));
+        return new Links(rows);
+    }
+
+    /** Groups of 4 cliques of 6 nodes, in a ring. */
+    static Links nested(int groups) {
+        List<Row> rows = new ArrayList<>();
+        for (int group = 0; group < groups; ++group) {
+            int first = 24 * group;
+            for (int i = 0; i < 24; ++i)
+                for (int j = i + 1; j < 24; ++j) {
+                    boolean clique = i / 6 == j / 6;
+                    boolean close = i % 6 == (j / 6 + 1) % 6 && j % 6 == (i / 6 + 1) % 6
+                        || i % 6 == j / 6 && j % 6 == i / 6;
+                    if (clique || close)
+                        rows.add(link(first + i, first + j, 1));
+                }
+            rows.add(link(first, (first + 30) % (24 * groups), 1));
+        }
+        return new Links(rows);
+    }
 }

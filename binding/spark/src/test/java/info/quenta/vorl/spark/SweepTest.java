@@ -1,6 +1,7 @@
 package info.quenta.vorl.spark;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertNotEquals;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
@@ -11,6 +12,7 @@ import info.quenta.vorl.spark.Sweep.Setting;
 import java.nio.file.Path;
 import java.util.List;
 import org.apache.spark.sql.Row;
+import org.apache.spark.sql.RowFactory;
 import org.apache.spark.sql.SparkSession;
 import org.junit.jupiter.api.Test;
 
@@ -45,5 +47,33 @@ class SweepTest {
             session.stop();
         }
         assertThrows(IllegalArgumentException.class, () -> Setting.ofGamma(-1));
+    }
+
+    @Test
+    void communitiesHaveTheScoreOfTheLibrary() throws Exception {
+        CommunitiesOptions once = CommunitiesOptions.DEFAULT.withStarts(1);
+        List<CommunitiesOptions> settings =
+            List.of(once, once.withStarts(6), once.withShares(false).withStarts(6));
+        SparkSession session = TestBed.session("local[2]", 2);
+        try (Network network =
+                 Network.read(Path.of(System.getProperty("vorl.data"), "lesmis.nse"))) {
+            List<Row> rows =
+                Sweep.communities(TestBed.data("lesmis.nse").on(session), settings).collectAsList();
+            for (int i = 0; i < settings.size(); ++i) {
+                CommunitiesOptions setting = settings.get(i);
+                var found = network.communities(new info.quenta.vorl.api.CommunitiesOptions(
+                    setting.shares(), setting.starts(), 1));
+                var score = found.score();
+                assertEquals(RowFactory.create(i, setting.shares(), setting.starts(),
+                                 (long) found.members().size(), i < 2 ? rows.get(i).getLong(4) : 0L,
+                                 score.modularity(), score.conductance(), score.estimatedGamma(),
+                                 score.saving(), score.naming(), score.start(), score.rounds()),
+                    rows.get(i));
+            }
+            assertTrue(rows.get(0).getLong(4) > 0);
+            assertNotEquals(rows.get(0).getString(10), rows.get(1).getString(10));
+        } finally {
+            session.stop();
+        }
     }
 }

@@ -54,7 +54,7 @@ final class TestBed {
                 .config("spark.ui.enabled", false)
                 .config("spark.ui.showConsoleProgress", false)
                 // The queries are small: planning and compiling would take longer than the work.
-                .config("spark.sql.adaptive.enabled", false)
+                .config("spark.sql.adaptive.enabled", partitions > 10)
                 .config("spark.sql.codegen.wholeStage", false)
                 .config("spark.sql.codegen.factoryMode", "NO_CODEGEN")
                 .config("spark.sql.leafNodeDefaultParallelism", 1)
