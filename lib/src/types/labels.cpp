@@ -44,6 +44,10 @@ std::uint64_t hashOf(std::string_view text) {
     return hash;
 }
 
+/// What stands in a slot in front of the place: the bits that no place needs have some of the hash,
+/// which tell most other names from this one without a look at their texts.
+Id markOf(std::uint64_t hash, std::size_t slots) { return static_cast<Id>((hash >> 32) * slots); }
+
 void appendBetweenQuotes(std::string& text, std::string_view name) {
     text += '"';
     for (const char c : name) text.append(c == '"' ? 2 : 1, c);
@@ -67,15 +71,24 @@ std::string_view Labels::textAt(Id place) const {
 
 /// The slot of the name, or the free one where it belongs.
 std::size_t Labels::slotOf(std::string_view name) const {
-    std::size_t slot = hashOf(name) & (m_slots.size() - 1);
-    while (m_slots[slot] != FREE && textAt(m_slots[slot]) != name)
-        slot = (slot + 1) & (m_slots.size() - 1);
-    return slot;
+    const std::size_t mask = m_slots.size() - 1;
+    const std::uint64_t hash = hashOf(name);
+    const Id mark = markOf(hash, m_slots.size());
+    for (std::size_t slot = hash & mask;; slot = (slot + 1) & mask) {
+        const Id held = m_slots[slot];
+        if (held == FREE) return slot;
+        if ((held & ~mask) == mark && textAt(static_cast<Id>(held & mask)) == name) return slot;
+    }
 }
 
 void Labels::rehash(std::size_t slots) {
     m_slots.assign(slots, FREE);
-    for (Id place = 0; place < m_offsets.size(); ++place) m_slots[slotOf(textAt(place))] = place;
+    for (Id place = 0; place < m_offsets.size(); ++place) {
+        const std::uint64_t hash = hashOf(textAt(place));
+        std::size_t slot = hash & (slots - 1);
+        while (m_slots[slot] != FREE) slot = (slot + 1) & (slots - 1);
+        m_slots[slot] = place | markOf(hash, slots);
+    }
 }
 
 Id Labels::add(std::string_view name) {
@@ -88,20 +101,20 @@ Id Labels::add(std::string_view name) {
         if (m_offsets.size() >= ID_MAX - 1 - FIRST ||
             offset > std::numeric_limits<std::uint32_t>::max())
             throw std::length_error("there are too many names\n");
-        m_slots[slot] = static_cast<Id>(m_offsets.size());
+        m_slots[slot] = static_cast<Id>(m_offsets.size()) | markOf(hashOf(name), m_slots.size());
         m_offsets.push_back(static_cast<std::uint32_t>(offset));
         m_text.insert(m_text.end(), name.begin(), name.end());
         m_text.resize((m_text.size() + UNIT - 1) / UNIT * UNIT);
     }
-    return ID_MAX - 1 - m_slots[slot];
+    return ID_MAX - 1 - static_cast<Id>(m_slots[slot] & (m_slots.size() - 1));
 }
 
 Id Labels::find(std::string_view name) const {
     Id id = 0;
     if (isId(name, id)) return id;
     if (m_slots.empty()) return ID_NONE;
-    const Id place = m_slots[slotOf(name)];
-    return place == FREE ? ID_NONE : ID_MAX - 1 - place;
+    const Id held = m_slots[slotOf(name)];
+    return held == FREE ? ID_NONE : ID_MAX - 1 - static_cast<Id>(held & (m_slots.size() - 1));
 }
 
 std::vector<Id> Labels::sort() {

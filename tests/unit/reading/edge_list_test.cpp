@@ -148,6 +148,8 @@ TEST(NodeNames, MayBeMany) {
     for (int i = 0; i < 100'000; ++i)
         ASSERT_EQ(labels.text(labels.find("name of " + std::to_string(i))),
                   "name of " + std::to_string(i));
+    for (int i = 100'000; i < 200'000; ++i)
+        ASSERT_EQ(labels.find("name of " + std::to_string(i)), ID_NONE);
 }
 
 TEST(NetworkFormats, AreToldByNameOrLines) {
