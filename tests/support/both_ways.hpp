@@ -24,7 +24,7 @@ std::string buildText(const TestNetwork& network, const ClusterOptions& options,
     try {
         HierarchyImpl<NONSYMMETRIC, LinksT> hier(makeNodes<LinksT>(network), options);
         // Some of them turn to the other way amid the build.
-        const AccWeight from[] = {1, 0, 0, 6, 0, 0};
+        const AccWeight from[] = {1, 0, 0, 4, 0, 0};
         hier.m_trackFrom =
             literal ? std::numeric_limits<AccWeight>::infinity() : from[network.nodesNum % 6];
         hier.build(options.validation, options.rootMax, options.gainMarg, options.modtrace);

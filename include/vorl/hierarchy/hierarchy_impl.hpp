@@ -116,7 +116,7 @@ public:
     /// Levels touch only what changed as soon as the carried clusters that take part have so many
     /// times the links of the new ones: before that all changes, and links take the least memory as
     /// they are. Results don't depend on it; tests set it to 0, and to infinity for literal levels.
-    AccWeight m_trackFrom = 6;
+    AccWeight m_trackFrom = 4;
     ProgressReporter m_report;
 
     /// Takes the nodes over; the argument is left empty.
@@ -426,7 +426,7 @@ private:
     /// Prepares what takes part for a literal level.
     void beginLiterally(IStored<ClusterT> first, IStored<ClusterT> last);
     Weights trackedWeights(Seat seat) const {
-        return {m_tracks.bests[seat].total, m_tracks.kept[seat].self};
+        return {m_tracks.bests[seat].total, m_tracks.spots[seat].self};
     }
     /// The gain as the cluster on a seat finds it.
     AccWeight trackedGain(Seat seat, const TrackedLinkT& ln) const;
@@ -455,12 +455,17 @@ private:
     template <class VisitT>
     void visitBest(Seat seat, VisitT visit);
     bool isBestOf(Seat seat, Seat other);
-    /// Propagates the clusters of the level below, in the order of a literal level, that have no
-    /// mutual candidates.
-    void replay(IStored<ClusterT> first, IStored<ClusterT> last, PropagatesT& news, ClustersT& cls);
+    /// Finds which clusters of the level below have no mutual candidates, and in which order a
+    /// literal level propagates these.
+    /// @return false if that may depend on doubtful clusters
+    bool replay(IStored<ClusterT> first, IStored<ClusterT> last, PropagatesT& news);
     /// Hands the mutual candidates to the contexts.
     /// @return false if their best gains may depend on the order of the visits
     bool settleMutual(PropagatesT& props);
+    /// Whether the mutual candidates don't depend on the order of the visits.
+    /// @param entered what has some
+    /// @param mixed those with some of several best neighbours, whose gains aren't the same
+    bool areSettled(const PropagatesT& entered, const PropagatesT& mixed);
     /// The best gain as a literal level leaves it, of a cluster that has mutual candidates.
     AccWeight literalGmax(Seat seat);
     /// When a literal level defines the candidates of a cluster: the place of the visit that asks
@@ -487,11 +492,13 @@ private:
     void joinLinks(ClusterT& cl);
     /// Adds what was collected of a member's links to absorbed clusters.
     void addNewSums(AccWeight share);
-    void appendLink(Seat seat, Seat dest, std::uint32_t mate, AccWeight weight, AccWeight back);
+    void setLink(Seat seat, std::uint32_t place, Seat dest, std::uint32_t mate, AccWeight weight,
+                 AccWeight back);
     /// Enters the links between the new clusters.
     void linkNew(ClustersT& clusters);
     /// `linksWeight` of a new cluster.
     AccWeight trackedWeight(const ClusterT& cl);
+    void closeHoles(Seat seat);
     /// Puts the links of a seat in the order of the clusters.
     void orderLinks(Seat seat);
     void settleLeft(const ClustersT& clusters);

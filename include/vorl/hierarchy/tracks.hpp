@@ -50,7 +50,11 @@ struct TrackedLink<true> {
 ///    but its offer stands; so a cluster may be left with none.
 /// 3. Where the largest gain is clear, by more than rounding and the tolerance of comparisons could
 ///    make of it, the candidate doesn't depend on the value. Where several reach it they must be
-///    the same number; what lies in between is left to a literal level.
+///    the same number. What lies in between makes a cluster doubtful: what is below the largest
+///    gain, but may tie with an offer of it, is a candidate only if all that reach the largest are
+///    out; and where not even that is known, all are taken for its best. If none of those in
+///    question has the doubtful cluster for its best, that makes no difference, but for the order
+///    in which clusters are visited; where it makes one, the level is made literally.
 /// 4. A best neighbour stays while it takes part and no gain that is new may reach the best. It is
 ///    kept with a bound of all other gains; where it grows, its new gain is compared with that
 ///    bound. Bounds of gains are bounds of the dynamic gamma: the logarithmic mean L of two
@@ -79,6 +83,8 @@ struct Tracks {
         GONE        ///< the link was taken out of its list
     };
 
+    /// Lists of less than so many links are sorted whenever their order counts.
+    static constexpr std::size_t SHORT = 256;
     /// So many links ahead what they lead to is called for.
     static constexpr std::size_t AHEAD = 16;
 
@@ -98,21 +104,23 @@ struct Tracks {
 
         std::uint32_t key = 0;       ///< ascends with the address of the cluster
         std::uint32_t place = FREE;  ///< where the links to it are summed
+        AccWeight self = 0;          ///< the weight inside, which few gains are asked for
     };
 
     /// The rest.
     struct Kept {
         ClusterT* now = nullptr;  ///< the cluster on the seat, null if there is none any more
         std::vector<LinkT> links;
-        std::uint32_t gone = 0;     ///< number of links that were taken out of the list
+        std::uint32_t gone = 0;     ///< number of holes: links that were taken out of the list
+        std::uint32_t hole = 0;     ///< the place of one, which tells the next as its mate
         std::uint32_t run = 0;      ///< so many leading links ascend, but for those whose seat
         std::uint32_t bound = 0;    ///< has a key from this one on
         std::uint32_t order = 0;    ///< among the carried clusters; 0 for one of the level below
         std::uint32_t defined = 0;  ///< the last level on which a candidate was found to take part
         std::uint32_t out = 0;      ///< the last level that the cluster was taken out of
         std::uint32_t ties = 0;     ///< which of the lists of ties is that of the cluster
+        std::uint32_t doubt = 0;    ///< which of the doubts, if any, is that of the cluster
         bool mixed = false;         ///< gains of several best neighbours tie, but aren't the same
-        AccWeight self = 0;         ///< the weight inside
     };
 
     /// Links of a new cluster to a seat that is carried, being summed.
@@ -133,6 +141,13 @@ struct Tracks {
         AccWeight weight;
     };
 
+    /// A doubtful cluster.
+    struct Doubt {
+        Seat seat;
+        bool isBest = false;         ///< the others are held to be its best, but may not be
+        std::vector<Seat> others{};  ///< what may be a candidate of it or not
+    };
+
     bool allowed = false;
     bool on = false;
     bool tracked = false;     ///< the last level wasn't made literally
@@ -151,7 +166,10 @@ struct Tracks {
     std::vector<Seat> formerly;      ///< what took part in the one before
     std::vector<Seat> woken;         ///< what takes part, and didn't before
     std::vector<Seat> unsettled;     ///< what seeks its best neighbour anew
-    std::vector<Seat> crowded;       ///< lists of links that have to be put in order
+    std::vector<Doubt> doubts;       ///< the doubtful clusters of the level
+    std::vector<ClusterT*> leaving;  ///< what was of the level below and finds no candidate
+    std::vector<Seat> holey;         ///< lists of links with many holes
+    std::vector<Seat> tangled;       ///< those that have to be put in order
     std::vector<ClusterT*> written;  ///< clusters that have their links as a literal level does
     std::vector<ClusterT*> left;     ///< what has candidates but found no cluster
     std::vector<ClusterT*> held;     ///< what keeps its candidates for the next level
@@ -172,8 +190,29 @@ struct Tracks {
         return static_cast<Seat>(kept.size() - 1);
     }
     void remove(Seat seat, std::uint32_t place) {
-        kept[seat].links[place].seat = GONE;
-        ++kept[seat].gone;
+        Kept& list = kept[seat];
+        list.links[place].seat = GONE;
+        list.links[place].mate = std::exchange(list.hole, place);
+        ++list.gone;
+    }
+    const Doubt* doubtOf(Seat seat) const {
+        const std::uint32_t place = kept[seat].doubt;
+        return place < doubts.size() && doubts[place].seat == seat ? &doubts[place] : nullptr;
+    }
+    /// A place for a link to another seat: a hole if there is one that keeps long lists in order.
+    std::uint32_t newPlace(Seat seat, Seat dest) {
+        Kept& list = kept[seat];
+        const bool isLate =
+            list.gone != 0 && (list.hole >= list.run || spots[dest].key >= list.bound);
+        if (list.gone == 0 || !(isLate || list.links.size() < SHORT)) {
+            list.links.emplace_back();
+            return static_cast<std::uint32_t>(list.links.size() - 1);
+        }
+        const std::uint32_t place = list.hole;
+        list.hole = list.links[place].mate;
+        --list.gone;
+        if (!isLate) list.run = place;
+        return place;
     }
 };
 

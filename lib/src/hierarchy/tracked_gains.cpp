@@ -123,15 +123,25 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::conclude(Seat seat, const Search& sear
     };
     AccWeight least = top;
     for (const auto& [gain, dest] : near)
+        if (isTie(gain)) least = std::min(least, gain);
+    kept.mixed = least != top;
+    typename TracksT::Doubt doubt{.seat = seat};
+    for (const auto& [gain, dest] : near) {
         if (isTie(gain)) {
             ties.push_back(dest);
-            least = std::min(least, gain);
+        } else if (!less(gain, OFFER * least * (1 - 0x1p-50))) {
+            doubt.others.push_back(dest);
+            if (!less(gain, top)) doubt.isBest = true;
         }
-    kept.mixed = least != top;
-    // The others must be lost even against the offers.
-    return std::all_of(near.begin(), near.end(), [&](const auto& found) {
-        return isTie(found.first) || less(found.first, OFFER * least * (1 - 0x1p-50));
-    });
+    }
+    if (doubt.others.empty()) return true;
+    if (doubt.isBest) {
+        ties.insert(ties.end(), doubt.others.begin(), doubt.others.end());
+        doubt.others = ties;
+    }
+    kept.doubt = static_cast<std::uint32_t>(tracks.doubts.size());
+    tracks.doubts.push_back(std::move(doubt));
+    return true;
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -314,6 +324,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::activate(IStored<ClusterT> first,
     tracks.formerly.swap(tracks.active);
     for (auto* list : {&tracks.active, &tracks.woken, &tracks.unsettled}) list->clear();
     tracks.ties.clear();
+    tracks.doubts.clear();
     tracks.carriedBefore = tracks.carried;
     tracks.sure = true;
     for (auto it = first; it != last; ++it) {
@@ -379,52 +390,117 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::isBestOf(Seat seat, Seat other) {
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::replay(IStored<ClusterT> first, IStored<ClusterT> last,
-                                                 PropagatesT& news, ClustersT& cls) {
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::replay(IStored<ClusterT> first, IStored<ClusterT> last,
+                                                 PropagatesT& news) {
     TracksT& tracks = m_tracks;
     const std::uint32_t level = tracks.level;
+    bool sure = true;
+    std::vector<Seat> asked;  // by one in doubt, and perhaps not by a literal level
     const auto isOut = [&](Seat seat) { return tracks.kept[seat].out == level; };
+    const auto isUnsure = [&](Seat seat) {
+        const auto* doubt = tracks.doubtOf(seat);
+        return doubt && doubt->isBest;
+    };
     const auto takeOut = [&](Seat seat) {
         auto& kept = tracks.kept[seat];
         kept.out = level;
-        if (kept.order == 0) propagate(*kept.now, cls);
+        if (kept.order == 0) tracks.leaving.push_back(kept.now);
     };
     // A first visit asks for the candidates that are left then.
     const auto define = [&](Seat seat) {
         auto& kept = tracks.kept[seat];
         if (kept.defined == level) return true;
         bool any = false;
-        visitBest(seat, [&](Seat dest) { any = any || !isOut(dest); });
+        bool all = true;
+        visitBest(seat, [&](Seat dest) {
+            const bool out = isOut(dest);
+            any = any || !out;
+            all = all && !out;
+        });
+        if (const auto* doubt = tracks.doubtOf(seat))
+            sure = sure && (doubt->isBest ? any == all
+                                          : any || std::all_of(doubt->others.begin(),
+                                                               doubt->others.end(), isOut));
         if (any)
             kept.defined = level;
         else
             takeOut(seat);
         return any;
     };
-    for (; first != last; ++first) {
+    tracks.leaving.clear();
+    for (; first != last && sure; ++first) {
         const Seat seat = m_marks.seat(&*first);
         if (tracks.linksNum(seat) == 0) {
-            standalone(*first, cls);
+            tracks.leaving.push_back(&*first);
             continue;
         }
         if (isOut(seat) || !define(seat)) continue;
         bool mutual = false;
         visitBest(seat, [&](Seat dest) {
-            if (!isOut(dest) && define(dest) && isBestOf(seat, dest)) mutual = true;
+            if (isOut(dest)) return;
+            if (isUnsure(seat) && tracks.kept[dest].defined != level) asked.push_back(dest);
+            if (define(dest) && isBestOf(seat, dest)) mutual = true;
         });
         if (mutual)
             news.push_back(&*first);
         else
             takeOut(seat);
     }
+    // What has a best neighbour that stays in may be asked at any time.
+    const auto staysIn = [&](Seat seat) {
+        bool any = false;
+        visitBest(seat, [&](Seat dest) { any = any || !isOut(dest); });
+        return any && !isUnsure(seat);
+    };
+    sure = sure && std::all_of(asked.begin(), asked.end(), staysIn);
+    if (!sure) news.clear();
+    return sure;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::areSettled(const PropagatesT& entered,
+                                                     const PropagatesT& mixed) {
+    const TracksT& tracks = m_tracks;
+    // Which of the tying gains a literal level keeps depends on what is out by then. Of two that
+    // have but each other for candidates nobody asks for it.
+    for (const ClusterT* item : mixed) {
+        const auto& own = item->m_context->cands;
+        if (own.size() > 1 || own.front()->m_context->cands.size() > 1) return false;
+    }
+    // A cluster in doubt may ask for what it has for its best, and so tell when that offers its
+    // gains to clusters in ties.
+    const auto isInTies = [&](Seat seat) {
+        return tracks.kept[seat].now->m_context->cands.size() > 1;
+    };
+    const auto offersTies = [&](const TrackedLinkT& ln) {
+        return ln.seat != TracksT::GONE && isInTies(ln.seat) &&
+               !(trackedGain(ln.seat, tracks.kept[ln.seat].links[ln.mate]) <
+                 tracks.bests[ln.seat].gain * NEAR);
+    };
+    std::vector<Seat> asked;
+    for (const auto& doubt : tracks.doubts) {
+        if (!doubt.isBest && !tracks.kept[doubt.seat].now->m_context->cands.empty()) continue;
+        for (const Seat dest : doubt.others)
+            if (isBestOf(doubt.seat, dest)) return false;
+        asked.insert(asked.end(), doubt.others.begin(), doubt.others.end());
+    }
+    if (std::none_of(entered.begin(), entered.end(),
+                     [](const ClusterT* item) { return item->m_context->cands.size() > 1; }))
+        return true;
+    std::sort(asked.begin(), asked.end());
+    asked.erase(std::unique(asked.begin(), asked.end()), asked.end());
+    return std::none_of(asked.begin(), asked.end(), [&](Seat seat) {
+        const auto& links = tracks.kept[seat].links;
+        return isInTies(seat) || std::any_of(links.begin(), links.end(), offersTies);
+    });
 }
 
 template <bool NONSYMMETRIC, class LinksT>
 bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleMutual(PropagatesT& props) {
     TracksT& tracks = m_tracks;
-    bool sure = true;
     std::vector<Seat> cands;
     PropagatesT entered;
+    PropagatesT mixed;
     const auto enter = [&](Seat seat) {
         cands.clear();
         visitBest(seat, [&](Seat dest) {
@@ -436,11 +512,10 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleMutual(PropagatesT& props) {
         if (!ctx.cands.empty()) return;
         for (const Seat cand : cands) ctx.cands.push_back(tracks.kept[cand].now);
         entered.push_back(kept.now);
-        // Which of the tying gains a literal level keeps depends on what is out by then.
         const Best& best = tracks.bests[seat];
         if (best.aim == TracksT::SEVERAL && kept.mixed &&
             cands.size() != tracks.ties[kept.ties].size())
-            sure = false;
+            mixed.push_back(kept.now);
         ctx.gmax = best.gain;
         ctx.npartmcs = NPARTMCS_NONE;
         if (kept.order == 0) return;
@@ -454,7 +529,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleMutual(PropagatesT& props) {
             if (isBestOf(seat, dest)) enter(dest);
         });
     }
-    if (!sure) {
+    if (!areSettled(entered, mixed)) {
         for (ClusterT* item : entered) item->m_context->cands.clear();
         props.clear();
         return false;
@@ -485,11 +560,20 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::trackedCands(IStored<ClusterT> first,
         m_report.check();
         if (tracks.kept[seat].order != 0 && !settle(seat)) return false;
     }
+    if (!replay(first, last, news)) return false;
     m_propnum = static_cast<std::uint32_t>(carriedNum());
     m_proplsnum = tracks.carriedLinks;
-    if (!settleMutual(props)) return false;
+    if (!settleMutual(props)) {
+        news.clear();
+        return false;
+    }
     settleChainGains();
-    replay(first, last, news, cls);
+    for (ClusterT* item : tracks.leaving) {
+        if (linksNum(*item) == 0)
+            standalone(*item, cls);
+        else
+            propagate(*item, cls);
+    }
     return true;
 }
 

@@ -43,9 +43,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::seatCluster(ClusterT& cl, Seat seat) {
     kept.now = &cl;
     kept.order = 0;
     const Weights& weights = m_marks.weights(cl);
-    kept.self = weights.self;
     tracks.bests[seat].total = weights.total;
-    tracks.spots[seat] = {m_marks.key(&cl), TracksT::Spot::FREE};
+    tracks.spots[seat] = {m_marks.key(&cl), TracksT::Spot::FREE, weights.self};
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -64,6 +63,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::startTracks() {
     PropagatesT items = m_propagates;
     for (ClusterT& cl : clusters) items.push_back(&cl);
     std::sort(items.begin(), items.end(), cmpBase<ClusterT, ClusterT>);
+    const Size seats = items.size() + items.size() / 32 + 1;
+    tracks.bests.reserve(seats);
+    tracks.spots.reserve(seats);
+    tracks.kept.reserve(seats);
     for (ClusterT* item : items) seatCluster(*item, tracks.newSeat());
     // All lists ascend, so that the back links to a cluster come one after the other.
     for (ClusterT* item : items) m_marks.of(item).place = 0;
@@ -222,11 +225,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::noteLeft(ClusterT& item) {
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::appendLink(Seat seat, Seat dest, std::uint32_t mate,
-                                                     AccWeight weight, AccWeight back) {
-    auto& links = m_tracks.kept[seat].links;
-    if (links.size() == links.capacity()) links.reserve(links.size() * 9 / 8 + 2);
-    TrackedLinkT& link = links.emplace_back();
+void HierarchyImpl<NONSYMMETRIC, LinksT>::setLink(Seat seat, std::uint32_t place, Seat dest,
+                                                  std::uint32_t mate, AccWeight weight,
+                                                  AccWeight back) {
+    TrackedLinkT& link = m_tracks.kept[seat].links[place];
     link.seat = dest;
     link.mate = mate;
     link.weight = weight;
@@ -322,6 +324,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
         addNewSums(share);
     }
     auto& links = tracks.kept[own].links;
+    const auto further = static_cast<std::size_t>(std::count_if(
+        sums.begin(), sums.end(), [](const Sum& sum) { return sum.own == Sum::NONE; }));
+    if (links.size() + further > links.capacity() + tracks.kept[own].gone)
+        links.reserve(links.size() + further);
     for (const Sum& sum : sums) {
         spots[sum.seat].place = Spot::FREE;
         auto& others = tracks.kept[sum.seat];
@@ -337,24 +343,20 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
                 --tracks.carriedLinks;
             }
         } else {
-            const auto place = static_cast<std::uint32_t>(links.size());
-            if (sum.mate != Sum::NONE) {
-                TrackedLinkT& back = others.links[sum.mate];
-                back.seat = own;
-                back.mate = place;
-                back.weight = sum.back;
-                back.setPair(sum.weight);
-                appendLink(own, sum.seat, sum.mate, sum.weight, sum.back);
-            } else {
-                const auto mate = static_cast<std::uint32_t>(others.links.size());
-                appendLink(sum.seat, own, place, sum.back, sum.weight);
-                appendLink(own, sum.seat, mate, sum.weight, sum.back);
+            const std::uint32_t place = tracks.newPlace(own, sum.seat);
+            std::uint32_t mate = sum.mate;
+            if (mate == Sum::NONE) {
+                // The new cluster's key isn't known yet, but is above all others.
+                mate = static_cast<std::uint32_t>(others.links.size());
+                others.links.emplace_back();
                 ++tracks.carriedLinks;
             }
+            setLink(sum.seat, mate, own, place, sum.back, sum.weight);
+            setLink(own, place, sum.seat, mate, sum.weight, sum.back);
         }
-        if (others.gone > others.links.size() / 4 + 8) tracks.crowded.push_back(sum.seat);
+        if (others.gone > others.links.size() / 8 + 1) tracks.holey.push_back(sum.seat);
     }
-    if (tracks.kept[own].gone > links.size() / 4 + 8) tracks.crowded.push_back(own);
+    if (tracks.kept[own].gone > links.size() / 8 + 1) tracks.holey.push_back(own);
     m_marks.seat(&cl) = own;
     appendNewSums(cl);
 }
@@ -397,7 +399,8 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::trackedWeight(const ClusterT& cl)
             sum += ln.pair();
         }
         for (; term != terms.end(); ++term) sum += term->weight;
-        if (terms.size() > kept.links.size() / 4 + 8) tracks.crowded.push_back(seat);
+        if (kept.links.size() >= TracksT::SHORT && terms.size() > kept.links.size() / 4)
+            tracks.tangled.push_back(seat);
         terms.clear();
     }
     for (const auto& ln : cl.links) sum += linkWeight<NONSYMMETRIC>(&cl, ln);
@@ -417,7 +420,11 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::linkNew(ClustersT& clusters) {
     for (const ClusterT& cl : clusters)
         for (const auto& ln : cl.links) {
             const Seat dest = m_marks.seat(ln.dest);
-            appendLink(m_marks.seat(&cl), dest, tracks.spots[dest].place++, ln.weight, 0);
+            const Seat seat = m_marks.seat(&cl);
+            auto& links = tracks.kept[seat].links;
+            links.emplace_back();
+            setLink(seat, static_cast<std::uint32_t>(links.size() - 1), dest,
+                    tracks.spots[dest].place++, ln.weight, 0);
         }
     for (ClusterT& cl : clusters) {
         const Seat seat = m_marks.seat(&cl);
@@ -427,6 +434,29 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::linkNew(ClustersT& clusters) {
             links[i].setPair(tracks.kept[links[i].seat].links[links[i].mate].weight);
         AccLinksT().swap(cl.links);
     }
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::closeHoles(Seat seat) {
+    TracksT& tracks = m_tracks;
+    auto& kept = tracks.kept[seat];
+    if (kept.gone == 0) return;
+    std::uint32_t place = 0;
+    std::uint32_t run = 0;
+    for (std::uint32_t i = 0; i < kept.links.size(); ++i) {
+        if (i == kept.run) run = place;
+        const TrackedLinkT& ln = kept.links[i];
+        if (ln.seat == TracksT::GONE) continue;
+        if (place != i) {
+            tracks.kept[ln.seat].links[ln.mate].mate = place;
+            kept.links[place] = ln;
+        }
+        ++place;
+    }
+    kept.run = kept.run >= kept.links.size() ? place : run;
+    kept.links.erase(kept.links.begin() + place, kept.links.end());
+    if (kept.links.capacity() > kept.links.size() * 9 / 8 + 1) kept.links.shrink_to_fit();
+    kept.gone = 0;
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -442,7 +472,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::orderLinks(Seat seat) {
         return tracks.spots[a.seat].key < tracks.spots[b.seat].key;
     });
     kept.links.assign(ordered.begin(), ordered.end());
-    if (kept.links.capacity() > kept.links.size() * 5 / 4 + 4) kept.links.shrink_to_fit();
+    if (kept.links.capacity() > kept.links.size() * 9 / 8 + 1) kept.links.shrink_to_fit();
     kept.gone = 0;
     kept.run = static_cast<std::uint32_t>(kept.links.size());
     kept.bound = ordered.empty() ? 0 : tracks.spots[ordered.back().seat].key + 1;
@@ -483,8 +513,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldTracked() {
         if (!tracks.kept[seat].now) std::vector<TrackedLinkT>().swap(tracks.kept[seat].links);
     linkNew(clusters);
     eachMember([](ClusterT& item) { item.tidy(); });
-    for (const Seat seat : tracks.crowded) orderLinks(seat);
-    tracks.crowded.clear();
+    for (const Seat seat : tracks.holey) closeHoles(seat);
+    for (const Seat seat : tracks.tangled) orderLinks(seat);
+    tracks.holey.clear();
+    tracks.tangled.clear();
 }
 
 #define VORL_INSTANTIATE(NONSYM, LinksT)                                                     \
