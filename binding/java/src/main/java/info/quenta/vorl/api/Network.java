@@ -170,10 +170,10 @@ public final class Network implements AutoCloseable {
      *
      * <p>A cluster a line is expected, {@code [id>] node[:share] ...}, with comments that begin
      * with #; or a table with a node and its cluster in each line, told by names of its columns or
-     * by the extension {@code .tsv}, {@code .csv}, {@code .clu} or {@code .json}; or a hierarchy in the format
-     * RHB, of which the root counts. Shares that a node doesn't state are even ones, and those that
-     * don't add up to 1 are scaled. What the program's {@code evaluate} refuses is refused with the
-     * same message.
+     * by the extension {@code .tsv}, {@code .csv}, {@code .clu} or {@code .json}; or a hierarchy in
+     * the format RHB, of which the root counts. Shares that a node doesn't state are even ones, and
+     * those that don't add up to 1 are scaled. What the program's {@code evaluate} refuses is
+     * refused with the same message.
      *
      * @param clusters the file
      * @param gamma resolution of the modularity, at least 0; 1 is that of the plain one

@@ -44,33 +44,13 @@ final class Agglomeration {
      */
     static List<Step> mergeSimilar(
         Work work, ItemNetwork similar, Dataset<Row> groups, long count) {
-        Dataset<Row> links = similar.links();
-        Dataset<Row> items = similar.items().select("item", "total");
-        long most = similar.most();
-        if (count == 1) {
-            double weight = items.agg(sum("total")).first().getDouble(0);
-            items = items.withColumn("whole", lit(weight));
-        } else {
-            Dataset<Row> busy = groups.filter(not(col("idle"))).select("item", "label");
-            links = work.keep(
-                links.join(busy.select(col("item").as("src"), col("label").as("from")), "src")
-                    .join(busy.select(col("item").as("dst"), col("label").as("to")), "dst")
-                    .filter(col("from").equalTo(col("to")))
-                    .select("src", "dst", "weight"),
-                most);
-            most = Work.size(links);
-            Dataset<Row> totals =
-                links.groupBy(col("src").as("item")).agg(sum("weight").as("total"));
-            Dataset<Row> held =
-                groups.join(totals, ItemNetwork.toSeq("item"), "left")
-                    .select(col("item"), col("label"), coalesce(col("total"), zero()).as("total"));
-            Dataset<Row> wholes = held.groupBy("label").agg(sum("total").as("whole"));
-            items = held.join(wholes, "label").select("item", "total", "whole");
-        }
+        Mergers mergers = count == 1 ? together(similar) : apart(work, similar, groups);
+        Dataset<Row> links = mergers.links();
+        long most = mergers.most();
         Dataset<Row> idle = groups.filter(col("idle")).select("item", "label");
         Dataset<Row> leaders = idle.groupBy("label").agg(min("item").as("aim"));
         idle = idle.join(leaders, "label").select("item", "aim");
-        items = work.keep(items, similar.size());
+        Dataset<Row> items = work.keep(mergers.items(), similar.size());
 
         List<Step> steps = new ArrayList<>();
         long size = similar.size();
@@ -78,7 +58,7 @@ final class Agglomeration {
             Dataset<Row> aims = pointers(items, gains(links, items), steps.size());
             if (steps.isEmpty())
                 aims = aims.withColumnRenamed("aim", "own")
-                           .join(idle, ItemNetwork.toSeq("item"), "left")
+                           .join(idle, "item", "left")
                            .select(col("item"), coalesce(col("aim"), col("own")).as("aim"));
             Step step = connected(work, aims, size);
             if (step == null)
@@ -93,6 +73,41 @@ final class Agglomeration {
                                   .withColumnRenamed("label", "item"),
                 size);
         }
+    }
+
+    /**
+     * What is to be merged.
+     *
+     * @param links (src, dst, weight)
+     * @param items (item, total, whole): the weight of each, and of all in its group
+     * @param most no fewer links than there are
+     */
+    private record Mergers(Dataset<Row> links, Dataset<Row> items, long most) {}
+
+    private static Mergers together(ItemNetwork similar) {
+        double weight = similar.items().agg(sum("total")).first().getDouble(0);
+        Dataset<Row> items =
+            similar.items().select(col("item"), col("total"), lit(weight).as("whole"));
+        return new Mergers(similar.links(), items, similar.most());
+    }
+
+    /** Each group with its own links alone, idle ones without. */
+    private static Mergers apart(Work work, ItemNetwork similar, Dataset<Row> groups) {
+        Dataset<Row> busy = groups.filter(not(col("idle"))).select("item", "label");
+        Dataset<Row> links =
+            work.keep(similar.links()
+                          .join(busy.select(col("item").as("src"), col("label").as("from")), "src")
+                          .join(busy.select(col("item").as("dst"), col("label").as("to")), "dst")
+                          .filter(col("from").equalTo(col("to")))
+                          .select("src", "dst", "weight"),
+                similar.most());
+        Dataset<Row> totals = links.groupBy(col("src").as("item")).agg(sum("weight").as("total"));
+        Dataset<Row> held =
+            groups.join(totals, "item", "left")
+                .select(col("item"), col("label"), coalesce(col("total"), zero()).as("total"));
+        Dataset<Row> wholes = held.groupBy("label").agg(sum("total").as("whole"));
+        return new Mergers(
+            links, held.join(wholes, "label").select("item", "total", "whole"), Work.size(links));
     }
 
     private static Column zero() { return lit(0.0); }
@@ -174,7 +189,7 @@ final class Agglomeration {
                          .as("best"))
                 .select(col("src").as("item"), negate(col("best.negative")).as("aim"));
         return items.select("item")
-            .join(best, ItemNetwork.toSeq("item"), "left")
+            .join(best, "item", "left")
             .select(col("item"), coalesce(col("aim"), col("item")).as("aim"));
     }
 

@@ -51,8 +51,7 @@ final class Input {
             pairs.select(col("a").as("node")).union(pairs.select(col("b").as("node"))).distinct();
         Dataset<Row> all =
             given.select(col("src").as("node")).union(given.select(col("dst").as("node")));
-        isolated =
-            work.keep(all.distinct().join(linked, ItemNetwork.toSeq("node"), "left_anti"), most);
+        isolated = work.keep(all.distinct().join(linked, "node", "left_anti"), most);
         linked = work.keep(linked, most);
         size = Work.size(linked);
         nodes = work.keep(

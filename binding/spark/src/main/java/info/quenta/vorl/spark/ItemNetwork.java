@@ -49,7 +49,7 @@ record ItemNetwork(Dataset<Row> links, Dataset<Row> items, long size, long most)
                 .groupBy("label")
                 .agg(sum("inner").as("inner"), sum("total").as("total"), sum("nodes").as("nodes"))
                 .withColumnRenamed("label", "item")
-                .join(inside, toSeq("item"), "left")
+                .join(inside, "item", "left")
                 .select(col("item"),
                     col("inner").plus(coalesce(col("inside"), lit(0.0))).as("inner"), col("total"),
                     col("nodes"));
@@ -58,6 +58,9 @@ record ItemNetwork(Dataset<Row> links, Dataset<Row> items, long size, long most)
                 .select(col("from").as("src"), col("to").as("dst"), col("weight"));
         return new ItemNetwork(outside, work.keep(held, count), count, left);
     }
+
+    /** Each item as a group: (item, label). */
+    Dataset<Row> itself() { return items.select(col("item"), col("item").as("label")); }
 
     /** What each group holds: (label, inner, total, nodes). */
     Dataset<Row> holdings(Work work, Dataset<Row> labels, long count) {
@@ -74,12 +77,6 @@ record ItemNetwork(Dataset<Row> links, Dataset<Row> items, long size, long most)
                 .groupBy("label")
                 .agg(sum("inner").as("inner"), sum("total").as("total"), sum("nodes").as("nodes"));
         return work.keep(held, count);
-    }
-
-    /** The names of the columns of a join. */
-    static scala.collection.immutable.Seq<String> toSeq(String... names) {
-        return scala.jdk.javaapi.CollectionConverters.asScala(java.util.Arrays.asList(names))
-            .toSeq();
     }
 
     /** The label of each item after a further step: (item, label). */

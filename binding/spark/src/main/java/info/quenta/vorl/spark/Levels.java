@@ -85,7 +85,7 @@ public final class Levels {
         Dataset<Row> numbers = work.numbered(
             clusters, "cluster", UNKNOWN, col("level"), col("community"), col("number"));
         Dataset<Row> result =
-            work.keep(all.join(numbers, ItemNetwork.toSeq("level", "community", "number"))
+            work.keep(all.join(numbers, new String[] {"level", "community", "number"})
                           .select("node", "level", "cluster", "share"),
                 UNKNOWN);
         work.dropSince(mark, List.of(result));
@@ -131,9 +131,9 @@ public final class Levels {
         Dataset<Row> numbered =
             own.join(fit, "community")
                 .join(local.select(col("community"), col("node").as("a"), col("id").as("low")),
-                    ItemNetwork.toSeq("community", "a"))
+                    new String[] {"community", "a"})
                 .join(local.select(col("community"), col("node").as("b"), col("id").as("high")),
-                    ItemNetwork.toSeq("community", "b"))
+                    new String[] {"community", "b"})
                 .select(col("community"), least(col("low"), col("high")).as("low"),
                     greatest(col("low"), col("high")).as("high"), col("weight"))
                 .filter(col("weight").gt(lit(0.0)))
@@ -141,7 +141,7 @@ public final class Levels {
                 .sortWithinPartitions("community", "low", "high");
         return new InsideTask()
             .of(numbered)
-            .join(local, ItemNetwork.toSeq("community", "id"))
+            .join(local, new String[] {"community", "id"})
             .select(col("node"), col("level"), col("number"), col("community"),
                 col("part").multiply(col("share")).cast("float").as("share"));
     }

@@ -49,8 +49,8 @@ final class NodeNetwork {
             input.nodes.select("item")
                 .join(selves.select(col("item"),
                           udf(rounding, DataTypes.DoubleType).apply(col("self")).as("inner")),
-                    ItemNetwork.toSeq("item"), "left")
-                .join(sums, ItemNetwork.toSeq("item"), "left")
+                    "item", "left")
+                .join(sums, "item", "left")
                 .select(col("item"), coalesce(col("inner"), lit(0.0)).as("inner"),
                     coalesce(col("inner"), lit(0.0))
                         .plus(coalesce(col("outer"), lit(0.0)))

@@ -78,9 +78,7 @@ final class Refinement {
     private static Dataset<Row> marked(Dataset<Row> items, Dataset<Row> which, String name) {
         if (which == null)
             return items.withColumn(name, lit(false));
-        return items
-            .join(
-                which.select("item").withColumn(name, lit(true)), ItemNetwork.toSeq("item"), "left")
+        return items.join(which.select("item").withColumn(name, lit(true)), "item", "left")
             .withColumn(name, coalesce(col(name), lit(false)));
     }
 
@@ -147,7 +145,7 @@ final class Refinement {
             return moves;
         Dataset<Row> numbers = work.numbered(alone.select("item"), "number", moved, col("item"));
         Dataset<Row> result =
-            moves.join(numbers.select("item", "number"), ItemNetwork.toSeq("item"), "left")
+            moves.join(numbers.select("item", "number"), "item", "left")
                 .select(col("item"), col("inner"), col("total"), col("nodes"), col("from"),
                     coalesce(col("number").plus(lit(count)), col("to")).as("to"));
         count += founded;
@@ -155,14 +153,13 @@ final class Refinement {
     }
 
     private void carryOut(Dataset<Row> moves) {
-        Dataset<Row> ends =
-            work.keep(network.links()
-                          .join(moves.select(col("item").as("src"), col("from"), col("to")), "src")
-                          .join(state.select(col("item").as("dst"), col("label")), "dst")
-                          .join(moves.select(col("item").as("dst"), col("to").as("moved")),
-                              ItemNetwork.toSeq("dst"), "left")
-                          .select("src", "dst", "weight", "from", "to", "label", "moved"),
-                network.most());
+        Dataset<Row> ends = work.keep(
+            network.links()
+                .join(moves.select(col("item").as("src"), col("from"), col("to")), "src")
+                .join(state.select(col("item").as("dst"), col("label")), "dst")
+                .join(moves.select(col("item").as("dst"), col("to").as("moved")), "dst", "left")
+                .select("src", "dst", "weight", "from", "to", "label", "moved"),
+            network.most());
         // A link between two items that move is met at both of its ends.
         Column weight =
             when(col("moved").isNull(), col("weight").multiply(lit(2.0))).otherwise(col("weight"));
@@ -193,7 +190,7 @@ final class Refinement {
                 .unionByName(moves.select(col("item"), col("to"), lit(false).as("near")))
                 .groupBy("item")
                 .agg(max("to").as("to"), max("near").as("near"));
-        state = work.keep(state.join(news, ItemNetwork.toSeq("item"), "left")
+        state = work.keep(state.join(news, "item", "left")
                               .select(col("item"), col("inner"), col("total"), col("nodes"),
                                   coalesce(col("to"), col("label")).as("label"), col("idle"),
                                   col("active").or(coalesce(col("near"), lit(false))).as("active"),

@@ -80,7 +80,7 @@ final class Search {
         Dataset<Row> all =
             network.items().select(col("item"), lit(0L).as("label"), lit(false).as("idle"));
         int mark = work.mark();
-        Dataset<Row> labels = network.items().select(col("item"), col("item").as("label"));
+        Dataset<Row> labels = network.itself();
         long count = network.size();
         for (Step step : Agglomeration.mergeSimilar(work, similar, all, 1)) {
             labels = ItemNetwork.composed(labels, step.labels());
@@ -128,7 +128,7 @@ final class Search {
         Dataset<Row> marks = settled.withColumn("idle", lit(true));
         Dataset<Row> groupOf = work.keep(
             partition.labels()
-                .join(marks, ItemNetwork.toSeq("label"), "left")
+                .join(marks, "label", "left")
                 .select(col("item"), col("label"), coalesce(col("idle"), lit(false)).as("idle")),
             network.size());
         Dataset<Row> asleep = groupOf.filter(col("idle")).select("item");
@@ -152,18 +152,12 @@ final class Search {
                                              .agg(min("label").as("label"))
                                              .withColumnRenamed("base", "item"),
             base.size());
-        List<Dataset<Row>> heights =
-            new ArrayList<>(); // pieces after each step, by item of the base
-        List<Dataset<Row>> held = new ArrayList<>();
-        Dataset<Row> piece = base.items().select(col("item"), col("item").as("label"));
-        for (Step step : steps) {
-            piece = work.keep(ItemNetwork.composed(piece, step.labels()), base.size());
-            heights.add(piece);
-            held.add(base.holdings(work, piece, step.count()).withColumnRenamed("label", "item"));
-        }
+        Heights heights = heights(base, steps);
+        Dataset<Row> top = steps.isEmpty() ? base.itself() : heights.pieces().get(steps.size() - 1);
+        List<Dataset<Row>> held = new ArrayList<>(heights.held());
         held.add(partition.groups().withColumnRenamed("label", "item"));
         List<Step> all = new ArrayList<>(steps);
-        all.add(new Step(lastStep(piece, inGroup, base.size()), partition.count()));
+        all.add(new Step(lastStep(top, inGroup, base.size()), partition.count()));
         Step cut =
             Cut.likeliest(work, all, base.items(), base.size(), held, partition.likelihood());
         Partitioned parts = new Partitioned(cut.labels(),
@@ -171,7 +165,7 @@ final class Search {
         parts = withEstimate(parts);
         pieces = work.keep(ItemNetwork.composed(first.labels(), cut.labels()), network.size());
 
-        parts = movePieces(base, parts, idle, steps, heights);
+        parts = movePieces(base, parts, idle, steps, heights.pieces());
         step("refinement");
         parts = Refinement.refine(work, base, parts, GROUP_MOVES, idle, null);
         step("merging");
@@ -179,6 +173,26 @@ final class Search {
         partition = parts.withLabels(
             work.keep(ItemNetwork.composed(first.labels(), parts.labels()), network.size()));
         return asleep;
+    }
+
+    /**
+     * Steps of merging, each seen from the items below the first one.
+     *
+     * @param pieces (item, label): the piece of each item after each step
+     * @param held (item, inner, total, nodes): what the pieces hold
+     */
+    private record Heights(List<Dataset<Row>> pieces, List<Dataset<Row>> held) {}
+
+    private Heights heights(ItemNetwork base, List<Step> steps) {
+        Heights heights = new Heights(new ArrayList<>(), new ArrayList<>());
+        Dataset<Row> piece = base.itself();
+        for (Step step : steps) {
+            piece = work.keep(ItemNetwork.composed(piece, step.labels()), base.size());
+            heights.pieces().add(piece);
+            heights.held().add(
+                base.holdings(work, piece, step.count()).withColumnRenamed("label", "item"));
+        }
+        return heights;
     }
 
     private static Partitioned withEstimate(Partitioned parts) {
@@ -200,10 +214,9 @@ final class Search {
                                  .distinct()
                                  .join(partition.groups(), "label")
                                  .select("item", "inner", "total", "nodes");
-        Dataset<Row> items =
-            base.items()
-                .join(idle.select(col("label").as("item")), ItemNetwork.toSeq("item"), "left_anti")
-                .unionByName(whole);
+        Dataset<Row> items = base.items()
+                                 .join(idle.select(col("label").as("item")), "item", "left_anti")
+                                 .unionByName(whole);
         return new ItemNetwork(work.keep(base.links().unionByName(back), 2 * base.most()),
             work.keep(items, base.size()), base.size(), 2 * base.most());
     }
@@ -277,14 +290,8 @@ final class Search {
         List<Step> steps = Agglomeration.mergeLikely(work, groups, parts.likelihood());
         if (steps.isEmpty())
             return parts;
-        List<Dataset<Row>> held = new ArrayList<>();
-        Dataset<Row> piece = groups.items().select(col("item"), col("item").as("label"));
-        for (Step step : steps) {
-            piece = work.keep(ItemNetwork.composed(piece, step.labels()), groups.size());
-            held.add(groups.holdings(work, piece, step.count()).withColumnRenamed("label", "item"));
-        }
-        Step merged =
-            Cut.likeliest(work, steps, groups.items(), groups.size(), held, parts.likelihood());
+        Step merged = Cut.likeliest(work, steps, groups.items(), groups.size(),
+            heights(groups, steps).held(), parts.likelihood());
         Dataset<Row> labels = ItemNetwork.composed(parts.labels(), merged.labels());
         return withEstimate(new Partitioned(work.keep(labels, base.size()),
             groups.holdings(work, merged.labels(), merged.count()), merged.count(),

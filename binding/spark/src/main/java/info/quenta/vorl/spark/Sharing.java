@@ -82,7 +82,7 @@ final class Sharing {
         ItemNetwork network, Dataset<Row> shares, Dataset<Row> pulls) {
         Dataset<Row> parts =
             shares.select(col("node"), col("community"), col("share").cast("double").as("share"))
-                .join(pulls, ItemNetwork.toSeq("node", "community"), "left")
+                .join(pulls, new String[] {"node", "community"}, "left")
                 .join(network.items().select(col("item").as("node"), col("total")), "node")
                 .select(col("community"), col("node"),
                     col("share").multiply(coalesce(col("pull"), lit(0.0))).as("inside"),

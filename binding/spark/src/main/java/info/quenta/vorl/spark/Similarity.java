@@ -87,12 +87,12 @@ final class Similarity {
         Dataset<Row> second = up.select(col("src"), col("dst").as("b"), col("far").as("fb"),
             explode(sequence(lit(0L), col("slices").minus(lit(1L)))).as("slice"));
         Dataset<Row> pairs =
-            first.join(second, ItemNetwork.toSeq("src", "slice"))
+            first.join(second, new String[] {"src", "slice"})
                 .filter(struct(col("fa"), col("a")).lt(struct(col("fb"), col("b"))))
                 .select("src", "a", "b");
         Dataset<Row> triangles =
             pairs.join(up.select(col("src").as("a"), col("dst").as("b")),
-                ItemNetwork.toSeq("a", "b"));
+                new String[] {"a", "b"});
         Dataset<Row> found = triangles.select(col("src").as("low"), col("a").as("high"))
                                  .unionByName(triangles.select(
                                      col("src").as("low"), col("b").as("high")))
@@ -104,7 +104,7 @@ final class Similarity {
         Column high = when(col("rises"), col("dst")).otherwise(col("src"));
         return links.withColumn("low", low)
             .withColumn("high", high)
-            .join(found, ItemNetwork.toSeq("low", "high"), "left")
+            .join(found, new String[] {"low", "high"}, "left")
             .select(col("src"), col("dst"), col("weight"), col("degree"), col("far"), col("rises"),
                 coalesce(col("shared"), lit(0L)).as("shared"));
     }
@@ -144,7 +144,7 @@ final class Similarity {
                 .filter(col("shared").gt(lit(0L)).or(not(col("here").and(col("there")))))
                 .select("src", "dst", "weight");
         Dataset<Row> items =
-            nodes.select("item").join(ends, ItemNetwork.toSeq("item"), "left")
+            nodes.select("item").join(ends, "item", "left")
                 .select(col("item"), coalesce(col("total"), lit(0.0)).as("total"));
         return new ItemNetwork(work.keep(kept, most), work.keep(items, size), size, most);
     }

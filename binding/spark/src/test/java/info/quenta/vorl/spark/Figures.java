@@ -2,9 +2,11 @@ package info.quenta.vorl.spark;
 
 import info.quenta.vorl.spark.TestBed.Links;
 import java.nio.file.Files;
+import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.Map;
+import java.util.Properties;
 import java.util.TreeMap;
 import java.util.concurrent.ConcurrentHashMap;
 import org.apache.spark.scheduler.SparkListener;
@@ -12,48 +14,62 @@ import org.apache.spark.scheduler.SparkListenerJobStart;
 import org.apache.spark.scheduler.SparkListenerStageCompleted;
 import org.apache.spark.scheduler.SparkListenerStageSubmitted;
 import org.apache.spark.scheduler.SparkListenerTaskEnd;
-import org.apache.spark.sql.Row;
 import org.apache.spark.sql.SparkSession;
 
 /**
- * Prints what a run shuffles, by steps, and how evenly: planted networks and R-MAT of the numbers
- * of links that the arguments tell. Nothing is left to the native library.
+ * Prints what a run shuffles, by steps and by rounds, and how evenly: Figures KIND LINKS
+ * PARTITIONS, where the kind is planted or R-MAT. Nothing is left to the native library.
  */
 final class Figures {
     /** Smaller stages say nothing about skew. */
     private static final long LARGE = 10_000;
+    private static final List<String> OF_ROUNDS =
+        List.of("splitting", "refinement", "merging", "settling");
 
     private Figures() {}
 
     private static final class Meter extends SparkListener {
         private final Map<Integer, String> steps = new ConcurrentHashMap<>();
-        private final Map<String, Long> rows = new TreeMap<>();
+        private final Map<String, long[]> written = new TreeMap<>(); // rows and bytes
         private final Map<Integer, List<Long>> read = new ConcurrentHashMap<>();
+        private String last = "";
         private double skew = 1;
         private String skewed = "";
         private long jobs;
+        private double seconds; // of cores
+        private long rounds;
 
         @Override
         public synchronized void onJobStart(SparkListenerJobStart event) {
             ++jobs;
+            String step = step(event.properties());
+            if (step.equals("splitting") && !step.equals(last))
+                ++rounds;
+            last = step;
+        }
+
+        private static String step(Properties properties) {
+            return properties.getProperty("spark.job.description", "")
+                .replaceFirst("^communities: ", "")
+                .replaceFirst("[,(].*", "")
+                .strip();
         }
 
         @Override
         public void onStageSubmitted(SparkListenerStageSubmitted event) {
-            steps.put(event.stageInfo().stageId(),
-                event.properties()
-                    .getProperty("spark.job.description", "")
-                    .replaceFirst("^communities: ", "")
-                    .replaceFirst("[,(].*", "")
-                    .strip());
+            steps.put(event.stageInfo().stageId(), step(event.properties()));
         }
 
         @Override
         public synchronized void onTaskEnd(SparkListenerTaskEnd event) {
             if (event.taskMetrics() == null)
                 return;
-            rows.merge(steps.getOrDefault(event.stageId(), ""),
-                event.taskMetrics().shuffleWriteMetrics().recordsWritten(), Long::sum);
+            var writes = event.taskMetrics().shuffleWriteMetrics();
+            long[] sums = written.computeIfAbsent(
+                steps.getOrDefault(event.stageId(), ""), step -> new long[2]);
+            sums[0] += writes.recordsWritten();
+            sums[1] += writes.bytesWritten();
+            seconds += event.taskMetrics().executorCpuTime() / 1e9;
             read.computeIfAbsent(event.stageId(), stage -> new ArrayList<>())
                 .add(event.taskMetrics().shuffleReadMetrics().recordsRead());
         }
@@ -70,50 +86,55 @@ final class Figures {
             skew = (double) largest * tasks.size() / sum;
             skewed = steps.get(event.stageInfo().stageId());
         }
-    }
 
-    public static void main(String[] arguments) throws Exception {
-        for (String argument : arguments) {
-            int links = Integer.parseInt(argument);
-            measure("planted", Networks.planted(links / 500, 50, 20, 0.7, 1));
-            int scale = 32 - Integer.numberOfLeadingZeros(links / 12);
-            measure("R-MAT", Networks.rmat(scale, links, 1));
+        /** What was written in all steps, or in those of rounds alone. */
+        private double sum(int which, boolean rounds) {
+            return written.entrySet()
+                .stream()
+                .filter(step -> !rounds || OF_ROUNDS.contains(step.getKey()))
+                .mapToLong(step -> step.getValue()[which])
+                .sum();
+        }
+
+        synchronized void print(double links) {
+            System.out.printf("  %,d jobs, %d rounds; rows shuffled / links %.1f, %.1f a round; "
+                    + "bytes shuffled / links %.0f; %.0f s of cores in tasks%n",
+                jobs, rounds, sum(0, false) / links, sum(0, true) / links / Math.max(1, rounds),
+                sum(1, false) / links, seconds);
+            written.forEach((step, sums)
+                                -> System.out.printf("  %-24s %8.2f %8.0f%n", step, sums[0] / links,
+                                    sums[1] / links));
+            System.out.printf("  largest partition / mean %.2f (%s)%n", skew, skewed);
         }
     }
 
-    private static void measure(String name, Links links) throws Exception {
+    public static void main(String[] arguments) throws Exception {
+        int links = Integer.parseInt(arguments[1]);
+        int scale = 32 - Integer.numberOfLeadingZeros(links / 12);
+        Links network = switch (arguments[0]) {
+            case "planted" -> Networks.planted(links / 450, 50, 20, 0.7, 1);
+            case "R-MAT" -> Networks.rmat(scale, links, 1);
+            default -> throw new IllegalArgumentException(arguments[0]);
+        };
         SparkSession session = SparkSession.builder()
                                    .master("local[2]")
                                    .config("spark.ui.enabled", false)
                                    .config("spark.sql.adaptive.enabled", false)
-                                   .config("spark.sql.shuffle.partitions", 8)
+                                   .config("spark.sql.shuffle.partitions", arguments[2])
                                    .getOrCreate();
         session.sparkContext().setLogLevel("ERROR");
         Meter meter = new Meter();
         session.sparkContext().addSparkListener(meter);
+        CommunitiesOptions options = CommunitiesOptions.DEFAULT.withLinksOfTask(0).withStarts(1);
         long begin = System.nanoTime();
-        List<Row> found =
-            Communities
-                .run(links.on(session), CommunitiesOptions.DEFAULT.withLinksOfTask(0).withStarts(1))
-                .collectAsList();
+        List<String> found = TestBed.lines(Communities.run(network.on(session), options));
         double seconds = (System.nanoTime() - begin) / 1e9;
-        List<String> expected =
-            TestBed.expected(links, Files.createTempDirectory("figures"), "--starts", "1");
-        boolean equal =
-            expected.equals(found.stream()
-                                .map(row -> row.get(0) + " " + row.get(1) + " " + row.getFloat(2))
-                                .sorted()
-                                .toList());
         session.stop();
-        synchronized (meter) {
-            long sum = meter.rows.values().stream().mapToLong(Long::longValue).sum();
-            double count = links.rows().size();
-            System.out.printf("%s: %,d links, %s, %.0f s, %,d jobs, rows shuffled / links %.1f%n",
-                name, links.rows().size(), equal ? "equal to the program" : "NOT EQUAL", seconds,
-                meter.jobs, sum / count);
-            meter.rows.forEach(
-                (step, rows) -> System.out.printf("  %-24s %.2f%n", step, rows / count));
-            System.out.printf("  largest partition / mean %.2f (%s)%n", meter.skew, meter.skewed);
+        Path folder = Files.createTempDirectory("figures");
+        boolean equal = found.equals(TestBed.expected(network, folder, "--starts", "1"));
+        System.out.printf("%s: %,d links, %s partitions, %s, %.0f s%n", arguments[0],
+            network.rows().size(), arguments[2], equal ? "equal to the program" : "NOT EQUAL",
+            seconds);
+                meter.print(network.rows().size());
         }
     }
-}
