@@ -30,14 +30,20 @@ def run(*command):
 def java(options, classes, *command):
     return run("java", "-Xmx%s" % options.memory, "-Dvorl.program=%s" % options.vorl,
                *["--add-opens=java.base/%s=ALL-UNNAMED" % name for name in OPENED],
-               "-cp", "%s/*:%s:%s" % (options.spark, options.jar, classes), *command)
+               "-cp", class_path(options, classes), *command)
+
+
+def class_path(options, classes):
+    return "%s:%s:%s/*" % (classes, options.jar, options.spark)
 
 
 def agreement(options, network):
     lines = ["| %s links | Seconds | Clusters | NMI |" % format(network.links, ","),
              "|---|---:|---:|---:|"]
     with tempfile.TemporaryDirectory() as folder:
-        said = java(options, "", ROOT / "bench/peers/SparkPeers.java", network.file, folder)
+        run("javac", "--release", "17", "-d", folder, "-cp", class_path(options, ""),
+            ROOT / "bench/peers/SparkPeers.java")
+        said = java(options, folder, "SparkPeers", network.file, folder)
         seconds = dict(line.split() for line in said.splitlines())
         for name, title in TITLES.items():
             table = pathlib.Path(folder) / (name + ".tsv")
