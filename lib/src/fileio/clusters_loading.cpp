@@ -162,4 +162,6 @@ AccWeight loadClusters(Clusters<typename GraphT::LinksT>& clusters, GraphT& grap
 VORL_INSTANTIATE(Graph<false>, UnweightedLinks)
 VORL_INSTANTIATE(Graph<true>, WeightedLinks)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

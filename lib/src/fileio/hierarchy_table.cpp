@@ -104,4 +104,6 @@ std::string tableText(const Hierarchy<LinksT>& hier, const std::vector<LevelNum>
 VORL_INSTANTIATE(UnweightedLinks)
 VORL_INSTANTIATE(WeightedLinks)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -238,4 +238,6 @@ void RcgParser::parseLinks(GraphT& graph, const char* line, bool directed,
 VORL_INSTANTIATE(false)
 VORL_INSTANTIATE(true)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

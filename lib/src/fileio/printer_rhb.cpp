@@ -70,4 +70,6 @@ void RhbPrinter<LinksT>::output(FileWrapper& fout) const {
 VORL_INSTANTIATE(UnweightedLinks)
 VORL_INSTANTIATE(WeightedLinks)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -403,6 +403,9 @@ VORL_INSTANTIATE_LINK(false, true)
 VORL_INSTANTIATE_LINK(true, false)
 VORL_INSTANTIATE_LINK(true, true)
 
+#undef VORL_INSTANTIATE_LINKS
+#undef VORL_INSTANTIATE_LINK
+
 template class Graph<false>;
 template class Graph<true>;
 

@@ -393,6 +393,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::traceResult(Size rootClusters, Size fo
 #define VORL_INSTANTIATE(NONSYM, LinksT) template class HierarchyImpl<NONSYM, LinksT>;
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE
+
 template VORL_API std::shared_ptr<Hierarchy<UnweightedLinks>> cluster(Nodes<UnweightedLinks>&, bool,
                                                                       const ClusterOptions&);
 template VORL_API std::shared_ptr<Hierarchy<WeightedLinks>> cluster(Nodes<WeightedLinks>&, bool,

@@ -189,4 +189,6 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::settleGmax(IItemXT first, IItemXT last
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -170,6 +170,9 @@ AccWeight maxChainsGain(Chains<ItemT>& chains, Partitions<ItemT>* parts) {
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE_ITEM
+#undef VORL_INSTANTIATE
+
 template AccWeight maxChainsGain(Chains<Node<UnweightedLinks>>&,
                                  Partitions<Node<UnweightedLinks>>*);
 template AccWeight maxChainsGain(Chains<Node<WeightedLinks>>&, Partitions<Node<WeightedLinks>>*);

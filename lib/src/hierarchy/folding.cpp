@@ -323,4 +323,6 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -70,4 +70,7 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::emcandsGain(ItemT& el,
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE_ITEM
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -23,4 +23,6 @@ Hierarchy<LinksT>::~Hierarchy() {}
 VORL_INSTANTIATE(UnweightedLinks)
 VORL_INSTANTIATE(WeightedLinks)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

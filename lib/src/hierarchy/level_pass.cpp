@@ -191,4 +191,6 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::subSelfWeight(const ClusterT& el)
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

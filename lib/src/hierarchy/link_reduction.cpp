@@ -64,4 +64,6 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::reduceItems(StoredItems<ItemT>& items,
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -141,4 +141,6 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::avgdynGammaApx(const Items<Cluste
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -163,4 +163,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::dropPartClusters(IItemXT first, IItemX
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE_ITER
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -99,4 +99,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::propagateConvert(IItemXT first, IItemX
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE_ITER
+#undef VORL_INSTANTIATE_ITEM
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

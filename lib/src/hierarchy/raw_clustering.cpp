@@ -191,4 +191,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::clusterNonparts(ClustersT& cls, ItemT&
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE_ITER
+#undef VORL_INSTANTIATE_ITEM
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -70,4 +70,6 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::membershipTidy(IItemXT first, IItemXT 
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -659,4 +659,6 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::settleChainGains() {
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -533,4 +533,6 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldTracked() {
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -316,4 +316,6 @@ ClusterNodes<LinksT> Hierarchy<LinksT>::unwrap(const ClusterT& cl, bool maxshare
 VORL_INSTANTIATE(UnweightedLinks)
 VORL_INSTANTIATE(WeightedLinks)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

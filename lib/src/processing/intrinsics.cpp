@@ -85,4 +85,6 @@ VORL_INSTANTIATE(true, UnweightedLinks)
 VORL_INSTANTIATE(false, WeightedLinks)
 VORL_INSTANTIATE(true, WeightedLinks)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -95,4 +95,6 @@ VORL_INSTANTIATE(Node<WeightedLinks>)
 VORL_INSTANTIATE(Cluster<UnweightedLinks>)
 VORL_INSTANTIATE(Cluster<WeightedLinks>)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

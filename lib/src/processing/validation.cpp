@@ -211,4 +211,6 @@ void detail::createBackLinks(NodesT& nodes, StructLinkErrors& created) {
 VORL_INSTANTIATE(UnweightedLinks)
 VORL_INSTANTIATE(WeightedLinks)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

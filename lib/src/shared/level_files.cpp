@@ -129,4 +129,6 @@ void writeDescription(const Hierarchy<LinksT>& hier, const std::string& file) {
 VORL_INSTANTIATE(UnweightedLinks)
 VORL_INSTANTIATE(WeightedLinks)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl

@@ -149,4 +149,6 @@ ClusterIdsScope<LinksT>::~ClusterIdsScope() {
 VORL_INSTANTIATE(UnweightedLinks)
 VORL_INSTANTIATE(WeightedLinks)
 
+#undef VORL_INSTANTIATE
+
 }  // namespace vorl
