@@ -11,12 +11,14 @@ namespace vorl::detail {
 namespace {
 
 /// What each item points to: the neighbour with the best gain above 0, or itself. Among equal ones
-/// it is left to a hash, since by number all items of a regular network would point one way.
+/// it is left to a hash, since by number all items of a regular network would point one way, and
+/// to the number among equal hashes.
 /// @param gain of an item and the number of one of its links
 template <class WeightT, class GainT>
 Labels pointers(const ItemLinks<WeightT>& links, std::uint32_t round, Workers& workers,
                 const GainT& gain) {
     Labels aims(links.size());
+    const auto rank = [round](Id item) { return std::pair(mixed(item, round), ~item); };
     workers.each(links.size(), [&](Size i) {
         const Id item = static_cast<Id>(i);
         Id aim = item;
@@ -24,8 +26,7 @@ Labels pointers(const ItemLinks<WeightT>& links, std::uint32_t round, Workers& w
         for (Size ln = links.begin[i]; ln < links.begin[i + 1]; ++ln) {
             const double value = gain(item, ln);
             const Id other = links.dest[ln];
-            if (value > best ||
-                (value == best && aim != item && mixed(other, round) > mixed(aim, round))) {
+            if (value > best || (value == best && aim != item && rank(other) > rank(aim))) {
                 best = value;
                 aim = other;
             }
