@@ -14,8 +14,8 @@ struct ClusterEstimate {
 };
 
 /// Memory is told by the numbers of nodes and links. For the time, a part of the network around its
-/// first node is clustered, which takes below a second on most machines; of small networks the
-/// whole.
+/// first node is clustered, which takes about a second, or some seconds where many gains tie; of
+/// small networks the whole.
 /// @param network without regard of directions
 /// @param directed whether it has directions
 /// @param weighted whether its links have weights of their own

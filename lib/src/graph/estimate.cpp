@@ -16,15 +16,18 @@ constexpr double RECORD_BYTES = 37;
 /// More where a record has a weight.
 constexpr double WEIGHT_BYTES = 16;
 
-/// So many links are clustered for the time.
+/// So many links are clustered for the time, or less if a tenth of them takes long.
 constexpr Size SAMPLE_LINKS = 100'000;
+constexpr Size SAMPLE_LINKS_LEAST = 1'000;
+constexpr double LONG_SECONDS = 0.2;
 /// By measured runs from 10^4 to 10^7 links, time grows by this power of the links.
 constexpr double GROWTH = 1.2;
 
 /// The links between the nodes nearest to the first one, until there are enough.
 class Sample {
 public:
-    explicit Sample(const FlatNetwork& network) : m_network(network), m_taken(network.size()) {
+    Sample(const FlatNetwork& network, Size links)
+        : m_network(network), m_enough(links), m_taken(network.size()) {
         for (Id node = 0; node < network.size() && !enough(); ++node) spread(node);
     }
 
@@ -36,7 +39,7 @@ public:
     }
 
 private:
-    bool enough() const { return m_sources.size() >= SAMPLE_LINKS; }
+    bool enough() const { return m_sources.size() >= m_enough; }
 
     void spread(Id start) {
         if (m_taken[start]) return;
@@ -59,6 +62,7 @@ private:
     }
 
     const FlatNetwork& m_network;
+    const Size m_enough;
     std::vector<bool> m_taken;
     std::vector<bool> m_seen = std::vector<bool>(m_taken.size());
     std::vector<Id> m_sources;
@@ -84,10 +88,14 @@ ClusterEstimate estimateClustering(const FlatNetwork& network, bool directed, bo
     estimate.memory =
         static_cast<Size>(PROCESS_BYTES + NODE_BYTES * nodes +
                           (RECORD_BYTES + (directed || weighted ? WEIGHT_BYTES : 0)) * records);
-    const Sample sample(network);
-    if (sample.size() != 0)
-        estimate.seconds = clusterSeconds(sample.links(weighted)) *
-                           std::pow(records / 2 / static_cast<double>(sample.size()), GROWTH);
+    for (Size links = SAMPLE_LINKS_LEAST; links <= SAMPLE_LINKS; links *= 10) {
+        const Sample sample(network, links);
+        if (sample.size() == 0) break;
+        const double seconds = clusterSeconds(sample.links(weighted));
+        estimate.seconds =
+            seconds * std::pow(records / 2 / static_cast<double>(sample.size()), GROWTH);
+        if (sample.size() < links || seconds > LONG_SECONDS) break;
+    }
     return estimate;
 }
 

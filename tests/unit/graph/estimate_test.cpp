@@ -41,6 +41,15 @@ TEST(Estimate, MemoryGrowsByNodesLinksAndWeights) {
 
 TEST(Estimate, TimeIsToldBeyondThePartThatIsClusteredAndNoneWithoutLinks) {
     EXPECT_GT(estimateClustering(groups(30'000), false, false).seconds, 0);
+    // In a regular network most gains tie, so that even a part of it takes long.
+    std::vector<Id> src;
+    std::vector<Id> dst;
+    for (Id node = 0; node < 25'000; ++node)
+        for (Id step = 1; step <= 4; ++step) {
+            src.push_back(node);
+            dst.push_back((node + step * step) % 25'000);
+        }
+    EXPECT_GT(estimateClustering(FlatNetwork::ofPairs(src, dst), false, false).seconds, 1);
     std::vector<Id> nodes(1'000);
     std::iota(nodes.begin(), nodes.end(), Id{0});
     EXPECT_EQ(estimateClustering(FlatNetwork::ofPairs({}, {}, {}, nodes), false, false).seconds, 0);
