@@ -58,6 +58,9 @@ struct VORL_API ClustersFile {
     /// Whether there are clusters of several levels, which is told by those inside others: more
     /// than half of all, or any where the header counts more clusters than there are lines.
     bool severalLevels = false;
+    /// The places of the clusters of each level, ascending, where the file tells of levels, the
+    /// lowest first; else empty.
+    std::vector<std::vector<Id>> toldLevels{};
     std::optional<Size> toldNodes;  ///< the number of nodes of the network by the header
     std::vector<Deviation> deviations;
     /// The names that ids of nodes stand for; null if there are none.
@@ -74,7 +77,8 @@ struct VORL_API ClustersFile {
         return lines.empty() ? cluster.line : lines[member];
     }
 
-    /// The levels of clusters that lie inside each other. A level holds the clusters that aren't
+    /// The levels that the file tells, else those of clusters that lie inside each other. A level of
+    /// these holds the clusters that aren't
     /// inside another one of it; the first one those without inner clusters, and each further one
     /// adds those of which all inner clusters came before.
     /// @return the places of the clusters on each level, ascending

@@ -102,8 +102,8 @@ void detail::settleNodes(ClustersFile& file, Size toldClusters) {
 }
 
 std::vector<std::vector<Id>> ClustersFile::nestedLevels() const {
-    std::vector<std::vector<Id>> levels;
-    if (clusters.empty()) return levels;
+    std::vector<std::vector<Id>> levels = toldLevels;
+    if (clusters.empty() || !levels.empty()) return levels;
     Nesting nesting(*this);
     std::vector<Id> order(clusters.size());
     std::iota(order.begin(), order.end(), Id{0});
@@ -135,10 +135,14 @@ HierarchyFile nestedHierarchy(const ClustersFile& clusters) {
     std::vector<std::vector<Id>> outer(count);
     if (clusters.severalLevels) {
         levels = clusters.nestedLevels();
+        std::vector<Size> heights(count);
+        for (Size level = levels.size(); level-- != 0;)
+            for (const Id place : levels[level]) heights[place] = level;
         Nesting nesting(clusters);
+        // A file may tell that what is inside stands above.
         for (Id inner = 0; inner < count; ++inner)
             nesting.eachOuter(inner, [&](Id found) {
-                outer[inner].push_back(found);
+                if (heights[found] > heights[inner]) outer[inner].push_back(found);
                 return true;
             });
     }

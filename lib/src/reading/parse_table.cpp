@@ -162,6 +162,13 @@ private:
         std::size_t line;
     };
 
+    /// A cluster on a level.
+    struct Standing {
+        std::size_t line;  ///< the first one
+        Size members = 0;
+        std::uint64_t sum = 0;  ///< tells who they are
+    };
+
     InputError fault(const std::string& what) const {
         return InputError::at(m_file.name, m_line, what);
     }
@@ -238,12 +245,7 @@ private:
         if (known == m_labels.end())
             known = m_labels.emplace(label, static_cast<Id>(m_labels.size())).first;
         row.cluster = known->second;
-        // A cluster that stands on several levels is one.
-        if (m_columns.level && !m_vector) {
-            const std::string_view level = word(*m_columns.level, "level");
-            if (row.cluster == m_levels.size()) m_levels.emplace_back(level);
-            if (m_levels[row.cluster] != level) return;
-        }
+        if (m_columns.level && !m_vector && !isFirstTold(row)) return;
         if (m_columns.share && !m_vector) {
             const std::string_view token = word(*m_columns.share, "share");
             const auto [last, err] =
@@ -254,6 +256,50 @@ private:
                             ", a number above 0 and up to 1 is expected");
         }
         m_rows.push_back(row);
+    }
+
+    /// Notes the level of a row.
+    /// @return false if the cluster stands on another level, too, whose rows tell of it
+    bool isFirstTold(const Row& row) {
+        const std::string_view level = word(*m_columns.level, "level");
+        auto known = m_levels.find(level);
+        if (known == m_levels.end())
+            known = m_levels.emplace(level, static_cast<Id>(m_levels.size())).first;
+        const auto [standing, isNew] =
+            m_standings.try_emplace({row.cluster, known->second}, Standing{row.line});
+        ++standing->second.members;
+        standing->second.sum += row.node * std::uint64_t{0x9E3779B97F4A7C15} ^ row.node;
+        if (row.cluster == m_firstLevels.size()) m_firstLevels.push_back(known->second);
+        return m_firstLevels[row.cluster] == known->second;
+    }
+
+    /// The clusters of each level, lowest first, if there are several.
+    std::vector<std::vector<Id>> toldLevels(const std::vector<Id>& places) {
+        std::vector<std::vector<Id>> levels;
+        if (m_levels.size() < 2) return levels;
+        for (const auto& [at, standing] : m_standings) {
+            const Standing& first = m_standings.at({at.first, m_firstLevels[at.first]});
+            if (standing.members == first.members && standing.sum == first.sum) continue;
+            m_line = standing.line;
+            throw fault("the cluster has other members than on the level of line " +
+                        std::to_string(first.line) + ", a name of its own is expected");
+        }
+        std::vector<std::pair<double, Id>> order;
+        for (const auto& [level, number] : m_levels) {
+            double value = 0;
+            const auto [last, err] =
+                std::from_chars(level.data(), level.data() + level.size(), value);
+            const bool isNumber = err == std::errc() && last == level.data() + level.size();
+            order.emplace_back(isNumber ? value : std::numeric_limits<double>::infinity(), number);
+        }
+        std::sort(order.begin(), order.end());
+        std::vector<Id> ranks(order.size());
+        for (Id i = 0; i < order.size(); ++i) ranks[order[i].second] = i;
+        levels.resize(order.size());
+        for (const auto& [at, standing] : m_standings)
+            levels[ranks[at.second]].push_back(places[at.first]);
+        for (auto& level : levels) std::sort(level.begin(), level.end());
+        return levels;
     }
 
     /// The ids of the clusters, if all of their names are ids, each another one.
@@ -304,11 +350,11 @@ private:
             requireDistinct(cluster);
         }
         m_file.labels = m_nodes.labels();
-        const auto other =
-            std::find_if(m_levels.begin(), m_levels.end(),
-                         [this](const auto& level) { return level != m_levels.front(); });
-        // Where levels are told, any cluster inside another one is of a level of its own.
-        detail::settleNodes(m_file, other != m_levels.end() ? ID_NONE : 0);
+        std::vector<Id> rankOf(ranks.size());
+        for (Id i = 0; i < ranks.size(); ++i) rankOf[ranks[i]] = i;
+        m_file.toldLevels = toldLevels(rankOf);
+        detail::settleNodes(m_file, 0);
+        if (!m_file.toldLevels.empty()) m_file.severalLevels = true;
         detail::settleShares(m_file);
     }
 
@@ -337,7 +383,9 @@ private:
     Columns m_columns;
     std::vector<std::string> m_keys;  ///< of objects
     std::map<std::string, Id, std::less<>> m_labels;
-    std::vector<std::string> m_levels;  ///< of each cluster, the one that was told first
+    std::map<std::string, Id, std::less<>> m_levels;
+    std::vector<Id> m_firstLevels;  ///< of each cluster, the one that was told first
+    std::map<std::pair<Id, Id>, Standing> m_standings;  ///< of clusters on levels
     std::vector<Row> m_rows;
 };
 

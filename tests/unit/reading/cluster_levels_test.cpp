@@ -115,7 +115,19 @@ TEST(ClusterLevels, TablesMayTellOfLevels) {
     // Without the name of its column, a level says nothing.
     EXPECT_THROW(parseTable("node\theight\tcluster\tshare\n" + rows, "a.tsv"), InputError);
     const auto apart = parseTable("node level cluster\n1 0 3\n2 0 3\n3 1 4\n4 1 4\n", "a.tsv");
-    EXPECT_FALSE(apart.severalLevels);
+    EXPECT_EQ(apart.nestedLevels(), (std::vector<std::vector<Id>>{{0}, {1}}));
+    // Told levels count, lowest first, whatever lies inside what; 10 is above 9.
+    const auto told =
+        parseTable("node level cluster\n1 10 8\n2 10 8\n3 10 8\n1 9 6\n2 9 6\n3 9 5\n", "");
+    EXPECT_EQ(told.nestedLevels(), (std::vector<std::vector<Id>>{{0, 1}, {2}}));
+    try {
+        parseTable("node level cluster\n1 0 0\n2 0 1\n1 1 0\n2 1 0\n", "a.tsv");
+        ADD_FAILURE();
+    } catch (const InputError& err) {
+        EXPECT_STREQ(err.what(),
+                     "a.tsv:4: the cluster has other members than on the level of line 2, a name "
+                     "of its own is expected");
+    }
 }
 
 TEST(ClusterLevels, LinesOfPairsLookLikeATable) {
