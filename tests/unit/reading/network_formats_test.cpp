@@ -370,6 +370,26 @@ TEST(NetworkFormats, BinaryAndWideTextIsTold) {
     }
 }
 
+TEST(NetworkFormats, WeightsOfAnotherNameMustBeThere) {
+    const std::string gml = "graph [ node [ id 1 ] node [ id 2 ] edge [ source 1 target 2 w 3 ] ]";
+    const std::string json =
+        R"({"nodes": [{"id": 1}, {"id": 2}], "links": [{"source": 1, "target": 2, "w": 3}]})";
+    const auto with = [](const char* name) {
+        ScanOptions options;
+        options.weightName = name;
+        return options;
+    };
+    EXPECT_EQ(linksOf(GML, gml, with("w")), "1 2 | 1-2:3");
+    for (const auto& [format, text] : {std::pair(GML, gml), std::pair(JSON, json)}) try {
+            linksOf(format, text, with("foo"));
+            ADD_FAILURE() << text;
+        } catch (const InputError& err) {
+            EXPECT_NE(std::string(err.what()).find("no link has a weight called \"foo\""),
+                      std::string::npos)
+                << err.what();
+        }
+}
+
 TEST(NetworkFormats, NamesAreBounded) {
     const std::string most(1 << 20, 'x');
     const std::string name = most + "x";

@@ -19,6 +19,10 @@ NetworkFacts NetworkReader::read() {
     if (m_facts.links() == 0)
         throw InputError::at(m_file, std::max<std::size_t>(m_line, 1),
                              "the file ends without a link");
+    if (m_readWeights && !m_facts.statesWeights && !m_options.weightName.empty())
+        throw InputError(InputError::Parts{
+            .file = m_file,
+            .wrong = "no link has a weight called " + quoted(m_options.weightName)});
     m_facts.weighted = m_readWeights;
     checkTotals();
     // Weights are compared at 32 bits, both directions counted.
