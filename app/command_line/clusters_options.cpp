@@ -5,9 +5,8 @@ namespace vorl::app {
 namespace {
 
 constexpr const char* CLUSTERS_FORM =
-    "a cluster a line, [id>] node[:share] ..., a table of nodes and clusters (.tsv, .csv, .clu, .json), "
-    "or "
-    "a hierarchy (.rhb)";
+    "a cluster a line, [id>] node[:share] ..., a table of nodes and clusters (.tsv, .csv, .clu, "
+    ".json), or a hierarchy (.rhb)";
 
 /// How the files of clusters are read.
 void addTableOption(CLI::App& app, ClustersFormat& format) {

@@ -77,10 +77,10 @@ struct VORL_API ClustersFile {
         return lines.empty() ? cluster.line : lines[member];
     }
 
-    /// The levels that the file tells, else those of clusters that lie inside each other. A level of
-    /// these holds the clusters that aren't
-    /// inside another one of it; the first one those without inner clusters, and each further one
-    /// adds those of which all inner clusters came before.
+    /// The levels that the file tells, else those of clusters that lie inside each other. A level
+    /// of these holds the clusters that aren't inside another one of it; the first one those
+    /// without inner clusters, and each further one adds those of which all inner clusters came
+    /// before.
     /// @return the places of the clusters on each level, ascending
     std::vector<std::vector<Id>> nestedLevels() const;
     /// The clusters of these places, ascending, alone.

@@ -14,6 +14,9 @@ namespace vorl {
 /// Number of bytes of the character that a text begins with, 0 if it begins with none.
 VORL_API std::size_t characterSize(std::string_view text);
 
+/// Whether the bytes are characters in UTF-8.
+VORL_API bool isUtf8(std::string_view text);
+
 /// The text between quotes as JSON has it; what isn't UTF-8 becomes U+FFFD.
 VORL_API std::string jsonQuoted(std::string_view text);
 

@@ -27,6 +27,7 @@ public:
     MembershipTable(TableForm form, const char* cluster, bool levels, const Labels* labels);
 
     /// Adds a row "node [level] cluster share".
+    /// @throws std::invalid_argument in JSON, if the name of the node is not in UTF-8
     void add(Id node, Id cluster, Share share, LevelNum level = 0);
     /// Gives the text away.
     std::string take();

@@ -13,16 +13,6 @@ namespace vorl {
 
 namespace {
 
-/// Whether the bytes are characters in UTF-8.
-bool isUtf8(std::string_view text) {
-    while (!text.empty()) {
-        const std::size_t size = characterSize(text);
-        if (size == 0) return false;
-        text.remove_prefix(size);
-    }
-    return true;
-}
-
 /// What XML can't hold, not even as a number.
 bool hasControls(std::string_view text) {
     return std::any_of(text.begin(), text.end(),

@@ -21,6 +21,15 @@ std::size_t characterSize(std::string_view text) {
     return size;
 }
 
+bool isUtf8(std::string_view text) {
+    while (!text.empty()) {
+        const std::size_t size = characterSize(text);
+        if (size == 0) return false;
+        text.remove_prefix(size);
+    }
+    return true;
+}
+
 std::string jsonQuoted(std::string_view text) {
     constexpr char HEX[] = "0123456789abcdef";
     std::string result = "\"";

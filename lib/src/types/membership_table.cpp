@@ -3,6 +3,7 @@
 #include <vorl/types/characters.hpp>
 
 #include <charconv>
+#include <stdexcept>
 #include <utility>
 
 namespace vorl {
@@ -30,10 +31,16 @@ MembershipTable::MembershipTable(TableForm form, const char* cluster, bool level
 void MembershipTable::add(Id node, Id cluster, Share share, LevelNum level) {
     if (m_form == TableForm::JSON) {
         m_text += "{\"node\": ";
-        if (m_labels && m_labels->has(node))
-            m_text += jsonQuoted(m_labels->text(node));
-        else
+        if (m_labels && m_labels->has(node)) {
+            const std::string_view name = m_labels->text(node);
+            if (!isUtf8(name))
+                throw std::invalid_argument("the name " + jsonQuoted(name) +
+                                            " isn't in UTF-8, which a table in JSON needs; .tsv "
+                                            "and .csv can hold it\n");
+            m_text += jsonQuoted(name);
+        } else {
             append(m_text, node);
+        }
         if (m_levels) append(m_text += ", \"level\": ", level);
         append(((m_text += ", \"") += m_cluster) += "\": ", cluster);
         append(m_text += ", \"share\": ", share);
