@@ -252,6 +252,9 @@ std::vector<Id> chosenNodes(const ClustersFile& first, const ClustersFile& secon
 }
 
 Cover coverOf(const ClustersFile& file, const std::vector<Id>& nodes, Size count) {
+    if (count != 0 && count < nodes.size())
+        throw InputError("--count tells of " + counted(count, "node") + ", but there are " +
+                         grouped(nodes.size()) + " to compare");
     std::vector<std::size_t> ends;
     std::vector<Id> members;
     ends.reserve(file.clusters.size());

@@ -3,6 +3,7 @@
 #include "command_line/command_options.hpp"
 #include "errors.hpp"
 #include "guard.hpp"
+#include "memory_limit.hpp"
 #include "output_text.hpp"
 
 #include <vorl/reading/network.hpp>
@@ -119,7 +120,7 @@ int main(int argc, char** argv) {
     } catch (const vorl::MemoryLimitError& err) {
         message = std::string(err.what()) + "; --memory-limit SIZE allows more";
     } catch (const std::bad_alloc&) {
-        message = "out of memory";
+        message = lackOfMemory();
     } catch (const std::exception& err) {
         message = err.what();
     }

@@ -91,7 +91,7 @@ void addOutputOptions(CLI::App& app, OutputRequest& request, std::string& table)
     });
 
     group = "Levels to write";
-    addNumber<Id>(app, "--clusters", request.clusters, "Wanted number of clusters, of around")
+    addNumber<Id>(app, "--clusters", request.clusters, "Wanted number of clusters, of around", 1)
         ->group(group);
     addNumber<LevelNum>(app, "--level-min", request.levelMin,
                         "First level of per-level; 0 is the lowest")
@@ -112,10 +112,15 @@ void addOutputOptions(CLI::App& app, OutputRequest& request, std::string& table)
              "The weight, as a ratio of that of the owner: the least one with a range, else the "
              "largest (0.135)")
         ->group(group);
-    app.add_flag_function(
-           "--weight-range,!--no-weight-range",
-           [&request](std::int64_t count) { request.weightRange = count > 0; },
-           "The weight has to lie between the weight step and 1 minus it (default)")
+    CLI::Option* const range =
+        app.add_flag_callback(
+               "--weight-range", [&request] { request.weightRange = true; },
+               "The weight has to lie between the weight step and 1 minus it (default)")
+            ->group(group);
+    app.add_flag_callback(
+           "--no-weight-range", [&request] { request.weightRange = false; },
+           "The weight may be anything up to the weight step")
+        ->excludes(range)
         ->group(group);
     addNumber<Id>(app, "--min-size", request.minSize, "The least number of nodes")->group(group);
     addChoice<SzFnName>(
@@ -133,7 +138,7 @@ void addOutputOptions(CLI::App& app, OutputRequest& request, std::string& table)
 
 void addClusterOptions(CLI::App& app, ClusterCommand& command) {
     addReadOptions(app, command.read);
-    addAssemblyOptions(app, command.read);
+    addAssemblyOptions(app, command.read, "runs differ then where there are ties");
     ClusterOptions& build = command.build;
     const char* group = "Clustering";
     app.add_option_function<std::string>(
@@ -198,7 +203,8 @@ void checkOptions(const CLI::App& app, ClusterCommand& command) {
             if (given(option) && request.levels != levels)
                 throw UsageError(std::string(option) + " goes with --levels " + name + " only");
     };
-    needs({"--density-drop", "--weight-step", "--weight-range", "--min-size", "--min-size-by"},
+    needs({"--density-drop", "--weight-step", "--weight-range", "--no-weight-range", "--min-size",
+           "--min-size-by"},
           Levels::SIGNIFICANT, "significant");
     needs({"--level-min", "--level-max", "--level-step"}, Levels::PER_LEVEL, "per-level");
     needs({"--clusters"}, Levels::AROUND, "around");

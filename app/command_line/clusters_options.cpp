@@ -29,7 +29,7 @@ void addEvaluateOptions(CLI::App& app, EvaluateCommand& command) {
     app.add_option("CLUSTERS", command.clusters, std::string("The clusters: ") + CLUSTERS_FORM)
         ->check(checkName)
         ->required();
-    addAssemblyOptions(app, command.read);
+    addAssemblyOptions(app, command.read, "measures differ then in their last digits at most");
     addFloat(app, "--gamma", command.gamma, 0, UNBOUNDED, "G",
              "Resolution of the modularity; 1 if not given");
     addClustersOptions(app, command.format, command.levels, command.strict);
@@ -55,7 +55,7 @@ void addCompareOptions(CLI::App& app, CompareCommand& command) {
         "have (common), or on those of the first or the second; a node that a file lacks is in "
         "no cluster there");
     addNumber<Id>(app, "--count", command.count,
-                  "Number of nodes of the network, where some are in neither file");
+                  "Number of nodes of the network, where some are in neither file", 1);
     addNumber<Size>(app, "--exact-pairs", command.omega.exactPairs,
                     "The omega index is exact up to N pairs of nodes inside the clusters of a file "
                     "(100000000); above, it is estimated from 5000000 pairs of each, drawn with a "
@@ -89,7 +89,7 @@ void addCutOptions(CLI::App& app, CutCommand& command) {
     CLI::Option* const level =
         addNumber<LevelNum>(app, "--level", command.level, "The level, 0 is the lowest");
     addNumber<Id>(app, "--clusters", command.clusters,
-                  "The level whose number of clusters is nearest to N")
+                  "The level whose number of clusters is nearest to N", 1)
         ->excludes(level);
     app.add_option("-o,--output", command.output,
                    "File of the clusters; the standard output if not given")
@@ -133,7 +133,7 @@ void addViewOptions(CLI::App& app, ViewCommand& command) {
                        "; if not given, the communities with the hierarchy around them")
         ->check(checkName);
     addTableOption(app, command.clustersFormat);
-    addAssemblyOptions(app, command.read);
+    addAssemblyOptions(app, command.read, SAME_IN_ANY_ORDER);
     app.add_option("-o,--output", command.output,
                    "File to write, .html or .svg; - is the standard output")
         ->check(checkName)

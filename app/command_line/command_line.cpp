@@ -8,7 +8,8 @@ namespace vorl::app {
 
 namespace {
 
-constexpr const char* DESCRIPTION = "Clusters a network into a hierarchy of overlapping clusters.";
+constexpr const char* DESCRIPTION =
+    "Finds the communities of networks, and their hierarchy of overlapping clusters.";
 constexpr const char* FOOTER =
     "Exit codes: 0 done, 1 the input or the file system is at fault, 2 wrong usage.";
 

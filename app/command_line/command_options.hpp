@@ -23,7 +23,11 @@ extern const Choices<NetworkFormat> FORMATS;
 void addReadOptions(CLI::App& app, ReadOptions& read);
 
 /// What is done with repeated links and the order of nodes.
-void addAssemblyOptions(CLI::App& app, ReadOptions& read);
+/// @param ofShuffle what a random order changes
+void addAssemblyOptions(CLI::App& app, ReadOptions& read, const char* ofShuffle);
+
+/// Of commands whose answer is the same for any order of the nodes.
+inline constexpr const char* SAME_IN_ANY_ORDER = "changes nothing here";
 
 CLI::Option* addThreadsOption(CLI::App& app, unsigned& threads);
 

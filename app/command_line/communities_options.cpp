@@ -4,13 +4,16 @@ namespace vorl::app {
 
 void addCommunitiesOptions(CLI::App& app, CommunitiesCommand& command) {
     addReadOptions(app, command.read);
-    addAssemblyOptions(app, command.read);
+    addAssemblyOptions(app, command.read, SAME_IN_ANY_ORDER);
     const char* group = "Communities";
-    app.add_flag("--no-shares{false}", command.options.shares, "Each node is in one community only")
+    app.add_flag_callback(
+           "--no-shares", [&command] { command.options.shares = false; },
+           "Each node is in one community only")
         ->group(group);
     addNumber<unsigned>(app, "--starts", command.options.starts,
                         "Search from so many starts and take the best; the smaller the network, "
-                        "the more if not given, 6 at most")
+                        "the more if not given, 6 at most",
+                        1, MOST_STARTS)
         ->group(group);
     addThreadsOption(app, command.options.threads)->group(group);
     group = "Output";

@@ -1,6 +1,7 @@
+#include "../memory_limit.hpp"
 #include "command_options.hpp"
 
-#include <sys/resource.h>
+#include <vorl/reading/wording.hpp>
 
 namespace vorl::app {
 
@@ -8,12 +9,14 @@ const Choices<NetworkFormat> FORMATS{networkFormats().begin(), networkFormats().
 
 namespace {
 
-/// What an estimate misses ends as a lack of memory.
-void limitMemory(std::size_t most) {
-    rlimit limit{};
-    if (getrlimit(RLIMIT_DATA, &limit) != 0 || limit.rlim_cur <= most) return;
-    limit.rlim_cur = most;
-    setrlimit(RLIMIT_DATA, &limit);
+/// The limit by which what an estimate misses ends as a lack of memory.
+std::size_t toMemoryLimit(const std::string& option, const std::string& text) {
+    const std::size_t most = toSize(option, text);
+    if (const std::size_t own = ownMemory(); most < own)
+        throw CLI::ValidationError(option, "\"" + text + "\" is less than the " + bytes(own) +
+                                               " that the program takes by itself");
+    limitMemory(most);
+    return most;
 }
 
 }  // namespace
@@ -53,8 +56,7 @@ void addReadOptions(CLI::App& app, ReadOptions& read) {
     app.add_option_function<std::string>(
            "--memory-limit",
            [&read](const std::string& text) {
-               read.memoryLimit = toSize("--memory-limit", text);
-               limitMemory(read.memoryLimit);
+               read.memoryLimit = toMemoryLimit("--memory-limit", text);
            },
            "The most memory that the run may take, such as 800M or 4G; the machine's but for an "
            "eighth if not given")
@@ -71,17 +73,18 @@ void addReadOptions(CLI::App& app, ReadOptions& read) {
 CLI::Option* addThreadsOption(CLI::App& app, unsigned& threads) {
     return addNumber<unsigned>(app, "--threads", threads,
                                "Threads to work with, all that there are if not given; the result "
-                               "is the same for any number");
+                               "is the same for any number",
+                               1);
 }
 
-void addAssemblyOptions(CLI::App& app, ReadOptions& read) {
+void addAssemblyOptions(CLI::App& app, ReadOptions& read, const char* ofShuffle) {
     const char* group = "Input";
     app.add_flag("--sum-duplicates", read.sumDuplicates,
                  "Add up the weights of repeated links instead of keeping the first")
         ->group(group);
     CLI::Option* const shuffle =
         app.add_flag("--shuffle", read.shuffle,
-                     "Create the nodes in random order; runs differ then where there are ties")
+                     std::string("Create the nodes in random order; ") + ofShuffle)
             ->group(group);
     addNumber<std::uint64_t>(app, "--seed", read.seed,
                              "Draw the order of --shuffle with N, so that a run can be repeated")

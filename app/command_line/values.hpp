@@ -55,14 +55,14 @@ float toFloat(const std::string& option, const std::string& text, float low, flo
 
 inline constexpr float UNBOUNDED = std::numeric_limits<float>::max();
 
-/// A whole number, which is nothing but decimal digits.
+/// A whole number from `low` to `high`, which is nothing but decimal digits.
 template <class NumberT>
-NumberT toNumber(const std::string& option, const std::string& text) {
+NumberT toNumber(const std::string& option, const std::string& text, NumberT low, NumberT high) {
     NumberT value = 0;
     const auto [last, err] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (err != std::errc() || last != text.data() + text.size())
-        throw CLI::ValidationError(option, "\"" + text + "\" isn't a whole number from 0 to " +
-                                               std::to_string(std::numeric_limits<NumberT>::max()));
+    if (err != std::errc() || last != text.data() + text.size() || value < low || value > high)
+        throw CLI::ValidationError(option, "\"" + text + "\" isn't a whole number from " +
+                                               std::to_string(low) + " to " + std::to_string(high));
     return value;
 }
 
@@ -72,9 +72,10 @@ std::size_t toSize(const std::string& option, const std::string& text);
 
 template <class NumberT, class FieldT>
 CLI::Option* addNumber(CLI::App& app, const std::string& option, FieldT& field,
-                       const std::string& description) {
-    const auto read = [option, &field](const std::string& text) {
-        field = toNumber<NumberT>(option, text);
+                       const std::string& description, NumberT low = 0,
+                       NumberT high = std::numeric_limits<NumberT>::max()) {
+    const auto read = [option, low, high, &field](const std::string& text) {
+        field = toNumber<NumberT>(option, text, low, high);
     };
     return app.add_option_function<std::string>(option, read, description)->type_name("N");
 }

@@ -2,6 +2,7 @@
 // vorl_reference man|bash|zsh|fish
 #include "../command_line/command_line.hpp"
 
+#include <algorithm>
 #include <cctype>
 #include <iostream>
 #include <sstream>
@@ -12,6 +13,8 @@
 namespace vorl::app {
 
 namespace {
+
+constexpr const char* GENERAL = "Options";  // the group of options that have none
 
 using Replacements = std::vector<std::pair<char, const char*>>;
 
@@ -43,6 +46,7 @@ struct Entry {
     std::vector<std::string> values;  ///< the words that it takes
     bool file = false;                ///< takes the name of a file
     bool argument = false;
+    bool required = false;
     std::string description;
     std::string group;
 };
@@ -63,6 +67,7 @@ Entry entry(const CLI::Option& option) {
         if (std::islower(static_cast<unsigned char>(word.front()))) result.values.push_back(word);
     result.description = option.get_description();
     result.group = option.get_group();
+    result.required = option.get_required();
     return result;
 }
 
@@ -95,14 +100,17 @@ void printManEntry(const Entry& item) {
 }
 
 void printMan(const CommandLine& line) {
-    std::cout << ".TH VORL 1 \"\" \"vorl " VORL_VERSION
-                 "\" \"User Commands\"\n"
-                 ".SH NAME\nvorl \\- cluster a network into a hierarchy of overlapping clusters\n"
-                 ".SH SYNOPSIS\n";
+    std::cout
+        << ".TH VORL 1 \"\" \"vorl " VORL_VERSION
+           "\" \"User Commands\"\n"
+           ".SH NAME\nvorl \\- communities of networks, and hierarchies of overlapping clusters\n"
+           ".SH SYNOPSIS\n";
     for (const auto& command : line.commands) {
         std::cout << "\\fBvorl " << command.app->get_name() << "\\fR [\\fIOPTIONS\\fR]";
         for (const Entry& item : entries(*command.app))
-            if (item.argument) std::cout << " \\fI" << item.names.front() << "\\fR";
+            if (item.argument)
+                std::cout << (item.required ? " \\fI" : " [\\fI") << item.names.front()
+                          << (item.required ? "\\fR" : "\\fR]");
         std::cout << "\n.br\n";
     }
     std::cout << ".B vorl\n\\fB\\-\\-help\\fR | \\fB\\-\\-version\\fR\n"
@@ -118,9 +126,14 @@ void printMan(const CommandLine& line) {
         std::string name = command.app->get_name();
         for (char& c : name) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
         std::cout << ".SH VORL " << name << "\n" << troff(command.app->get_description()) << ".\n";
-        std::string group;
-        for (const Entry& item : entries(*command.app)) {
-            if (!item.argument && item.group != group && item.group != "Options") {
+        std::string group = GENERAL;
+        std::vector<Entry> items = entries(*command.app);
+        // Those of no group would stand under the heading of another one.
+        std::stable_partition(items.begin(), items.end(), [](const Entry& item) {
+            return item.argument || item.group == GENERAL;
+        });
+        for (const Entry& item : items) {
+            if (!item.argument && item.group != group) {
                 group = item.group;
                 std::cout << ".SS " << troff(group) << "\n";
             }
@@ -133,7 +146,11 @@ void printMan(const CommandLine& line) {
                  ".TP\n.B 2\nWrong usage.\n"
                  ".PP\nAn unfinished run leaves no file behind.\n"
                  ".SH EXAMPLES\n"
-                 "Cluster a network and print a summary:\n"
+                 "Find the communities of a network, and write them as a table:\n"
+                 ".PP\n.RS\nvorl communities network.csv \\-\\-table communities.tsv\n.RE\n"
+                 ".PP\nShow them and the hierarchy around them in a browser:\n"
+                 ".PP\n.RS\nvorl view network.csv \\-o view.html\n.RE\n"
+                 ".PP\nCluster a network and print a summary:\n"
                  ".PP\n.RS\nvorl cluster network.nse\n.RE\n"
                  ".PP\nWrite the clusters at the root, and the description of the hierarchy:\n"
                  ".PP\n.RS\nvorl cluster network.nse \\-o clusters.cnl \\-\\-levels root\n.RE\n"
@@ -206,7 +223,8 @@ std::string zshText(const std::string& text) {
 void printZshEntry(const Entry& item, int& position) {
     std::cout << "                ";
     if (item.argument) {
-        std::cout << "'" << ++position << ":" << item.names.front() << ":_files' \\\n";
+        std::cout << "'" << ++position << (item.required ? ":" : "::") << item.names.front()
+                  << ":_files' \\\n";
         return;
     }
     if (item.names.size() > 1)

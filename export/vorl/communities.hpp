@@ -13,6 +13,9 @@
 
 namespace vorl {
 
+/// The most starts that there are.
+inline constexpr unsigned MOST_STARTS = 6;
+
 /// How communities are sought. No field changes what the answer is but `shares` and `starts`.
 struct CommunitiesOptions {
     /// Threads to work with, 0 for as many as the process may use.
@@ -20,6 +23,7 @@ struct CommunitiesOptions {
     /// Whether a node may belong to several communities.
     bool shares = true;
     /// From how many starts to search, the best one wins; 0: the smaller the network, the more.
+    /// More than `MOST_STARTS` are as many.
     unsigned starts = 0;
 };
 

@@ -46,6 +46,9 @@ TEST(Compare, NodesOfOneFileOnly) {
     EXPECT_TRUE(contains(vorl("compare --count 1000 " + files).out,
                          "Compared on 1,000 nodes: 2 in the first file only, 2 in the second file "
                          "only, 991 in neither;"));
+    const Outcome fewer = vorl("compare --count 8 " + files);
+    EXPECT_EQ(fewer.code, 1);
+    EXPECT_EQ(fewer.err, "vorl: --count tells of 8 nodes, but there are 9 to compare\n");
     const auto tells = [&](const std::string& nodes, const char* json) {
         return contains(vorl("compare --json " + files + " --nodes " + nodes).out, json);
     };

@@ -39,10 +39,10 @@ TEST(Usage, IsToldWithCodeTwo) {
         {"cluster x.nse --reduction mean,skipnodes", "did you mean skip-nodes?"},
         {"cluster x.nse --validation no", "is none of none, standard, severe"},
         {"cluster x.nse --format csv", "is none of nse, nsa, rcg"},
-        {"cluster /dev/null",
-         "/dev/null: the format can't be told from the name or the first lines; it is nse (edges), "
-         "nsa (arcs), rcg (sections), list, mtx, metis, pajek, gml, graphml or json, give it with "
-         "--format"},
+        {"cluster /proc/self/comm",
+         "/proc/self/comm: the format can't be told from the name or the first lines; it is nse "
+         "(edges), nsa (arcs), rcg (sections), list, mtx, metis, pajek, gml, graphml or json, give "
+         "it with --format"},
         {"cluster x.nse -o y.rhb --levels all", "take another extension, or --levels hierarchy"},
         {"cluster x.nse --levels per-level", "--levels needs a file to write"},
         {"info x.nse --memory-limit 4X", "--memory-limit: \"4X\" is no size"},
@@ -59,7 +59,16 @@ TEST(Usage, IsToldWithCodeTwo) {
         {"cluster x.nse -o y --shares all", "is none of none, uneven, full"},
         {"evaluate x.nse", "CLUSTERS is required"},
         {"evaluate x.nse y.cnl --gamma -1", "--gamma: \"-1\""},
-        {"info - </dev/null", "-: the format can't be told from the name or the first lines"},
+        {"info - </proc/self/comm", "-: the format can't be told from the name or the first lines"},
+        {"info x.nse --memory-limit 1M", "--memory-limit: \"1M\" is less than the "},
+        {"communities x.nse --starts 7", "--starts: \"7\" isn't a whole number from 1 to 6"},
+        {"communities x.nse --starts 0", "--starts: \"0\" isn't a whole number from 1 to 6"},
+        {"communities x.nse --threads 0", "--threads: \"0\" isn't a whole number from 1 to 4"},
+        {"view x.nse -o y.svg --threads 0", "--threads: \"0\" isn't a whole number from 1 to 4"},
+        {"cluster x.nse --levels around --clusters 0", "--clusters: \"0\" isn't a whole number"},
+        {"cut x.rhb --clusters 0", "--clusters: \"0\" isn't a whole number from 1 to"},
+        {"compare x.cnl y.cnl --count 0", "--count: \"0\" isn't a whole number from 1 to"},
+        {"cluster x.nse -o y --no-weight-range", "--no-weight-range goes with --levels signif"},
         {"convert x.nse y", "gml, graphml or json, give it with --to"},
         {"convert x.nse ''", "OUT: the name of the file is empty"},
         {"evaluate - - --format nse", "only one of the files can be the standard input"},
@@ -76,6 +85,16 @@ TEST(Usage, IsToldWithCodeTwo) {
         EXPECT_EQ(run.code, 2) << usage.arguments << run.err;
         EXPECT_EQ(run.out, "") << usage.arguments;
         EXPECT_TRUE(contains(run.err, usage.message)) << usage.arguments << run.err;
+    }
+}
+
+TEST(Usage, AnEmptyFileIsAFaultOfTheInput) {
+    const Folder folder;
+    for (const std::string& name : {std::string("none"), std::string("none.nse")}) {
+        const Outcome run = vorl("info " + folder.write(name, ""));
+        EXPECT_EQ(run.code, 1);
+        EXPECT_TRUE(run.err.ends_with(name + ": the file is empty, links are expected\n"))
+            << run.err;
     }
 }
 

@@ -8,10 +8,12 @@
 
 namespace vorl::detail {
 
-const std::vector<Start> STARTS{
-    {Similarity::COSINE, Density::OWN}, {Similarity::COSINE, Density::COMMON},
-    {Similarity::COMMON, Density::OWN}, {Similarity::COMMON, Density::COMMON},
-    {Similarity::MIXED, Density::OWN},  {Similarity::MIXED, Density::COMMON}};
+const std::array<Start, MOST_STARTS> STARTS{{{Similarity::COSINE, Density::OWN},
+                                             {Similarity::COSINE, Density::COMMON},
+                                             {Similarity::COMMON, Density::OWN},
+                                             {Similarity::COMMON, Density::COMMON},
+                                             {Similarity::MIXED, Density::OWN},
+                                             {Similarity::MIXED, Density::COMMON}}};
 
 std::string Start::name() const {
     const char* const names[] = {"cosine", "mixed", "common neighbours"};

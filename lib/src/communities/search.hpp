@@ -4,6 +4,9 @@
 #include "refinement.hpp"
 #include "similarity.hpp"
 
+#include <vorl/communities.hpp>
+
+#include <array>
 #include <functional>
 #include <string>
 
@@ -18,7 +21,7 @@ struct Start {
 };
 
 /// The starts in the order in which they are tried.
-extern const std::vector<Start> STARTS;
+extern const std::array<Start, MOST_STARTS> STARTS;
 
 /// Seconds of the steps, in the order in which they came first.
 class Clock {

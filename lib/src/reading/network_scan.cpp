@@ -32,6 +32,7 @@ NetworkFacts scanNetwork(Source& source, const std::string& name, const ScanOpti
             case NetworkFormat::JSON: return detail::jsonReader(lines, told, nodes, visit);
             case NetworkFormat::UNKNOWN: break;
         }
+        if (lines.bytes() == 0) throw detail::emptyFile(name);
         throw UnknownFormat(
             name +
             ": the format can't be told from the name or the first lines; it "

@@ -7,12 +7,15 @@
 
 namespace vorl::detail {
 
+InputError emptyFile(const std::string& file) {
+    return InputError(
+        InputError::Parts{.file = file, .wrong = "the file is empty, links are expected"});
+}
+
 NetworkFacts NetworkReader::read() {
     readAll();
     m_facts.bytes = m_lines.bytes();
-    if (m_facts.bytes == 0)
-        throw InputError(
-            InputError::Parts{.file = m_file, .wrong = "the file is empty, links are expected"});
+    if (m_facts.bytes == 0) throw emptyFile(m_file);
     if (m_facts.links() == 0 && m_facts.zeroWeights != 0)
         throw InputError::at(m_file, m_facts.firstZeroWeight,
                              "the weight is 0, as that of all links, and none is left");

@@ -24,6 +24,9 @@ void requireBounded(std::string_view name, FaultT fault) {
                     ", which is too much");
 }
 
+/// The fault of a file that has no bytes.
+InputError emptyFile(const std::string& file);
+
 /// Takes the links of a network in, and checks their numbers.
 class NetworkReader {
 public:
