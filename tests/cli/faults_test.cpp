@@ -88,6 +88,27 @@ TEST(Usage, IsToldWithCodeTwo) {
     }
 }
 
+TEST(Usage, FilesOfAnotherKindAreTold) {
+    const Folder folder;
+    const std::string clusters = folder.write("c.cnl", "1 2\n3 4\n");
+    const std::string links = folder.write("n.nse", "1 2\n2 3\n");
+    const std::string gml =
+        folder.write("n.gml", "graph [ node [ id 1 ] edge [ source 1 target 1 ] ]");
+    const auto fails = [](const std::string& arguments, const std::string& message) {
+        const Outcome run = vorl(arguments);
+        EXPECT_EQ(run.code, 1) << arguments;
+        EXPECT_TRUE(contains(run.err, message)) << arguments << run.err;
+    };
+    fails("info " + clusters, "c.cnl: the file has clusters, a network is expected");
+    EXPECT_EQ(vorl("info --format nse " + clusters).code, 0);
+    fails("evaluate " + links + " " + links, "n.nse: the file has the links of a network, clus");
+    EXPECT_EQ(vorl("info --columns 2,1 --format list " + links).code, 0);
+    fails("info --columns 2,1 " + links, ": columns can be chosen of the format list alone, the");
+    fails("info --columns a,b " + gml, ": columns can be chosen of the format list alone, the");
+    fails("info --directed " + links,
+          ": links are asked for as arcs, the file, nse, tells of edges\n");
+}
+
 TEST(Usage, AnEmptyFileIsAFaultOfTheInput) {
     const Folder folder;
     for (const std::string& name : {std::string("none"), std::string("none.nse")}) {

@@ -1,5 +1,6 @@
 #include <vorl/reading/cluster_levels.hpp>
 
+#include <vorl/reading/file_kind.hpp>
 #include <vorl/reading/lines.hpp>
 #include <vorl/reading/pack.hpp>
 #include <vorl/reading/tokens.hpp>
@@ -93,7 +94,13 @@ ClusterLevels readClusterLevels(const std::string& file, ClustersFormat format,
     const auto source = openSource(file);
     Lines lines(*source, file);
     if (format == ClustersFormat::UNKNOWN) {
+        if (fileKind(file, lines) == FileKind::NETWORK)
+            throw InputError(InputError::Parts{.file = file,
+                                               .wrong = std::string("the file has ") +
+                                                        nameOf(FileKind::NETWORK) +
+                                                        ", clusters are expected"});
         lines.hold();
+        lines.rewind(true);
         const bool hierarchy = isHierarchy(lines);
         lines.rewind(true);
         const std::string name = plainName(lowered(file));

@@ -2,7 +2,22 @@
 
 #include "formats/network_reader.hpp"
 
+#include <vorl/reading/file_kind.hpp>
+
 namespace vorl {
+
+namespace {
+
+void requireNetwork(const std::string& name, Lines& lines, NetworkFormat told) {
+    if (told > NetworkFormat::LIST) return;
+    const FileKind kind = fileKind(told == NetworkFormat::UNKNOWN ? name : "", lines);
+    if (kind == FileKind::ANY || kind == FileKind::NETWORK) return lines.rewind(false);
+    throw InputError(InputError::Parts{
+        .file = name,
+        .wrong = std::string("the file has ") + nameOf(kind) + ", a network is expected"});
+}
+
+}  // namespace
 
 NetworkBounds NetworkBounds::ofMemory(std::size_t memory) {
     // Of networks of distinct links, their nodes and the hierarchy.
@@ -16,7 +31,14 @@ NetworkFacts scanNetwork(Source& source, const std::string& name, const ScanOpti
     Lines lines(source, name);
     ScanOptions told = options;
     told.size = source.size();
+    requireNetwork(name, lines, told.format);
     if (told.format == NetworkFormat::UNKNOWN) told.format = formatByLines(lines);
+    if (!told.columns.empty() && told.format != NetworkFormat::LIST &&
+        told.format != NetworkFormat::UNKNOWN)
+        throw InputError(InputError::Parts{
+            .file = name,
+            .wrong = std::string("columns can be chosen of the format list alone, the file is ") +
+                     nameOf(told.format)});
     const auto reader = [&]() -> std::unique_ptr<detail::NetworkReader> {
         switch (told.format) {
             case NetworkFormat::NSE:

@@ -46,6 +46,19 @@ TEST(EdgeLists, AreReadInTheirDialects) {
     EXPECT_EQ(linksOf("source,target,year\n1,2,1999\n"), "1-2");
     EXPECT_EQ(linksOf("from,to,year\n1,2,1999\n", {.weightName = "year"}), "1-2:1999");
     EXPECT_EQ(linksOf("1 2 {'cost': 3}\n", {.weightName = "cost"}), "1-2:3");
+    EXPECT_EQ(linksOf("Source;Target;Weight\n1;2;1,5\n2;3;\"0,25\"\n"), "1-2:1.5 2-3:0.25");
+    EXPECT_EQ(linksOf("a\tb\t1,5\n"), "a-b:1.5");
+}
+
+TEST(EdgeLists, TellEdgesFromArcsByAColumn) {
+    const std::string text =
+        "Source,Target,Type,Id,Weight\na,b,Directed,0,2\nb,c,Undirected,1,3\nc,a,,2,1\n";
+    EXPECT_EQ(linksOf(text), "a>b:2 b-c:3 c-a");
+    EXPECT_EQ(linksOf(text, {.directed = true}), "a>b:2 b>c:3 c>a");
+    EXPECT_EQ(linksOf(text, {.directed = false}), "a-b:2 b-c:3 c-a");
+    EXPECT_EQ(linksOf("from,to,type\na,b,friend\n"), "a-b");
+    EXPECT_EQ(linksOf("who,whom,type\n1,2,directed\n"), "1>2");
+    EXPECT_EQ(linksOf("type,from,to\ndirected,b\n", {.columns = "type,from"}), "directed-b");
 }
 
 TEST(EdgeLists, TakeColumnsByNameOrNumber) {
@@ -84,13 +97,31 @@ TEST(EdgeLists, FaultsAreToldByLine) {
         {",a\n", "f:1: the source is \"\", a name is expected"},
         {"a,b\n\"\",b\n", "f:2: the source is \"\", a name is expected"},
         {"\ta\n1\t2\n", "f:1: the source is \"\", a name is expected"},
-        {"a,b\n\"c,d\n", "f:2: the quotes that begin with \"\"c,d\" aren't closed"},
+        {"a,b\n\"c,d\n",
+         "f:2: the quotes that begin with \"\"c,d\" aren't closed in their line, over which a "
+         "field can't go"},
         {"a b\n\"c\"d e\n", "f:2: \"d e\" stands behind closing quotes, a blank is expected"},
         {"\"a\"b,c\n", "f:1: \"b,c\" stands behind closing quotes, a comma is expected"},
-        {"a,b,x\n", "f:1: the weight is \"x\", a number is expected"},
+        {"a,b,x\n",
+         "f:1: the weight is \"x\", a number is expected; if the line has names of columns, tell "
+         "which ones to read (--columns A,B[,W]): \"a\", \"b\", \"x\""},
+        {"a,b,1\na,c,x\n", "f:2: the weight is \"x\", a number is expected"},
+        {"node\tcommunity\tshare\na\t0\t1\n",
+         "f:1: the columns \"node\", \"community\", \"share\" are those of a table of clusters, a "
+         "network is expected"},
+        {"# Clusters: 2, Nodes: 3\n1 2\n3\n", "f: the file has clusters, a network is expected"},
+        {"/Hierarchy levels:7 clusters:30\n", "f: the file has a hierarchy, a network is expected"},
+        {"a,b,1\nc,\"d\ne\",2\n",
+         "f:2: the quotes that begin with \"\"d\" aren't closed in their line, over which a field "
+         "can't go"},
         {"a,b,-1\n", "f:1: the weight is \"-1\", it must not be negative"},
         {"a,b,nan\n", "f:1: the weight is \"nan\", a number is expected"},
-        {"a;b;0,5\n", "f:1: the weight is \"0,5\", a number is expected"},
+        {"1;2;0,5\n2;3;1.234\n",
+         "f:2: the weight is \"1.234\", a decimal comma is expected, as before"},
+        {"1;2;0.5\n2;3;1,5\n",
+         "f:2: the weight is \"1,5\", a decimal point is expected, as before"},
+        {"1;2;1\n2;3;1,234,5\n", "f:2: the weight is \"1,234,5\", a number is expected"},
+        {"1;2;1\n2;3;1.234,5\n", "f:2: the weight is \"1.234,5\", a number is expected"},
         {"a,b,1e39\n",
          "f:1: the weight is \"1e39\", 0 or a number from 1.2e-38 to 3.4e38 is expected"},
         {"1 2 {'weight': 'x'}\n", "f:1: the weight is \"'x'\", a number is expected"},
@@ -99,8 +130,12 @@ TEST(EdgeLists, FaultsAreToldByLine) {
           "a\0,\0",
           6},
          "f:1: a NUL byte: the file is in UTF-16, text in UTF-8 is expected"},
-        {"1,2,3,4,\"x\n", "f:1: the quotes that begin with \"\"x\" aren't closed"},
-        {"1,2\n2,3,4,5,\"x\n", "f:2: the quotes that begin with \"\"x\" aren't closed"},
+        {"1,2,3,4,\"x\n",
+         "f:1: the quotes that begin with \"\"x\" aren't closed in their line, over which a field "
+         "can't go"},
+        {"1,2\n2,3,4,5,\"x\n",
+         "f:2: the quotes that begin with \"\"x\" aren't closed in their line, over which a field "
+         "can't go"},
         {std::string(100'000, ','),
          "f:1: the line has more than 100,000 fields, a source and a destination are expected"},
         {"1 2 3e38\n2 3 3e38\n", "f: the weights add up to more than 1.7e38"},

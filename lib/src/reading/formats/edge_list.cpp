@@ -36,6 +36,14 @@ std::string plainName(std::string_view name) {
     return result;
 }
 
+/// Whether the columns of a table of clusters bear these names.
+bool areOfClusters(const std::vector<std::string>& names) {
+    const auto has = [&names](std::string_view name) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    return has("node") && (has("community") || has("cluster"));
+}
+
 bool isNumber(std::string_view text) {
     double value = 0;
     const auto [last, err] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -167,6 +175,9 @@ private:
             return true;
         };
         const auto ends = knownEnds(names);
+        if (!ends && !m_told && areOfClusters(names))
+            throw fault("the columns " + listOf(names) +
+                        " are those of a table of clusters, a network is expected");
         if (needsNames()) {
             if (!m_told && ends) {
                 m_src.place = ends->first;
@@ -192,6 +203,8 @@ private:
         }
         m_started = m_named = true;
         m_namesLine = m_line;
+        const auto kind = place("type");
+        if (kind && *kind != m_src.place && *kind != m_dst.place) m_kind = kind;
         return true;
     }
 
@@ -273,7 +286,9 @@ private:
 
     /// The number of fields that a line is read for.
     std::size_t wanted() const {
-        return std::max({m_src.place, m_dst.place, m_weight ? m_weight->place : 0, WIDE}) + 1;
+        return std::max({m_src.place, m_dst.place, m_weight ? m_weight->place : 0,
+                         m_kind.value_or(0), WIDE}) +
+               1;
     }
 
     /// Fills the first fields, and the attributes behind all of them.
@@ -320,7 +335,8 @@ private:
         for (std::size_t from = 1;;) {
             const std::size_t end = line.find('"', from);
             if (end == std::string_view::npos)
-                throw fault("the quotes that begin with " + quoted(line) + " aren't closed");
+                throw fault("the quotes that begin with " + quoted(line) +
+                            " aren't closed in their line, over which a field can't go");
             const bool doubled = end + 1 < line.size() && line[end + 1] == '"';
             if (doubled && !kept && m_fields.size() < m_most) kept = &m_unquoted.emplace_back();
             if (kept) appendBounded(*kept, line.substr(begin, end - begin + doubled));
@@ -367,6 +383,9 @@ private:
             m_named = true;
             m_namesLine = m_pendingLine;
             m_pendingLine = 0;
+            for (std::size_t i = 0; i < m_fields.size(); ++i)
+                if (plainName(m_fields[i]) == "type" && i != m_src.place && i != m_dst.place)
+                    m_kind = i;
             if (!m_told) {
                 m_weight.reset();
                 for (std::size_t i = 2; i < m_fields.size(); ++i)
@@ -384,6 +403,16 @@ private:
         const std::string pending = std::move(m_pending);
         m_line = std::exchange(m_pendingLine, 0);
         split(pending, wanted());
+        if (m_readWeights && m_data.empty() && m_weight && m_weight->place < m_fields.size() &&
+            !m_fields[m_weight->place].empty() && !isWeightNumber(m_fields[m_weight->place])) {
+            const std::string weight(m_fields[m_weight->place]);
+            splitNames(pending);
+            throw fault(
+                "the weight", weight,
+                "a number is expected; if the line has names of columns, tell which ones to "
+                "read (--columns A,B[,W]): " +
+                    listOf({m_fields.begin(), m_fields.end()}));
+        }
         readLink();
     }
 
@@ -405,11 +434,44 @@ private:
             std::string_view token;
             if (m_weight && m_weight->place < m_fields.size()) token = m_fields[m_weight->place];
             if (!m_data.empty()) token = weightOfData();
-            if (!token.empty()) weight = takeWeight(token);
+            if (!token.empty()) weight = takeWeight(m_data.empty() ? withPoint(token) : token);
         }
         if (!m_named && !m_told && m_fields.size() > WIDE && m_facts.wideLines++ == 0)
             m_facts.firstWideLine = m_line;
-        addNamedLink(src, dst, weight, m_arcs);
+        addNamedLink(src, dst, weight, m_kind ? isArc() : m_arcs);
+    }
+
+    /// Whether the column of kinds tells of an arc, as `Directed`.
+    bool isArc() const {
+        if (m_options.directed || *m_kind >= m_fields.size()) return m_arcs;
+        const std::string kind = lowered(m_fields[*m_kind]);
+        return kind == "directed" || (kind != "undirected" && m_arcs);
+    }
+
+    bool mayHaveDecimalCommas() const { return m_separator == ';' || m_separator == '\t'; }
+
+    bool isWeightNumber(std::string_view token) const {
+        std::string text(token);
+        if (mayHaveDecimalCommas()) std::replace(text.begin(), text.end(), ',', '.');
+        return isNumber(text);
+    }
+
+    /// A weight with the decimal point of the formats. Where all of them have a comma, a point
+    /// would part thousands, and the other way round.
+    std::string_view withPoint(std::string_view token) {
+        if (!mayHaveDecimalCommas()) return token;
+        const std::size_t mark = token.find_first_of(".,");
+        if (mark == std::string_view::npos) return token;
+        if (m_decimal == '\0') m_decimal = token[mark];
+        if (token[mark] != m_decimal)
+            throw fault("the weight", token,
+                        std::string("a decimal ") + (m_decimal == ',' ? "comma" : "point") +
+                            " is expected, as before");
+        if (m_decimal == '.') return token;
+        m_number = token;
+        m_number[mark] = '.';
+        // What has a second mark is no number, and is told as it stands there.
+        return isNumber(m_number) ? std::string_view(m_number) : token;
     }
 
     /// The number behind the name of the weight among attributes; empty if it isn't there.
@@ -438,7 +500,10 @@ private:
         m_facts.dialect += ", columns " + std::to_string(m_src.place + 1) + " and " +
                            std::to_string(m_dst.place + 1);
         if (m_weight && m_facts.statesWeights && m_data.empty())
-            m_facts.dialect += " with the weight in " + std::to_string(m_weight->place + 1);
+            m_facts.dialect += " with the weight in " + std::to_string(m_weight->place + 1) +
+                               (m_decimal == ',' ? " (decimal commas)" : "");
+        if (m_kind && !m_options.directed)
+            m_facts.dialect += ", the kind of link in " + std::to_string(*m_kind + 1);
         if (m_named) m_facts.dialect += ", their names in line " + std::to_string(m_namesLine);
     }
 
@@ -453,6 +518,9 @@ private:
     Column m_src{0, {}};
     Column m_dst{1, {}};
     std::optional<Column> m_weight = Column{2, {}};
+    std::optional<std::size_t> m_kind;  // the place of what tells edges from arcs
+    char m_decimal = '\0';              // what parts whole numbers from fractions in weights
+    std::string m_number;               // the last weight with a decimal comma
     std::vector<std::string_view> m_fields;
     std::size_t m_most = 0;              // fields to be kept of a line
     std::deque<std::string> m_unquoted;  // what fields with doubled quotes hold

@@ -20,11 +20,23 @@ protected:
         if (m_text.peek() != '{') throw fault("found " + m_text.shown() + ", \"{\" is expected");
         m_text.readObject([this](const std::string& key) { readTop(key); });
         if (m_text.peek() != '\0') throw fault("found " + m_text.shown() + " behind the document");
+        if (!m_links)
+            throw fault("the document has no \"links\" or \"edges\", but " +
+                        (m_others.empty() ? "no keys" : m_others));
         m_facts.toldDirected = m_arcs;
     }
 
 private:
+    /// Keeps the first keys of the document, for a message.
+    void keep(const std::string& key) {
+        if (m_keys++ < 8)
+            m_others += (m_others.empty() ? "" : ", ") + quoted(key);
+        else if (m_keys == 9)
+            m_others += ", ...";
+    }
+
     void readTop(const std::string& key) {
+        keep(key);
         if (key == "directed") {
             const std::string word = m_text.readScalar();
             if (word != "true" && word != "false")
@@ -110,6 +122,8 @@ private:
     bool m_links = false;    // the links have begun
     bool m_byPlace = false;  // links call nodes by their places
     Size m_count = 0;        // of the nodes
+    std::string m_others;    // keys of the document
+    Size m_keys = 0;         // their number
 };
 
 }  // namespace

@@ -27,12 +27,27 @@ NetworkFacts NetworkReader::read() {
             .file = m_file,
             .wrong = "no link has a weight called " + quoted(m_options.weightName)});
     m_facts.weighted = m_readWeights;
+    requireDirections();
     checkTotals();
     // Weights are compared at 32 bits, both directions counted.
     if (2 * m_facts.weight > std::numeric_limits<float>::max())
         throw InputError(
             InputError::Parts{.file = m_file, .wrong = "the weights add up to more than 1.7e38"});
     return m_facts;
+}
+
+/// What NSE, NSA and RCG tell of directions, options don't change.
+void NetworkReader::requireDirections() const {
+    if (!m_options.directed || m_options.format == NetworkFormat::UNKNOWN ||
+        m_options.format > NetworkFormat::RCG)
+        return;
+    if (*m_options.directed ? m_facts.edges != 0 : m_facts.arcs != 0)
+        throw InputError(InputError::Parts{.file = m_file,
+                                           .wrong = std::string("links are asked for as ") +
+                                                    (*m_options.directed ? "arcs" : "edges") +
+                                                    ", the file, " + nameOf(m_options.format) +
+                                                    ", tells of " +
+                                                    (*m_options.directed ? "edges" : "arcs")});
 }
 
 Size NetworkReader::toCount(std::string_view token, const std::string& what) const {

@@ -165,6 +165,7 @@ protected:
 private:
     bool isDropped() const { return m_zero && m_options.zeros == ZeroWeights::DROP; }
     Id toWideId(std::string_view token, const char* what) const;
+    void requireDirections() const;
     [[noreturn]] void refuse(const std::string& what) const;
 
     const LinkVisitor& m_visit;
