@@ -40,22 +40,32 @@ std::string inducedText(const ExtractCommand& command, NetworkFormat format) {
     const std::vector<Id> members = clusters.membersOf(*command.cluster);
     ReadOptions read = command.read;
     read.labels = clusters.labels();
-    NetworkTable table = readTable(read, [&](const RawLink& ln) {
-        return std::binary_search(members.begin(), members.end(), ln.src) &&
-               std::binary_search(members.begin(), members.end(), ln.dst);
+    NetworkTable table = readTable(read, [&members](Id node) {
+        return std::binary_search(members.begin(), members.end(), node);
     });
+    const Size unknown = members.size() - table.nodes.size();
+    const Size linkless = holdsSingleNodes(format) ? 0 : dropLinkless(table);
+    if (table.nodes.empty())
+        throw InputError(
+            command.clusters + ": cluster " + std::to_string(*command.cluster) +
+            (linkless != 0 ? std::string(" has no link inside, and the format ") + nameOf(format) +
+                                 " tells of nodes by their links; gml, graphml, json and pajek "
+                                 "hold single nodes"
+                           : " has no node of the network"));
     NetworkFacts own;
     for (const RawLink& ln : table.links) ++(ln.arc ? own.arcs : own.edges);
     own.weighted = table.facts.weighted;
     own.statesWeights = table.facts.statesWeights;
     own.toldDirected = table.facts.toldDirected;
-    own.nodes = table.linked;
+    own.nodes = table.nodes.size();
     table.facts = own;
     requireHolds(format, table, command.read.file);
-    if (table.linked < members.size())
+    if (linkless != 0)
         remark(command, command.clusters,
-               counted(members.size() - table.linked, "node") +
-                   " without a link inside the cluster left out");
+               counted(linkless, "node") + " without a link inside the cluster left out");
+    if (unknown != 0)
+        remark(command, command.clusters,
+               counted(unknown, "node") + " of the cluster not in the network");
     return networkText(format, table, separatorOf(command.output));
 }
 
@@ -79,6 +89,10 @@ std::string quotientText(const ExtractCommand& command, NetworkFormat format) {
     };
     leftOut(quotient.uncovered, "node", " of the network in no cluster, left out with all links");
     leftOut(quotient.linkless, "cluster", " without any link left out");
+    if (quotient.links.empty())
+        throw InputError(command.clusters +
+                         ": the clusters have no links, neither inside nor "
+                         "between them");
     NetworkTable table;
     (network.directed ? table.facts.arcs : table.facts.edges) = quotient.links.size();
     table.facts.toldDirected = network.directed;

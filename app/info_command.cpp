@@ -270,7 +270,9 @@ std::string asJson(const std::string& file, const NetworkInfo& info) {
 
 void run(const InfoCommand& command) {
     const ProgressLine line;
-    const ScanOptions options = scanOptions(command.read);
+    ScanOptions options = scanOptions(command.read);
+    // An estimate clusters a part.
+    options.mayLackLinks = !command.estimate;
     const auto source = openInput(command.read);
     Survey survey;
     NodeNames nodes(command.read.labels);

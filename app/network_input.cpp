@@ -20,8 +20,7 @@ std::unique_ptr<Source> openInput(const ReadOptions& options) {
                       options.memoryLimit != 0 ? options.memoryLimit : vorl::memoryLimit());
 }
 
-NetworkTable readTable(const ReadOptions& options,
-                       const std::function<bool(const RawLink&)>& taken) {
+NetworkTable readTable(const ReadOptions& options, const std::function<bool(Id)>& wanted) {
     const auto source = openInput(options);
     NodeNames names(options.labels);
     NetworkTable table;
@@ -31,23 +30,31 @@ NetworkTable readTable(const ReadOptions& options,
         table.linked += !seen[number];
         seen[number] = true;
     };
-    const auto facts =
-        scanNetwork(*source, options.file, scanOptions(options), names, [&](const RawLink& ln) {
-            const RawLink named{names.id(ln.src), names.id(ln.dst), ln.weight, ln.arc};
-            if (taken && !taken(named)) return;
-            see(ln.src);
-            see(ln.dst);
-            table.links.push_back(named);
-        });
-    table.facts = facts;
+    ScanOptions scan = scanOptions(options);
+    scan.mayLackLinks = true;
+    table.facts = scanNetwork(*source, options.file, scan, names, [&](const RawLink& ln) {
+        const RawLink named{names.id(ln.src), names.id(ln.dst), ln.weight, ln.arc};
+        if (wanted && !(wanted(named.src) && wanted(named.dst))) return;
+        see(ln.src);
+        see(ln.dst);
+        table.links.push_back(named);
+    });
     table.nodes = names.ids();
-    if (taken) {
-        Id number = 0;
-        seen.resize(table.nodes.size());
-        std::erase_if(table.nodes, [&](Id) { return !seen[number++]; });
-    }
+    if (wanted) std::erase_if(table.nodes, [&](Id node) { return !wanted(node); });
     if (names.labels()->size() != 0) table.labels = names.labels();
     return table;
+}
+
+Size dropLinkless(NetworkTable& table) {
+    const Size before = table.nodes.size();
+    if (before == table.linked) return 0;
+    std::vector<Id> linked;
+    linked.reserve(2 * table.links.size());
+    for (const RawLink& ln : table.links) linked.insert(linked.end(), {ln.src, ln.dst});
+    std::sort(linked.begin(), linked.end());
+    return std::erase_if(table.nodes, [&linked](Id node) {
+        return !std::binary_search(linked.begin(), linked.end(), node);
+    });
 }
 
 NetworkFormat outputFormat(const std::string& file, NetworkFormat told) {

@@ -20,10 +20,13 @@ void showWarnings(const NetworkReport& network, const ReadOptions& options);
 std::unique_ptr<Source> openInput(const ReadOptions& options);
 
 /// Reads a network to write it again.
-/// @param taken tells which links are wanted, and with them their nodes; empty for all
+/// @param wanted tells which nodes are, with the links between them; empty for all
 /// @throws as `scanNetwork`
-NetworkTable readTable(const ReadOptions& options,
-                       const std::function<bool(const RawLink&)>& taken = {});
+NetworkTable readTable(const ReadOptions& options, const std::function<bool(Id)>& wanted = {});
+
+/// Leaves nodes without a link out.
+/// @return how many there were
+Size dropLinkless(NetworkTable& table);
 
 /// @param file that the network is from
 /// @throws InputError if the format can't hold the network

@@ -365,6 +365,50 @@ TEST(Convert, SaysWhatAFormatCannotHold) {
               ": 1 node without a link can't be told in a list\n");
 }
 
+TEST(Convert, HoldsNetworksWithoutLinks) {
+    const Folder folder;
+    const std::string nodes = folder.write("nodes.rcg", "/Nodes 3 1\n/Edges\n");
+    const std::string told = ", \"nodes\": 3, \"edges\": 0, \"arcs\": 0, ";
+    EXPECT_TRUE(contains(vorl("info --json " + nodes).out, told));
+    EXPECT_TRUE(contains(vorl("info " + nodes).out, "components      3, the largest has 1 node"));
+    for (const char* format : {"rcg", "mtx", "metis", "pajek", "gml", "graphml", "json"}) {
+        const std::string file = (folder / format).string();
+        const std::string as = std::string("--format ") + format + " " + file;
+        EXPECT_EQ(vorl("convert " + nodes + " " + file + " --to " + format).err, "");
+        EXPECT_TRUE(contains(vorl("info --json " + as).out, told)) << format;
+        // There is nothing to cluster.
+        const Outcome run = vorl("communities " + as);
+        EXPECT_EQ(run.code, 1) << format;
+        EXPECT_TRUE(contains(run.err, "the file ends without a link")) << run.err;
+    }
+    for (const char* format : {"nse", "list"})
+        EXPECT_TRUE(contains(vorl("convert " + nodes + " - --to " + format).err,
+                             "3 nodes without a link can't be told in"));
+    EXPECT_EQ(vorl("info --estimate " + nodes).code, 1);
+    // Of nodes that nothing names there are none.
+    EXPECT_EQ(vorl("info " + folder.write("a.nse", "# Nodes: 3, Edges: 0\n")).code, 1);
+}
+
+TEST(Extract, KeepsSingleNodesWhereTheFormatHoldsThem) {
+    const Folder folder;
+    const std::string network = folder.write("n.nse", "1 2\n2 3\n3 4\n");
+    const std::string clusters = folder.write("c.cnl", "1\n1 2 4\n7\n");
+    const std::string files = "extract " + network + " " + clusters + " --cluster ";
+    EXPECT_EQ(vorl(files + "1 --to pajek").out, "*Vertices 1\n1 \"1\"\n");
+    EXPECT_EQ(vorl(files + "2 --to pajek").out,
+              "*Vertices 3\n1 \"1\"\n2 \"2\"\n3 \"4\"\n*Edges\n1 2\n");
+    const Outcome some = vorl(files + "2");
+    EXPECT_EQ(some.out, "# Nodes: 2, Edges: 1, Weighted: 1\n1 2 1\n");
+    EXPECT_TRUE(contains(some.err, "1 node without a link inside the cluster left out"))
+        << some.err;
+    const Outcome none = vorl(files + "1");
+    EXPECT_EQ(none.code, 1);
+    EXPECT_EQ(none.out, "");
+    EXPECT_TRUE(contains(none.err, "c.cnl: cluster 1 has no link inside, and the format nse tells"))
+        << none.err;
+    EXPECT_TRUE(contains(vorl(files + "3").err, "cluster 3 has no node of the network"));
+}
+
 TEST(Info, TellsWhatTheFileHolds) {
     const Folder folder;
     const std::string file = folder.write(

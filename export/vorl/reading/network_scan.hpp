@@ -75,6 +75,7 @@ struct ScanOptions {
     /// Two or three columns of a list, by name or number, with commas: source, destination, weight.
     std::string columns = {};
     std::string weightName = {};           ///< what a file calls the weight
+    bool mayLackLinks = false;             ///< nodes alone are a network, too
     std::optional<std::size_t> size = {};  ///< of the source, if it is known
 };
 

@@ -28,6 +28,9 @@ struct NetworkTable {
 /// hold"; empty if it can.
 VORL_API std::string obstacle(NetworkFormat format, const NetworkTable& network);
 
+/// Whether a format has a place for single nodes without a link, whatever their ids.
+VORL_API bool holdsSingleNodes(NetworkFormat format);
+
 /// The network in a format that can hold it.
 ///
 /// Links stand in their order, and nodes so that they come in theirs where the text is read, as far

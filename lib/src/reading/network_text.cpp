@@ -108,6 +108,8 @@ std::string obstacle(NetworkFormat format, const NetworkTable& network) {
     return {};
 }
 
+bool holdsSingleNodes(NetworkFormat format) { return format > NetworkFormat::LIST; }
+
 std::string networkText(NetworkFormat format, const NetworkTable& network, char separator) {
     switch (format) {
         case NetworkFormat::NSE:

@@ -19,7 +19,7 @@ NetworkFacts NetworkReader::read() {
     if (m_facts.links() == 0 && m_facts.zeroWeights != 0)
         throw InputError::at(m_file, m_facts.firstZeroWeight,
                              "the weight is 0, as that of all links, and none is left");
-    if (m_facts.links() == 0)
+    if (m_facts.links() == 0 && !(m_options.mayLackLinks && m_nodes.size() != 0))
         throw InputError::at(m_file, std::max<std::size_t>(m_line, 1),
                              "the file ends without a link");
     if (m_readWeights && !m_facts.statesWeights && !m_options.weightName.empty())
