@@ -78,6 +78,8 @@ nb::tuple readClusters(const std::string& file, ClustersFormat format, nb::objec
         level.is_none() ? std::nullopt : std::optional(nb::cast<LevelNum>(level));
     watched(tell, [&] {
         const ClusterLevels levels = readClusterLevels(file, format);
+        if (wanted && !levels.isHierarchy() && !levels.severalLevels())
+            throw std::invalid_argument("level: " + file + " has clusters without levels");
         if (wanted && *wanted >= levels.levels())
             throw std::invalid_argument("level: " + file + " has " +
                                         std::to_string(levels.levels()) +

@@ -110,6 +110,9 @@ def test_weights_by_name_and_parallel_links():
     assert vorl.evaluate(heavy, PARTS, weight="strength") == vorl.evaluate(graph(), PARTS)
     assert vorl.evaluate(heavy, PARTS) == vorl.evaluate((S, T), PARTS)
     assert vorl.evaluate(graph(), PARTS, weight=None) == vorl.evaluate((S, T), PARTS)
+    for typo in (graph(), nx.MultiGraph(graph()), igraph.Graph.from_networkx(graph())):
+        with pytest.raises(ValueError, match="no link has an attribute 'wieght'"):
+            vorl.evaluate(typo, PARTS, weight="wieght")
     many = nx.MultiGraph()
     for a, b, w in LINKS:
         many.add_edge(a, b, weight=w / 2)

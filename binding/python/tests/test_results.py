@@ -110,6 +110,9 @@ def test_files_are_those_of_the_program(network, data, program, tmp_path, monkey
                 ours = (tmp_path / f"ours.{kind}").read_bytes()
                 assert ours == (tmp_path / f"theirs.{kind}").read_bytes()
     assert vorl.read_clusters("ours.rhb") == built.root
+    assert vorl.read_clusters("ours.rhb", level=0) != built.root
+    with pytest.raises(ValueError, match="clusters without levels"):
+        vorl.read_clusters("ours.tsv", level=0)
     # Nothing else is left behind.
     assert {p.name.split(".")[0] for p in tmp_path.iterdir()} == {"ours", "theirs"}
 

@@ -33,8 +33,8 @@ G : path, graph, matrix, table or arrays
         - a tuple (sources, targets[, weights]) of arrays."""
 READING = """\
 weight : str or None
-        Name of the attribute or column of weights, 0 or above; 1 where it isn't there. None: no
-        weights are looked at.
+        Name of the attribute or column of weights, 0 or above; 1 where it isn't there, but a name of
+        one's own that no link has is refused. None: no weights are looked at.
     directed : bool, optional
         Whether links have directions; by itself as the object says, else not.
     sum_duplicates : bool
@@ -454,7 +454,7 @@ def read_clusters(
     format : {"cnl", "table", "rhb"}, optional
         The format, if neither the contents nor the name tell it.
     level : int, optional
-        Level of a hierarchy, 0 being the lowest.
+        Level of a hierarchy, 0 being the lowest; refused where a file has clusters without levels.
 
     Returns
     -------

@@ -9,7 +9,7 @@ from __future__ import annotations
 import os
 import sys
 from itertools import chain
-from typing import Any, Dict, Hashable, List, Optional, Sequence, Tuple, Union
+from typing import Any, Callable, Dict, Hashable, List, Optional, Sequence, Tuple, Union
 
 from . import _vorl
 from ._labels import MAX_ID, Labels
@@ -115,6 +115,10 @@ def _of_networkx(graph: Any, weight: Weight, directed: Optional[bool]) -> Networ
     sources = np.repeat(np.arange(len(nodes), dtype=np.uint32), degrees)
     keep = None if own else targets >= sources
     weights = None
+    if weight is not None and total:
+        rows = chain.from_iterable(row.values() for _, row in graph.adjacency())
+        ties = chain.from_iterable(ds.values() for ds in rows) if many else rows
+        _require_weight(weight, lambda: any(weight in d for d in ties))
     if weight is not None or many:
         data = chain.from_iterable(row.values() for _, row in graph.adjacency())
         if many:
@@ -131,6 +135,12 @@ def _of_networkx(graph: Any, weight: Weight, directed: Optional[bool]) -> Networ
         sources, targets = sources[keep], targets[keep]
         weights = None if weights is None else weights[keep]
     return _numbered(sources, targets, weights, nodes, own if directed is None else directed)
+
+
+def _require_weight(weight: str, found: Callable[[], bool]) -> None:
+    """Refuses a name that no link has; "weight" may be lacking, as it isn't asked for."""
+    if weight != "weight" and not found():
+        raise ValueError(f"weight: no link has an attribute {weight!r}")
 
 
 def _number(value: Any, name: Weight) -> float:
@@ -208,6 +218,8 @@ def _of_igraph(graph: Any, weight: Weight, directed: Optional[bool]) -> Network:
     ends = np.fromiter(chain.from_iterable(graph.get_edgelist()), np.uint32, 2 * edges)
     ends = ends.reshape(edges, 2)
     weights = None
+    if weight is not None and edges:
+        _require_weight(weight, lambda: weight in graph.es.attributes())
     if weight is not None and weight in graph.es.attributes():
         weights = _weights(iter(graph.es[weight]), edges, weight)
     names = vertex_names(graph)
