@@ -50,6 +50,29 @@ TEST(InfoCommand, EstimatesWhatClusteringTakes) {
     }
 }
 
+TEST(InfoCommand, EstimatesTheMemoryOfRegularNetworks) {
+    if (VORL_SANITIZED) GTEST_SKIP() << "takes memory of its own";
+    const Folder folder;
+    // Many times more clusters than nodes form in both.
+    std::string ring;
+    for (int i = 0; i < 500; ++i)
+        ring += std::to_string(i) + " " + std::to_string((i + 1) % 500) + "\n";
+    std::string grid;
+    for (int i = 0; i < 70 * 70; ++i) {
+        const std::string node = std::to_string(i) + " ";
+        if (i % 70 != 69) grid += node + std::to_string(i + 1) + "\n";
+        if (i < 69 * 70) grid += node + std::to_string(i + 70) + "\n";
+    }
+    for (const std::string& file :
+         {folder.write("ring.nse", ring), folder.write("grid.nse", grid)}) {
+        const double told = valueOf(vorl("info --estimate --json " + file).out, "memory_bytes");
+        const double taken =
+            valueOf(vorl("cluster --no-level-measures --json " + file).out, "peak_memory_bytes");
+        EXPECT_GT(told, taken / 2) << file;
+        EXPECT_LT(told, taken * 2) << file;
+    }
+}
+
 TEST(InfoCommand, EstimatesForTheSmallestNetworks) {
     const Folder folder;
     std::ofstream(folder / "one.nse") << "0 1\n";

@@ -1,8 +1,10 @@
 #include <vorl/estimate.hpp>
 #include <vorl/link_arrays.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <ctime>
+#include <utility>
 
 namespace vorl {
 
@@ -15,6 +17,10 @@ constexpr double NODE_BYTES = 530;
 constexpr double RECORD_BYTES = 37;
 /// More where a record has a weight.
 constexpr double WEIGHT_BYTES = 16;
+/// Of each cluster beyond one for each node, as they are where many gains tie.
+constexpr double CLUSTER_BYTES = 900;
+/// Clusters of a node grow by no more than this power of the nodes.
+constexpr double CLUSTERS_GROWTH = 0.5;
 
 /// So many links are clustered for the time, or less if a tenth of them takes long.
 constexpr Size SAMPLE_LINKS = 100'000;
@@ -73,10 +79,40 @@ private:
 /// Processor time, which doesn't count what others do meanwhile.
 double processSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
-double clusterSeconds(const LinkArrays& links) {
+/// What clustering of a sample took.
+struct Trial {
+    double seconds = 0;
+    double nodes = 0;
+    double clusters = 0;
+
+    double clustersOfNode() const { return clusters / nodes; }
+};
+
+Trial cluster(const LinkArrays& links) {
+    Trial trial;
     const double start = processSeconds();
-    std::visit([](const auto& graph) { graph->buildHierarchy(); }, graphOf(links));
-    return processSeconds() - start;
+    std::visit(
+        [&trial](const auto& graph) {
+            const auto hierarchy = graph->buildHierarchy();
+            trial.nodes = static_cast<double>(hierarchy->nodes().size());
+            for (const auto& level : hierarchy->levels())
+                trial.clusters += static_cast<double>(level.clusters.size());
+        },
+        graphOf(links));
+    trial.seconds = processSeconds() - start;
+    return trial;
+}
+
+/// Clusters beyond one for each node, by those of a sample and of a smaller one, if there is any.
+double surplusClusters(double nodes, const Trial& trial, const Trial& smaller) {
+    double ofNode = trial.clustersOfNode();
+    if (ofNode <= 1) return 0;
+    if (smaller.clusters != 0 && trial.nodes > smaller.nodes) {
+        const double growth =
+            std::log(ofNode / smaller.clustersOfNode()) / std::log(trial.nodes / smaller.nodes);
+        ofNode *= std::pow(nodes / trial.nodes, std::clamp(growth, 0., CLUSTERS_GROWTH));
+    }
+    return (ofNode - 1) * nodes;
 }
 
 }  // namespace
@@ -88,14 +124,19 @@ ClusterEstimate estimateClustering(const FlatNetwork& network, bool directed, bo
     estimate.memory =
         static_cast<Size>(PROCESS_BYTES + NODE_BYTES * nodes +
                           (RECORD_BYTES + (directed || weighted ? WEIGHT_BYTES : 0)) * records);
+    Trial last;
+    Trial former;
     for (Size links = SAMPLE_LINKS_LEAST; links <= SAMPLE_LINKS; links *= 10) {
         const Sample sample(network, links);
         if (sample.size() == 0) break;
-        const double seconds = clusterSeconds(sample.links(weighted));
+        former = std::exchange(last, cluster(sample.links(weighted)));
+        const double seconds = last.seconds;
         estimate.seconds =
             seconds * std::pow(records / 2 / static_cast<double>(sample.size()), GROWTH);
         if (sample.size() < links || seconds > LONG_SECONDS) break;
     }
+    if (last.clusters != 0)
+        estimate.memory += static_cast<Size>(CLUSTER_BYTES * surplusClusters(nodes, last, former));
     return estimate;
 }
 
