@@ -17,8 +17,9 @@ constexpr double NODE_BYTES = 530;
 constexpr double RECORD_BYTES = 37;
 /// More where a record has a weight.
 constexpr double WEIGHT_BYTES = 16;
-/// Of each cluster beyond one for each node, as they are where many gains tie.
+/// Of each cluster beyond the usual ones of a node, as they are where many gains tie.
 constexpr double CLUSTER_BYTES = 900;
+constexpr double USUAL_CLUSTERS = 1.5;
 /// Clusters of a node grow by no more than this power of the nodes.
 constexpr double CLUSTERS_GROWTH = 0.5;
 
@@ -103,16 +104,16 @@ Trial cluster(const LinkArrays& links) {
     return trial;
 }
 
-/// Clusters beyond one for each node, by those of a sample and of a smaller one, if there is any.
+/// Clusters beyond the usual ones, by those of a sample and of a smaller one, if there is any.
 double surplusClusters(double nodes, const Trial& trial, const Trial& smaller) {
     double ofNode = trial.clustersOfNode();
-    if (ofNode <= 1) return 0;
+    if (ofNode <= USUAL_CLUSTERS) return 0;
     if (smaller.clusters != 0 && trial.nodes > smaller.nodes) {
         const double growth =
             std::log(ofNode / smaller.clustersOfNode()) / std::log(trial.nodes / smaller.nodes);
         ofNode *= std::pow(nodes / trial.nodes, std::clamp(growth, 0., CLUSTERS_GROWTH));
     }
-    return (ofNode - 1) * nodes;
+    return (ofNode - USUAL_CLUSTERS) * nodes;
 }
 
 }  // namespace
