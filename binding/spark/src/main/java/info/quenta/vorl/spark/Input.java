@@ -2,7 +2,6 @@ package info.quenta.vorl.spark;
 
 import static org.apache.spark.sql.functions.aggregate;
 import static org.apache.spark.sql.functions.array_sort;
-import static org.apache.spark.sql.functions.coalesce;
 import static org.apache.spark.sql.functions.col;
 import static org.apache.spark.sql.functions.collect_list;
 import static org.apache.spark.sql.functions.count;
@@ -10,10 +9,7 @@ import static org.apache.spark.sql.functions.greatest;
 import static org.apache.spark.sql.functions.isnan;
 import static org.apache.spark.sql.functions.least;
 import static org.apache.spark.sql.functions.lit;
-import static org.apache.spark.sql.functions.max;
-import static org.apache.spark.sql.functions.not;
 import static org.apache.spark.sql.functions.sum;
-import static org.apache.spark.sql.functions.udf;
 import static org.apache.spark.sql.functions.when;
 
 import java.util.Arrays;
@@ -21,7 +17,6 @@ import java.util.List;
 import org.apache.spark.sql.Column;
 import org.apache.spark.sql.Dataset;
 import org.apache.spark.sql.Row;
-import org.apache.spark.sql.api.java.UDF1;
 import org.apache.spark.sql.types.DataType;
 import org.apache.spark.sql.types.DataTypes;
 

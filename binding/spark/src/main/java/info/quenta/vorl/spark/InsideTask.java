@@ -16,7 +16,7 @@ import org.apache.spark.sql.RowFactory;
  * Clusters the inside of communities by the engine. Takes their links (community, low, high,
  * weight), those of a community one after another.
  */
-final class InsideTask extends GroupTask {
+final class InsideTask extends LinksTask {
     private static final long serialVersionUID = 1;
 
     InsideTask() {
@@ -26,23 +26,10 @@ final class InsideTask extends GroupTask {
     }
 
     @Override
-    Iterator<Row> group(Row first, Iterator<Row> others) {
-        Network.Builder builder = Network.builder();
-        add(builder, first);
-        while (others.hasNext()) add(builder, others.next());
-        try (Network network = builder.build()) {
-            return clustered(first.getLong(0), network).iterator();
-        }
-    }
-
-    private static void add(Network.Builder builder, Row link) {
-        builder.edge(link.getLong(1), link.getLong(2), link.getDouble(3));
-    }
-
-    private static List<Row> clustered(long community, Network network) {
+    Iterator<Row> found(Row link, Network network) {
         List<Row> rows = new ArrayList<>();
         if (network.nodeCount() < 3)
-            return rows;
+            return rows.iterator();
         try (Clustering clustering = network.cluster(Options.builder().rootMax(0).build())) {
             // One cluster on top is the community itself.
             int depth = clustering.root().size() == 1 ? clustering.root().clusters().get(0).level()
@@ -50,9 +37,9 @@ final class InsideTask extends GroupTask {
             for (Level level : clustering.levels().subList(0, depth))
                 for (Cluster cluster : level.clusters())
                     for (Member member : cluster.members())
-                        rows.add(RowFactory.create(community, member.node(), (long) level.index(),
-                            cluster.id(), member.share()));
+                        rows.add(RowFactory.create(link.getLong(0), member.node(),
+                            (long) level.index(), cluster.id(), member.share()));
         }
-        return rows;
+        return rows.iterator();
     }
 }

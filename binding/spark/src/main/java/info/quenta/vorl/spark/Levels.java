@@ -197,7 +197,7 @@ public final class Levels {
     /** What the engine makes of the network of the communities. */
     private static List<Row> clustered(List<Row> links) {
         Network.Builder builder = Network.builder();
-        for (Row link : links) builder.edge(link.getLong(0), link.getLong(1), link.getDouble(2));
+        for (Row link : links) LinksTask.add(builder, link, 0);
         List<Row> rows = new ArrayList<>();
         try (Network network = builder.build(); Clustering clustering = network.cluster()) {
             for (Level level : clustering.levels())

@@ -99,7 +99,6 @@ public final class Main {
     private void run(SparkSession session) {
         Dataset<Row> links = read(session, files.get(0));
         Dataset<Row> result = Communities.run(links, options);
-        
         if (hierarchy) result = Levels.of(links, result, options);
         if (files.get(1).endsWith(".csv"))
             result.write().mode(mode).option("header", true).csv(files.get(1));

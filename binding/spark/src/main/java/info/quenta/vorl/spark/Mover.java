@@ -10,12 +10,14 @@ import org.apache.spark.sql.RowFactory;
  *
  * <p>Takes (src, inner, total, nodes, own, label, pull, inner, total, nodes): what an item holds,
  * its group, a group that it has links to, their weight, and what that holds. The rows of an item
- * follow each other, that of its own group first.
+ * follow each other, that of its own group first. Gives (item, inner, total, nodes, from, to) of
+ * those that are better off elsewhere.
  */
 final class Mover extends GroupTask {
     private static final long serialVersionUID = 1;
     /** Less than this of what an item weighs is no gain. */
     private static final double CLEAR = 0x1p-30;
+    /** Where an item goes that founds a group. */
     static final long ALONE = -1;
 
     private final Likelihood likelihood;

@@ -8,7 +8,7 @@ import org.apache.spark.sql.Row;
 import org.apache.spark.sql.RowFactory;
 
 /** Leaves all links (low, high, weight) of a network to the native library. */
-final class NativeTask extends GroupTask {
+final class NativeTask extends LinksTask {
     private static final long serialVersionUID = 1;
 
     private final boolean shares;
@@ -21,23 +21,14 @@ final class NativeTask extends GroupTask {
     }
 
     @Override
-    Iterator<Row> group(Row first, Iterator<Row> others) {
-        Network.Builder builder = Network.builder();
-        add(builder, first);
-        while (others.hasNext()) add(builder, others.next());
+    Iterator<Row> found(Row link, Network network) {
         // A task has one core.
-        try (Network network = builder.build()) {
-            var found =
-                network.communities(new info.quenta.vorl.api.CommunitiesOptions(shares, starts, 1));
-            return Arrays.stream(found.nodes())
-                .boxed()
-                .flatMap(node -> found.of(node).stream().map(part -> row(node, part)))
-                .iterator();
-        }
-    }
-
-    private static void add(Network.Builder builder, Row link) {
-        builder.edge(link.getLong(0), link.getLong(1), link.getDouble(2));
+        var found =
+            network.communities(new info.quenta.vorl.api.CommunitiesOptions(shares, starts, 1));
+        return Arrays.stream(found.nodes())
+            .boxed()
+            .flatMap(node -> found.of(node).stream().map(part -> row(node, part)))
+            .iterator();
     }
 
     private static Row row(long node, Part part) {

@@ -115,7 +115,7 @@ final class Refinement {
                 col("nodes").as("sn"), col("label").as("own"));
     }
 
-    /** The best moves: (item, inner, total, nodes, from, to), to -1 for a group of its own. */
+    /** The best moves: (item, inner, total, nodes, from, to), by {@link Mover}. */
     private Dataset<Row> moves(Dataset<Row> deciders) {
         Column[] key = {col("src"), col("si"), col("st"), col("sn"), col("own"), col("label")};
         Dataset<Row> pulls =
@@ -139,7 +139,7 @@ final class Refinement {
 
     /** Numbers the groups that moves are to found. */
     private Dataset<Row> foundGroups(Dataset<Row> moves, long moved) {
-        Dataset<Row> alone = moves.filter(col("to").equalTo(lit(-1L)));
+        Dataset<Row> alone = moves.filter(col("to").equalTo(lit(Mover.ALONE)));
         long founded = Work.size(alone);
         if (founded == 0)
             return moves;

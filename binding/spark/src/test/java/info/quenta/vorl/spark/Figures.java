@@ -108,14 +108,16 @@ final class Figures {
         }
     }
 
+    private static Links network(String kind, int links) {
+        if (kind.equals("planted"))
+            return Networks.planted(links / 450, 50, 20, 0.7, 1);
+        if (kind.equals("R-MAT"))
+            return Networks.rmat(32 - Integer.numberOfLeadingZeros(links / 12), links, 1);
+        throw new IllegalArgumentException(kind);
+    }
+
     public static void main(String[] arguments) throws Exception {
-        int links = Integer.parseInt(arguments[1]);
-        int scale = 32 - Integer.numberOfLeadingZeros(links / 12);
-        Links network = switch (arguments[0]) {
-            case "planted" -> Networks.planted(links / 450, 50, 20, 0.7, 1);
-            case "R-MAT" -> Networks.rmat(scale, links, 1);
-            default -> throw new IllegalArgumentException(arguments[0]);
-        };
+        Links network = network(arguments[0], Integer.parseInt(arguments[1]));
         SparkSession session = SparkSession.builder()
                                    .master("local[2]")
                                    .config("spark.ui.enabled", false)
@@ -135,6 +137,6 @@ final class Figures {
         System.out.printf("%s: %,d links, %s partitions, %s, %.0f s%n", arguments[0],
             network.rows().size(), arguments[2], equal ? "equal to the program" : "NOT EQUAL",
             seconds);
-                meter.print(network.rows().size());
-        }
+        meter.print(network.rows().size());
     }
+}
