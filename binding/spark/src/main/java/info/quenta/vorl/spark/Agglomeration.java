@@ -66,7 +66,7 @@ final class Agglomeration {
             steps.add(step);
             size = step.count();
             links = work.keep(folded(links, step.labels()), most);
-            most = Work.size(links);
+            most = work.size(links);
             items = work.keep(items.join(step.labels(), "item")
                                   .groupBy("label")
                                   .agg(sum("total").as("total"), max("whole").as("whole"))
@@ -107,7 +107,7 @@ final class Agglomeration {
                 .select(col("item"), col("label"), coalesce(col("total"), zero()).as("total"));
         Dataset<Row> wholes = held.groupBy("label").agg(sum("total").as("whole"));
         return new Mergers(
-            links, held.join(wholes, "label").select("item", "total", "whole"), Work.size(links));
+            links, held.join(wholes, "label").select("item", "total", "whole"), work.size(links));
     }
 
     private static Column zero() { return lit(0.0); }
@@ -202,10 +202,11 @@ final class Agglomeration {
      *
      * @return null if nothing merges
      */
-    private static Step connected(Work work, Dataset<Row> aims, long size) {
-        aims = work.keep(aims, size);
-        if (Work.size(aims.filter(not(col("aim").equalTo(col("item"))))) == 0)
+    private static Step connected(Work work, Dataset<Row> aimed, long size) {
+        Work.Counted pointers = work.keepCounted(aimed, size, not(col("aim").equalTo(col("item"))));
+        if (pointers.counts()[0] == 0)
             return null;
+        Dataset<Row> aims = pointers.rows();
         Dataset<Row> forest =
             work.keep(aims.join(aims.select(col("item").as("aim"), col("aim").as("back")), "aim")
                           .select(col("item"),
@@ -214,13 +215,13 @@ final class Agglomeration {
                                   .as("label")),
                 size);
         for (boolean rooted = false; !rooted;) {
-            Dataset<Row> next =
-                work.keep(forest.withColumnRenamed("label", "via")
-                              .join(forest.select(col("item").as("via"), col("label")), "via")
-                              .select("item", "via", "label"),
-                    size);
-            rooted = Work.size(next.filter(not(col("via").equalTo(col("label"))))) == 0;
-            forest = next.select("item", "label");
+            Work.Counted next = work.keepCounted(
+                forest.withColumnRenamed("label", "via")
+                    .join(forest.select(col("item").as("via"), col("label")), "via")
+                    .select("item", "via", "label"),
+                size, not(col("via").equalTo(col("label"))));
+            rooted = next.counts()[0] == 0;
+            forest = next.rows().select("item", "label");
         }
         return ItemNetwork.compact(work, forest, size, size);
     }

@@ -51,7 +51,7 @@ public final class Communities {
      */
     public static Dataset<Row> run(Dataset<Row> links, CommunitiesOptions options) {
         try (Work work = new Work(links.sparkSession(), options)) {
-            return run(work, links, options);
+            return work.released(run(work, links, options));
         }
     }
 
@@ -88,7 +88,7 @@ public final class Communities {
 
     /** Isolated nodes, numbered behind so many communities. */
     private Dataset<Row> isolated(Input input, long count) {
-        long size = Work.size(input.isolated);
+        long size = work.size(input.isolated);
         return work.numbered(input.isolated, "number", size, Input.order(input.isolated))
             .select(
                 col("node"), col("number").plus(lit(count)).as("cluster"), lit(1.0f).as("share"));
@@ -145,7 +145,7 @@ public final class Communities {
         Dataset<Row> numbers = work.keep(work.numbered(least.join(weights, "community"), "cluster",
                                              partition.count(), col("weight").desc(), col("least")),
             partition.count());
-        long count = Work.size(numbers);
+        long count = work.size(numbers);
         Dataset<Row> named = shares.withColumnRenamed("node", "item")
                                  .join(numbers.select("community", "cluster"), "community")
                                  .join(input.nodes, "item")

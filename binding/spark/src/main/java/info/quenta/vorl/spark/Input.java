@@ -37,8 +37,8 @@ final class Input {
     final long count;
 
     Input(Work work, Dataset<Row> rows) {
-        Dataset<Row> given = checked(rows);
-        long rowCount = given.count();
+        Dataset<Row> given = checked(work, rows);
+        long rowCount = work.size(given);
         given = work.keep(given, rowCount);
         Dataset<Row> pairs = work.keep(pairs(given), rowCount);
         long most = 2 * rowCount;
@@ -48,7 +48,7 @@ final class Input {
             given.select(col("src").as("node")).union(given.select(col("dst").as("node")));
         isolated = work.keep(all.distinct().join(linked, "node", "left_anti"), most);
         linked = work.keep(linked, most);
-        size = Work.size(linked);
+        size = work.size(linked);
         nodes = work.keep(
             work.numbered(linked, "item", size, order(linked)).select("node", "item"), size);
 
@@ -56,11 +56,11 @@ final class Input {
                               .join(nodes.select(col("node").as("b"), col("item").as("high")), "b")
                               .select("low", "high", "weight"),
             rowCount);
-        count = Work.size(edges);
+        count = work.size(edges);
     }
 
-    /** Rows (src, dst, weight), with weights of 32 bits. */
-    static Dataset<Row> checked(Dataset<Row> rows) {
+    /** Rows (src, dst, weight), with weights of 32 bits, which are kept. */
+    static Dataset<Row> checked(Work work, Dataset<Row> rows) {
         List<String> names = Arrays.asList(rows.columns());
         if (!names.contains("src") || !names.contains("dst"))
             throw new IllegalArgumentException(
@@ -86,12 +86,12 @@ final class Input {
         wrong = wrong.or(col("weight").equalTo(lit(Float.POSITIVE_INFINITY)));
         if (!text)
             wrong = wrong.or(col("src").lt(lit(0L))).or(col("dst").lt(lit(0L)));
-        List<Row> bad = links.filter(wrong).limit(1).collectAsList();
-        if (!bad.isEmpty())
+        Work.Counted kept = work.keepCounted(links, Long.MAX_VALUE, wrong);
+        if (kept.counts()[0] > 0)
             throw new IllegalArgumentException("Communities, a link should have two ids"
-                + (text ? "" : " of 0 or above")
-                + " and a weight of 0 or above: " + bad.get(0).mkString(" "));
-        return links;
+                + (text ? "" : " of 0 or above") + " and a weight of 0 or above: "
+                + kept.rows().filter(wrong).first().mkString(" "));
+        return kept.rows();
     }
 
     /**

@@ -41,7 +41,7 @@ record ItemNetwork(Dataset<Row> links, Dataset<Row> items, long size, long most)
             ends = ends.join(idle.select(col("label").as("idle")), col("from").equalTo(col("idle")),
                 "left_anti");
         ends = work.keep(ends, most + size);
-        long left = Work.size(ends);
+        long left = work.size(ends);
         Dataset<Row> inside = ends.filter(col("from").equalTo(col("to")))
                                   .select(col("from").as("item"), col("weight").as("inside"));
         Dataset<Row> held =
@@ -97,7 +97,7 @@ record ItemNetwork(Dataset<Row> links, Dataset<Row> items, long size, long most)
         Dataset<Row> numbers = work.keep(numbers(work, labels, atMost), atMost);
         Dataset<Row> numbered =
             labels.join(numbers, "label").select(col("item"), col("number").as("label"));
-        return new Step(work.keep(numbered, items), Work.size(numbers));
+        return new Step(work.keep(numbered, items), work.size(numbers));
     }
 
     /** (label, number): the labels by their least items. */

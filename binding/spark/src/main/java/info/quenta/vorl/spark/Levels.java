@@ -63,7 +63,7 @@ public final class Levels {
     public static Dataset<Row> of(
         Dataset<Row> links, Dataset<Row> communities, CommunitiesOptions options) {
         try (Work work = new Work(links.sparkSession(), options)) {
-            return new Levels(work, options).levels(links, communities);
+            return work.released(new Levels(work, options).levels(links, communities));
         }
     }
 
@@ -71,7 +71,8 @@ public final class Levels {
         int mark = work.mark();
         work.step("links of communities");
         Dataset<Row> parts = communities.withColumnRenamed("cluster", "community");
-        Dataset<Row> ends = work.keep(ends(Input.pairs(Input.checked(links)), parts), UNKNOWN);
+        Dataset<Row> ends =
+            work.keep(ends(Input.pairs(Input.checked(work, links)), parts), UNKNOWN);
         work.step("inside communities");
         Dataset<Row> inside = work.keep(inside(ends), UNKNOWN);
         Row highest = inside.agg(max("level")).first();

@@ -60,7 +60,7 @@ final class NodeNetwork {
             work.keep(items, input.size), input.size, 2 * input.count);
         Row whole = network.items().agg(sum("inner"), sum("total")).first();
         weight = whole.isNullAt(1) ? 0 : whole.getDouble(1);
-        links = Work.size(network.links());
+        links = work.size(network.links());
         double outer = input.size == 0 ? 0 : weight - whole.getDouble(0);
         scale = outer > 0 ? links / outer : 1;
     }

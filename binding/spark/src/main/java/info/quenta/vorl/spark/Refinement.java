@@ -94,12 +94,13 @@ final class Refinement {
     private long turn(int round, int turn) {
         int mark = work.mark();
         Dataset<Row> deciders = deciders(round, turn);
-        if (Work.isLocal(deciders) && Work.size(deciders) == 0)
+        if (Work.isLocal(deciders) && work.size(deciders) == 0)
             return 0;
-        Dataset<Row> moves = work.keep(moves(deciders), network.size());
-        long moved = Work.size(moves);
+        Work.Counted moves =
+            work.keepCounted(moves(deciders), network.size(), col("to").equalTo(lit(Mover.ALONE)));
+        long moved = work.size(moves.rows());
         if (moved > 0)
-            carryOut(foundGroups(moves, moved));
+            carryOut(foundGroups(moves.rows(), moved, moves.counts()[0]));
         work.dropSince(mark, List.of(state, groups));
         return moved;
     }
@@ -138,12 +139,11 @@ final class Refinement {
     }
 
     /** Numbers the groups that moves are to found. */
-    private Dataset<Row> foundGroups(Dataset<Row> moves, long moved) {
-        Dataset<Row> alone = moves.filter(col("to").equalTo(lit(Mover.ALONE)));
-        long founded = Work.size(alone);
+    private Dataset<Row> foundGroups(Dataset<Row> moves, long moved, long founded) {
         if (founded == 0)
             return moves;
-        Dataset<Row> numbers = work.numbered(alone.select("item"), "number", moved, col("item"));
+        Dataset<Row> alone = moves.filter(col("to").equalTo(lit(Mover.ALONE)));
+        Dataset<Row> numbers = work.numbered(alone.select("item"), "number", founded, col("item"));
         Dataset<Row> result =
             moves.join(numbers.select("item", "number"), "item", "left")
                 .select(col("item"), col("inner"), col("total"), col("nodes"), col("from"),
@@ -209,6 +209,6 @@ final class Refinement {
             groups.join(numbers, "label")
                 .select(col("number").as("label"), col("inner"), col("total"), col("nodes"));
         return new Partitioned(work.keep(numbered, network.size()),
-            work.keep(tidied, network.size()), Work.size(numbers), likelihood);
+            work.keep(tidied, network.size()), work.size(numbers), likelihood);
     }
 }

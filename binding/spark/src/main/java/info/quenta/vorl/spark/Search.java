@@ -324,6 +324,6 @@ final class Search {
                           .filter(col("together").cast("double").geq(larger.multiply(lit(SETTLED))))
                           .select("label"),
                 partition.count());
-        return Work.size(settled) < partition.count();
+        return work.size(settled) < partition.count();
     }
 }

@@ -6,6 +6,7 @@ import static org.apache.spark.sql.functions.lit;
 import static org.apache.spark.sql.functions.max;
 
 import java.util.List;
+import org.apache.spark.sql.Column;
 import org.apache.spark.sql.Dataset;
 import org.apache.spark.sql.Row;
 
@@ -48,11 +49,13 @@ final class Sharing {
                 communities = work.keep(holdings(network, shares, pulls), partition.count());
             Sharer sharer =
                 new Sharer(likelihood, naming + Logarithm.ln((1 - common) / common), naming);
-            Dataset<Row> next = work.keep(
-                sharer.of(touched(network, shares, pulls, communities)), most * Sharer.MOST);
-            Dataset<Row> first = next.filter(col("place").equalTo(lit(0)));
-            long changed = Work.size(first.filter(col("changed")));
-            long several = Work.size(first.filter(col("several")));
+            Column first = col("place").equalTo(lit(0));
+            Work.Counted found =
+                work.keepCounted(sharer.of(touched(network, shares, pulls, communities)),
+                    most * Sharer.MOST, first.and(col("changed")), first.and(col("several")));
+            Dataset<Row> next = found.rows();
+            long changed = found.counts()[0];
+            long several = found.counts()[1];
             shares = next.select("node", "community", "share", "place");
             common = Math.min(Math.max((double) several / nodes, 1.0 / nodes), 0.5);
             work.dropSince(mark, List.of(next));

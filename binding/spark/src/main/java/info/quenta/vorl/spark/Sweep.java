@@ -113,7 +113,6 @@ public final class Sweep {
     private static Dataset<Row> swept(Dataset<Row> links, int settings, String type, Task task) {
         SparkSession session = links.sparkSession();
         try (Work work = new Work(session, CommunitiesOptions.DEFAULT)) {
-            int mark = work.mark();
             work.step("reading links");
             Input input = new Input(work, links);
             if (input.count > LARGEST)
@@ -131,8 +130,7 @@ public final class Sweep {
                                           -> task.row(place.intValue(), shared.value()),
                                           Encoders.row(StructType.fromDDL(type)));
             Dataset<Row> kept = work.keep(result, settings);
-            work.dropSince(mark, List.of(kept));
-            return kept.orderBy("setting");
+            return work.released(kept).orderBy("setting");
         }
     }
 

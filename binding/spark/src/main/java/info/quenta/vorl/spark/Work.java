@@ -2,6 +2,7 @@ package info.quenta.vorl.spark;
 
 import static org.apache.spark.sql.functions.col;
 import static org.apache.spark.sql.functions.count;
+import static org.apache.spark.sql.functions.count_if;
 import static org.apache.spark.sql.functions.lit;
 import static org.apache.spark.sql.functions.monotonically_increasing_id;
 import static org.apache.spark.sql.functions.shiftright;
@@ -31,12 +32,14 @@ import scala.Option;
 /** What the steps of a run have in common: the session, checkpoints, and numbers for rows. */
 final class Work implements AutoCloseable {
     private static final int ROW_BITS = 33;
+    private static final String COUNTS = "vorl counts";
 
     private final SparkSession session;
     private final SparkContext context;
     private final CommunitiesOptions options;
     private final String formerDescription;
     private final Map<Dataset<Row>, String> files = new IdentityHashMap<>();
+    private final Map<Dataset<Row>, Long> sizes = new IdentityHashMap<>();
     private final List<Dataset<Row>> kept = new ArrayList<>();
 
     Work(SparkSession session, CommunitiesOptions options) {
@@ -70,14 +73,44 @@ final class Work implements AutoCloseable {
     long rowsOfTask() { return options.rowsOfTask(); }
 
     /**
-     * Computes rows and keeps them where no loss of an executor reaches them.
+     * Computes rows and keeps them where no loss of an executor reaches them. Their {@link #size}
+     * is known then.
      *
      * @param atMost no fewer rows than there can be
      */
-    Dataset<Row> keep(Dataset<Row> rows, long atMost) {
-        if (atMost <= options.rowsOfDriver())
-            return session.createDataFrame(rows.collectAsList(), rows.schema());
-        return checkpointed(rows);
+    Dataset<Row> keep(Dataset<Row> rows, long atMost) { return keepCounted(rows, atMost).rows(); }
+
+    /**
+     * Rows that are kept, and what was counted on the way, which takes no further job.
+     *
+     * @param counts of the rows for which each condition is true
+     */
+    record Counted(Dataset<Row> rows, long[] counts) {}
+
+    /** Keeps rows and counts those of some conditions. */
+    Counted keepCounted(Dataset<Row> rows, long atMost, Column... conditions) {
+        long[] counts = new long[conditions.length];
+        if (atMost <= options.rowsOfDriver()) {
+            Dataset<Row> held = held(rows);
+            for (int i = 0; i < counts.length; ++i) counts[i] = size(held.filter(conditions[i]));
+            return new Counted(held, counts);
+        }
+        Column[] counters = new Column[conditions.length];
+        for (int i = 0; i < counters.length; ++i)
+            counters[i] = count_if(conditions[i]).as("count" + i);
+        Dataset<Row> counting = rows.observe(COUNTS, count(lit(1)).as("rows"), counters);
+        Dataset<Row> result = checkpointed(counting);
+        Row found = ((org.apache.spark.sql.classic.Dataset<Row>) counting)
+                        .queryExecution()
+                        .observedMetrics()
+                        .apply(COUNTS);
+        sizes.put(result, found.getLong(0));
+        for (int i = 0; i < counts.length; ++i) counts[i] = found.getLong(i + 1);
+        return new Counted(result, counts);
+    }
+
+    private Dataset<Row> held(Dataset<Row> rows) {
+        return session.createDataFrame(rows.collectAsList(), rows.schema());
     }
 
     /** A table of rows that the driver has. */
@@ -91,7 +124,10 @@ final class Work implements AutoCloseable {
     static boolean isLocal(Dataset<Row> rows) { return optimised(rows) instanceof LocalRelation; }
 
     /** The number of rows. */
-    static long size(Dataset<Row> rows) {
+    long size(Dataset<Row> rows) {
+        Long known = sizes.get(rows);
+        if (known != null)
+            return known;
         return optimised(rows) instanceof LocalRelation local ? local.data().size() : rows.count();
     }
 
@@ -131,6 +167,7 @@ final class Work implements AutoCloseable {
     }
 
     private void delete(Dataset<Row> rows) {
+        sizes.remove(rows);
         Path path = new Path(files.remove(rows));
         try {
             path.getFileSystem(context.hadoopConfiguration()).delete(path, true);
@@ -139,8 +176,16 @@ final class Work implements AutoCloseable {
         }
     }
 
+    /** Lets rows outlive the work. */
+    Dataset<Row> released(Dataset<Row> rows) {
+        kept.removeIf(one -> one == rows);
+        return rows;
+    }
+
+    /** Deletes all that was kept and not released, also where a step failed. */
     @Override
     public void close() {
+        dropSince(0, List.of());
         context.setJobDescription(formerDescription);
     }
 
