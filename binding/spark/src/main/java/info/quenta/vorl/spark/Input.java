@@ -19,6 +19,7 @@ import org.apache.spark.sql.Dataset;
 import org.apache.spark.sql.Row;
 import org.apache.spark.sql.types.DataType;
 import org.apache.spark.sql.types.DataTypes;
+import org.apache.spark.sql.types.NumericType;
 
 /**
  * The network of a table of links, without directions: the weights of all rows of a pair, both
@@ -77,6 +78,10 @@ final class Input {
             throw new IllegalArgumentException(
                 "Communities, src and dst should be whole numbers or strings: "
                 + rows.schema().simpleString());
+        if (names.contains("weight")
+            && !(rows.schema().apply("weight").dataType() instanceof NumericType))
+            throw new IllegalArgumentException(
+                "Communities, weight should be a number: " + rows.schema().simpleString());
         String id = text ? "string" : "long";
         Column weight = names.contains("weight") ? col("weight").cast("float") : lit(1.0f);
         Dataset<Row> links = rows.select(

@@ -81,14 +81,15 @@ public final class Levels {
         Dataset<Row> above = above(ends, parts, level + 1);
         Dataset<Row> own = parts.select(col("node"), lit(level).as("level"),
             col("community").as("number"), lit(-1L).as("community"), col("share"));
-        Dataset<Row> all = inside.unionByName(own).unionByName(above);
+        Dataset<Row> all = work.keep(inside.unionByName(own).unionByName(above), UNKNOWN);
+        long most = work.size(all);
         Dataset<Row> clusters = all.select("level", "community", "number").distinct();
-        Dataset<Row> numbers = work.numbered(
-            clusters, "cluster", UNKNOWN, col("level"), col("community"), col("number"));
+        Dataset<Row> numbers =
+            work.numbered(clusters, "cluster", most, col("level"), col("community"), col("number"));
         Dataset<Row> result =
             work.keep(all.join(numbers, new String[] {"level", "community", "number"})
                           .select("node", "level", "cluster", "share"),
-                UNKNOWN);
+                most);
         work.dropSince(mark, List.of(result));
         return result;
     }
@@ -128,7 +129,7 @@ public final class Levels {
                               .over(org.apache.spark.sql.expressions.Window.partitionBy("community")
                                         .orderBy(Input.order(nodes)))
                               .cast("long")),
-                UNKNOWN);
+                2 * work.size(ends));
         Dataset<Row> numbered =
             own.join(fit, "community")
                 .join(local.select(col("community"), col("node").as("a"), col("id").as("low")),
@@ -158,12 +159,12 @@ public final class Levels {
                                   .withColumn("dst", greatest(col("from"), col("to")));
         Dataset<Row> network = work.keep(Work.orderedSums(sorted, List.of("src", "dst"),
                                              List.of("a", "b", "from"), List.of("weight")),
-            UNKNOWN);
+            work.size(ends));
         Dataset<Row> between = network.filter(not(col("src").equalTo(col("dst"))));
         Dataset<Row> above;
         if (between.isEmpty())
             above = work.empty(ABOVE);
-        else if (network.count() <= taskLinks())
+        else if (work.size(network) <= taskLinks())
             above = work.table(clustered(network.orderBy("src", "dst").collectAsList()), ABOVE);
         else
             above = inTurn(between);

@@ -1,7 +1,17 @@
 package info.quenta.vorl.spark;
 
+import static org.apache.spark.sql.functions.col;
+import static org.apache.spark.sql.functions.expr;
+import static org.apache.spark.sql.functions.not;
+
+import java.io.IOException;
+import java.io.PrintStream;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.function.Supplier;
+import org.apache.hadoop.fs.FileStatus;
+import org.apache.hadoop.fs.Path;
+import org.apache.spark.sql.Column;
 import org.apache.spark.sql.Dataset;
 import org.apache.spark.sql.Row;
 import org.apache.spark.sql.SaveMode;
@@ -24,6 +34,9 @@ public final class Main {
         "  --rows-of-driver N    tables of up to so many rows are held by the driver",
         "  --overwrite           an OUTPUT that is there");
 
+    /** A whole number that a LONG can hold. */
+    private static final String NUMBER = "^(0|[1-9][0-9]{0,17})$";
+
     private final List<String> files = new ArrayList<>();
     private CommunitiesOptions options = CommunitiesOptions.DEFAULT;
     private SaveMode mode = SaveMode.ErrorIfExists;
@@ -31,24 +44,36 @@ public final class Main {
 
     private Main() {}
 
-    /** Exits with 2 where the arguments are at fault. */
+    /** Exits with 2 where the arguments are at fault, with 1 where files or links are. */
     public static void main(String[] arguments) {
-        Main main = new Main();
+        int code = run(arguments, System.out, System.err,
+            () -> SparkSession.builder().appName("vorl communities").getOrCreate());
+        if (SparkSession.getDefaultSession().isDefined())
+            SparkSession.getDefaultSession().get().stop();
+        if (code != 0)
+            System.exit(code);
+    }
+
+    /** @return the code to exit with */
+    static int run(
+        String[] arguments, PrintStream out, PrintStream err, Supplier<SparkSession> session) {
         if (List.of(arguments).contains("--help")) {
-            System.out.println(USAGE);
-            return;
+            out.println(USAGE);
+            return 0;
         }
+        Main main = new Main();
         try {
             main.take(arguments);
         } catch (IllegalArgumentException e) {
-            System.err.println("vorl-spark: " + e.getMessage() + "\n" + USAGE);
-            System.exit(2);
+            err.println("vorl-spark: " + e.getMessage() + "\n" + USAGE);
+            return 2;
         }
-        SparkSession session = SparkSession.builder().appName("vorl communities").getOrCreate();
         try {
-            main.run(session);
-        } finally {
-            session.stop();
+            main.run(session.get());
+            return 0;
+        } catch (IOException | IllegalArgumentException e) {
+            err.println("vorl-spark: " + e.getMessage());
+            return 1;
         }
     }
 
@@ -62,12 +87,13 @@ public final class Main {
                 case "--checkpoints" ->
                     options = options.withCheckpoints(value(arguments, ++i));
                 case "--starts" ->
-                    options = options.withStarts(Math.toIntExact(number(arguments, ++i)));
+                    options = options.withStarts((int) number(arguments, ++i, Integer.MAX_VALUE));
                 case "--links-of-task" ->
-                    options = options.withLinksOfTask(number(arguments, ++i));
-                case "--rows-of-task" -> options = options.withRowsOfTask(number(arguments, ++i));
+                    options = options.withLinksOfTask(number(arguments, ++i, Long.MAX_VALUE));
+                case "--rows-of-task" ->
+                    options = options.withRowsOfTask(number(arguments, ++i, Long.MAX_VALUE));
                 case "--rows-of-driver" ->
-                    options = options.withRowsOfDriver(number(arguments, ++i));
+                    options = options.withRowsOfDriver(number(arguments, ++i, Long.MAX_VALUE));
                 default -> {
                     if (option.startsWith("-"))
                         throw new IllegalArgumentException("no such option: " + option);
@@ -86,30 +112,64 @@ public final class Main {
         return arguments[place];
     }
 
-    private static long number(String[] arguments, int place) {
+    private static long number(String[] arguments, int place, long most) {
         String text = value(arguments, place);
         try {
-            return Long.parseLong(text);
+            long number = Long.parseLong(text);
+            if (number >= 0 && number <= most)
+                return number;
         } catch (NumberFormatException e) {
-            throw new IllegalArgumentException(
-                arguments[place - 1] + " wants a number, not " + text, e);
+            // Said below.
         }
+        throw new IllegalArgumentException(
+            arguments[place - 1] + " wants a whole number from 0 to " + most + ", not " + text);
     }
 
-    private void run(SparkSession session) {
-        Dataset<Row> links = read(session, files.get(0));
+    private void run(SparkSession session) throws IOException {
+        String input = files.get(0);
+        String output = files.get(1);
+        if (!isThere(session, input))
+            throw new IOException(input + ": there is no such file");
+        // Told before the work, not after it.
+        if (mode == SaveMode.ErrorIfExists && isThere(session, output))
+            throw new IOException(output + ": is there already, --overwrite replaces it");
+        Dataset<Row> links = read(session, input);
         Dataset<Row> result = Communities.run(links, options);
-        if (hierarchy) result = Levels.of(links, result, options);
-        if (files.get(1).endsWith(".csv"))
-            result.write().mode(mode).option("header", true).csv(files.get(1));
+        if (hierarchy)
+            result = Levels.of(links, result, options);
+        if (output.endsWith(".csv"))
+            result.write().mode(mode).option("header", true).csv(output);
         else
-            result.write().mode(mode).parquet(files.get(1));
+            result.write().mode(mode).parquet(output);
+    }
+
+    private static boolean isThere(SparkSession session, String file) throws IOException {
+        Path path = new Path(file);
+        FileStatus[] found =
+            path.getFileSystem(session.sparkContext().hadoopConfiguration()).globStatus(path);
+        return found != null && found.length > 0;
     }
 
     private static Dataset<Row> read(SparkSession session, String file) {
         if (file.endsWith(".csv") || file.endsWith(".csv.gz"))
-            return session.read().option("header", true).option("inferSchema", true).csv(file);
-        if (file.endsWith(".json") || file.endsWith(".json.gz")) return session.read().json(file);
+            return typed(session.read().option("header", true).csv(file));
+        if (file.endsWith(".json") || file.endsWith(".json.gz"))
+            return session.read().json(file);
         return session.read().parquet(file);
+    }
+
+    /** Ids of texts are numbers if all are; 007 is a name, as in all of vorl. */
+    private static Dataset<Row> typed(Dataset<Row> texts) {
+        List<String> names = List.of(texts.columns());
+        Dataset<Row> links = texts;
+        if (names.contains("weight"))
+            links = links.withColumn("weight", expr("try_cast(weight AS FLOAT)"));
+        if (!names.containsAll(List.of("src", "dst")))
+            return links;
+        Column numbers = col("src").rlike(NUMBER).and(col("dst").rlike(NUMBER));
+        if (!links.filter(not(numbers)).isEmpty())
+            return links;
+        return links.withColumn("src", col("src").cast("long"))
+            .withColumn("dst", col("dst").cast("long"));
     }
 }

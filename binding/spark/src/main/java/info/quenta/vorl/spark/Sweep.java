@@ -7,6 +7,7 @@ import info.quenta.vorl.api.Score;
 import java.io.Serializable;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.Objects;
 import java.util.Random;
 import org.apache.spark.api.java.JavaSparkContext;
 import org.apache.spark.api.java.function.MapFunction;
@@ -43,6 +44,7 @@ public final class Sweep {
 
         /** @throws IllegalArgumentException if gamma is negative or no number */
         public Setting {
+            Objects.requireNonNull(reduction, "reduction");
             if (!(gamma >= 0) || Double.isInfinite(gamma))
                 throw new IllegalArgumentException(
                     "gamma is " + gamma + ", at least 0 is expected");

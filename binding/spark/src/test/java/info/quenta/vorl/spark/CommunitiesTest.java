@@ -1,7 +1,6 @@
 package info.quenta.vorl.spark;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
-import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 import static org.junit.jupiter.params.provider.Arguments.arguments;
 
@@ -12,9 +11,7 @@ import java.util.List;
 import org.apache.spark.sql.Dataset;
 import org.apache.spark.sql.Row;
 import org.apache.spark.sql.SparkSession;
-import org.junit.jupiter.api.AfterAll;
 import org.junit.jupiter.api.Tag;
-import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.io.TempDir;
 import org.junit.jupiter.params.ParameterizedTest;
 import org.junit.jupiter.params.provider.Arguments;
@@ -48,11 +45,6 @@ class CommunitiesTest {
 
     private static SparkSession session(int partitions) {
         return TestBed.session("local[2]", partitions);
-    }
-
-    @AfterAll
-    static void stop() {
-        session(1).stop();
     }
 
     @ParameterizedTest(name = "{0}, {1} partitions")
@@ -127,24 +119,6 @@ class CommunitiesTest {
         assertTrue(more.remove(more.size() - 1).startsWith("9 "));
         assertTrue(more.remove(more.size() - 1).startsWith("8 "));
         assertEquals(found, more);
-    }
-
-    @ParameterizedTest
-    @ValueSource(strings = {"1 AS a, 2 AS b", "1 AS src, 'x' AS dst", "1.5 AS src, 2.5 AS dst",
-                     "1 AS src, -2 AS dst", "1 AS src, 2 AS dst, -1 AS weight",
-                     "1 AS src, CAST(NULL AS INT) AS dst",
-                     "1 AS src, 2 AS dst, float('NaN') AS weight",
-                     "1 AS src, 2 AS dst, 1e300 AS weight"})
-    void refusesWhatIsNoNetwork(String row) {
-        Dataset<Row> links = session(2).sql("SELECT " + row);
-        assertThrows(IllegalArgumentException.class, () -> Communities.run(links, SPREAD));
-    }
-
-    @Test
-    void nothingHasNoCommunities() {
-        Dataset<Row> links = session(2).sql("SELECT 1 AS src, 2 AS dst LIMIT 0");
-        assertEquals(List.of(), TestBed.lines(Communities.run(links, SPREAD)));
-        assertThrows(IllegalArgumentException.class, () -> SPREAD.withStarts(-1));
     }
 
     private static void check(String name, int partitions, CommunitiesOptions options)

@@ -45,34 +45,57 @@ class LevelsTest {
         program("communities", "-q", file.toString(), "--hierarchy", hierarchy.toString());
 
         SparkSession session = TestBed.session("local[2]", 3);
-        try {
-            Dataset<Row> rows = links.on(session);
-            CommunitiesOptions options = CommunitiesOptions.DEFAULT;
-            Dataset<Row> communities = Communities.run(rows, options);
-            Dataset<Row> levels = Levels.of(rows, communities, options);
-            Map<Long, Map<Long, List<String>>> found = new TreeMap<>();
-            for (Row row : levels.orderBy("level", "cluster", "node").collectAsList())
-                found.computeIfAbsent(row.getLong(1), level -> new TreeMap<>())
-                    .computeIfAbsent(row.getLong(2), cluster -> new ArrayList<>())
-                    .add(row.getLong(0) + (row.getFloat(3) < 1 ? " shared" : ""));
-            assertTrue(found.size() >= 3, found.keySet().toString());
-            int above = 0;
-            for (var level : found.entrySet()) {
-                List<List<String>> expected = new ArrayList<>();
-                String cut = program(
-                    "cut", "-q", hierarchy.toString(), "--level", level.getKey().toString());
-                for (String line : cut.split("\n"))
-                    if (!line.startsWith("#"))
-                        expected.add(members(line));
-                for (List<String> cluster : level.getValue().values())
-                    assertTrue(expected.contains(cluster), level.getKey() + ": " + cluster);
-                if (level.getValue().size() > 1)
-                    ++above;
-            }
-            assertTrue(above >= 3);
-        } finally {
-            session.stop();
+        Dataset<Row> rows = links.on(session);
+        CommunitiesOptions options = CommunitiesOptions.DEFAULT;
+        Dataset<Row> communities = Communities.run(rows, options);
+        Dataset<Row> levels = Levels.of(rows, communities, options);
+        Map<Long, Map<Long, List<String>>> found = new TreeMap<>();
+        for (Row row : levels.orderBy("level", "cluster", "node").collectAsList())
+            found.computeIfAbsent(row.getLong(1), level -> new TreeMap<>())
+                .computeIfAbsent(row.getLong(2), cluster -> new ArrayList<>())
+                .add(row.getLong(0) + (row.getFloat(3) < 1 ? " shared" : ""));
+        assertTrue(found.size() >= 3, found.keySet().toString());
+        int above = 0;
+        for (var level : found.entrySet()) {
+            List<List<String>> expected = new ArrayList<>();
+            String cut =
+                program("cut", "-q", hierarchy.toString(), "--level", level.getKey().toString());
+            for (String line : cut.split("\n"))
+                if (!line.startsWith("#"))
+                    expected.add(members(line));
+            for (List<String> cluster : level.getValue().values())
+                assertTrue(expected.contains(cluster), level.getKey() + ": " + cluster);
+            if (level.getValue().size() > 1)
+                ++above;
         }
+        assertTrue(above >= 3);
+    }
+
+    /** Names may be texts, and no limit that holds everything changes anything. */
+    @Test
+    void limitsAndNamesChangeNothing() throws Exception {
+        SparkSession session = TestBed.session("local[2]", 2);
+        Dataset<Row> links = TestBed.data("football.nse").on(session);
+        Dataset<Row> found = Communities.run(links, CommunitiesOptions.DEFAULT);
+        List<String> expected = shapes(links, found, 0);
+        assertTrue(expected.get(expected.size() - 1).startsWith("[6,"), expected.toString());
+        // Names in the order of the numbers.
+        links = links.selectExpr("'n' || (1000 + src) AS src", "'n' || (1000 + dst) AS dst");
+        found = found.selectExpr("'n' || (1000 + node) AS node", "cluster", "share");
+        assertEquals(expected, shapes(links, found, Long.MAX_VALUE));
+    }
+
+    /** The level of each row, and what its cluster has there. */
+    private static List<String> shapes(
+        Dataset<Row> links, Dataset<Row> communities, long linksOfTask) {
+        CommunitiesOptions options = CommunitiesOptions.DEFAULT.withLinksOfTask(linksOfTask);
+        return Levels.of(links, communities, options)
+            .selectExpr("level", "count(*) OVER (PARTITION BY level, cluster)", "share")
+            .collectAsList()
+            .stream()
+            .map(Row::toString)
+            .sorted()
+            .toList();
     }
 
     /** Where the network of the communities is too large for the driver, too. */
@@ -80,28 +103,24 @@ class LevelsTest {
     @Test
     void communitiesOfCommunities() {
         SparkSession session = TestBed.session("local[2]", 3);
-        try {
-            Dataset<Row> rows = Networks.nested(4).on(session);
-            CommunitiesOptions options = CommunitiesOptions.DEFAULT.withLinksOfTask(20);
-            Dataset<Row> communities = Communities.run(rows, options.withLinksOfTask(1000));
-            Map<Long, Map<Long, Set<Long>>> found = new TreeMap<>();
-            for (Row row : Levels.of(rows, communities, options).collectAsList()) {
-                assertEquals(1, row.getFloat(3));
-                found.computeIfAbsent(row.getLong(1), level -> new TreeMap<>())
-                    .computeIfAbsent(row.getLong(2), cluster -> new TreeSet<>())
-                    .add(row.getLong(0));
-            }
-            List<Set<Set<Long>>> levels =
-                found.values().stream().map(level -> Set.copyOf(level.values())).toList();
-            int cliques = levels.indexOf(parts(6));
-            int groups = levels.indexOf(parts(24));
-            assertTrue(0 <= cliques && cliques < groups, found.toString());
-            // Each clique is told at one level alone.
-            for (var level : levels.subList(cliques + 1, levels.size()))
-                for (Set<Long> cluster : level) assertTrue(cluster.size() > 6, found.toString());
-        } finally {
-            session.stop();
+        Dataset<Row> rows = Networks.nested(4).on(session);
+        CommunitiesOptions options = CommunitiesOptions.DEFAULT.withLinksOfTask(20);
+        Dataset<Row> communities = Communities.run(rows, options.withLinksOfTask(1000));
+        Map<Long, Map<Long, Set<Long>>> found = new TreeMap<>();
+        for (Row row : Levels.of(rows, communities, options).collectAsList()) {
+            assertEquals(1, row.getFloat(3));
+            found.computeIfAbsent(row.getLong(1), level -> new TreeMap<>())
+                .computeIfAbsent(row.getLong(2), cluster -> new TreeSet<>())
+                .add(row.getLong(0));
         }
+        List<Set<Set<Long>>> levels =
+            found.values().stream().map(level -> Set.copyOf(level.values())).toList();
+        int cliques = levels.indexOf(parts(6));
+        int groups = levels.indexOf(parts(24));
+        assertTrue(0 <= cliques && cliques < groups, found.toString());
+        // Each clique is told at one level alone.
+        for (var level : levels.subList(cliques + 1, levels.size()))
+            for (Set<Long> cluster : level) assertTrue(cluster.size() > 6, found.toString());
     }
 
     /** 96 nodes, so many next to each other in each. */

@@ -28,28 +28,24 @@ class SimilarityTest {
                     .add(row.getLong(0));
             }
         SparkSession session = TestBed.session("local[2]", 3);
-        try {
-            Dataset<Row> pairs = Networks.rmat(6, 300, 1).on(session).filter("src <> dst");
-            Dataset<Row> links = Similarity.withDegrees(
-                pairs.union(pairs.select(col("dst"), col("src"), col("weight"))));
-            assertTrue(links.filter("rises")
-                           .groupBy("src")
-                           .count()
-                           .agg(org.apache.spark.sql.functions.max("count"))
-                           .first()
-                           .getLong(0)
-                > 6);
-            for (long slice : new long[] {2, 5, 1000}) {
-                List<Row> found = Similarity.withShared(links, slice).collectAsList();
-                assertEquals(links.count(), found.size());
-                for (Row row : found) {
-                    Set<Long> both = new TreeSet<>(neighbours.get(row.<Long>getAs("src")));
-                    both.retainAll(neighbours.get(row.<Long>getAs("dst")));
-                    assertEquals(both.size(), row.<Long>getAs("shared"), row.toString());
-                }
+        Dataset<Row> pairs = Networks.rmat(6, 300, 1).on(session).filter("src <> dst");
+        Dataset<Row> links = Similarity.withDegrees(
+            pairs.union(pairs.select(col("dst"), col("src"), col("weight"))));
+        assertTrue(links.filter("rises")
+                       .groupBy("src")
+                       .count()
+                       .agg(org.apache.spark.sql.functions.max("count"))
+                       .first()
+                       .getLong(0)
+            > 6);
+        for (long slice : new long[] {2, 5, 1000}) {
+            List<Row> found = Similarity.withShared(links, slice).collectAsList();
+            assertEquals(links.count(), found.size());
+            for (Row row : found) {
+                Set<Long> both = new TreeSet<>(neighbours.get(row.<Long>getAs("src")));
+                both.retainAll(neighbours.get(row.<Long>getAs("dst")));
+                assertEquals(both.size(), row.<Long>getAs("shared"), row.toString());
             }
-        } finally {
-            session.stop();
         }
     }
 }

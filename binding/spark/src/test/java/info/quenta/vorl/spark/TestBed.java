@@ -47,7 +47,11 @@ final class TestBed {
         }
     }
 
+    /** The session of all tests; it is another only where the master is. */
     static SparkSession session(String master, int partitions) {
+        if (SparkSession.getActiveSession().isDefined()
+            && !SparkSession.active().sparkContext().master().equals(master))
+            SparkSession.active().stop();
         SparkSession session =
             SparkSession.builder()
                 .master(master)
