@@ -109,6 +109,22 @@ TEST(Usage, FilesOfAnotherKindAreTold) {
           ": links are asked for as arcs, the file, nse, tells of edges\n");
 }
 
+TEST(Usage, NamesOfColumnsThatArentKnownAreToldAsDoubtful) {
+    const Folder folder;
+    const std::string doubt =
+        ": line 1 is read as a link between \"Name A\" and \"Name B\", which stand nowhere else; "
+        "if "
+        "they are names of columns, tell so (--columns A,B[,W])\n";
+    const std::string text = "Name A,Name B\nx,y\ny,z\n";
+    const std::string named = folder.write("named.csv", text);
+    EXPECT_EQ(vorl("communities " + named).err, "vorl: " + named + doubt);
+    EXPECT_TRUE(contains(vorl("info " + named).out, "columns 1 and 2, line 1 perhaps their names"));
+    EXPECT_EQ(vorl("communities --columns 1,2 " + named).err, "");
+    EXPECT_EQ(vorl("communities --columns 'Name A,Name B' " + named).err, "");
+    EXPECT_EQ(vorl("communities " + folder.write("no.csv", text + "z,Name A\n")).err, "");
+    EXPECT_EQ(vorl("communities " + folder.write("one.csv", "Name A,Name B\n")).err, "");
+}
+
 TEST(Usage, AnEmptyFileIsAFaultOfTheInput) {
     const Folder folder;
     for (const std::string& name : {std::string("none"), std::string("none.nse")}) {

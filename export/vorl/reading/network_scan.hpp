@@ -44,6 +44,7 @@ struct NetworkFacts {
     bool otherKind = false;           ///< links are arcs or edges against the format's name
     Size wideLines = 0;               ///< lines with something behind the weight
     std::size_t firstWideLine = 0;
+    std::string doubt;  ///< what may have been meant otherwise, in words; empty if nothing may
 
     Size links() const { return edges + arcs; }
     bool directed() const { return toldDirected || arcs != 0; }

@@ -63,6 +63,7 @@ void tellFacts(NetworkReport& network, const NetworkFacts& facts, const ReadOpti
             counted(facts.zeroWeights, "link") +
             (facts.zeroWeights == 1 ? " of weight 0 counts" : " of weight 0 count") +
             " as 1, the first in line " + std::to_string(facts.firstZeroWeight));
+    if (!facts.doubt.empty()) network.warnings.push_back(facts.doubt);
     if (facts.nodes && *facts.nodes > network.nodes)
         network.warnings.push_back("the header tells of " + std::to_string(*facts.nodes) +
                                    " nodes, " + std::to_string(network.nodes) +

@@ -119,7 +119,9 @@ private:
     void readItem(std::string_view line) {
         if (m_section < NODES)
             throw fault("found " + quoted(line) + ", " +
-                        (m_section == BEGIN ? "\"/Hierarchy\"" : "\"/Nodes\"") + " is expected");
+                        (m_section == BEGIN ? "a hierarchy, which begins with \"/Hierarchy\","
+                                            : "\"/Nodes\"") +
+                        " is expected");
         const bool node = m_section == NODES;
         const bool named = node && line.front() == '"';
         std::string name;

@@ -69,7 +69,8 @@ TEST(HierarchyFile, FaultsAreTold) {
         const char* message;
     } cases[] = {
         {"", "tall.rhb:1: the file ends, \"/Hierarchy\" is expected"},
-        {"1 2\n", "tall.rhb:1: found \"1 2\", \"/Hierarchy\" is expected"},
+        {"1 2\n",
+         "tall.rhb:1: found \"1 2\", a hierarchy, which begins with \"/Hierarchy\", is expected"},
         {replaced(TALL, "levels:3", "levels:x"), "tall.rhb:1: \"levels:\" is \"x\""},
         {replaced(TALL, "levels:3", "levels:4"), "the file ends after 3 levels"},
         {replaced(TALL, "levels:3", "levels:2"), "tall.rhb:19: found level 2, no further level"},

@@ -86,7 +86,14 @@ protected:
         readLink();
     }
 
-    void checkTotals() override { tellDialect(); }
+    void checkTotals() override {
+        tellDialect();
+        if (m_firstEnds && m_facts.links() > 1)
+            m_facts.doubt = "line " + std::to_string(m_firstLine) + " is read as a link between " +
+                            quoted(m_firstEnds->first) + " and " + quoted(m_firstEnds->second) +
+                            ", which stand nowhere else; if they are names of columns, tell so "
+                            "(--columns A,B[,W])";
+    }
 
     void atEnd() override {
         if (m_pendingLine == 0) return;
@@ -414,6 +421,9 @@ private:
                     listOf({m_fields.begin(), m_fields.end()}));
         }
         readLink();
+        if (m_told) return;
+        m_firstLine = m_line;
+        m_firstEnds.emplace(m_fields[m_src.place], m_fields[m_dst.place]);
     }
 
     std::string_view fieldOf(const Column& column, const char* what) const {
@@ -429,6 +439,10 @@ private:
     void readLink() {
         const std::string_view src = fieldOf(m_src, "source");
         const std::string_view dst = fieldOf(m_dst, "destination");
+        if (m_firstEnds)
+            for (const std::string_view end : {src, dst})
+                if (m_firstEnds && (end == m_firstEnds->first || end == m_firstEnds->second))
+                    m_firstEnds.reset();
         LinkWeight weight = 1;
         if (m_readWeights) {
             std::string_view token;
@@ -504,6 +518,8 @@ private:
                                (m_decimal == ',' ? " (decimal commas)" : "");
         if (m_kind && !m_options.directed)
             m_facts.dialect += ", the kind of link in " + std::to_string(*m_kind + 1);
+        if (m_firstEnds && m_facts.links() > 1)
+            m_facts.dialect += ", line " + std::to_string(m_firstLine) + " perhaps their names";
         if (m_named) m_facts.dialect += ", their names in line " + std::to_string(m_namesLine);
     }
 
@@ -527,6 +543,9 @@ private:
     std::string_view m_data;
     std::string m_pending;  // the first line, while it may have names
     std::size_t m_pendingLine = 0;
+    /// The ends of a first link that may be names of columns, until one of them comes again.
+    std::optional<std::pair<std::string, std::string>> m_firstEnds;
+    std::size_t m_firstLine = 0;
 };
 
 }  // namespace
