@@ -108,20 +108,24 @@ class InputTest {
     }
 
     /** In one task and by sorted partitions, held by the driver and by checkpoints. */
-    @Test
-    void rowsAreNumberedAndCountedWhereverTheyAre() {
-        Dataset<Row> rows = session()
-                                .range(0, 500, 1, 5)
+    @ParameterizedTest
+    @ValueSource(ints = {2, 11}) // the session of more than 10 adapts plans to what it meets
+    void rowsAreNumberedAndCountedWhereverTheyAre(int partitions) {
+        SparkSession session = TestBed.session("local[2]", partitions);
+        Dataset<Row> rows = session.range(0, 500, 1, 5)
                                 .select(col("id").multiply(lit(7919)).mod(lit(500)).as("key"));
         for (CommunitiesOptions options : List.of(SPREAD, SHUFFLED))
-            try (Work work = new Work(session(), options)) {
+            try (Work work = new Work(session, options)) {
                 Work.Counted kept = work.keepCounted(work.numbered(rows, "number", 500, col("key")),
                     500, col("key").lt(lit(50)), col("key").gt(lit(1000)));
                 assertEquals(500, work.size(kept.rows()));
                 assertEquals(50, kept.counts()[0]);
                 assertEquals(0, kept.counts()[1]);
                 assertEquals(0, kept.rows().filter("key <> number").count());
-                Dataset<Row> none = work.keep(rows.filter("key < 0"), 500);
+                Dataset<Row> joined =
+                    rows.join(rows.filter("key % 3 = 1").groupBy("key").count(), "key");
+                assertEquals(167, work.size(work.keep(joined, 500)));
+                Dataset<Row> none = work.keep(joined.filter("key % 6 = 3"), 500);
                 assertEquals(0, work.size(none));
                 assertEquals(0, work.numbered(none, "number", 500, col("key")).count());
             }
