@@ -2,35 +2,13 @@
 /// What is kept from one level to the next, so that a level touches only what changed.
 #pragma once
 
+#include <vorl/hierarchy/link_lists.hpp>
 #include <vorl/types/item.hpp>
 
 #include <utility>
 #include <vector>
 
 namespace vorl {
-
-/// Where a link between clusters leads while levels are tracked.
-template <bool NONSYMMETRIC>
-struct TrackedLink {
-    std::uint32_t seat;
-    std::uint32_t mate;  ///< place of the back link in the list of that seat
-    AccWeight weight;
-
-    AccWeight pair() const { return 2 * weight; }
-    void setPair(AccWeight) {}
-};
-
-template <>
-struct TrackedLink<true> {
-    std::uint32_t seat;
-    std::uint32_t mate;
-    AccWeight weight;
-    AccWeight both = 0;
-
-    /// Weight of both directions.
-    AccWeight pair() const { return both; }
-    void setPair(AccWeight back) { both = weight + back; }
-};
 
 /// State of the levels that touch only what changed.
 ///
@@ -79,12 +57,9 @@ struct Tracks {
         UNKNOWN,    ///< the best neighbour has to be sought
         UNSETTLED,  ///< it is sought on this level
         NONE,       ///< there is none
-        SEVERAL,    ///< there are several, see `ties`
-        GONE        ///< the link was taken out of its list
+        SEVERAL     ///< there are several, see `ties`
     };
 
-    /// Lists of less than so many links are sorted whenever their order counts.
-    static constexpr std::size_t SHORT = 256;
     /// So many links ahead what they lead to is called for.
     static constexpr std::size_t AHEAD = 16;
 
@@ -109,12 +84,7 @@ struct Tracks {
 
     /// The rest.
     struct Kept {
-        ClusterT* now = nullptr;  ///< the cluster on the seat, null if there is none any more
-        std::vector<LinkT> links;
-        std::uint32_t gone = 0;     ///< number of holes: links that were taken out of the list
-        std::uint32_t hole = 0;     ///< the place of one, which tells the next as its mate
-        std::uint32_t run = 0;      ///< so many leading links ascend, but for those whose seat
-        std::uint32_t bound = 0;    ///< has a key from this one on
+        ClusterT* now = nullptr;    ///< the cluster on the seat, null if there is none any more
         std::uint32_t order = 0;    ///< among the carried clusters; 0 for one of the level below
         std::uint32_t defined = 0;  ///< the last level on which a candidate was found to take part
         std::uint32_t out = 0;      ///< the last level that the cluster was taken out of
@@ -159,9 +129,10 @@ struct Tracks {
     std::uint32_t carriedBefore = 0;  ///< the same, when the level began
     Size absorbed = 0;                ///< entries of `m_propagates` that are carried no further
     Size carriedLinks = 0;            ///< number of links of the carried clusters
-    std::vector<Best> bests;
-    std::vector<Spot> spots;
-    std::vector<Kept> kept;
+    std::vector<Best, LargePageAllocator<Best>> bests;
+    std::vector<Spot, LargePageAllocator<Spot>> spots;
+    std::vector<Kept, LargePageAllocator<Kept>> kept;
+    LinkLists<LinkT> links;
     std::vector<Seat> active;        ///< what takes part in the level
     std::vector<Seat> formerly;      ///< what took part in the one before
     std::vector<Seat> woken;         ///< what takes part, and didn't before
@@ -169,7 +140,6 @@ struct Tracks {
     std::vector<Doubt> doubts;       ///< the doubtful clusters of the level
     std::vector<ClusterT*> leaving;  ///< what was of the level below and finds no candidate
     std::vector<Seat> holey;         ///< lists of links with many holes
-    std::vector<Seat> tangled;       ///< those that have to be put in order
     std::vector<ClusterT*> written;  ///< clusters that have their links as a literal level does
     std::vector<ClusterT*> left;     ///< what has candidates but found no cluster
     std::vector<ClusterT*> held;     ///< what keeps its candidates for the next level
@@ -177,42 +147,23 @@ struct Tracks {
     std::vector<std::pair<AccWeight, Seat>> near;  ///< gains near the best one
     std::vector<Sum> sums;
     std::vector<Term> terms;
-    std::vector<LinkT> ordered;  ///< scratch memory
+    std::vector<std::uint32_t> places;  ///< of the links between the clusters of a level
 
+    /// Whether a weight is a multiple of the unit of exact sums.
+    bool isExact(AccWeight weight) const { return (weight + coarse) - coarse == weight; }
     bool takesPart(Seat seat) const { return bests[seat].part >> 1 == level; }
     /// Whether it is one of the level below.
     bool isNew(Seat seat) const { return bests[seat].part == 2 * level + 1; }
-    Size linksNum(Seat seat) const { return kept[seat].links.size() - kept[seat].gone; }
     Seat newSeat() {
         bests.emplace_back();
         spots.emplace_back();
         kept.emplace_back();
+        links.addSeat();
         return static_cast<Seat>(kept.size() - 1);
-    }
-    void remove(Seat seat, std::uint32_t place) {
-        Kept& list = kept[seat];
-        list.links[place].seat = GONE;
-        list.links[place].mate = std::exchange(list.hole, place);
-        ++list.gone;
     }
     const Doubt* doubtOf(Seat seat) const {
         const std::uint32_t place = kept[seat].doubt;
         return place < doubts.size() && doubts[place].seat == seat ? &doubts[place] : nullptr;
-    }
-    /// A place for a link to another seat: a hole if there is one that keeps long lists in order.
-    std::uint32_t newPlace(Seat seat, Seat dest) {
-        Kept& list = kept[seat];
-        const bool isLate =
-            list.gone != 0 && (list.hole >= list.run || spots[dest].key >= list.bound);
-        if (list.gone == 0 || !(isLate || list.links.size() < SHORT)) {
-            list.links.emplace_back();
-            return static_cast<std::uint32_t>(list.links.size() - 1);
-        }
-        const std::uint32_t place = list.hole;
-        list.hole = list.links[place].mate;
-        --list.gone;
-        if (!isLate) list.run = place;
-        return place;
     }
 };
 

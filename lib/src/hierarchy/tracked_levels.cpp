@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace vorl {
 
@@ -64,35 +65,40 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::startTracks() {
     for (ClusterT& cl : clusters) items.push_back(&cl);
     std::sort(items.begin(), items.end(), cmpBase<ClusterT, ClusterT>);
     const Size seats = items.size() + items.size() / 32 + 1;
+    const Size links =
+        std::accumulate(items.begin(), items.end(), Size{0},
+                        [](Size sum, const ClusterT* item) { return sum + item->links.size(); });
     tracks.bests.reserve(seats);
     tracks.spots.reserve(seats);
     tracks.kept.reserve(seats);
+    tracks.links.reserveAll(seats, links);
     for (ClusterT* item : items) seatCluster(*item, tracks.newSeat());
     // All lists ascend, so that the back links to a cluster come one after the other.
     for (ClusterT* item : items) m_marks.of(item).place = 0;
+    // Both copies of all links at once would be the most memory that a build takes.
+    constexpr std::size_t parts = 16;
+    std::size_t left = items.size() / parts;
     for (ClusterT* item : items) {
-        auto& kept = tracks.kept[m_marks.seat(item)];
-        kept.links.reserve(item->links.size());
+        if (left-- == 0) {
+            detail::returnFreedMemory();
+            left = items.size() / parts;
+        }
+        const Seat seat = m_marks.seat(item);
+        tracks.links.reserve(seat, item->links.size());
         for (const auto& ln : item->links) {
-            TrackedLinkT& link = kept.links.emplace_back();
+            TrackedLinkT& link = tracks.links.append(seat);
             link.seat = m_marks.seat(ln.dest);
             link.mate = m_marks.of(ln.dest).place++;
             link.weight = ln.weight;
         }
         AccLinksT().swap(item->links);
-        kept.run = static_cast<std::uint32_t>(kept.links.size());
-        kept.bound = TracksT::Spot::ABSORBED;
     }
-    const std::uint32_t bound = tracks.spots.empty() ? 0 : tracks.spots.back().key + 1;
-    for (auto& kept : tracks.kept) {
-        kept.bound = bound;
-        for (TrackedLinkT& link : kept.links)
-            link.setPair(tracks.kept[link.seat].links[link.mate].weight);
-    }
+    for (Seat seat = 0; seat < tracks.kept.size(); ++seat)
+        for (TrackedLinkT& link : tracks.links[seat]) link.setPair(tracks.links.mate(link).weight);
     for (ClusterT* item : m_propagates) {
         const Seat seat = m_marks.seat(item);
         tracks.kept[seat].order = ++tracks.carried;
-        tracks.carriedLinks += tracks.linksNum(seat);
+        tracks.carriedLinks += tracks.links.count(seat);
         if (!item->m_context->cands.empty()) tracks.held.push_back(item);
     }
 }
@@ -102,11 +108,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::leaveTracks() {
     if (!m_tracks.on) return;
     settleCarried();
     dropWritten();
-    for (auto& kept : m_tracks.kept) {
-        if (!kept.now) continue;
-        writeLinks(*kept.now);
-        std::vector<TrackedLinkT>().swap(kept.links);
-    }
+    for (auto& kept : m_tracks.kept)
+        if (kept.now) writeLinks(*kept.now);
     TracksT none;
     none.allowed = m_tracks.allowed;
     none.coarse = m_tracks.coarse;
@@ -126,9 +129,9 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::writeLinks(ClusterT& item) {
     if (!item.links.empty()) return;
     const TracksT& tracks = m_tracks;
     const Seat seat = m_marks.seat(&item);
-    item.links.reserve(tracks.linksNum(seat));
-    for (const TrackedLinkT& link : tracks.kept[seat].links) {
-        if (link.seat == TracksT::GONE) continue;
+    item.links.reserve(tracks.links.count(seat));
+    for (const TrackedLinkT& link : tracks.links[seat]) {
+        if (link.isGone()) continue;
         auto& ln = item.links.emplace_back(tracks.kept[link.seat].now, link.weight);
         if constexpr (NONSYMMETRIC && requires { ln.pair; }) ln.pair = link.pair();
     }
@@ -165,7 +168,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::beginLiterally(IStored<ClusterT> first
         mark.set(MarksT::PROPAGATED, !takesPart);
         if (!takesPart) {
             ++m_propnum;
-            m_proplsnum += tracks.linksNum(seat);
+            m_proplsnum += tracks.links.count(seat);
             continue;
         }
         writeLinks(*item);
@@ -202,13 +205,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::settleLeft(const ClustersT& clusters) 
         const Seat seat = m_marks.seat(item);
         auto& ctx = *item->m_context;
         const NodeI<LinksT>* last = nullptr;
-        for (const TrackedLinkT& ln : tracks.kept[seat].links) {
-            if (ln.seat == TracksT::GONE) continue;
+        for (const TrackedLinkT& ln : tracks.links[seat]) {
+            if (ln.isGone()) continue;
             const ClusterT* dest = tracks.kept[ln.seat].now;
             if (m_marks.of(dest).is(MarksT::ABSORBED) && (!last || cmpBase(last, dest)))
                 last = dest;
         }
-        if (!last && sorted && seeksAbsorbed(tracks.linksNum(seat), absorbed.size()))
+        if (!last && sorted && seeksAbsorbed(tracks.links.count(seat), absorbed.size()))
             last = absorbed.back();
         std::erase_if(ctx.cands, [&](const ClusterT* cand) {
             return m_marks.of(cand).is(MarksT::ABSORBED) || cmpBase(last, cand);
@@ -228,7 +231,7 @@ template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::setLink(Seat seat, std::uint32_t place, Seat dest,
                                                   std::uint32_t mate, AccWeight weight,
                                                   AccWeight back) {
-    TrackedLinkT& link = m_tracks.kept[seat].links[place];
+    TrackedLinkT& link = m_tracks.links.at(seat, place);
     link.seat = dest;
     link.mate = mate;
     link.weight = weight;
@@ -238,8 +241,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::setLink(Seat seat, std::uint32_t place
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::addNewSums(AccWeight share) {
     auto& terms = m_tracks.terms;
-    std::sort(terms.begin(), terms.end(),
-              [](const auto& a, const auto& b) { return a.key < b.key; });
+    const auto isExact = [this, share](const auto& term) {
+        return m_marks.of(m_tracks.kept[term.seat].now).aim &&
+               m_tracks.isExact(term.weight * share);
+    };
+    if (!std::all_of(terms.begin(), terms.end(), isExact))
+        std::sort(terms.begin(), terms.end(),
+                  [](const auto& a, const auto& b) { return a.key < b.key; });
     for (const auto& term : terms) {
         const ClusterT& dest = *m_tracks.kept[term.seat].now;
         const Mark& mark = m_marks.of(dest);
@@ -264,7 +272,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
     };
     const NodeI<LinksT>* hub = nullptr;
     for (const NodeI<LinksT>* item : cl.des)
-        if (isWhole(item) && (!hub || tracks.linksNum(seatOf(item)) > tracks.linksNum(seatOf(hub))))
+        if (isWhole(item) &&
+            (!hub || tracks.links.count(seatOf(item)) > tracks.links.count(seatOf(hub))))
             hub = item;
     const Seat own = hub ? seatOf(hub) : tracks.newSeat();
     auto& spots = tracks.spots;
@@ -276,15 +285,15 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
     AccLinksT().swap(cl.links);
     for (const NodeI<LinksT>* item : cl.des) {
         if (item == hub) continue;
-        for (const TrackedLinkT& ln : tracks.kept[seatOf(item)].links) {
-            if (ln.seat == TracksT::GONE || spots[ln.seat].place != Spot::FREE) continue;
+        for (const TrackedLinkT& ln : tracks.links[seatOf(item)]) {
+            if (ln.isGone() || spots[ln.seat].place != Spot::FREE) continue;
             spots[ln.seat].place = static_cast<std::uint32_t>(sums.size());
             sums.emplace_back().seat = ln.seat;
         }
     }
     for (const NodeI<LinksT>* item : cl.des) {
         const Seat seat = seatOf(item);
-        auto& links = tracks.kept[seat].links;
+        const auto links = tracks.links[seat];
         const std::size_t count = links.size();
         const auto& entry =
             detail::ownerEntry(*item, cl, "joinLinks(), the owner should be among it's des owners");
@@ -292,20 +301,20 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
             static_cast<AccWeight>(entry.numac) / static_cast<AccWeight>(item->totac);
         const bool last = item->owners.back().dest == &cl;
         for (std::size_t i = 0; i < count; ++i) {
-            if (i + TracksT::AHEAD < count && links[i + TracksT::AHEAD].seat != TracksT::GONE)
+            if (i + TracksT::AHEAD < count && !links[i + TracksT::AHEAD].isGone())
                 __builtin_prefetch(&spots[links[i + TracksT::AHEAD].seat]);
             const TrackedLinkT& ln = links[i];
-            if (ln.seat == TracksT::GONE) continue;
+            if (ln.isGone()) continue;
             const Spot& spot = spots[ln.seat];
             if (spot.place == Spot::FREE) continue;
             if (spot.place == Spot::ABSORBED) {
                 tracks.terms.push_back({spot.key, ln.seat, ln.weight});
-                if (item == hub) tracks.remove(seat, static_cast<std::uint32_t>(i));
+                if (item == hub) tracks.links.remove(seat, static_cast<std::uint32_t>(i));
                 continue;
             }
             Sum& sum = sums[spot.place];
             sum.weight += ln.weight * share;
-            AccWeight back = tracks.kept[ln.seat].links[ln.mate].weight;
+            AccWeight back = tracks.links.mate(ln).weight;
             if (!isWhole(item)) back = back / item->totac * entry.numac;
             sum.back += back;
             if (item == hub) {
@@ -314,7 +323,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
                 if (sum.mate == Sum::NONE) {
                     sum.mate = ln.mate;
                 } else {
-                    tracks.remove(ln.seat, ln.mate);
+                    tracks.links.remove(ln.seat, ln.mate);
                     --tracks.carriedLinks;
                 }
                 Seat& aim = tracks.bests[ln.seat].aim;
@@ -323,40 +332,37 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
         }
         addNewSums(share);
     }
-    auto& links = tracks.kept[own].links;
-    const auto further = static_cast<std::size_t>(std::count_if(
-        sums.begin(), sums.end(), [](const Sum& sum) { return sum.own == Sum::NONE; }));
-    if (links.size() + further > links.capacity() + tracks.kept[own].gone)
-        links.reserve(links.size() + further);
+    const auto further = std::count_if(sums.begin(), sums.end(),
+                                       [](const Sum& sum) { return sum.own == Sum::NONE; });
+    tracks.links.reserveMore(own, static_cast<std::size_t>(further) + m_newSums.size());
     for (const Sum& sum : sums) {
         spots[sum.seat].place = Spot::FREE;
-        auto& others = tracks.kept[sum.seat];
         if (sum.own != Sum::NONE) {
-            TrackedLinkT& ln = links[sum.own];
+            TrackedLinkT& ln = tracks.links.at(own, sum.own);
             ln.weight = sum.weight;
             ln.setPair(sum.back);
-            TrackedLinkT& back = others.links[ln.mate];
+            TrackedLinkT& back = tracks.links.mate(ln);
             back.weight = sum.back;
             back.setPair(sum.weight);
             if (sum.mate != Sum::NONE) {
-                tracks.remove(sum.seat, sum.mate);
+                tracks.links.remove(sum.seat, sum.mate);
                 --tracks.carriedLinks;
             }
         } else {
-            const std::uint32_t place = tracks.newPlace(own, sum.seat);
+            const std::uint32_t place = tracks.links.newPlace(own);
             std::uint32_t mate = sum.mate;
             if (mate == Sum::NONE) {
                 // The new cluster's key isn't known yet, but is above all others.
-                mate = static_cast<std::uint32_t>(others.links.size());
-                others.links.emplace_back();
+                mate = static_cast<std::uint32_t>(tracks.links[sum.seat].size());
+                tracks.links.append(sum.seat);
                 ++tracks.carriedLinks;
             }
             setLink(sum.seat, mate, own, place, sum.back, sum.weight);
             setLink(own, place, sum.seat, mate, sum.weight, sum.back);
         }
-        if (others.gone > others.links.size() / 8 + 1) tracks.holey.push_back(sum.seat);
+        if (tracks.links.isHoley(sum.seat)) tracks.holey.push_back(sum.seat);
     }
-    if (tracks.kept[own].gone > links.size() / 8 + 1) tracks.holey.push_back(own);
+    if (tracks.links.isHoley(own)) tracks.holey.push_back(own);
     m_marks.seat(&cl) = own;
     appendNewSums(cl);
 }
@@ -365,42 +371,23 @@ template <bool NONSYMMETRIC, class LinksT>
 AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::trackedWeight(const ClusterT& cl) {
     TracksT& tracks = m_tracks;
     const Seat seat = m_marks.seat(&cl);
-    const auto& kept = tracks.kept[seat];
-    const AccWeight coarse = tracks.coarse;
+    const auto links = tracks.links[seat];
     AccWeight sum = 0;
     bool exact = true;
-    for (const TrackedLinkT& ln : kept.links) {
-        if (ln.seat == TracksT::GONE) continue;
+    for (const TrackedLinkT& ln : links) {
+        if (ln.isGone()) continue;
         const AccWeight pair = ln.pair();
         sum += pair;
-        exact = exact && (pair + coarse) - coarse == pair;
+        exact = exact && tracks.isExact(pair);
     }
     if (!exact) {
         auto& terms = tracks.terms;
-        const auto isLate = [&](std::size_t i, std::uint32_t key) {
-            return i >= kept.run || key >= kept.bound;
-        };
-        for (std::size_t i = 0; i < kept.links.size(); ++i) {
-            const TrackedLinkT& ln = kept.links[i];
-            if (ln.seat == TracksT::GONE) continue;
-            const std::uint32_t key = tracks.spots[ln.seat].key;
-            if (isLate(i, key)) terms.push_back({key, ln.seat, ln.pair()});
-        }
+        for (const TrackedLinkT& ln : links)
+            if (!ln.isGone()) terms.push_back({tracks.spots[ln.seat].key, ln.seat, ln.pair()});
         std::sort(terms.begin(), terms.end(),
                   [](const auto& a, const auto& b) { return a.key < b.key; });
         sum = 0;
-        auto term = terms.begin();
-        for (std::size_t i = 0; i < kept.run; ++i) {
-            const TrackedLinkT& ln = kept.links[i];
-            if (ln.seat == TracksT::GONE) continue;
-            const std::uint32_t key = tracks.spots[ln.seat].key;
-            if (isLate(i, key)) continue;
-            for (; term != terms.end() && term->key < key; ++term) sum += term->weight;
-            sum += ln.pair();
-        }
-        for (; term != terms.end(); ++term) sum += term->weight;
-        if (kept.links.size() >= TracksT::SHORT && terms.size() > kept.links.size() / 4)
-            tracks.tangled.push_back(seat);
+        for (const auto& term : terms) sum += term.weight;
         terms.clear();
     }
     for (const auto& ln : cl.links) sum += linkWeight<NONSYMMETRIC>(&cl, ln);
@@ -410,74 +397,36 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::trackedWeight(const ClusterT& cl)
     return sum / 2;
 }
 
+// The links of each ascend, so that the back links to a cluster come one after the other.
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::linkNew(ClustersT& clusters) {
     TracksT& tracks = m_tracks;
+    auto& links = tracks.links;
+    auto& places = tracks.places;
+    places.clear();
     for (const ClusterT& cl : clusters) {
         const Seat seat = m_marks.seat(&cl);
-        tracks.spots[seat].place = static_cast<std::uint32_t>(tracks.kept[seat].links.size());
+        tracks.spots[seat].place = static_cast<std::uint32_t>(places.size());
+        for (const auto& ln : cl.links) {
+            const std::uint32_t place = links.newPlace(seat);
+            links.at(seat, place).seat = m_marks.seat(ln.dest);
+            links.at(seat, place).weight = ln.weight;
+            places.push_back(place);
+        }
     }
-    for (const ClusterT& cl : clusters)
+    auto place = places.begin();
+    for (ClusterT& cl : clusters) {
         for (const auto& ln : cl.links) {
             const Seat dest = m_marks.seat(ln.dest);
-            const Seat seat = m_marks.seat(&cl);
-            auto& links = tracks.kept[seat].links;
-            links.emplace_back();
-            setLink(seat, static_cast<std::uint32_t>(links.size() - 1), dest,
-                    tracks.spots[dest].place++, ln.weight, 0);
+            TrackedLinkT& link = links.at(m_marks.seat(&cl), *place++);
+            link.mate = places[tracks.spots[dest].place++];
+            link.setPair(links.mate(link).weight);
         }
+    }
     for (ClusterT& cl : clusters) {
-        const Seat seat = m_marks.seat(&cl);
-        tracks.spots[seat].place = TracksT::Spot::FREE;
-        auto& links = tracks.kept[seat].links;
-        for (std::size_t i = links.size() - cl.links.size(); i < links.size(); ++i)
-            links[i].setPair(tracks.kept[links[i].seat].links[links[i].mate].weight);
+        tracks.spots[m_marks.seat(&cl)].place = TracksT::Spot::FREE;
         AccLinksT().swap(cl.links);
     }
-}
-
-template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::closeHoles(Seat seat) {
-    TracksT& tracks = m_tracks;
-    auto& kept = tracks.kept[seat];
-    if (kept.gone == 0) return;
-    std::uint32_t place = 0;
-    std::uint32_t run = 0;
-    for (std::uint32_t i = 0; i < kept.links.size(); ++i) {
-        if (i == kept.run) run = place;
-        const TrackedLinkT& ln = kept.links[i];
-        if (ln.seat == TracksT::GONE) continue;
-        if (place != i) {
-            tracks.kept[ln.seat].links[ln.mate].mate = place;
-            kept.links[place] = ln;
-        }
-        ++place;
-    }
-    kept.run = kept.run >= kept.links.size() ? place : run;
-    kept.links.erase(kept.links.begin() + place, kept.links.end());
-    if (kept.links.capacity() > kept.links.size() * 9 / 8 + 1) kept.links.shrink_to_fit();
-    kept.gone = 0;
-}
-
-template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::orderLinks(Seat seat) {
-    TracksT& tracks = m_tracks;
-    auto& kept = tracks.kept[seat];
-    if (!kept.now) return;
-    auto& ordered = tracks.ordered;
-    ordered.clear();
-    for (const TrackedLinkT& ln : kept.links)
-        if (ln.seat != TracksT::GONE) ordered.push_back(ln);
-    std::sort(ordered.begin(), ordered.end(), [&tracks](const auto& a, const auto& b) {
-        return tracks.spots[a.seat].key < tracks.spots[b.seat].key;
-    });
-    kept.links.assign(ordered.begin(), ordered.end());
-    if (kept.links.capacity() > kept.links.size() * 9 / 8 + 1) kept.links.shrink_to_fit();
-    kept.gone = 0;
-    kept.run = static_cast<std::uint32_t>(kept.links.size());
-    kept.bound = ordered.empty() ? 0 : tracks.spots[ordered.back().seat].key + 1;
-    for (std::uint32_t i = 0; i < kept.run; ++i)
-        tracks.kept[kept.links[i].seat].links[kept.links[i].mate].mate = i;
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -498,7 +447,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldTracked() {
         const Seat seat = m_marks.seat(&item);
         seats.push_back(seat);
         tracks.spots[seat].place = TracksT::Spot::ABSORBED;
-        if (tracks.kept[seat].order != 0) tracks.carriedLinks -= tracks.linksNum(seat);
+        if (tracks.kept[seat].order != 0) tracks.carriedLinks -= tracks.links.count(seat);
     });
     m_report.begin("folding", clusters.size(), m_levels.size() - 1);
     for (ClusterT& cl : clusters) {
@@ -510,13 +459,11 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldTracked() {
     for (const Seat seat : seats) tracks.kept[seat].now = nullptr;
     for (ClusterT& cl : clusters) seatCluster(cl, m_marks.seat(&cl));
     for (const Seat seat : seats)
-        if (!tracks.kept[seat].now) std::vector<TrackedLinkT>().swap(tracks.kept[seat].links);
+        if (!tracks.kept[seat].now) tracks.links.clear(seat);
     linkNew(clusters);
     eachMember([](ClusterT& item) { item.tidy(); });
-    for (const Seat seat : tracks.holey) closeHoles(seat);
-    for (const Seat seat : tracks.tangled) orderLinks(seat);
+    for (const Seat seat : tracks.holey) tracks.links.closeHoles(seat);
     tracks.holey.clear();
-    tracks.tangled.clear();
 }
 
 #define VORL_INSTANTIATE(NONSYM, LinksT)                                                     \
