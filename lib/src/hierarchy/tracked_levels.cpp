@@ -76,13 +76,14 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::startTracks() {
     // All lists ascend, so that the back links to a cluster come one after the other.
     for (ClusterT* item : items) m_marks.of(item).place = 0;
     // Both copies of all links at once would be the most memory that a build takes.
-    constexpr std::size_t parts = 16;
-    std::size_t left = items.size() / parts;
+    const Size step = std::max(links / 16, (Size{1} << 22) / sizeof(TrackedLinkT));
+    Size moved = 0;
     for (ClusterT* item : items) {
-        if (left-- == 0) {
+        if (moved >= step) {
             detail::returnFreedMemory();
-            left = items.size() / parts;
+            moved = 0;
         }
+        moved += item->links.size();
         const Seat seat = m_marks.seat(item);
         tracks.links.reserve(seat, item->links.size());
         for (const auto& ln : item->links) {
