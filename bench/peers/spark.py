@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """Measures communities on Apache Spark beside GraphX, Spark's own library of networks, on a planted
 network: seconds, and the agreement with the planted truth. The table is written to docs/spark.md.
-With --figures KIND LINKS PARTITIONS prints what a network of that kind shuffles instead.
+With --figures KIND LINKS PARTITIONS [ROWS_OF_DRIVER] prints what a network of that kind shuffles
+instead.
 """
 import argparse
 import json
@@ -64,7 +65,8 @@ def main():
     parser.add_argument("--tests", type=pathlib.Path,
                         default=ROOT / "build/spark/target/test-classes")
     parser.add_argument("--memory", default="2g")
-    parser.add_argument("--figures", nargs=3, metavar=("KIND", "LINKS", "PARTITIONS"))
+    parser.add_argument("--figures", nargs="+",
+                        metavar=("KIND", "LINKS PARTITIONS [ROWS_OF_DRIVER]"))
     parser.add_argument("--folder", type=pathlib.Path, default=ROOT / "build/agreement")
     parser.add_argument("--page", type=pathlib.Path, default=ROOT / "docs/spark.md")
     options = parser.parse_args()

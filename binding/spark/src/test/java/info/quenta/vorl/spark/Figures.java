@@ -18,7 +18,8 @@ import org.apache.spark.sql.SparkSession;
 
 /**
  * Prints what a run shuffles, by steps and by rounds, and how evenly: Figures KIND LINKS
- * PARTITIONS, where the kind is planted or R-MAT. Nothing is left to the native library.
+ * PARTITIONS [ROWS_OF_DRIVER], where the kind is planted or R-MAT. Nothing is left to the native
+ * library; small networks shuffle like large ones where the driver holds no rows.
  */
 final class Figures {
     /** Smaller stages say nothing about skew. */
@@ -128,6 +129,8 @@ final class Figures {
         Meter meter = new Meter();
         session.sparkContext().addSparkListener(meter);
         CommunitiesOptions options = CommunitiesOptions.DEFAULT.withLinksOfTask(0).withStarts(1);
+        if (arguments.length > 3)
+            options = options.withRowsOfDriver(Long.parseLong(arguments[3]));
         long begin = System.nanoTime();
         List<String> found = TestBed.lines(Communities.run(network.on(session), options));
         double seconds = (System.nanoTime() - begin) / 1e9;
