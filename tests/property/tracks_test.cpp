@@ -25,6 +25,31 @@ TestNetwork hubs(Random& rnd) {
     return net;
 }
 
+/// The same larger and with whole weights, where hubs share members.
+TestNetwork sharingHubs(std::uint64_t seed) {
+    Random rnd(seed);
+    const Id n = 60 + rnd.below(500);
+    TestNetwork net("sharing hubs", n);
+    net.directed = rnd.chance(0.3);
+    std::vector<Id> ends{0};
+    const Id most = 1 + rnd.below(6);
+    const bool byDegree = rnd.chance(0.7);
+    for (Id i = 1; i < n; ++i)
+        for (Id k = 1 + rnd.below(most); k != 0; --k) {
+            const Id other =
+                byDegree ? ends[rnd.below(static_cast<Id>(ends.size()))] : rnd.below(i);
+            net.add(i, other);
+            ends.push_back(i);
+            ends.push_back(other);
+        }
+    net.weighted = rnd.chance(0.5);
+    if (net.weighted) {
+        const std::uint32_t heaviest = 2 + rnd.below(6);
+        for (TestLink& ln : net.links) ln.weight = static_cast<float>(1 + rnd.below(heaviest));
+    }
+    return net;
+}
+
 /// Of the whole range of 32 bits, or such that sums are nearly equal.
 float extremeWeight(Random& rnd, std::uint32_t kind) {
     switch (kind) {
@@ -45,6 +70,7 @@ TestNetwork networkOf(std::uint64_t seed) {
     TestNetwork net = randomNetwork(seed);
     Random rnd(seed + 5);
     if (rnd.chance(0.4)) net = hubs(rnd);
+    if (rnd.chance(0.1)) return sharingHubs(seed);
     if (rnd.chance(0.5)) return net;
     net.weighted = true;
     const std::uint32_t kind = rnd.below(7);
@@ -80,6 +106,14 @@ TEST(Tracks, GiveWhatLiteralLevelsGive) {
         ASSERT_EQ(difference(network, optionsOf(seed, network.directed)), "")
             << network.name << ", seed " << seed;
         if (text && (seed - first) % 10000 == 9999) std::printf("%lu\n", seed - first + 1);
+    }
+}
+
+TEST(Tracks, AddUpExactTermsInOrderToSumsThatAreNot) {
+    for (const float gamma : {-1.f, 1.f, 0.5f, 0.1f}) {
+        ClusterOptions options;
+        options.gamma = gamma;
+        EXPECT_EQ(difference(sharingHubs(104594 * 7 + 3), options), "") << gamma;
     }
 }
 

@@ -491,7 +491,8 @@ private:
     /// Moves the links of the members to the seat of the new cluster.
     void joinLinks(ClusterT& cl);
     /// Adds what was collected of a member's links to absorbed clusters.
-    void addNewSums(AccWeight share);
+    /// @param[in,out] exact whether all sums so far are, so that their order doesn't count
+    void addNewSums(AccWeight share, bool& exact);
     void setLink(Seat seat, std::uint32_t place, Seat dest, std::uint32_t mate, AccWeight weight,
                  AccWeight back);
     /// Enters the links between the new clusters.

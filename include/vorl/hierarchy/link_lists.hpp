@@ -81,13 +81,13 @@ public:
     }
     /// The next seat, its list being empty.
     void addSeat() { m_lists.emplace_back(); }
-    /// Appends a link; all other lists may move.
+    /// Appends a link; all lists may move.
     LinkT& append(Seat seat) {
         const std::size_t size = m_lists[seat].size;
         if (size == m_lists[seat].room) reserve(seat, size + size / 8 + 1);
         return at(seat, m_lists[seat].size++);
     }
-    /// Makes room for so many links, holes included; all other lists may move.
+    /// Makes room for so many links, holes included, until lists move again; all of them may.
     void reserve(Seat seat, std::size_t links);
     /// Makes room for so many links in addition to those that are there.
     void reserveMore(Seat seat, std::size_t links) { reserve(seat, count(seat) + links); }
@@ -130,7 +130,9 @@ void LinkLists<LinkT>::reserve(Seat seat, std::size_t links) {
         compact();
         const std::size_t needed = m_links.size() + more();
         if (needed > m_links.capacity()) m_links.reserve(needed * 9 / 8);
-        m_limit = std::clamp(needed * 5 / 4, needed, m_links.capacity());
+        // A look at all lists should pay.
+        const std::size_t wanted = needed + std::max(needed / 4, m_lists.size());
+        m_limit = std::min(wanted, m_links.capacity());
         detail::returnLargePages(m_links.data() + m_limit,
                                  (m_links.capacity() - m_limit) * sizeof(LinkT));
     }

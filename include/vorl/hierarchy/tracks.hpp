@@ -43,8 +43,8 @@ namespace vorl {
 /// 5. Two clusters are candidates of each other only if the best of one of them was sought anew on
 ///    the level, or if clustering left them over on the one before.
 /// 6. Sums of more than two terms depend on their order, so they are made as literal folding makes
-///    them: member by member, and total weights by the order of the clusters, unless every term is
-///    a multiple of a unit so large that no sum is rounded.
+///    them: member by member, and total weights by the order of the clusters, unless every term,
+///    and what it is added to, is a multiple of a unit so large that no sum is rounded.
 template <bool NONSYMMETRIC, class LinksT>
 struct Tracks {
     using ClusterT = Cluster<LinksT>;

@@ -240,13 +240,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::setLink(Seat seat, std::uint32_t place
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::addNewSums(AccWeight share) {
+void HierarchyImpl<NONSYMMETRIC, LinksT>::addNewSums(AccWeight share, bool& exact) {
     auto& terms = m_tracks.terms;
-    const auto isExact = [this, share](const auto& term) {
-        return m_marks.of(m_tracks.kept[term.seat].now).aim &&
-               m_tracks.isExact(term.weight * share);
-    };
-    if (!std::all_of(terms.begin(), terms.end(), isExact))
+    exact = exact && std::all_of(terms.begin(), terms.end(), [this, share](const auto& term) {
+                return m_marks.of(m_tracks.kept[term.seat].now).aim &&
+                       m_tracks.isExact(term.weight * share);
+            });
+    if (!exact)
         std::sort(terms.begin(), terms.end(),
                   [](const auto& a, const auto& b) { return a.key < b.key; });
     for (const auto& term : terms) {
@@ -281,6 +281,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
     auto& sums = tracks.sums;
     sums.clear();
     m_newSums.clear();
+    bool exact = cl.links.empty();
     // Shared descendants with a self weight have linked their owners already.
     for (const auto& ln : cl.links) accumulate(m_newSums, ln.dest, ln.weight);
     AccLinksT().swap(cl.links);
@@ -331,7 +332,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
                 if (aim == seat) aim = own;
             }
         }
-        addNewSums(share);
+        addNewSums(share, exact);
     }
     const auto further = std::count_if(sums.begin(), sums.end(),
                                        [](const Sum& sum) { return sum.own == Sum::NONE; });
@@ -353,9 +354,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
             const std::uint32_t place = tracks.links.newPlace(own);
             std::uint32_t mate = sum.mate;
             if (mate == Sum::NONE) {
-                // The new cluster's key isn't known yet, but is above all others.
-                mate = static_cast<std::uint32_t>(tracks.links[sum.seat].size());
-                tracks.links.append(sum.seat);
+                mate = tracks.links.newPlace(sum.seat);
                 ++tracks.carriedLinks;
             }
             setLink(sum.seat, mate, own, place, sum.back, sum.weight);

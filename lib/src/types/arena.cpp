@@ -1,4 +1,5 @@
 #include <vorl/types/arena.hpp>
+#include <vorl/types/large_pages.hpp>
 
 #include <sys/mman.h>
 
@@ -11,7 +12,6 @@ namespace {
 
 constexpr std::size_t PAGE = 1 << 12;
 constexpr std::size_t STEP_MAX = std::size_t{1} << 26;
-constexpr std::size_t LARGE = std::size_t{1} << 21;
 constexpr std::size_t RANGE_MIN = std::size_t{1} << 16;
 
 std::size_t pages(std::size_t size) { return (size + PAGE - 1) & ~(PAGE - 1); }
@@ -86,10 +86,9 @@ bool Arena::commit(std::uintptr_t end) {
         if (mprotect(reinterpret_cast<void*>(m_committed), to - m_committed,
                      PROT_READ | PROT_WRITE) != 0)
             return false;
-        // Much memory that is walked in no order is reached faster through large pages. It is but
-        // a hint, which the system may pass over.
-        if (to - m_committed >= LARGE)
-            madvise(reinterpret_cast<void*>(m_committed), to - m_committed, MADV_HUGEPAGE);
+        // Much memory that is walked in no order is reached faster through large pages.
+        if (to - m_committed >= detail::LARGE_PAGE)
+            detail::adviseLargePages(reinterpret_cast<void*>(m_committed), to - m_committed);
         m_committed = to;
         return true;
     };

@@ -106,7 +106,7 @@ TEST(LinkLists, KeepBackLinksHoweverListsMove) {
     }
 }
 
-TEST(LinkLists, GiveMemoryBackAndTakeItAgain) {
+TEST(LinkLists, KeepLinksWhereMemoryIsGivenBackAndTakenAgain) {
     LinkLists<LinkT> lists;
     constexpr std::uint32_t seats = 900;
     const auto weight = [](std::uint32_t a, std::uint32_t b) { return AccWeight{a + 7.0 * b}; };
