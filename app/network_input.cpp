@@ -42,6 +42,7 @@ NetworkTable readTable(const ReadOptions& options, const std::function<bool(Id)>
     table.nodes = names.ids();
     if (wanted) std::erase_if(table.nodes, [&](Id node) { return !wanted(node); });
     if (names.labels()->size() != 0) table.labels = names.labels();
+    if (!table.facts.doubt.empty()) tell(options.file + ": " + table.facts.doubt);
     return table;
 }
 

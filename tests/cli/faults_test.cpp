@@ -100,6 +100,11 @@ TEST(Usage, FilesOfAnotherKindAreTold) {
         EXPECT_TRUE(contains(run.err, message)) << arguments << run.err;
     };
     fails("info " + clusters, "c.cnl: the file has clusters, a network is expected");
+    const std::string header = folder.write("header", "# Clusters: 2, Nodes: 4\n1 2\n3 4\n");
+    fails("info " + header, "header: the file has clusters, a network is expected; --format list ");
+    EXPECT_EQ(vorl("info --format list " + header).code, 0);
+    fails("info " + folder.write("levels", "/Hierarchy levels:7 clusters:30\n"),
+          "levels: the file has a hierarchy, a network is expected\n");
     EXPECT_EQ(vorl("info --format nse " + clusters).code, 0);
     fails("evaluate " + links + " " + links, "n.nse: the file has the links of a network, clus");
     EXPECT_EQ(vorl("info --columns 2,1 --format list " + links).code, 0);
@@ -109,15 +114,27 @@ TEST(Usage, FilesOfAnotherKindAreTold) {
           ": links are asked for as arcs, the file, nse, tells of edges\n");
 }
 
+TEST(Usage, DecimalCommasThatMayPartThousandsAreToldAsDoubtful) {
+    const Folder folder;
+    const auto warnings = [&](const char* weights) {
+        return vorl("communities " + folder.write("w.tsv", weights)).err;
+    };
+    EXPECT_TRUE(contains(warnings("a\tb\t1,234\nb\tc\t999\nc\td\t12,345\n"),
+                         "weights are read with decimal commas, \"1,234\" among them, and might be "
+                         "meant as thousands\n"));
+    EXPECT_EQ(warnings("a\tb\t1,234\nb\tc\t0,5\n"), "");
+    EXPECT_EQ(warnings("a\tb\t0,234\nb\tc\t1,125\n"), "");
+}
+
 TEST(Usage, NamesOfColumnsThatArentKnownAreToldAsDoubtful) {
     const Folder folder;
     const std::string doubt =
         ": line 1 is read as a link between \"Name A\" and \"Name B\", which stand nowhere else; "
-        "if "
-        "they are names of columns, tell so (--columns A,B[,W])\n";
+        "if they are names of columns, tell so (--columns A,B[,W])\n";
     const std::string text = "Name A,Name B\nx,y\ny,z\n";
     const std::string named = folder.write("named.csv", text);
     EXPECT_EQ(vorl("communities " + named).err, "vorl: " + named + doubt);
+    EXPECT_EQ(vorl("convert --to gml " + named + " -").err, "vorl: " + named + doubt);
     EXPECT_TRUE(contains(vorl("info " + named).out, "columns 1 and 2, line 1 perhaps their names"));
     EXPECT_EQ(vorl("communities --columns 1,2 " + named).err, "");
     EXPECT_EQ(vorl("communities --columns 'Name A,Name B' " + named).err, "");

@@ -9,12 +9,13 @@ namespace vorl {
 namespace {
 
 void requireNetwork(const std::string& name, Lines& lines, NetworkFormat told) {
-    if (told > NetworkFormat::LIST) return;
-    const FileKind kind = fileKind(told == NetworkFormat::UNKNOWN ? name : "", lines);
+    if (told != NetworkFormat::UNKNOWN) return;
+    const FileKind kind = fileKind(name, lines);
     if (kind == FileKind::ANY || kind == FileKind::NETWORK) return lines.rewind(false);
     throw InputError(InputError::Parts{
         .file = name,
-        .wrong = std::string("the file has ") + nameOf(kind) + ", a network is expected"});
+        .wrong = std::string("the file has ") + nameOf(kind) + ", a network is expected" +
+                 (kind == FileKind::CLUSTERS ? "; --format list reads links all the same" : "")});
 }
 
 }  // namespace

@@ -108,9 +108,7 @@ TEST(EdgeLists, FaultsAreToldByLine) {
         {"a,b,1\na,c,x\n", "f:2: the weight is \"x\", a number is expected"},
         {"node\tcommunity\tshare\na\t0\t1\n",
          "f:1: the columns \"node\", \"community\", \"share\" are those of a table of clusters, a "
-         "network is expected"},
-        {"# Clusters: 2, Nodes: 3\n1 2\n3\n", "f: the file has clusters, a network is expected"},
-        {"/Hierarchy levels:7 clusters:30\n", "f: the file has a hierarchy, a network is expected"},
+         "network is expected; --columns A,B reads links all the same"},
         {"a,b,1\nc,\"d\ne\",2\n",
          "f:2: the quotes that begin with \"\"d\" aren't closed in their line, over which a field "
          "can't go"},

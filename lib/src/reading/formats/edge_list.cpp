@@ -47,7 +47,16 @@ bool areOfClusters(const std::vector<std::string>& names) {
 bool isNumber(std::string_view text) {
     double value = 0;
     const auto [last, err] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return !text.empty() && err == std::errc() && last == text.data() + text.size();
+    const bool isRead = err == std::errc() || err == std::errc::result_out_of_range;
+    return isRead && last == text.data() + text.size();
+}
+
+/// Whether a number with a decimal comma might be one of thousands, as `1,234`.
+bool mayBeThousands(std::string_view number) {
+    const std::size_t comma = number.find(',');
+    return comma >= 1 && comma <= 3 && number[0] != '0' && number.size() == comma + 4 &&
+           std::all_of(number.begin(), number.end(),
+                       [](char c) { return c == ',' || (c >= '0' && c <= '9'); });
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -93,6 +102,9 @@ protected:
                             quoted(m_firstEnds->first) + " and " + quoted(m_firstEnds->second) +
                             ", which stand nowhere else; if they are names of columns, tell so "
                             "(--columns A,B[,W])";
+        else if (!m_thousands.empty())
+            m_facts.doubt = "weights are read with decimal commas, " + quoted(m_thousands) +
+                            " among them, and might be meant as thousands";
     }
 
     void atEnd() override {
@@ -184,7 +196,8 @@ private:
         const auto ends = knownEnds(names);
         if (!ends && !m_told && areOfClusters(names))
             throw fault("the columns " + listOf(names) +
-                        " are those of a table of clusters, a network is expected");
+                        " are those of a table of clusters, a network is expected; --columns A,B "
+                        "reads links all the same");
         if (needsNames()) {
             if (!m_told && ends) {
                 m_src.place = ends->first;
@@ -456,10 +469,13 @@ private:
     }
 
     /// Whether the column of kinds tells of an arc, as `Directed`.
-    bool isArc() const {
+    bool isArc() {
         if (m_options.directed || *m_kind >= m_fields.size()) return m_arcs;
         const std::string kind = lowered(m_fields[*m_kind]);
-        return kind == "directed" || (kind != "undirected" && m_arcs);
+        const bool isDirected = kind == "directed";
+        const bool isUndirected = kind == "undirected";
+        m_kindsTold = m_kindsTold || isDirected || isUndirected;
+        return isDirected || (!isUndirected && m_arcs);
     }
 
     bool mayHaveDecimalCommas() const { return m_separator == ';' || m_separator == '\t'; }
@@ -482,6 +498,8 @@ private:
                         std::string("a decimal ") + (m_decimal == ',' ? "comma" : "point") +
                             " is expected, as before");
         if (m_decimal == '.') return token;
+        if (!std::exchange(m_hasCommas, true) && mayBeThousands(token)) m_thousands = token;
+        if (!mayBeThousands(token)) m_thousands.clear();
         m_number = token;
         m_number[mark] = '.';
         // What has a second mark is no number, and is told as it stands there.
@@ -516,8 +534,7 @@ private:
         if (m_weight && m_facts.statesWeights && m_data.empty())
             m_facts.dialect += " with the weight in " + std::to_string(m_weight->place + 1) +
                                (m_decimal == ',' ? " (decimal commas)" : "");
-        if (m_kind && !m_options.directed)
-            m_facts.dialect += ", the kind of link in " + std::to_string(*m_kind + 1);
+        if (m_kindsTold) m_facts.dialect += ", the kind of link in " + std::to_string(*m_kind + 1);
         if (m_firstEnds && m_facts.links() > 1)
             m_facts.dialect += ", line " + std::to_string(m_firstLine) + " perhaps their names";
         if (m_named) m_facts.dialect += ", their names in line " + std::to_string(m_namesLine);
@@ -535,8 +552,11 @@ private:
     Column m_dst{1, {}};
     std::optional<Column> m_weight = Column{2, {}};
     std::optional<std::size_t> m_kind;  // the place of what tells edges from arcs
-    char m_decimal = '\0';              // what parts whole numbers from fractions in weights
-    std::string m_number;               // the last weight with a decimal comma
+    bool m_kindsTold = false;
+    bool m_hasCommas = false;  // some weight has a decimal comma
+    std::string m_thousands;   // the first of these while all might be thousands
+    char m_decimal = '\0';     // what parts whole numbers from fractions in weights
+    std::string m_number;      // the last weight with a decimal comma
     std::vector<std::string_view> m_fields;
     std::size_t m_most = 0;              // fields to be kept of a line
     std::deque<std::string> m_unquoted;  // what fields with doubled quotes hold
