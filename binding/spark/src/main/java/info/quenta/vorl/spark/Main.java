@@ -152,7 +152,11 @@ public final class Main {
 
     private static Dataset<Row> read(SparkSession session, String file) {
         if (file.endsWith(".csv") || file.endsWith(".csv.gz"))
-            return typed(session.read().option("header", true).csv(file));
+            return typed(session.read()
+                             .option("header", true)
+                             .option("ignoreLeadingWhiteSpace", true)
+                             .option("ignoreTrailingWhiteSpace", true)
+                             .csv(file));
         if (file.endsWith(".json") || file.endsWith(".json.gz"))
             return session.read().json(file);
         return session.read().parquet(file);

@@ -71,7 +71,7 @@ class MainTest {
         List<String> expected = TestBed.expected(links, folder);
         Path output = folder.resolve("found");
         Path csv = folder.resolve("src.csv");
-        Files.writeString(csv, links.text().replace("source,target", "src,dst"));
+        Files.writeString(csv, links.text().replace("source,target", "src,dst").replace(",", ", "));
         SparkSession session = TestBed.session("local[2]", 2);
         links.on(session).write().parquet(folder.resolve("table").toString());
 
