@@ -13,10 +13,10 @@ struct ClusterEstimate {
     double seconds = 0;  ///< of one core, without reading; a few times more or less, too
 };
 
-/// Memory is told by the numbers of nodes and links. For the time, and for the memory of networks so
-/// regular that there are more clusters than nodes, a part of the network around its first node is
-/// clustered, which takes about a second, or some seconds where many gains tie; of small networks
-/// the whole. Where gains tie, the memory may be three times as much, or half.
+/// Memory is told by the numbers of nodes and links. For the time, and for the memory of networks
+/// so regular that there are more clusters than nodes, a part of the network around its first node
+/// is clustered, which takes about a second, or some seconds where many gains tie; of small
+/// networks the whole. Where gains tie, the memory may be three times as much, or half.
 /// @param network without regard of directions
 /// @param directed whether it has directions
 /// @param weighted whether its links have weights of their own
