@@ -5,6 +5,9 @@
 #include <vorl/hierarchy/link_lists.hpp>
 #include <vorl/types/item.hpp>
 
+#include <algorithm>
+#include <array>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -147,6 +150,7 @@ struct Tracks {
     std::vector<std::pair<AccWeight, Seat>> near;  ///< gains near the best one
     std::vector<Sum> sums;
     std::vector<Term> terms;
+    std::vector<Term> sorted;           ///< scratch memory of `sortTerms`
     std::vector<std::uint32_t> places;  ///< of the links between the clusters of a level
 
     /// Whether a weight is a multiple of the unit of exact sums.
@@ -161,10 +165,35 @@ struct Tracks {
         links.addSeat();
         return static_cast<Seat>(kept.size() - 1);
     }
+    /// Puts the terms in the order of their keys.
+    void sortTerms();
     const Doubt* doubtOf(Seat seat) const {
         const std::uint32_t place = kept[seat].doubt;
         return place < doubts.size() && doubts[place].seat == seat ? &doubts[place] : nullptr;
     }
 };
+
+// Long lists are sorted digit by digit, from the last one on.
+template <bool NONSYMMETRIC, class LinksT>
+void Tracks<NONSYMMETRIC, LinksT>::sortTerms() {
+    constexpr std::size_t few = 128;
+    if (terms.size() < few) {
+        std::sort(terms.begin(), terms.end(),
+                  [](const Term& a, const Term& b) { return a.key < b.key; });
+        return;
+    }
+    std::uint32_t used = 0;
+    for (const Term& term : terms) used |= term.key;
+    sorted.resize(terms.size());
+    constexpr unsigned bits = 8;
+    for (unsigned shift = 0; shift < 32 && used >> shift != 0; shift += bits) {
+        const auto digit = [shift](const Term& term) { return term.key >> shift & 0xFF; };
+        std::array<std::size_t, 1 << bits> begins{};
+        for (const Term& term : terms) ++begins[digit(term)];
+        std::exclusive_scan(begins.begin(), begins.end(), begins.begin(), std::size_t{0});
+        for (const Term& term : terms) sorted[begins[digit(term)]++] = term;
+        terms.swap(sorted);
+    }
+}
 
 }  // namespace vorl

@@ -246,9 +246,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::addNewSums(AccWeight share, bool& exac
                 return m_marks.of(m_tracks.kept[term.seat].now).aim &&
                        m_tracks.isExact(term.weight * share);
             });
-    if (!exact)
-        std::sort(terms.begin(), terms.end(),
-                  [](const auto& a, const auto& b) { return a.key < b.key; });
+    if (!exact) m_tracks.sortTerms();
     for (const auto& term : terms) {
         const ClusterT& dest = *m_tracks.kept[term.seat].now;
         const Mark& mark = m_marks.of(dest);
@@ -384,8 +382,7 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::trackedWeight(const ClusterT& cl)
         auto& terms = tracks.terms;
         for (const TrackedLinkT& ln : links)
             if (!ln.isGone()) terms.push_back({tracks.spots[ln.seat].key, ln.seat, ln.pair()});
-        std::sort(terms.begin(), terms.end(),
-                  [](const auto& a, const auto& b) { return a.key < b.key; });
+        tracks.sortTerms();
         sum = 0;
         for (const auto& term : terms) sum += term.weight;
         terms.clear();
