@@ -112,16 +112,9 @@ void addOutputOptions(CLI::App& app, OutputRequest& request, std::string& table)
              "The weight, as a ratio of that of the owner: the least one with a range, else the "
              "largest (0.135)")
         ->group(group);
-    CLI::Option* const range =
-        app.add_flag_callback(
-               "--weight-range", [&request] { request.weightRange = true; },
-               "The weight has to lie between the weight step and 1 minus it (default)")
-            ->group(group);
-    app.add_flag_callback(
-           "--no-weight-range", [&request] { request.weightRange = false; },
-           "The weight may be anything up to the weight step")
-        ->excludes(range)
-        ->group(group);
+    addSwitch(app, group, request.weightRange, "--weight-range",
+              "The weight has to lie between the weight step and 1 minus it (default)",
+              "--no-weight-range", "The weight may be anything up to the weight step");
     addNumber<Id>(app, "--min-size", request.minSize, "The least number of nodes")->group(group);
     addChoice<SzFnName>(
         app, "--min-size-by",

@@ -43,15 +43,9 @@ void addReadOptions(CLI::App& app, ReadOptions& read) {
                    "What the weight of a link is called in the file; weight if not given")
         ->type_name("NAME")
         ->group(group);
-    CLI::Option* const directed = app.add_flag_callback(
-                                         "--directed", [&read] { read.directed = true; },
-                                         "Links are arcs, where the format doesn't tell")
-                                      ->group(group);
-    app.add_flag_callback(
-           "--undirected", [&read] { read.directed = false; },
-           "Links are edges, where the format doesn't tell (default)")
-        ->excludes(directed)
-        ->group(group);
+    addSwitch(app, group, read.directed, "--directed",
+              "Links are arcs, where the format doesn't tell", "--undirected",
+              "Links are edges, where the format doesn't tell (default)");
     app.add_flag("--unweighted", read.unweighted, "Each link weighs 1")->group(group);
     app.add_option_function<std::string>(
            "--memory-limit",

@@ -5,6 +5,7 @@
 
 #include <charconv>
 #include <limits>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -69,6 +70,18 @@ NumberT toNumber(const std::string& option, const std::string& text, NumberT low
 /// A number of bytes, as a whole number and one of K, M, G and T.
 /// @throws CLI::ValidationError
 std::size_t toSize(const std::string& option, const std::string& text);
+
+/// Two flags that exclude each other: one sets the field, the other one clears it.
+inline void addSwitch(CLI::App& app, const char* group, std::optional<bool>& field, const char* on,
+                      const char* whenOn, const char* off, const char* whenOff) {
+    CLI::Option* const set = app.add_flag_callback(
+                                    on, [&field] { field = true; }, whenOn)
+                                 ->group(group);
+    app.add_flag_callback(
+           off, [&field] { field = false; }, whenOff)
+        ->excludes(set)
+        ->group(group);
+}
 
 template <class NumberT, class FieldT>
 CLI::Option* addNumber(CLI::App& app, const std::string& option, FieldT& field,

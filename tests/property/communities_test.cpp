@@ -3,6 +3,7 @@
 #include <vorl/communities_text.hpp>
 
 #include "support/networks.hpp"
+#include "support/pairs.hpp"
 
 #include <gtest/gtest.h>
 
@@ -11,12 +12,6 @@
 
 namespace vorl::test {
 namespace {
-
-struct Pairs {
-    std::vector<Id> src;
-    std::vector<Id> dst;
-    std::vector<LinkWeight> weight;
-};
 
 /// Overlapping blocks with links between them, weights of any size or none.
 Pairs planted(Random& rnd, Id nodes, Id block, double degree, bool weighted) {
@@ -37,7 +32,7 @@ Pairs planted(Random& rnd, Id nodes, Id block, double degree, bool weighted) {
 }
 
 Communities found(const Pairs& pairs, const CommunitiesOptions& options = {}) {
-    return communities(FlatNetwork::ofPairs(pairs.src, pairs.dst, pairs.weight), options);
+    return communities(pairs.network(), options);
 }
 
 TEST(Communities, SharesAddUpAndNoCommunityIsEmpty) {
@@ -123,9 +118,9 @@ TEST(Communities, ManyScalesOfWeights) {
         Pairs pairs;
         const Id nodes = 2 + rnd.below(20);
         for (Id i = 0; i < 1 + rnd.below(60); ++i) {
-            pairs.src.push_back(rnd.below(nodes));
-            pairs.dst.push_back(rnd.below(nodes));
-            pairs.weight.push_back(std::ldexp(1.f, static_cast<int>(rnd.below(250)) - 135));
+            const Id src = rnd.below(nodes);
+            const Id dst = rnd.below(nodes);
+            pairs.add(src, dst, std::ldexp(1.f, static_cast<int>(rnd.below(250)) - 135));
         }
         const Communities result = found(pairs);
         EXPECT_TRUE(std::isfinite(result.score().saving));

@@ -1,5 +1,6 @@
 #include <vorl/reading/file_kind.hpp>
 
+#include <vorl/reading/network_format.hpp>
 #include <vorl/reading/pack.hpp>
 #include <vorl/reading/tokens.hpp>
 
@@ -13,9 +14,12 @@ FileKind kindByName(const std::string& file) {
     const std::string name = plainName(lowered(file));
     if (name.ends_with(".cnl")) return FileKind::CLUSTERS;
     if (name.ends_with(".rhb")) return FileKind::HIERARCHY;
-    for (const char* extension : {".nse", ".nsa", ".rcg", ".mtx", ".gml", ".graphml"})
-        if (name.ends_with(extension)) return FileKind::NETWORK;
-    return FileKind::ANY;
+    switch (formatByName(file)) {
+        case NetworkFormat::UNKNOWN:
+        case NetworkFormat::LIST:
+        case NetworkFormat::JSON: return FileKind::ANY;
+        default: return FileKind::NETWORK;
+    }
 }
 
 /// Two keys of a header are no chance.

@@ -4,6 +4,7 @@
 #include <vorl/communities_text.hpp>
 
 #include "support/networks.hpp"
+#include "support/pairs.hpp"
 
 #include <gtest/gtest.h>
 
@@ -13,19 +14,6 @@
 
 namespace vorl::test {
 namespace {
-
-struct Pairs {
-    std::vector<Id> src;
-    std::vector<Id> dst;
-    std::vector<LinkWeight> weight;
-
-    void add(Id a, Id b, LinkWeight w) {
-        src.push_back(a);
-        dst.push_back(b);
-        weight.push_back(w);
-    }
-    FlatNetwork network() const { return FlatNetwork::ofPairs(src, dst, weight); }
-};
 
 /// Groups of nodes with links inside and fewer between them, self links among them.
 Pairs grouped(Random& rnd, Id nodes, Id group, double inside, double outside, bool weighted,
