@@ -87,7 +87,7 @@ std::string obstacle(NetworkFormat format, const NetworkTable& network) {
             return counted(alone, "node") +
                    " without a link can't be told in the formats nse and nsa";
         case NetworkFormat::RCG:
-            if (alone == 0 || network.facts.firstId) return {};
+            if (alone == 0 || detail::firstOfSequence(network)) return {};
             return counted(alone, "node") +
                    " without a link can't be told in the format rcg, whose nodes have ids that "
                    "follow each other";

@@ -124,6 +124,10 @@ TEST(NetworkFormats, ListsOfNodesAndLinksAreRead) {
                       "\"links\":[{\"source\":0,\"target\":1,\"value\":3}]}"),
               "x y | x-y:3");
     EXPECT_EQ(linksOf(JSON,
+                      "{\"nodes\":[{\"name\":\"x\"},{\"name\":\"\"}],"
+                      "\"links\":[{\"source\":0,\"target\":1}]}"),
+              "x 1 | x-1");
+    EXPECT_EQ(linksOf(JSON,
                       "{\"nodes\":[{\"id\":\"x\"},{\"id\":\"y\"}],\"edges\":[{\"source\":"
                       "{\"id\":\"x\",\"q\":[]},\"target\":{\"id\":\"y\"}}]}"),
               "x y | x-y");
@@ -337,6 +341,12 @@ const Bad BAD[] = {
      ":1: the target is \"2\", which is none of the nodes"},
     {JSON, "{\"links\": [], \"nodes\": []}", ":1: the nodes stand behind the links"},
     {JSON, "{\"links\": [], \"directed\": true}", ":1: \"directed\" stands behind the links"},
+    {JSON, "{\"nodes\": [{\"id\": 1},\n{\"id\": \"\"}]}", ":2: the name of a node is \"\", a name"},
+    {JSON, "{\"links\": [{\"source\": 1, \"target\": \"\"}]}", ":1: the name of a node is \"\""},
+    {GRAPHML, XML + "<graph>\n<node id=''/></graph></graphml>", ":3: the name of a node is \"\""},
+    {GML, "graph [ node [ id \"\" label 1 ] ]", ":1: the name of a node is \"\""},
+    {GML, "graph [ node [ id 1 ] edge [ source 1 target 1 ]\ndirected 1 ]",
+     ":2: \"directed\" stands behind the edges"},
     {JSON, "{\"links\": [{\"source\": 1, \"target\": 2, \"weight\": \"x\"}]}",
      ":1: the weight is \"x\", a number"},
     {JSON, "{\"links\": [{\"source\": 1, \"target\": 2},]}", ":1: found \"]}\", \"{\" is expected"},

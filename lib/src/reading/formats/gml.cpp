@@ -117,6 +117,8 @@ private:
         if (m_open.size() == 1 && m_open[0] == "graph" && key == "directed") {
             if (m_token != "0" && m_token != "1")
                 throw fault("directed", m_token, "0 or 1 is expected");
+            if (m_facts.links() != 0 && !m_options.directed && (m_token == "1") != m_arcs)
+                throw fault("\"directed\" stands behind the edges, it is expected before them");
             m_arcs = m_options.directed.value_or(m_token == "1");
             m_facts.toldDirected = m_arcs;
         } else if (isIn("node")) {

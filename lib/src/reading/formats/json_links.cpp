@@ -74,7 +74,7 @@ private:
         m_byPlace = m_byPlace || (!id && m_count == 1);
         if (m_byPlace == id.has_value())
             throw fault("some nodes have an id, and others don't, all or none are expected");
-        const std::string& own = id ? *id : name ? *name : place;
+        const std::string& own = id ? *id : name && !name->empty() ? *name : place;
         m_keyed.add(m_byPlace ? place : *id, own, faults);
     }
 

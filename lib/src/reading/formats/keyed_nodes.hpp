@@ -19,8 +19,8 @@ public:
     template <class FaultT>
     void add(std::string_view key, std::string_view name, FaultT fault) {
         const Size before = m_nodes.size();
-        requireBounded(key, fault);
-        requireBounded(name, fault);
+        requireName(key, fault);
+        requireName(name, fault);
         const Id number = m_nodes.numberOf(name);
         if (m_nodes.size() == before)
             throw fault("the name " + quoted(name) +

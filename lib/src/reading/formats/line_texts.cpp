@@ -15,6 +15,15 @@ Size toldNodes(const NetworkTable& network) {
 
 }  // namespace
 
+std::optional<Id> firstOfSequence(const NetworkTable& network) {
+    // Those that links tell of needn't be announced, and keep their order then.
+    if (network.facts.firstId || network.linked == network.nodes.size())
+        return network.facts.firstId;
+    const auto [least, most] = std::minmax_element(network.nodes.begin(), network.nodes.end());
+    if (*most - *least + Size{1} != network.nodes.size()) return std::nullopt;
+    return *least;
+}
+
 std::string linkListText(const NetworkTable& network, NetworkFormat format) {
     const NetworkFacts& facts = network.facts;
     std::string text = "# Nodes: " + std::to_string(toldNodes(network));
@@ -43,8 +52,10 @@ std::string linkListText(const NetworkTable& network, NetworkFormat format) {
 std::string sectionsText(const NetworkTable& network) {
     const NetworkFacts& facts = network.facts;
     std::string text = facts.weighted ? "/Graph weighted:1\n" : "/Graph weighted:0\n";
-    text += "/Nodes " + std::to_string(toldNodes(network));
-    if (facts.firstId) text += " " + std::to_string(*facts.firstId);
+    const std::optional<Id> first = firstOfSequence(network);
+    text += "/Nodes " +
+            std::to_string(std::max<Size>(toldNodes(network), first ? network.nodes.size() : 0));
+    if (first) text += " " + std::to_string(*first);
     text += "\n";
     std::optional<bool> arcs;  // the open section is one of arcs
     std::optional<Id> source;  // of the open line

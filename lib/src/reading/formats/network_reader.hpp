@@ -16,9 +16,11 @@
 
 namespace vorl::detail {
 
+/// Other formats, and files of clusters, can't tell a name without any characters.
 /// @param fault makes the error of a message
 template <class FaultT>
-void requireBounded(std::string_view name, FaultT fault) {
+void requireName(std::string_view name, FaultT fault) {
+    if (name.empty()) throw fault("the name of a node is \"\", a name is expected");
     if (name.size() > LONGEST_NAME)
         throw fault("the name " + quoted(name) + " has more than " + bytes(LONGEST_NAME) +
                     ", which is too much");
@@ -108,7 +110,7 @@ protected:
 
     /// The number of the node of a name, which may be an id.
     Id numberOf(std::string_view name) {
-        requireBounded(name, [this](const std::string& what) { return fault(what); });
+        requireName(name, [this](const std::string& what) { return fault(what); });
         return m_nodes.numberOf(name);
     }
 

@@ -4,10 +4,14 @@
 #include <vorl/reading/network_text.hpp>
 
 #include <charconv>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace vorl::detail {
+
+/// The first one of nodes that are numbered through, which all exist with or without links.
+std::optional<Id> firstOfSequence(const NetworkTable& network);
 
 std::string linkListText(const NetworkTable& network, NetworkFormat format);
 std::string sectionsText(const NetworkTable& network);
