@@ -14,14 +14,19 @@ namespace {
 /// it is left to a hash, since by number all items of a regular network would point one way, and
 /// to the number among equal hashes.
 /// @param gain of an item and the number of one of its links
-template <class WeightT, class GainT>
+/// @param rests whether an item points nowhere
+template <class WeightT, class GainT, class RestsT>
 Labels pointers(const ItemLinks<WeightT>& links, std::uint32_t round, Workers& workers,
-                const GainT& gain) {
+                const GainT& gain, const RestsT& rests) {
     Labels aims(links.size());
     const auto rank = [round](Id item) { return std::pair(mixed(item, round), ~item); };
     workers.each(links.size(), [&](Size i) {
         const Id item = static_cast<Id>(i);
         Id aim = item;
+        if (rests(item)) {
+            aims[i] = aim;
+            return;
+        }
         double best = 0;
         for (Size ln = links.begin[i]; ln < links.begin[i + 1]; ++ln) {
             const double value = gain(item, ln);
@@ -68,25 +73,28 @@ bool take(Merges& merges, Labels aims) {
 }
 
 /// A round of merging inside groups.
+/// @param idle groups whose items merge into one at once
 template <class WeightT>
 bool mergeInside(Merges& merges, const ItemNetwork<WeightT>& network, const Labels& groups,
                  const std::vector<AccWeight>& groupWeight, Workers& workers,
                  const Idle& idle = {}) {
     const auto round = static_cast<std::uint32_t>(merges.steps.size());
+    std::vector<AccWeight> totals(network.size());
+    workers.each(totals.size(), [&](Size i) { totals[i] = network.items[i].total; });
     const auto gain = [&](Id item, Size ln) -> double {
         const Id other = network.links.dest[ln];
         const auto weight = static_cast<AccWeight>(network.links.weight[ln]);
         // In a group without weight it is no number.
-        const double expected =
-            network.items[item].total * network.items[other].total / groupWeight[groups[item]];
+        const double expected = totals[item] * totals[other] / groupWeight[groups[item]];
         const bool gains = (groups[item] == groups[other]) & (weight > expected * ROUNDING);
         return gains ? weight - expected : 0;
     };
-    Labels aims = pointers(network.links, round, workers, gain);
+    const auto rests = [&](Id item) { return !idle.empty() && idle[groups[item]]; };
+    Labels aims = pointers(network.links, round, workers, gain, rests);
     if (!idle.empty()) {
         Labels leader(idle.size(), ID_NONE);
         for (Id i = 0; i < network.size(); ++i)
-            if (idle[groups[i]]) {
+            if (rests(i)) {
                 if (leader[groups[i]] == ID_NONE) leader[groups[i]] = i;
                 aims[i] = leader[groups[i]];
             }
@@ -124,8 +132,11 @@ Merges mergeSimilar(SimilarLinks& similar, const Labels& groups, Id count, Worke
         return result;
     };
     Labels current = coarser(groups);
+    // Links between groups don't matter, so those of idle ones have none that does.
+    Idle whole(idle.empty() ? 0 : current.size());
+    for (std::size_t i = 0; i < whole.size(); ++i) whole[i] = idle[current[i]];
     ItemNetwork<AccWeight> network =
-        folded(first, merges.steps.back(), merges.counts.back(), workers);
+        folded(first, merges.steps.back(), merges.counts.back(), workers, whole);
     while (mergeInside(merges, network, current, groupWeight, workers)) {
         current = coarser(current);
         network = folded(network, merges.steps.back(), merges.counts.back(), workers);
@@ -150,7 +161,8 @@ Merges mergeLikely(ItemNetwork<AccWeight> network, const Likelihood& likelihood,
             return likelihood.value(both) - (value[item] + value[other]);
         };
         const auto round = static_cast<std::uint32_t>(merges.steps.size());
-        if (!take(merges, pointers(network.links, round, workers, gain))) return merges;
+        const auto rests = [](Id) { return false; };
+        if (!take(merges, pointers(network.links, round, workers, gain, rests))) return merges;
         network = folded(network, merges.steps.back(), merges.counts.back(), workers);
     }
 }

@@ -164,7 +164,7 @@ Communities communities(const FlatNetwork& network, const CommunitiesOptions& op
     const Id nodes = linked.network.size();
 
     report.begin("similarity");
-    const std::vector<Id> shared = detail::sharedNeighbours(linked.network.links, workers);
+    const detail::OfLinks<Id> shared = detail::sharedNeighbours(linked.network.links, workers);
     clock.book("similarity");
     std::optional<detail::Found> best;
     const Size links = linked.network.links.dest.size();

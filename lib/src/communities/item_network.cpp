@@ -38,8 +38,8 @@ constexpr Size AHEAD = 4;
 struct Folded {
     Size first;
     std::vector<Size> degree;
-    std::vector<Id> dest;
-    std::vector<AccWeight> weight;
+    OfLinks<Id> dest;
+    OfLinks<AccWeight> weight;
 };
 
 }  // namespace
@@ -62,6 +62,10 @@ ItemNetwork<AccWeight> folded(const ItemNetwork<WeightT>& network, const Labels&
                       sum.resize(count);
                       std::vector<Id> touched;
                       Folded part{first, {}, {}, {}};
+                      if (last - first == count) {
+                          part.dest.reserve(links.dest.size());
+                          part.weight.reserve(links.dest.size());
+                      }
                       for (Size group = first; group < last; ++group) {
                           if (!idle.empty() && idle[group]) {
                               part.degree.push_back(0);
@@ -115,6 +119,11 @@ ItemNetwork<AccWeight> folded(const ItemNetwork<WeightT>& network, const Labels&
     for (const Folded& part : parts)
         for (const Size degree : part.degree)
             result.links.begin.push_back(result.links.begin.back() + degree);
+    if (parts.size() == 1) {
+        result.links.dest = std::move(parts.front().dest);
+        result.links.weight = std::move(parts.front().weight);
+        return result;
+    }
     result.links.dest.reserve(result.links.begin.back());
     result.links.weight.reserve(result.links.begin.back());
     for (Folded& part : parts) {

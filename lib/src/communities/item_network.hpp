@@ -3,6 +3,7 @@
 
 #include "workers.hpp"
 
+#include <vorl/types/large_pages.hpp>
 #include <vorl/types/numbers.hpp>
 
 #include <span>
@@ -13,6 +14,10 @@ namespace vorl::detail {
 /// The group of each item.
 using Labels = std::vector<Id>;
 
+/// What there is of each link.
+template <class ValueT>
+using OfLinks = std::vector<ValueT, LargePageAllocator<ValueT>>;
+
 /// Links between items, each stored at both ends.
 ///
 /// All weights lie on a grid so fine that it rounds away nothing but what is below 2^-52 of the
@@ -21,10 +26,20 @@ using Labels = std::vector<Id>;
 template <class WeightT>
 struct ItemLinks {
     std::vector<Size> begin;  // of each item's links, and the end of the last one's
-    std::vector<Id> dest;
-    std::vector<WeightT> weight;
+    OfLinks<Id> dest;
+    OfLinks<WeightT> weight;
 
     Id size() const { return static_cast<Id>(begin.size() - 1); }
+    /// Asks for the first links of an item before they are needed.
+    void fetch(Id item) const {
+        __builtin_prefetch(dest.data() + begin[item]);
+        __builtin_prefetch(weight.data() + begin[item]);
+        __builtin_prefetch(dest.data() + begin[item] + LINE);
+        __builtin_prefetch(weight.data() + begin[item] + LINE);
+    }
+
+private:
+    static constexpr Size LINE = 64 / sizeof(WeightT);
 };
 
 /// What an item holds.

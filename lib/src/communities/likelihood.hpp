@@ -4,6 +4,8 @@
 #include "item_network.hpp"
 #include "logarithm.hpp"
 
+#include <limits>
+
 namespace vorl::detail {
 
 /// How links are thought to be laid inside communities.
@@ -15,6 +17,20 @@ enum class Density {
 /// How much of the cost of naming counts while communities are sought. With all of it small
 /// communities merge into larger ones too early; the choice among answers counts it whole.
 inline constexpr double NAMING = 0.5;
+
+/// What a community is worth, and a bound of what it gains by more nodes, which needs no logarithm.
+struct Worth {
+    double value;
+    double slope;  // for a unit of weight more inside
+    double curve;
+    double slack;  // for rounding
+
+    /// At least what the community gains by an item.
+    /// @param inner weight that comes inside
+    double mostGain(AccWeight inner, AccWeight nodes) const {
+        return inner * (slope + curve * inner) + nodes * (NAMING + 0x1p-30) + slack;
+    }
+};
 
 /// The likelihood of a planted partition whose pairs are linked by chance, by the product of their
 /// weights times a density: that of their community inside, and a lower one outside (B. Karrer,
@@ -41,6 +57,32 @@ public:
         if (!(group.inner > expected)) return naming;
         return m_scale * (group.inner * ln(group.inner / expected) - group.inner + expected) +
                naming;
+    }
+
+    /// The worth of a community and what bounds its gains.
+    ///
+    /// Its value is s (I ln(I / E) - I + E) for the weight I inside and E expected, and c n ln(n /
+    /// N) for n nodes of N. Both are convex, with the slopes s ln(I / E) in I and at most c in n,
+    /// and the value falls as E grows. So d more weight and k more nodes bring no more than s d
+    /// ln((I + d) / E) and c k, where ln((I + d) / E) <= ln(I / E) + d / I. With one density for
+    /// all, s r (I - g P) gains s r d at most. The slack is a thousand times what rounding can make
+    /// of these values.
+    Worth worth(const Holding& group) const {
+        constexpr double MORE = 1 + 0x1p-30;
+        constexpr double ROUNDING = 0x1p-36;
+        const double product = group.total * group.total / m_weight;
+        Worth result{value(group), std::numeric_limits<double>::max(), 0,
+                     group.nodes * m_lnNodes * ROUNDING};
+        if (m_density == Density::COMMON) {
+            result.slope = m_scale * m_lnRatio * MORE;
+            result.slack += result.slope * (group.inner + m_gamma * product) * ROUNDING;
+        } else if (const double expected = m_outside * product; group.inner > expected) {
+            const double log = ln(group.inner / expected);
+            result.slope = m_scale * (log * MORE + 0x1p-30);
+            result.curve = m_scale * MORE / group.inner;
+            result.slack += m_scale * group.inner * (log + 3) * ROUNDING;
+        }
+        return result;
     }
 
     /// The weight between two items that is expected by chance, given the product of their weights.

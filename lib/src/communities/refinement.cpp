@@ -11,6 +11,8 @@ namespace vorl::detail {
 namespace {
 
 constexpr unsigned CLASSES = 4;
+/// How many items ahead memory is fetched.
+constexpr std::size_t FETCHED = 3;
 /// Rounds end when no more than one in so many items moves.
 constexpr Size FEW = 1000;
 
@@ -25,8 +27,8 @@ template <class WeightT>
 class Mover {
 public:
     Mover(const ItemNetwork<WeightT>& network, const Partitioned& partition,
-          const Likelihood& likelihood, const std::vector<double>& values)
-        : m_network(network), m_partition(partition), m_likelihood(likelihood), m_values(values) {}
+          const Likelihood& likelihood, const std::vector<Worth>& worths)
+        : m_network(network), m_partition(partition), m_likelihood(likelihood), m_worths(worths) {}
 
     /// Where the item is best off; the group that it is in unless another one is clearly better.
     Id best(Id item) {
@@ -50,7 +52,7 @@ public:
         const Holding& self = m_network.items[item];
         Holding rest = groups[own] - self;
         rest.inner -= 2 * m_pull[own];
-        const double leave = m_likelihood.value(rest) - m_values[own];
+        const double leave = m_likelihood.value(rest) - m_worths[own].value;
         const double least = CLEAR * (1 + m_likelihood.scale() * self.total);
         Id to = own;
         double best = least;
@@ -60,11 +62,13 @@ public:
         }
         for (const Id group : std::span(m_touched).first(touched)) {
             const AccWeight pull = std::exchange(m_pull[group], 0);
+            const AccWeight inner = self.inner + 2 * pull;
+            if (leave + m_worths[group].mostGain(inner, self.nodes) < best) continue;
             if (group == own || pull <= m_likelihood.expected(self.total * groups[group].total))
                 continue;
             Holding both = groups[group] + self;
             both.inner += 2 * pull;
-            const double gain = leave + (m_likelihood.value(both) - m_values[group]);
+            const double gain = leave + (m_likelihood.value(both) - m_worths[group].value);
             if (gain > best || (gain == best && to != own && to != ID_NONE && group < to)) {
                 best = gain;
                 to = group;
@@ -81,7 +85,7 @@ private:
     const ItemNetwork<WeightT>& m_network;
     const Partitioned& m_partition;
     const Likelihood& m_likelihood;
-    const std::vector<double>& m_values;
+    const std::vector<Worth>& m_worths;
     std::vector<AccWeight> m_pull;  // of each group, 0 between two items
     std::vector<Id> m_touched;
 };
@@ -154,28 +158,32 @@ Size refine(const ItemNetwork<WeightT>& network, Partitioned& partition, Likelih
         for (Id i = 0; i < size; ++i) active[i] = !asleep[i];
     Size all = 0;
     std::vector<char> moving(size, 0);
-    std::vector<double> values;
+    std::vector<Worth> worths;
     likelihood.estimate(partition.groups);
     for (unsigned round = 0; round < rounds; ++round) {
         std::vector<char> touched(size, 0);
         Size moved = 0;
         for (unsigned turn = 0; turn < CLASSES; ++turn) {
-            values.resize(partition.groups.size());
-            workers.each(values.size(),
-                         [&](Size i) { values[i] = likelihood.value(partition.groups[i]); });
+            worths.resize(partition.groups.size());
+            workers.each(worths.size(),
+                         [&](Size i) { worths[i] = likelihood.worth(partition.groups[i]); });
             std::vector<Move> moves;
             std::mutex mutex;
             std::vector<Mover<WeightT>> movers(
-                workers.count(), Mover<WeightT>(network, partition, likelihood, values));
+                workers.count(), Mover<WeightT>(network, partition, likelihood, worths));
             workers.share(size, 1024, [&](Size first, Size last, unsigned worker) {
-                std::vector<Move> found;
+                std::vector<Id> due;
                 for (Size i = first; i < last; ++i) {
                     const Id item = static_cast<Id>(i);
                     if (!active[i] || mixed(item, round) % CLASSES != turn) continue;
-                    if (!idle.empty() && idle[i]) continue;
-                    const Id own = partition.labels[i];
-                    const Id to = movers[worker].best(item);
-                    if (to != own) found.push_back({item, own, to});
+                    if (idle.empty() || !idle[i]) due.push_back(item);
+                }
+                std::vector<Move> found;
+                for (std::size_t i = 0; i < due.size(); ++i) {
+                    if (i + FETCHED < due.size()) network.links.fetch(due[i + FETCHED]);
+                    const Id own = partition.labels[due[i]];
+                    const Id to = movers[worker].best(due[i]);
+                    if (to != own) found.push_back({due[i], own, to});
                 }
                 if (found.empty()) return;
                 const std::lock_guard lock(mutex);

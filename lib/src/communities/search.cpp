@@ -80,7 +80,7 @@ public:
           m_start(start),
           m_likelihood(start.density, weight, network.size(), scale) {}
 
-    Found run(const std::vector<Id>& shared) {
+    Found run(const OfLinks<Id>& shared) {
         SimilarLinks similarLinks = similar(m_network.links, shared, m_start.similarity, m_workers);
         m_clock.book("similarity");
         m_partition.labels.assign(m_network.size(), 0);
@@ -287,8 +287,8 @@ void Clock::book(const char* step) {
     m_last = time;
 }
 
-Found search(const ItemNetwork<LinkWeight>& network, const std::vector<Id>& shared,
-             const Start& start, AccWeight weight, double scale, Clock& clock, Workers& workers) {
+Found search(const ItemNetwork<LinkWeight>& network, const OfLinks<Id>& shared, const Start& start,
+             AccWeight weight, double scale, Clock& clock, Workers& workers) {
     return Search(network, start, weight, scale, clock, workers).run(shared);
 }
 

@@ -53,7 +53,7 @@ struct Found {
 /// description gets no shorter.
 /// @param network without isolated nodes
 /// @param scale links for a unit of weight
-Found search(const ItemNetwork<LinkWeight>& network, const std::vector<Id>& shared,
-             const Start& start, AccWeight weight, double scale, Clock& clock, Workers& workers);
+Found search(const ItemNetwork<LinkWeight>& network, const OfLinks<Id>& shared, const Start& start,
+             AccWeight weight, double scale, Clock& clock, Workers& workers);
 
 }  // namespace vorl::detail

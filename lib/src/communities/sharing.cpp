@@ -35,38 +35,40 @@ struct Community {
 class Sharing {
 public:
     Sharing(const ItemNetwork<LinkWeight>& network, const Found& found, const Shares& shares,
-            const std::vector<Community>& communities, double cost, double further)
+            const Labels& sole, const std::vector<Community>& communities, double cost,
+            double further)
         : m_network(network),
           m_likelihood(found.likelihood),
           m_common(found.start.density == Density::COMMON),
           m_shares(shares),
+          m_sole(sole),
           m_communities(communities),
           m_cost(cost),
           m_further(further),
           m_pull(communities.size()) {}
 
     /// Weight of the node's links to each community, in a list that the next call reuses.
-    const std::vector<Id>& pulls(Id node) {
-        for (const Id community : m_touched) m_pull[community] = 0;
-        m_touched.clear();
+    std::span<const Id> pulls(Id node) {
+        for (const Id community : touched()) m_pull[community] = 0;
+        m_met = 0;
         const ItemLinks<LinkWeight>& links = m_network.links;
-        for (Size ln = links.begin[node]; ln < links.begin[node + Size{1}]; ++ln) {
-            // A link may be too light to weigh anything, and a pull of 0 is that of no link yet.
+        const Size last = links.begin[node + Size{1}];
+        for (Size ln = links.begin[node]; ln < last; ++ln) {
             const auto weight = static_cast<AccWeight>(links.weight[ln]);
-            if (!(weight > 0)) continue;
-            for (const CommunityShare& part : m_shares.of(links.dest[ln])) {
-                AccWeight& pull = m_pull[part.community];
-                if (pull == 0) m_touched.push_back(part.community);
-                pull += static_cast<AccWeight>(part.share) * weight;
-            }
+            const Id sole = m_sole[links.dest[ln]];
+            if (sole != ID_NONE)
+                add(sole, weight);
+            else
+                for (const CommunityShare& part : m_shares.of(links.dest[ln]))
+                    add(part.community, static_cast<AccWeight>(part.share) * weight);
         }
-        return m_touched;
+        return touched();
     }
     AccWeight pull(Id community) const { return m_pull[community]; }
 
     /// The communities of a node.
     void decide(Id node, std::vector<CommunityShare>& parts) {
-        const std::vector<Id>& touched = pulls(node);
+        const std::span<const Id> touched = pulls(node);
         const auto former = m_shares.of(node);
         parts.assign(former.begin(), former.end());
         // Mostly no other community has enough of the links.
@@ -111,6 +113,17 @@ public:
     }
 
 private:
+    std::span<const Id> touched() const { return std::span(m_touched).first(m_met); }
+    void add(Id community, AccWeight weight) {
+        if (m_met == m_touched.size()) m_touched.resize(2 * m_met + 16);
+        // Without a branch, as the processor couldn't guess it. A link may be too light to weigh
+        // anything, and a pull of 0 is that of no link yet.
+        AccWeight& pull = m_pull[community];
+        m_touched[m_met] = community;
+        m_met += (pull == 0) & (weight > 0);
+        pull += weight;
+    }
+
     /// The communities to which the node has more links than by chance.
     void gather(Id node) {
         m_candidates.clear();
@@ -122,7 +135,7 @@ private:
         // In a small network the links of the node itself may be most of those outside.
         m_outside = m_likelihood.outsideWithout(std::max(0.0, out));
         const double outside = m_outside;
-        for (const Id community : m_touched) {
+        for (const Id community : touched()) {
             const AccWeight pull = m_pull[community];
             AccWeight share = 0;
             for (const CommunityShare& part : own)
@@ -162,11 +175,13 @@ private:
     const Likelihood& m_likelihood;
     bool m_common;
     const Shares& m_shares;
+    const Labels& m_sole;
     const std::vector<Community>& m_communities;
     double m_cost;
     double m_further;
     std::vector<AccWeight> m_pull;
     std::vector<Id> m_touched;
+    Size m_met = 0;  // communities in it
     std::vector<Candidate> m_candidates;
     double m_outside = 0;  // density outside, as the node at hand sees it
 };
@@ -213,10 +228,11 @@ Shares shareOut(const ItemNetwork<LinkWeight>& network, const Found& found, Work
         communities.push_back({group.inner, group.total});
     const double naming = ln(std::max<double>(2, static_cast<double>(communities.size())));
 
+    Labels sole = found.partition.labels;  // the community of a node that has but one
     double common = PRIOR;
     for (unsigned round = 0; round < SHARING_ROUNDS; ++round) {
         std::vector<Sharing> sharing(workers.count(),
-                                     Sharing(network, found, shares, communities,
+                                     Sharing(network, found, shares, sole, communities,
                                              naming + ln((1 - common) / common), naming));
         if (round > 0) {
             // Sums of products aren't exact, so each is made in the order of the nodes.
@@ -260,6 +276,8 @@ Shares shareOut(const ItemNetwork<LinkWeight>& network, const Found& found, Work
             parts.push_back(std::move(part));
         });
         shares = joined(parts, nodes);
+        for (Id i = 0; i < nodes; ++i)
+            sole[i] = shares.of(i).size() == 1 ? shares.of(i).front().community : ID_NONE;
         common = std::clamp(static_cast<double>(shared) / nodes, 1.0 / nodes, 0.5);
         if (changed * FEW <= nodes) break;
     }

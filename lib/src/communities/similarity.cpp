@@ -17,8 +17,7 @@ Grid::Grid(AccWeight weight) {
 }
 
 LinkWeight Grid::operator()(LinkWeight weight) const {
-    const volatile AccWeight shifted = static_cast<AccWeight>(weight) + m_shift;
-    return static_cast<LinkWeight>(shifted - m_shift);
+    return static_cast<LinkWeight>((static_cast<AccWeight>(weight) + m_shift) - m_shift);
 }
 
 namespace {
@@ -78,7 +77,7 @@ struct Marks {
         slots[node % SLOTS] = number != 0;
     }
     /// Finds those links of a range that lead to one of the nodes, and may find others.
-    std::span<const Size> candidates(const std::vector<Id>& dest, Size first, Size last) {
+    std::span<const Size> candidates(const OfLinks<Id>& dest, Size first, Size last) {
         if (found.size() < last - first) found.resize(last - first);
         // Without a branch, as the processor couldn't guess it.
         Size count = 0;
@@ -93,7 +92,7 @@ struct Marks {
 /// Counts the triangles of each upward link; with threads, several may count for one link.
 template <bool THREADS>
 void countTriangles(const ItemLinks<LinkWeight>& links, const std::vector<Upward>& upward,
-                    std::vector<Id>& triangles, Workers& workers) {
+                    OfLinks<Id>& triangles, Workers& workers) {
     const auto count = [&](Size place, Id number) {
         if constexpr (THREADS)
             std::atomic_ref<Id>(triangles[place]).fetch_add(number, std::memory_order_relaxed);
@@ -134,51 +133,39 @@ void countTriangles(const ItemLinks<LinkWeight>& links, const std::vector<Upward
 
 }  // namespace
 
-std::vector<Id> sharedNeighbours(ItemLinks<LinkWeight>& links, Workers& workers) {
+OfLinks<Id> sharedNeighbours(ItemLinks<LinkWeight>& links, Workers& workers) {
     const std::vector<Upward> upward = sortUpward(links, workers);
-    std::vector<Id> shared(links.dest.size());
+    OfLinks<Id> shared(links.dest.size());
     if (workers.count() > 1)
         countTriangles<true>(links, upward, shared, workers);
     else
         countTriangles<false>(links, upward, shared, workers);
 
-    // The other links have the number of their way back.
-    workers.share(links.size(), Workers::GRAIN, [&](Size first, Size last, unsigned) {
-        const auto downward = [&](Size i) {
-            return std::span(links.dest).subspan(links.begin[i], upward[i].first - links.begin[i]);
-        };
-        for (Size i = first; i < last; ++i) {
-            if (i + 2 < last)
-                for (const Id other : downward(i + 2)) __builtin_prefetch(&upward[other]);
-            if (i + 1 < last)
-                for (const Id other : downward(i + 1)) {
-                    __builtin_prefetch(links.dest.data() + upward[other].first);
-                    __builtin_prefetch(shared.data() + upward[other].first);
-                }
-            Size next = links.begin[i];
-            for (const Id other : downward(i)) {
-                // A search whose steps the processor needn't guess.
-                Size back = upward[other].first;
-                for (Size left = upward[other].last - back; left > 1;) {
-                    const Size half = left / 2;
-                    back += links.dest[back + half] <= i ? half : 0;
-                    left -= half;
-                }
-                shared[next++] = shared[back];
-            }
-        }
+    // The other links have the number of their way back, in the order in which those come. Each
+    // part of the nodes is for one thread, which looks at all ways.
+    std::vector<Size> next(links.begin.begin(), links.begin.end() - 1);
+    const Size parts = workers.count();
+    workers.share(parts, 1, [&](Size firstPart, Size lastPart, unsigned) {
+        const Size least = links.size() * firstPart / parts;
+        const Size end = links.size() * lastPart / parts;
+        for (Size i = 0; i < links.size(); ++i)
+            for (Size ln = upward[i].first; ln < upward[i].last; ++ln)
+                if (const Id other = links.dest[ln]; other >= least && other < end)
+                    shared[next[other]++] = shared[ln];
     });
     return shared;
 }
 
-SimilarLinks similar(const ItemLinks<LinkWeight>& links, const std::vector<Id>& shared,
+SimilarLinks similar(const ItemLinks<LinkWeight>& links, const OfLinks<Id>& shared,
                      Similarity similarity, Workers& workers) {
     const Id nodes = links.size();
     std::vector<char> shares(nodes);  // whether a node shares a neighbour with one of its own
-    std::vector<LinkWeight> weight(links.dest.size());
+    OfLinks<LinkWeight> weight(links.dest.size());
     std::vector<AccWeight> largest(nodes);
     workers.each(nodes, [&](Size i) {
         const auto degree = static_cast<double>(links.begin[i + 1] - links.begin[i]);
+        AccWeight sum = 0;
+        Id most = 0;
         for (Size ln = links.begin[i]; ln < links.begin[i + 1]; ++ln) {
             const Id j = links.dest[ln];
             const double product =
@@ -187,9 +174,11 @@ SimilarLinks similar(const ItemLinks<LinkWeight>& links, const std::vector<Id>& 
             if (similarity == Similarity::COSINE) factor /= std::sqrt(product);
             if (similarity == Similarity::MIXED) factor /= std::sqrt(std::sqrt(product));
             weight[ln] = static_cast<LinkWeight>(static_cast<double>(links.weight[ln]) * factor);
-            largest[i] += static_cast<AccWeight>(weight[ln]);
-            shares[i] |= shared[ln] != 0;
+            sum += static_cast<AccWeight>(weight[ln]);
+            most |= shared[ln];
         }
+        largest[i] = sum;
+        shares[i] = most != 0;
     });
 
     SimilarLinks result;

@@ -18,7 +18,7 @@ enum class Similarity {
 /// links times the root of their number at most (N. Chiba, T. Nishizeki, Arboricity and subgraph
 /// listing algorithms, SIAM J. Comput. 14, 210, 1985).
 /// @param links of each node those to nodes of higher degree come to stand last
-std::vector<Id> sharedNeighbours(ItemLinks<LinkWeight>& links, Workers& workers);
+OfLinks<Id> sharedNeighbours(ItemLinks<LinkWeight>& links, Workers& workers);
 
 /// Links that weigh their weight times the similarity of their ends.
 struct SimilarLinks {
@@ -28,7 +28,7 @@ struct SimilarLinks {
 };
 
 /// Left out are links whose ends share nobody while both have a neighbour with whom they do.
-SimilarLinks similar(const ItemLinks<LinkWeight>& links, const std::vector<Id>& shared,
+SimilarLinks similar(const ItemLinks<LinkWeight>& links, const OfLinks<Id>& shared,
                      Similarity similarity, Workers& workers);
 
 /// Rounds a weight to the grid on which sums of up to the given weight are exact.

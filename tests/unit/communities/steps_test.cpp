@@ -56,7 +56,7 @@ TEST(CommunitySteps, SharedNeighboursAreCounted) {
         }
         for (const unsigned threads : {1u, 3u}) {
             Workers workers(threads);
-            const std::vector<Id> shared = sharedNeighbours(items.links, workers);
+            const auto shared = sharedNeighbours(items.links, workers);
             for (Id i = 0; i < items.size(); ++i)
                 for (Size at = items.links.begin[i]; at < items.links.begin[i + 1]; ++at) {
                     Id count = 0;
@@ -102,6 +102,46 @@ TEST(CommunitySteps, MovesKeepWhatGroupsHoldAndRaiseTheLikelihood) {
     }
 }
 
+TEST(CommunitySteps, NoCommunityGainsMoreThanTheBoundOfIt) {
+    Random rnd(7);
+    const auto size = [&rnd](int low, int high) {
+        const int exponent = low + static_cast<int>(rnd.below(static_cast<Id>(high - low)));
+        return std::ldexp(1 + rnd.below(1024) / 1024., exponent);
+    };
+    Size close = 0;
+    for (unsigned i = 0; i < 300000; ++i) {
+        const AccWeight weight = size(8, 40);
+        const AccWeight nodes = std::floor(size(4, 30));
+        Likelihood likelihood(i % 2 ? Density::OWN : Density::COMMON, weight, nodes, size(-6, 6));
+        // Densities near each other or far apart, by what two groups hold.
+        const AccWeight half = weight / 2;
+        likelihood.estimate({{half * (1 - size(-30, 0) / 2), half, 1}, {half / 2, half, 1}});
+
+        Holding group;
+        group.total = weight * size(-30, -1);
+        group.inner = group.total * std::min(1., size(-40, 1) / 2);
+        group.nodes = 1 + std::floor(nodes * size(-20, -1) / 2);
+        if (rnd.below(3) == 0) group.nodes = nodes - std::floor(group.nodes / 2);
+        // Items that are nothing but nodes or nothing but weight tell the parts of the bound.
+        Holding item;
+        if (rnd.below(3))
+            item.total = (rnd.below(2) ? group.total : weight - group.total) * size(-52, -1) / 2;
+        item.inner = item.total * std::min(1., size(-40, 1) / 2);
+        if (rnd.below(3)) item.nodes = std::ceil((nodes - group.nodes) * size(-20, -1) / 2);
+        const AccWeight pull = (item.total - item.inner) * std::min(1., size(-30, 1) / 2);
+        Holding both = group + item;
+        both.inner += 2 * pull;
+
+        const Worth worth = likelihood.worth(group);
+        const double bound = worth.mostGain(item.inner + 2 * pull, item.nodes);
+        const double gain = likelihood.value(both) - worth.value;
+        ASSERT_EQ(worth.value, likelihood.value(group));
+        ASSERT_GE(bound, gain) << i;
+        close += bound - gain < 0.1 * std::abs(gain);
+    }
+    EXPECT_GT(close, 2000) << "a bound so wide passes everything";
+}
+
 TEST(CommunitySteps, TheCutIsNoWorseThanAnyHeight) {
     Random rnd(9);
     for (Id round = 0; round < 30; ++round) {
@@ -110,7 +150,7 @@ TEST(CommunitySteps, TheCutIsNoWorseThanAnyHeight) {
         AccWeight weight = 0;
         for (const Holding& item : items.items) weight += item.total;
         Workers workers(1);
-        const std::vector<Id> shared = sharedNeighbours(items.links, workers);
+        const auto shared = sharedNeighbours(items.links, workers);
         SimilarLinks links = similar(items.links, shared, Similarity::COSINE, workers);
         const Merges merges = mergeSimilar(links, Labels(items.size(), 0), 1, workers);
         ASSERT_FALSE(merges.steps.empty());
