@@ -74,7 +74,7 @@ TEST(Merges, LinksAreWeighedByTheNeighboursThatTheirEndsShare) {
     for (int round = 0; round < 20; ++round) {
         const Matrix matrix = randomMatrix(rnd, 3 + rnd.below(40));
         ItemLinks<LinkWeight> links = linksOf(matrix);
-        const std::vector<Id> shared = sharedNeighbours(links, workers);
+        const auto shared = sharedNeighbours(links, workers);
         // Whether a node shares a neighbour with one of its own.
         std::vector<char> close(matrix.size());
         for (Id i = 0; i < links.size(); ++i)
