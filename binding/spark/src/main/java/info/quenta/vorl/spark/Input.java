@@ -40,7 +40,7 @@ final class Input {
     Input(Work work, Dataset<Row> rows) {
         Dataset<Row> given = checked(work, rows);
         long rowCount = work.size(given);
-        given = work.keep(given, rowCount);
+        given = work.atHand(given);
         Dataset<Row> pairs = work.keep(pairs(given), rowCount);
         long most = 2 * rowCount;
         Dataset<Row> linked =

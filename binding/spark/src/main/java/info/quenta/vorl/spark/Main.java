@@ -6,11 +6,13 @@ import static org.apache.spark.sql.functions.not;
 
 import java.io.IOException;
 import java.io.PrintStream;
+import java.io.UncheckedIOException;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.function.Supplier;
 import org.apache.hadoop.fs.FileStatus;
 import org.apache.hadoop.fs.Path;
+import org.apache.spark.SparkThrowable;
 import org.apache.spark.sql.Column;
 import org.apache.spark.sql.Dataset;
 import org.apache.spark.sql.Row;
@@ -71,6 +73,9 @@ public final class Main {
         try {
             main.run(session.get());
             return 0;
+        } catch (UncheckedIOException e) {
+            err.println("vorl-spark: " + e.getCause().getMessage());
+            return 1;
         } catch (IOException | IllegalArgumentException e) {
             err.println("vorl-spark: " + e.getMessage());
             return 1;
@@ -133,7 +138,7 @@ public final class Main {
         // Told before the work, not after it.
         if (mode == SaveMode.ErrorIfExists && isThere(session, output))
             throw new IOException(output + ": is there already, --overwrite replaces it");
-        Dataset<Row> links = read(session, input);
+        Dataset<Row> links = table(session, input);
         Dataset<Row> result = Communities.run(links, options);
         if (hierarchy)
             result = Levels.of(links, result, options);
@@ -148,6 +153,19 @@ public final class Main {
         FileStatus[] found =
             path.getFileSystem(session.sparkContext().hadoopConfiguration()).globStatus(path);
         return found != null && found.length > 0;
+    }
+
+    private static Dataset<Row> table(SparkSession session, String file) throws IOException {
+        try {
+            return read(session, file);
+        } catch (Exception e) {
+            if (!(e instanceof SparkThrowable))
+                throw e;
+            Throwable cause = e;
+            while (cause.getCause() != null) cause = cause.getCause();
+            String reason = String.valueOf(cause.getMessage()).lines().findFirst().orElse("");
+            throw new IOException(file + ": isn't a table that Spark reads: " + reason, e);
+        }
     }
 
     private static Dataset<Row> read(SparkSession session, String file) {

@@ -109,6 +109,11 @@ final class Work implements AutoCloseable {
         return new Counted(result, counts);
     }
 
+    /** What is kept, by the driver from now on if it fits there. */
+    Dataset<Row> atHand(Dataset<Row> kept) {
+        return size(kept) <= options.rowsOfDriver() ? held(kept) : kept;
+    }
+
     private Dataset<Row> held(Dataset<Row> rows) {
         return session.createDataFrame(rows.collectAsList(), rows.schema());
     }

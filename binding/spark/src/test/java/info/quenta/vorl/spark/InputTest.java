@@ -93,6 +93,15 @@ class InputTest {
     }
 
     @Test
+    void eachTableIsKeptOnce() {
+        Dataset<Row> links = Networks.ring(3, 5).on(session());
+        try (Work work = new Work(session(), SPREAD.withRowsOfDriver(0))) {
+            new Input(work, links);
+            assertEquals(6, work.mark()); // rows, pairs, isolated and linked nodes, numbers, edges
+        }
+    }
+
+    @Test
     void namesStandInTheOrderOfVorl() {
         List<String> sorted = new ArrayList<>(List.of("0", "7", "10", "9223372036854775808",
             "18446744073709551615", "007", "20000000000000000000000", "Z", "a", "a b", "ä"));

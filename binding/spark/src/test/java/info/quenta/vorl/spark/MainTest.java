@@ -6,7 +6,9 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import info.quenta.vorl.spark.TestBed.Links;
 import java.io.ByteArrayOutputStream;
+import java.io.IOException;
 import java.io.PrintStream;
+import java.io.UncheckedIOException;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
@@ -106,6 +108,25 @@ class MainTest {
         assertTrue(
             run("none.csv", output.toString()).startsWith("1 vorl-spark: none.csv: there is no"));
         assertEquals(3, lines(output).size());
+    }
+
+    @Test
+    void tellsFailuresOfFilesWithoutTrace() throws Exception {
+        Path text = Files.writeString(folder.resolve("links.parquet"), "1 2\n");
+        Path output = folder.resolve("found");
+        String said = run(text.toString(), output.toString());
+        assertTrue(said.startsWith("1 vorl-spark: " + text + ": isn't a table that Spark reads: ")
+                && said.contains("is not a Parquet file"),
+            said);
+        assertEquals(1, said.lines().count(), said);
+        Path empty = Files.createDirectory(folder.resolve("empty"));
+        said = run(empty.toString(), output.toString());
+        assertTrue(said.startsWith("1 vorl-spark: " + empty + ": isn't a table"), said);
+
+        ByteArrayOutputStream stream = new ByteArrayOutputStream();
+        int code = Main.run(new String[] {"a", "b"}, System.out, new PrintStream(stream),
+            () -> { throw new UncheckedIOException(new IOException("disk full")); });
+        assertEquals("1 vorl-spark: disk full", code + " " + stream.toString().strip());
     }
 
     private static List<String> lines(Path output) throws Exception {
