@@ -68,7 +68,8 @@ public:
     /// Number of nodes in several communities.
     Size shared() const { return m_shared; }
 
-    /// The communities of the node at a place, the largest share first.
+    /// The communities of the node at a place, the largest share first, and the lower number among
+    /// equal ones.
     std::span<const CommunityShare> of(Size place) const {
         return {m_shares.data() + m_first[place], m_shares.data() + m_first[place + 1]};
     }

@@ -17,7 +17,8 @@ namespace vorl {
 /// @param labels the names that ids of nodes stand for, null for none
 VORL_API std::string clustersText(const Communities& found, const Labels* labels = nullptr);
 
-/// A line "node community share" for each membership, by ascending node and falling share.
+/// A line "node community share" for each membership, by ascending node, falling share and
+/// ascending community.
 /// @param labels as above
 VORL_API std::string tableText(const Communities& found, TableForm form,
                                const Labels* labels = nullptr);

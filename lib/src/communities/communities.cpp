@@ -124,6 +124,13 @@ private:
             if (item < m_linked.nodes.size() && m_linked.nodes[item] == node) {
                 for (const CommunityShare& part : shares.of(item))
                     result.m_shares.push_back({m_number[part.community], part.share});
+                // Those of equal shares came in the order of the search.
+                std::sort(
+                    result.m_shares.begin() + static_cast<std::ptrdiff_t>(result.m_first.back()),
+                    result.m_shares.end(), [](const auto& a, const auto& b) {
+                        return a.share > b.share ||
+                               (a.share == b.share && a.community < b.community);
+                    });
                 result.m_shared += shares.of(item).size() > 1;
                 ++item;
             } else {
