@@ -76,6 +76,7 @@ public:
     /// Makes room for so many seats and links.
     void reserveAll(Size seats, Size links) {
         m_lists.reserve(seats);
+        m_order.reserve(2 * seats);
         m_links.reserve(links + links / 8 + 1);
         m_limit = m_links.capacity();
     }
@@ -117,7 +118,8 @@ private:
 
     std::vector<List, LargePageAllocator<List>> m_lists;
     std::vector<LinkT, LargePageAllocator<LinkT>> m_links;
-    std::size_t m_limit = 0;  ///< beyond so many links all lists are moved together first
+    std::vector<Seat> m_order;  ///< whose list came to the end of the block, one after the other
+    std::size_t m_limit = 0;    ///< beyond so many links all lists are moved together first
 };
 
 template <class LinkT>
@@ -131,31 +133,36 @@ void LinkLists<LinkT>::reserve(Seat seat, std::size_t links) {
         const std::size_t needed = m_links.size() + more();
         if (needed > m_links.capacity()) m_links.reserve(needed * 9 / 8);
         // A look at all lists should pay.
-        const std::size_t wanted = needed + std::max(needed / 4, m_lists.size());
+        const std::size_t wanted = needed + std::max(needed / 2, m_lists.size());
         m_limit = std::min(wanted, m_links.capacity());
         detail::returnLargePages(m_links.data() + m_limit,
                                  (m_links.capacity() - m_limit) * sizeof(LinkT));
     }
-    const bool stays = end();
+    const bool stays = list.room != 0 && end();
     const std::size_t to = m_links.size();
     m_links.resize(to + more());
     if (!stays) {
         std::copy_n(m_links.begin() + static_cast<std::ptrdiff_t>(list.begin), list.size,
                     m_links.begin() + static_cast<std::ptrdiff_t>(to));
         list.begin = to;
+        m_order.push_back(seat);
     }
     list.room = static_cast<Place>(links);
 }
 
 template <class LinkT>
 void LinkLists<LinkT>::compact() {
-    std::vector<Seat> seats;
-    for (Seat seat = 0; seat < m_lists.size(); ++seat)
-        if (m_lists[seat].room != 0) seats.push_back(seat);
-    std::sort(seats.begin(), seats.end(),
-              [this](Seat a, Seat b) { return m_lists[a].begin < m_lists[b].begin; });
+    // Of a list that moved several times the last place is the one that it has.
+    std::vector<bool> seen(m_lists.size());
+    auto order = m_order.end();
+    for (auto it = m_order.end(); it != m_order.begin();) {
+        const Seat seat = *--it;
+        if (!seen[seat] && m_lists[seat].room != 0) *--order = seat;
+        seen[seat] = true;
+    }
+    m_order.erase(m_order.begin(), order);
     std::size_t to = 0;
-    for (const Seat seat : seats) {
+    for (const Seat seat : m_order) {
         List& list = m_lists[seat];
         const auto from = m_links.begin() + static_cast<std::ptrdiff_t>(list.begin);
         std::copy(from, from + list.size, m_links.begin() + static_cast<std::ptrdiff_t>(to));
