@@ -195,26 +195,9 @@ jdoubleArray doubles(JNIEnv* env, std::initializer_list<jdouble> values) {
     return array;
 }
 
-/// What is wrong with the network, null if it can be clustered.
-template <bool WEIGHTED>
-const char* fault(Graph<WEIGHTED>& graph) {
-    AccWeight total = 0;
-    for (const auto& node : graph.nodes()) {
-        if (!(node.m_sweight >= 0)) return "a self link has a weight that isn't a positive number";
-        total += node.m_sweight;
-        for (const auto& ln : node.links) {
-            if (!(ln.weight >= 0)) return "a link has a weight that isn't a positive number";
-            total += ln.weight;
-        }
-    }
-    if (total == 0) return "the network has no links, or they weigh nothing";
-    if (total > std::numeric_limits<float>::max()) return "the weights add up to more than 3.4e38";
-    return nullptr;
-}
-
 template <bool WEIGHTED>
 jlong clustered(Graph<WEIGHTED>& graph, const ClusterOptions& options) {
-    if (const char* const text = fault(graph)) throw std::invalid_argument(text);
+    if (const char* const text = clusteringFault(graph)) throw std::invalid_argument(text);
     if (!std::isfinite(options.gamma)) throw std::invalid_argument("gamma isn't a number");
     const ClusterIdsScope<typename Graph<WEIGHTED>::LinksT> ids;
     return handle(clusterCopy(graph, options));
@@ -298,7 +281,8 @@ JNIEXPORT void JNICALL Java_info_quenta_vorl_Bulk_addLinks(JNIEnv* env, jclass, 
 JNIEXPORT jstring JNICALL Java_info_quenta_vorl_Bulk_fault(JNIEnv* env, jclass, jlong graph,
                                                            jboolean weighted) {
     return guarded(env, [&] {
-        const char* const text = onGraph(graph, weighted, [](auto& gr) { return java::fault(gr); });
+        const char* const text =
+            onGraph(graph, weighted, [](auto& gr) { return clusteringFault(gr); });
         return text ? env->NewStringUTF(text) : nullptr;
     });
 }

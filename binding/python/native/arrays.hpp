@@ -2,6 +2,7 @@
 #pragma once
 
 #include <vorl/reading/clusters_file.hpp>
+#include <vorl/reading/tokens.hpp>
 
 #include <nanobind/nanobind.h>
 #include <nanobind/ndarray.h>
@@ -65,6 +66,16 @@ inline std::shared_ptr<Labels> labelsOf(const std::vector<std::string>& names) {
                                         name);
     }
     return labels;
+}
+
+/// Those for a file.
+/// @throws std::invalid_argument if a name is empty or has several lines, too
+inline std::shared_ptr<Labels> writtenLabels(const std::vector<std::string>& names) {
+    for (const std::string& name : names)
+        if (name.empty() || name.find('\n') != std::string::npos)
+            throw std::invalid_argument("the name " + quoted(name) +
+                                        " of a node can't stand in a file");
+    return labelsOf(names);
 }
 
 /// Clusters as arrays: ids of the clusters or None, where the members of each end, the members, the

@@ -96,7 +96,7 @@ nb::bytes textOf(const In<Size>& ends, const In<Id>& members, const In<Share>& s
                  const std::string& file) {
     const CommunityArrays arrays{
         .ends = spanOf(ends), .members = spanOf(members), .shares = spanOf(shares), .nodes = nodes};
-    const auto labels = labelsOf(names);
+    const auto labels = writtenLabels(names);
     const TableForm form = separator == "," ? TableForm::COMMAS : TableForm::TABS;
     const std::string text = packed(separator.empty() ? clustersText(arrays, labels.get())
                                                       : tableText(arrays, form, labels.get()),

@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <variant>
@@ -169,7 +170,7 @@ private:
     void setNames(const std::vector<std::string>& names) const {
         std::visit(
             [&](const auto& hier) {
-                if (!hier->labels()) hier->setLabels(labelsOf(names));
+                if (!hier->labels()) hier->setLabels(writtenLabels(names));
             },
             m_hier);
     }
@@ -181,6 +182,8 @@ private:
 template <class GraphT>
 std::unique_ptr<Built> built(GraphT& graph, const ClusterOptions& options,
                              const std::shared_ptr<Labels>& labels) {
+    if (const char* const text = clusteringFault(graph); text && !graph.nodes().empty())
+        throw std::invalid_argument(std::string("G: ") + text);
     const ClusterIdsScope<typename GraphT::LinksT> ids;
     const auto hier = graph.buildHierarchy(options);
     hier->setLabels(labels);

@@ -193,3 +193,55 @@ def test_files(tmp_path, data):
 def test_wrong_arguments_are_told_by_name(given, options, kind, text):
     with pytest.raises(kind, match=text):
         vorl.communities(given, **options)
+
+
+@pytest.mark.parametrize("given", [
+    [(1, 2, 0.0)], [(1, 2, 1e-300)], nx.empty_graph(3), (S, T, np.zeros(len(S))),
+    sp.csr_array((4, 4)), nx.DiGraph([(1, 2, {"weight": 0})]),
+])
+def test_networks_that_weigh_nothing_have_no_hierarchy(given):
+    with pytest.raises(ValueError, match="G: the network has no links, or they weigh nothing"):
+        vorl.cluster(given)
+    # Each of the nodes is a community, or they are one.
+    assert len(vorl.communities(given)) in (1, len(vorl.communities(given).nodes))
+
+
+def test_weights_that_add_up_to_too_much_are_refused():
+    with pytest.raises(ValueError, match="G: the weights add up to more than 3.4e38"):
+        vorl.cluster([(1, 2, 3e38)])
+
+
+@pytest.mark.parametrize("share", [0, -0.5, float("nan"), float("inf"), -float("inf")])
+def test_shares_are_numbers_above_0(share):
+    with pytest.raises(ValueError, match="^communities: the share of a node is .*above 0"):
+        vorl.evaluate([(1, 2), (2, 3)], [{1: 1.0, 2: share}, {2: 0.5, 3: 1.0}])
+
+
+def test_measures_are_those_of_sums_over_pairs():
+    random = np.random.default_rng(5)
+    for _ in range(40):
+        n = int(random.integers(4, 20))
+        half = np.triu(random.random((n, n)) * (random.random((n, n)) < 0.4))
+        half[range(n - 1), range(1, n)] += 0.5
+        weights = half + half.T  # a self link counts in both directions
+        parts = [{node: 1.0 for node in range(n) if node % 3 == part} for part in range(3)]
+        inner = np.array([weights[np.ix_(list(p), list(p))].sum() for p in parts])
+        whole = np.array([weights[list(p)].sum() for p in parts])
+        total = weights.sum()
+        sides = np.minimum(whole, total - whole)
+        cuts = np.divide(whole - inner, sides, out=np.zeros(3), where=sides > 0)
+        sources, targets = np.nonzero(half)
+        given = (sources, targets, half[sources, targets])
+        gamma = float(random.random() * 2)
+        found = vorl.evaluate(given, parts, gamma=gamma)
+        assert np.isclose(found["modularity"],
+                          (inner - gamma * whole**2 / total).sum() / total, atol=1e-6)
+        assert np.isclose(found["conductance"], np.minimum(cuts, 1).mean(), atol=1e-6)
+        # The order of links, their directions, and other nodes' names are no matter.
+        order = random.permutation(len(sources))
+        turned = (targets[order], sources[order], half[sources, targets][order])
+        assert np.isclose(vorl.evaluate(turned, parts, gamma=gamma)["modularity"],
+                          found["modularity"], atol=1e-6)
+        named = [(f"n{a}", f"n{b}", w) for a, b, w in zip(*given)]
+        again = vorl.evaluate(named, [{f"n{v}" for v in p} for p in parts], gamma=gamma)
+        assert np.isclose(again["modularity"], found["modularity"], atol=1e-6)

@@ -371,3 +371,38 @@ def test_stubs_and_annotations(tmp_path):
         options.append("--no-site-packages")
     out, _, _ = api.run([*options, str(use)])
     assert "use.py:4: error" in out and out.count("error:") == 1, out
+
+
+ODD_NAMES = [" ", "a\tb", "a\rb", "é", "007", "4294967296", "-1", '"', '""', "a,b", "a;b", "#x", "%",
+             "'", "it's", "nan", "node", "community", "1.5", "\u2028", "\ufeff", "/Nodes", "5>",
+             "a>b:0.5", "*Vertices", "{", "}", "x" * 5000]
+
+
+def alike(result):
+    return sorted(sorted((str(node), round(share, 5)) for node, share in one.items())
+                  for one in result)
+
+
+@pytest.mark.parametrize("name", ODD_NAMES)
+def test_odd_names_come_back_from_files(name, tmp_path):
+    links = [(name, "b"), ("b", "c"), ("c", name), ("c", "d"), ("d", "e"), ("e", "f"), ("f", "d")]
+    found, tall = vorl.communities(links), vorl.cluster(links)
+    for end in ("cnl", "tsv", "csv", "cnl.gz", "tsv.zst"):
+        found.write(tmp_path / f"found.{end}")
+        assert alike(vorl.read_clusters(tmp_path / f"found.{end}")) == alike(found), end
+    tall.write(tmp_path / "tall.rhb")
+    read = vorl.read_clusters(tmp_path / "tall.rhb")
+    assert alike(read.root if hasattr(read, "root") else read) == alike(tall.root)
+    for kept in (found, tall):
+        again = pickle.loads(pickle.dumps(kept))
+        assert alike(getattr(again, "root", again)) == alike(getattr(kept, "root", kept))
+
+
+@pytest.mark.parametrize("name", ["", "a\nb", "a\0b", "\ud800"])
+def test_names_that_no_file_can_hold_are_refused(name, tmp_path):
+    links = [(name, "b"), ("b", "c"), ("c", name)]
+    for result, ends in (vorl.communities(links), ("cnl", "tsv")), (vorl.cluster(links), ("rhb",)):
+        for end in ends:
+            with pytest.raises(ValueError, match="can't stand in a file"):
+                result.write(tmp_path / f"x.{end}")
+    assert not list(tmp_path.iterdir())

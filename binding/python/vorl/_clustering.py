@@ -436,9 +436,14 @@ def clustering(communities: Any) -> Clustering:
         for one in groups_of
         for node, share in one.items()
     ]
+    parts = np.array(shares, np.float32)
+    wrong = np.flatnonzero(~((parts > 0) & np.isfinite(parts)))
+    if len(wrong):
+        raise ValueError(f"communities: the share of a node is {shares[wrong[0]]!r}, "
+                         "a number above 0 is expected")
     return Clustering(
         np.cumsum([len(one) for one in groups_of], dtype=np.uint64),
         np.array([id_of[node] for one in groups_of for node in one], np.uint32),
-        np.array(shares, np.float32),
+        parts,
         labels,
     )

@@ -80,7 +80,13 @@ class Labels:
 
     def texts(self) -> List[str]:
         """The names as texts, for a file."""
-        return [str(name) for name in self.names]
+        texts = [str(name) for name in self.names]
+        for text in texts:
+            try:
+                text.encode()
+            except UnicodeEncodeError:
+                raise ValueError(f"the name {text!r} of a node can't stand in a file") from None
+        return texts
 
     def __reduce__(self) -> Any:
         return Labels, (self.names,)

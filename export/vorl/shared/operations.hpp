@@ -37,6 +37,11 @@ template <class GraphT>
 VORL_API Size evaluateClusters(Intrinsics& intr, GraphT& graph, const std::string& filename,
                                AccWeight gamma = 1, Validation validation = Validation::STANDARD);
 
+/// What keeps a network from being clustered, such as weights that add up to nothing; null if
+/// nothing does.
+template <bool WEIGHTED>
+VORL_API const char* clusteringFault(Graph<WEIGHTED>& graph);
+
 /// Clusters a copy of the network, which stays as it is; the result is the one of `buildHierarchy`.
 /// Back links of arcs are made whatever the validation.
 /// @throws as `cluster`

@@ -28,6 +28,8 @@ struct Words {
     std::deque<std::string> kept;  ///< what held doubled quotes
 
     std::size_t size() const { return words.size(); }
+    /// Whether the clusters of the nodes follow; between quotes it is but a name.
+    bool beginsVector() const;
 
     void clear();
     /// @param only what alone parts them; 0 for blanks, tabs, commas and semicolons
@@ -81,6 +83,8 @@ void Words::split(std::string_view line, char only) {
 bool isOneOf(std::string_view word, std::initializer_list<std::string_view> names) {
     return std::find(names.begin(), names.end(), lowered(word)) != names.end();
 }
+
+bool Words::beginsVector() const { return !quoted[0] && isOneOf(words[0], {"*vertices"}); }
 
 /// Where the words of a line stand.
 struct Columns {
@@ -144,7 +148,7 @@ public:
             m_text = line;
             if (comment) {
                 if (m_rows.empty()) readNames();
-            } else if (m_rows.empty() && isOneOf(m_words.words[0], {"*vertices"})) {
+            } else if (m_rows.empty() && m_named == 0 && m_words.beginsVector()) {
                 m_vector = true;
             } else if (!m_rows.empty() || m_vector || !readNames()) {
                 readRow();
@@ -395,10 +399,15 @@ bool beginsWithNames(Lines& lines) {
     Words words;
     while (lines.next()) {
         const std::string_view line = trimFront(lines.line());
+        if (line.starts_with('#')) {
+            // The header of a list of clusters, in which nodes may have the names of columns.
+            const std::string_view text = trimFront(line.substr(1));
+            if (lowered(text.substr(0, 9)) == "clusters:") return false;
+        }
         if (line.empty() || line.front() == '#' || line.front() == '%') continue;
         if (beginsObject(line)) return true;
         words.split(line);
-        return isOneOf(words.words[0], {"*vertices"}) || columnsOf(words.words);
+        return words.beginsVector() || columnsOf(words.words);
     }
     return false;
 }

@@ -105,6 +105,22 @@ Size evaluateClusters(Intrinsics& intr, GraphT& graph, const std::string& filena
 }
 
 template <bool WEIGHTED>
+const char* clusteringFault(Graph<WEIGHTED>& graph) {
+    AccWeight total = 0;
+    for (const auto& node : graph.nodes()) {
+        if (!(node.m_sweight >= 0)) return "a self link has a weight that isn't a positive number";
+        total += node.m_sweight;
+        for (const auto& ln : node.links) {
+            if (!(ln.weight >= 0)) return "a link has a weight that isn't a positive number";
+            total += ln.weight;
+        }
+    }
+    if (total == 0) return "the network has no links, or they weigh nothing";
+    if (total > std::numeric_limits<float>::max()) return "the weights add up to more than 3.4e38";
+    return nullptr;
+}
+
+template <bool WEIGHTED>
 std::shared_ptr<typename Graph<WEIGHTED>::HierarchyT> clusterCopy(Graph<WEIGHTED>& graph,
                                                                   const ClusterOptions& options) {
     using LinksT = typename Graph<WEIGHTED>::LinksT;
@@ -172,6 +188,8 @@ std::vector<LevelMeasures> levelMeasures(const Hierarchy<LinksT>& hier, AccWeigh
     return result;
 }
 
+template VORL_API const char* clusteringFault(Graph<false>&);
+template VORL_API const char* clusteringFault(Graph<true>&);
 template VORL_API std::shared_ptr<Graph<false>::HierarchyT> clusterCopy(Graph<false>&,
                                                                         const ClusterOptions&);
 template VORL_API std::shared_ptr<Graph<true>::HierarchyT> clusterCopy(Graph<true>&,

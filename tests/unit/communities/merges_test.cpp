@@ -314,7 +314,7 @@ TEST(FlatNetwork, HoldsTheSumsOverThePairs) {
 
 TEST(Communities, NeitherParallelLinksNorGapsOfIdsMatter) {
     Random rnd(61);
-    for (int round = 0; round < 25; ++round) {
+    for (int round = 0; round < 8; ++round) {
         const Pairs pairs = exactPairs(rnd, 40 + rnd.below(150), 6 + rnd.below(20));
         const Communities whole = communities(pairs.network());
         // Each link in pieces of a quarter, a half and a quarter, here and there and turned around.

@@ -1,6 +1,8 @@
 // Tables of memberships, and clusters of several levels.
 #include <vorl/reading/cluster_levels.hpp>
 
+#include "support/folder.hpp"
+
 #include <gtest/gtest.h>
 
 namespace vorl {
@@ -140,6 +142,28 @@ TEST(ClusterLevels, LinesOfPairsLookLikeATable) {
     };
     EXPECT_TRUE(named("# a comment\n\nNode\tCommunity\tshare\n"));
     EXPECT_FALSE(named("1 2\n"));
+}
+
+TEST(ClusterLevels, NamesMayBeThoseOfHeaders) {
+    const test::Folder folder;
+    const auto membersOf = [&](const std::string& name, const std::string& text) {
+        const ClustersFile file = readClusterLevels(folder.write(name, text)).flat();
+        std::string members;
+        for (const auto& cluster : file.clusters) {
+            for (const Id node : file.membersOf(cluster)) members += file.nodeName(node) + " ";
+            members += "| ";
+        }
+        return members;
+    };
+    const std::string header = "# Clusters: 2, Nodes: 4, Fuzzy: 0, Numbered: 0\n";
+    EXPECT_EQ(membersOf("a.cnl", header + "\"node\" \"group\"\n\"id\" \"x\"\n"),
+              "node group | id x | ");
+    EXPECT_EQ(membersOf("a.txt", "\"*Vertices\" \"b\"\n\"c\" \"d\"\n"), "*Vertices b | c d | ");
+    EXPECT_EQ(membersOf("a.tsv", "node\tcluster\tshare\n\"*Vertices\"\t0\t1\nb\t0\t1\nc\t1\t1\n"),
+              "*Vertices b | c | ");
+    // Without quotes, and in front of all, it is the header.
+    EXPECT_EQ(membersOf("b.clu", "*Vertices 3\n5\n5\n6\n"), "1 2 | 3 | ");
+    EXPECT_EQ(membersOf("b.txt", "*Vertices 3\n5\n5\n6\n"), "1 2 | 3 | ");
 }
 
 }  // namespace

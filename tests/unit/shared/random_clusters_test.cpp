@@ -156,7 +156,7 @@ void expectMeasures(const Intrinsics& found, const Intrinsics& expected, const s
 TEST(RandomClusters, MeasureWhatSumsOverAllPairsGive) {
     Random rnd(101);
     Trace trace;
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < 80; ++round) {
         const Id nodes = 4 + rnd.below(25);
         const Weighed net = randomWeighed(rnd, nodes);
         const Matrix shares = randomShares(rnd, nodes, round % 2);
@@ -185,7 +185,7 @@ TEST(RandomClusters, MeasureWhatSumsOverAllPairsGive) {
 TEST(RandomClusters, FormANetworkThatMeasuresTheSame) {
     Random rnd(103);
     Trace trace;
-    for (int round = 0; round < 200; ++round) {
+    for (int round = 0; round < 60; ++round) {
         const Id nodes = 4 + rnd.below(25);
         const Weighed net = randomWeighed(rnd, nodes);
         const bool whole = round % 2;
@@ -266,7 +266,7 @@ TEST(ComparedClusters, AreThoseOfTheChosenNodes) {
         for (const auto& cluster : clusters) nodes.insert(cluster.begin(), cluster.end());
         return nodes;
     };
-    for (int round = 0; round < 200; ++round) {
+    for (int round = 0; round < 60; ++round) {
         const auto first = random(0);
         const auto second = random(20);
         const std::set<Id> a = nodesOf(first);

@@ -148,7 +148,7 @@ void expectHierarchy(const Hierarchy<LinksT>& hier, const std::string& network, 
 TEST(WrittenHierarchies, AreReadAndMeasuredAsTheyWereBuilt) {
     Counts counts;
     Trace trace;
-    for (std::uint64_t seed = 0; seed < 120; ++seed) {
+    for (std::uint64_t seed = 0; seed < 50; ++seed) {
         Random rnd(seed);
         const TestNetwork shape =
             seed % 2 ? randomNetwork(seed)
@@ -184,8 +184,8 @@ TEST(WrittenHierarchies, AreReadAndMeasuredAsTheyWereBuilt) {
             network.graph);
         if (HasFailure()) return;
     }
-    EXPECT_GT(counts.shared, 10);
-    EXPECT_GT(counts.measured, 50);
+    EXPECT_GT(counts.shared, 3);
+    EXPECT_GT(counts.measured, 30);
 }
 
 /// The names of the nodes in each community.
@@ -204,7 +204,7 @@ std::map<Id, std::map<std::string, double>> namedMembers(const ClustersFile& fil
 TEST(WrittenCommunities, ComeBackFromEachForm) {
     Random rnd(113);
     Size shared = 0;
-    for (int round = 0; round < 60; ++round) {
+    for (int round = 0; round < 24; ++round) {
         const TestNetwork blocks =
             overlappingBlocks(rnd, 3 + rnd.below(4), 6 + rnd.below(8), 1 + rnd.below(2));
         // Half of the nodes bear names, with all that has a meaning in a table.
@@ -264,7 +264,7 @@ TEST(WrittenCommunities, ComeBackFromEachForm) {
         EXPECT_THROW(tableText(arrays, TableForm::JSON, names), std::invalid_argument);
         if (HasFailure()) return;
     }
-    EXPECT_GT(shared, 30u);
+    EXPECT_GT(shared, 15u);
 }
 
 /// What the parsers make of a text.

@@ -28,7 +28,7 @@ Id nextId(Random& rnd, int kind, Id step) {
 
 TEST(IdNumbers, CountIdsInTheOrderInWhichTheyCome) {
     Random rnd(67);
-    for (int round = 0; round < 30; ++round) {
+    for (int round = 0; round < 15; ++round) {
         IdNumbers numbers(round % 3 == 0 ? rnd.below(20000) : 0);
         std::unordered_map<Id, Id> expected;
         std::vector<Id> ids;
@@ -125,7 +125,7 @@ TEST(Labels, KeepNamesApartAndOrderThem) {
         Labels labels;
         std::map<std::string, Id> ids;
         // One table grows over several sizes.
-        const int names = round == 0 ? 30000 : 200;
+        const int names = round == 0 ? 6000 : 200;
         for (int i = 0; i < names; ++i) {
             const std::string name = randomText(rnd);
             Id number = 0;
@@ -193,7 +193,7 @@ TEST(Memory, LargePagesHoldWhatTheyAreGiven) {
     std::vector<std::uint32_t, LargePageAllocator<std::uint32_t>> numbers;
     std::vector<std::uint32_t> expected;
     // Over the size from which on blocks are aligned, up and down again.
-    for (std::uint32_t i = 0; i < 3'000'000; ++i) {
+    for (std::uint32_t i = 0; i < 1'600'000; ++i) {
         numbers.push_back(i * 2654435761u);
         expected.push_back(i * 2654435761u);
     }
@@ -201,7 +201,7 @@ TEST(Memory, LargePagesHoldWhatTheyAreGiven) {
     EXPECT_TRUE(std::equal(numbers.begin(), numbers.end(), expected.begin(), expected.end()));
     // Pages that are given back are there again, and those beside them keep what they hold.
     const std::size_t first = 100'000;
-    const std::size_t count = 2'000'000;
+    const std::size_t count = 1'200'000;
     detail::returnLargePages(numbers.data() + first, count * sizeof(std::uint32_t));
     for (std::size_t i = 0; i < expected.size(); ++i) {
         const bool given = i >= first && i < first + count;
