@@ -211,7 +211,7 @@ TEST(WrittenCommunities, ComeBackFromEachForm) {
         const auto labels = std::make_shared<Labels>();
         std::vector<Id> ids;
         for (Id node = 0; node < blocks.nodesNum; ++node) {
-            const char* const odd[] = {"a b", "x,y", "#1", "\"q\"", "it's", "7;", "0{}", "*v"};
+            const char* const odd[] = {"a b", "x,y", "#1", "\"q\"", "'it's", "7;", "0{}", "*v"};
             ids.push_back(round % 2 && node % 2
                               ? labels->add(odd[node / 2 % 8] + std::to_string(node))
                               : 10 * node);
