@@ -33,9 +33,11 @@ namespace vorl {
 ///    make of it, the candidate doesn't depend on the value. Where several reach it they must be
 ///    the same number. What lies in between makes a cluster doubtful: what is below the largest
 ///    gain, but may tie with an offer of it, is a candidate only if all that reach the largest are
-///    out; and where not even that is known, all are taken for its best. If none of those in
-///    question has the doubtful cluster for its best, that makes no difference, but for the order
-///    in which clusters are visited; where it makes one, the level is made literally.
+///    out, since else that takes the place of its offer; and where not even that is known, or the
+///    largest gain ties with its offer, too, all are taken for its best. If none of those in
+///    question has the doubtful cluster for its best, or is itself in doubt about it, that makes no
+///    difference, but for the order in which clusters are visited; where it makes one, the level is
+///    made literally.
 /// 4. A best neighbour stays while it takes part and no gain that is new may reach the best. It is
 ///    kept with a bound of all other gains; where it grows, its new gain is compared with that
 ///    bound. Bounds of gains are bounds of the dynamic gamma: the logarithmic mean L of two

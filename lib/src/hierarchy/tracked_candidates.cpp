@@ -110,11 +110,18 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::areSettled(const PropagatesT& entered,
         return !ln.isGone() && isInTies(ln.seat) &&
                !(trackedGain(ln.seat, tracks.links.mate(ln)) < tracks.bests[ln.seat].gain * NEAR);
     };
+    // Two that have no other candidate may be in doubt about each other.
+    const auto mayHave = [&](Seat seat, Seat other) {
+        const auto* doubt = tracks.doubtOf(seat);
+        return isBestOf(other, seat) ||
+               (doubt && std::find(doubt->others.begin(), doubt->others.end(), other) !=
+                             doubt->others.end());
+    };
     std::vector<Seat> asked;
     for (const auto& doubt : tracks.doubts) {
         if (!doubt.isBest && !tracks.kept[doubt.seat].now->m_context->cands.empty()) continue;
         for (const Seat dest : doubt.others)
-            if (isBestOf(doubt.seat, dest)) return false;
+            if (mayHave(dest, doubt.seat)) return false;
         asked.insert(asked.end(), doubt.others.begin(), doubt.others.end());
     }
     if (std::none_of(entered.begin(), entered.end(),

@@ -125,13 +125,15 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::conclude(Seat seat, const Search& sear
     for (const auto& [gain, dest] : near)
         if (isTie(gain)) least = std::min(least, gain);
     kept.mixed = least != top;
+    const AccWeight offer = OFFER * least * (1 - 0x1p-50);
+    const bool isOfferKept = !less(offer, top);
     typename TracksT::Doubt doubt{.seat = seat};
     for (const auto& [gain, dest] : near) {
         if (isTie(gain)) {
             ties.push_back(dest);
-        } else if (!less(gain, OFFER * least * (1 - 0x1p-50))) {
+        } else if (!less(gain, offer)) {
             doubt.others.push_back(dest);
-            if (!less(gain, top)) doubt.isBest = true;
+            if (isOfferKept || !less(gain, top)) doubt.isBest = true;
         }
     }
     if (doubt.others.empty()) return true;
