@@ -139,7 +139,7 @@ TEST(Merges, AreThoseOfANaiveSearch) {
         const Matrix matrix = randomMatrix(rnd, 4 + rnd.below(50));
         const auto nodes = static_cast<Id>(matrix.size());
         ItemLinks<LinkWeight> links = linksOf(matrix);
-        Workers workers(1 + round % 3);
+        Workers workers(static_cast<unsigned>(1 + round % 3));
         SimilarLinks found =
             similar(links, sharedNeighbours(links, workers), Similarity::MIXED, workers);
         // Where only links inside groups count, those that are left out don't count either.
