@@ -114,9 +114,9 @@ std::string pajekOf(const Model& model) {
         text += "\"\n";
     }
     for (const auto& [src, dst, weight, arc] : model.links) {
-        char digits[32];
-        std::snprintf(digits, sizeof digits, model.weighted ? " %.9g" : "",
-                      static_cast<double>(weight));
+        char digits[32] = "";
+        if (model.weighted)
+            std::snprintf(digits, sizeof digits, " %.9g", static_cast<double>(weight));
         text += (arc ? "*Arcs\n" : "*Edges\n") + std::to_string(places[src]) + " " +
                 std::to_string(places[dst]) + digits + "\n";
     }
