@@ -31,10 +31,10 @@ namespace vorl {
 ///    but its offer stands; so a cluster may be left with none.
 /// 3. Where the largest gain is clear, by more than rounding and the tolerance of comparisons could
 ///    make of it, the candidate doesn't depend on the value. Where several reach it they must be
-///    the same number. What lies in between makes a cluster doubtful: what is below the largest
-///    gain, but may tie with an offer of it, is a candidate only if all that reach the largest are
-///    out, since else that takes the place of its offer; and where not even that is known, or the
-///    largest gain ties with its offer, too, all are taken for its best. If none of those in
+///    the same number. What lies in between makes a cluster doubtful: what may tie with an offer of
+///    the largest gain, or with what ties with that, is a candidate only if all that reach the
+///    largest are out, since else that takes the place of its offer; and where the largest may tie
+///    with its offer or with what lies below, all are taken for its best. If none of those in
 ///    question has the doubtful cluster for its best, or is itself in doubt about it, that makes no
 ///    difference, but for the order in which clusters are visited; where it makes one, the level is
 ///    made literally.

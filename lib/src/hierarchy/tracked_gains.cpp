@@ -125,16 +125,24 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::conclude(Seat seat, const Search& sear
     for (const auto& [gain, dest] : near)
         if (isTie(gain)) least = std::min(least, gain);
     kept.mixed = least != top;
-    const AccWeight offer = OFFER * least * (1 - 0x1p-50);
-    const bool isOfferKept = !less(offer, top);
+    // Neighbours see their gains with other rounding.
+    const auto offerOf = [&best](AccWeight gain) { return OFFER * gain - 0x1p-48 * best.total; };
+    const AccWeight offer = offerOf(least);
     typename TracksT::Doubt doubt{.seat = seat};
-    for (const auto& [gain, dest] : near) {
-        if (isTie(gain)) {
-            ties.push_back(dest);
-        } else if (!less(gain, offer)) {
-            doubt.others.push_back(dest);
-            if (isOfferKept || !less(gain, top)) doubt.isBest = true;
+    doubt.isBest = !less(offer, top);
+    // A value that ties with what the largest gain offers stays, and others may tie with that.
+    AccWeight low = offer;
+    for (const auto& [gain, dest] : near)
+        for (const AccWeight value : {gain, offerOf(gain)}) {
+            if (isTie(value) || less(value, offer)) continue;
+            low = std::min(low, value);
+            if (!less(value, top)) doubt.isBest = true;
         }
+    for (const auto& [gain, dest] : near) {
+        if (isTie(gain))
+            ties.push_back(dest);
+        else if (!less(gain, low))
+            doubt.others.push_back(dest);
     }
     if (doubt.others.empty()) return true;
     if (doubt.isBest) {
