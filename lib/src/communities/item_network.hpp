@@ -6,6 +6,7 @@
 #include <vorl/types/large_pages.hpp>
 #include <vorl/types/numbers.hpp>
 
+#include <algorithm>
 #include <span>
 #include <vector>
 
@@ -32,10 +33,11 @@ struct ItemLinks {
     Id size() const { return static_cast<Id>(begin.size() - 1); }
     /// Asks for the first links of an item before they are needed.
     void fetch(Id item) const {
-        __builtin_prefetch(dest.data() + begin[item]);
-        __builtin_prefetch(weight.data() + begin[item]);
-        __builtin_prefetch(dest.data() + begin[item] + LINE);
-        __builtin_prefetch(weight.data() + begin[item] + LINE);
+        const Size end = std::min(begin[item + Size{1}], begin[item] + 2 * LINE);
+        for (Size ln = begin[item]; ln < end; ln += LINE) {
+            __builtin_prefetch(&dest[ln]);
+            __builtin_prefetch(&weight[ln]);
+        }
     }
 
 private:
