@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <numeric>
 
 namespace vorl::test {
 namespace {
@@ -163,8 +164,8 @@ TEST(RandomClusters, MeasureWhatSumsOverAllPairsGive) {
         if (shares.size() < 2) continue;
         const double gamma = round % 3 == 0 ? rnd.below(300) / 100. : 1;
         const Intrinsics expected = defined(net, shares, gamma);
-        std::vector<Id> order;
-        for (Id i = 0; i < shares.size(); ++i) order.push_back(i);
+        std::vector<Id> order(shares.size());
+        std::iota(order.begin(), order.end(), Id{0});
         const auto measured = [&](ClustersFile file, const std::string& text) {
             Network network = readText(text, net.format);
             return evaluateClusters(network, std::move(file), "net", gamma);
@@ -190,8 +191,8 @@ TEST(RandomClusters, FormANetworkThatMeasuresTheSame) {
         const Weighed net = randomWeighed(rnd, nodes);
         const bool whole = round % 2;
         const Matrix shares = randomShares(rnd, nodes, whole);
-        std::vector<Id> order;
-        for (Id i = 0; i < shares.size(); ++i) order.push_back(i);
+        std::vector<Id> order(shares.size());
+        std::iota(order.begin(), order.end(), Id{0});
         const std::string list = clustersOf(shares, order, true);
         const Network network = readText(net.text, net.format);
         const Quotient quotient = quotientOf(network, parseClusters(list, "c"));
