@@ -410,13 +410,12 @@ private:
     };
 
     /// Tells after the first level whether there may be any.
-    void allowTracks(Validation validation);
+    /// @param mirrored whether the nodes' links have back links, of edges with the same weights
+    void allowTracks(bool mirrored);
     /// Begins with them after a level where they pay.
     void startTracks();
     /// Gives all clusters their links back and ends with tracked levels.
     void leaveTracks();
-    /// Whether each link of the clusters has a back link.
-    bool isMirrored(ClustersT& clusters);
     /// Finds the candidates of a level.
     /// @param[out] news the clusters of the level below that have candidates
     /// @param[out] props the carried ones

@@ -33,6 +33,12 @@ template <bool NONSYMMETRIC, class NodesT>
 void validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool severe,
               const StructLinkErrors* created);
 
+/// Whether it shows without a search that each link has its back link, for edges with the same
+/// weight.
+/// @param nodes that weren't clustered yet
+template <bool NONSYMMETRIC, class NodesT>
+bool isMirrored(NodesT& nodes);
+
 /// Creates every missing back link with weight 0 and counts it in `created`.
 template <class NodesT>
 void createBackLinks(NodesT& nodes, StructLinkErrors& created);

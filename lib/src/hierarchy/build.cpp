@@ -84,6 +84,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::build(Validation validation, Coupling 
     if (validation != Validation::NONE)
         detail::validate<NONSYMMETRIC>(m_nodes, m_weight, m_score.nodesLinks,
                                        validation == Validation::SEVERE, &created);
+    // The validation doesn't look at the weights of back links.
+    const bool mirrored =
+        (validation != Validation::NONE && (NONSYMMETRIC || !NodeT::LinkT::IS_WEIGHTED)) ||
+        detail::isMirrored<NONSYMMETRIC>(m_nodes);
 
     float qprev = -1;
     if (modtrace) {
@@ -92,7 +96,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::build(Validation validation, Coupling 
     }
     std::uint32_t wrapped = 0;
     if (!buildFirstLevel(modtrace, qprev, wrapped)) return;
-    allowTracks(validation);
+    allowTracks(mirrored);
     startTracks();
 
     std::uint32_t levsize = m_levels.back().fullsize;

@@ -8,29 +8,12 @@
 
 namespace vorl {
 
-template <bool NONSYMMETRIC, class LinksT>
-bool HierarchyImpl<NONSYMMETRIC, LinksT>::isMirrored(ClustersT& clusters) {
-    for (ClusterT& cl : clusters) m_marks.of(cl).place = 0;
-    for (ClusterT& cl : clusters)
-        for (const auto& ln : cl.links) {
-            const auto& backs = ln.dest->links;
-            std::uint32_t& place = m_marks.of(ln.dest).place;
-            if (place >= backs.size() || backs[place].dest != &cl) return false;
-            const AccWeight weight = backs[place++].weight;
-            if (!NONSYMMETRIC && !(std::fabs(weight - ln.weight) <= 1e-9 * weight)) return false;
-        }
-    return true;
-}
-
 // Speed-ups and reductions depend on the order of visits.
 template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::allowTracks(Validation validation) {
+void HierarchyImpl<NONSYMMETRIC, LinksT>::allowTracks(bool mirrored) {
     const bool reduces = m_reductionClusters != Reduction::NONE && m_linksMarg != 0;
-    if (!m_exact || reduces || !std::isfinite(m_boundMin)) return;
-    // Nobody has looked at the weights of back links, and without a validation at nothing.
-    const bool known =
-        validation != Validation::NONE && (NONSYMMETRIC || !NodeT::LinkT::IS_WEIGHTED);
-    m_tracks.allowed = known || isMirrored(m_levels.back().clusters);
+    if (!mirrored || !m_exact || reduces || !std::isfinite(m_boundMin)) return;
+    m_tracks.allowed = true;
     // Below 2^53 units every sum of multiples of the unit is exact.
     const int unit = std::ilogb(m_weight) + 3 - 52;
     m_tracks.coarse = std::ldexp(1.5, unit + 52);
@@ -464,7 +447,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldTracked() {
 }
 
 #define VORL_INSTANTIATE(NONSYM, LinksT)                                                     \
-    template void HierarchyImpl<NONSYM, LinksT>::allowTracks(Validation);                    \
+    template void HierarchyImpl<NONSYM, LinksT>::allowTracks(bool);                          \
     template void HierarchyImpl<NONSYM, LinksT>::startTracks();                              \
     template void HierarchyImpl<NONSYM, LinksT>::leaveTracks();                              \
     template void HierarchyImpl<NONSYM, LinksT>::settleCarried();                            \

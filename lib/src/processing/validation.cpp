@@ -34,12 +34,12 @@ ErrorsT& collector(std::optional<ErrorsT>& errors, const char* message) {
 }
 
 /// Whether it is shown without a search that all links are in order, have their back links and no
-/// negative weight.
+/// negative weight, and if asked for, that both ways weigh the same.
 ///
 /// Where the nodes ascend, what leads back to the node at hand is in each list the next link that
 /// hasn't been met. How many a node's list has met is counted in its `totac`, which nodes don't use
 /// before the clustering.
-template <class NodesT>
+template <bool SAME_WEIGHTS, class NodesT>
 bool isSound(NodesT& nodes) {
     using NodeT = typename NodesT::value_type;
     constexpr std::size_t ahead = 8;
@@ -59,6 +59,7 @@ bool isSound(NodesT& nodes) {
             if (dest.totac >= dest.links.size()) return false;
             const auto& back = dest.links[dest.totac];
             if (back.dest != &node || dest.id == node.id || !(back.weight >= 0)) return false;
+            if (SAME_WEIGHTS && back.weight != node.links[i].weight) return false;
             ++dest.totac;
             ++met;
         }
@@ -94,7 +95,7 @@ void detail::validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool sev
                       const StructLinkErrors* created) {
     using NodeT = typename NodesT::value_type;
     using LinkT = typename NodeT::LinkT;
-    if (!(created && created->defined()) && isSound(nodes)) return;
+    if (!(created && created->defined()) && isSound<false>(nodes)) return;
     std::optional<StructNodeErrors> selfErrors;
     std::optional<StructLinkErrors> duplErrors;
     std::optional<StructLinkErrors> backErrors;
@@ -159,6 +160,11 @@ void detail::validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool sev
 }
 
 template <bool NONSYMMETRIC, class NodesT>
+bool detail::isMirrored(NodesT& nodes) {
+    return isSound<!NONSYMMETRIC>(nodes);
+}
+
+template <bool NONSYMMETRIC, class NodesT>
 void validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool severe) {
     detail::validate<NONSYMMETRIC>(nodes, weight, linksNum, severe, nullptr);
 }
@@ -206,6 +212,8 @@ void detail::createBackLinks(NodesT& nodes, StructLinkErrors& created) {
                                           const StructLinkErrors*);                  \
     template void detail::validate<true>(Nodes<LinksT>&, AccWeight&, Size&, bool,    \
                                          const StructLinkErrors*);                   \
+    template bool detail::isMirrored<false>(Nodes<LinksT>&);                         \
+    template bool detail::isMirrored<true>(Nodes<LinksT>&);                          \
     template void detail::createBackLinks(Nodes<LinksT>&, StructLinkErrors&);
 
 VORL_INSTANTIATE(UnweightedLinks)

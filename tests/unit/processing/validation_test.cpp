@@ -222,6 +222,30 @@ TEST(BackLinks, AreMadeAndReportedAsValidationDoes) {
     EXPECT_EQ(results[0], results[1]);
 }
 
+TEST(BackLinks, OfEdgesMustWeighTheSameToMirrorThem) {
+    const auto mirrored = [](float back, bool arcs, bool complete = true) {
+        Weighted net(3);
+        net.link(0, 1, 1);
+        net.link(0, 2, 0.25f);
+        net.link(1, 0, back);
+        net.link(1, 2, 3);
+        if (complete) net.link(2, 0, 0.25f);
+        net.link(2, 1, 3);
+        const auto tell = [&] {
+            return arcs ? detail::isMirrored<true>(net.list) : detail::isMirrored<false>(net.list);
+        };
+        const bool first = tell();
+        EXPECT_EQ(tell(), first) << "what was counted is left behind";
+        return first;
+    };
+    EXPECT_TRUE(mirrored(1, false));
+    EXPECT_TRUE(mirrored(1, true));
+    EXPECT_FALSE(mirrored(1 + 0x1p-23f, false));
+    EXPECT_TRUE(mirrored(1 + 0x1p-23f, true));
+    EXPECT_FALSE(mirrored(1, false, false));
+    EXPECT_FALSE(mirrored(1, true, false));
+}
+
 TEST(FaultCollector, OfNothingIsSilentAndOfEightNamesAll) {
     Trace trace;
     StructNodeErrors nodes("nodes:");
