@@ -6,7 +6,7 @@ package info.quenta.vorl.api;
  *
  * @param shares whether a node may belong to several communities
  * @param starts from how many starts to search, the best one wins; 0: the smaller the network, the
- *     more
+ *     more; above 6 there are no others
  * @param threads threads to work with, 0 for as many as the process may use
  */
 public record CommunitiesOptions(boolean shares, int starts, int threads) {

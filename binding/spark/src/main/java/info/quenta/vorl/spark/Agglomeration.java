@@ -44,7 +44,7 @@ final class Agglomeration {
      */
     static List<Step> mergeSimilar(
         Work work, ItemNetwork similar, Dataset<Row> groups, long count) {
-        Mergers mergers = count == 1 ? together(similar) : apart(work, similar, groups);
+        Mergers mergers = count == 1 ? together(similar) : apart(work, similar, groups, count);
         Dataset<Row> links = mergers.links();
         long most = mergers.most();
         Dataset<Row> idle = groups.filter(col("idle")).select("item", "label");
@@ -92,7 +92,8 @@ final class Agglomeration {
     }
 
     /** Each group with its own links alone, idle ones without. */
-    private static Mergers apart(Work work, ItemNetwork similar, Dataset<Row> groups) {
+    private static Mergers apart(
+        Work work, ItemNetwork similar, Dataset<Row> groups, long count) {
         Dataset<Row> busy = groups.filter(not(col("idle"))).select("item", "label");
         Dataset<Row> links =
             work.keep(similar.links()
@@ -105,7 +106,9 @@ final class Agglomeration {
         Dataset<Row> held =
             groups.join(totals, "item", "left")
                 .select(col("item"), col("label"), coalesce(col("total"), zero()).as("total"));
-        Dataset<Row> wholes = held.groupBy("label").agg(sum("total").as("whole"));
+        // Held apart, as a shuffle by groups would bring most items of some networks to one task.
+        Dataset<Row> wholes =
+            work.keep(held.groupBy("label").agg(sum("total").as("whole")), count);
         return new Mergers(
             links, held.join(wholes, "label").select("item", "total", "whole"), work.size(links));
     }

@@ -8,7 +8,7 @@ import java.io.Serializable;
  *
  * @param shares whether a node may belong to several communities
  * @param starts from how many starts to search, the best one wins; 0: the smaller the network, the
- *     more
+ *     more; above 6 there are no others
  * @param linksOfTask a network of up to so many links is left to the native library, in one task
  *     that has all of them in memory (about 100 bytes each); 0 for never
  * @param rowsOfTask up to so many rows are sorted and numbered in one task, which saves shuffles
