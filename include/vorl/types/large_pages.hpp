@@ -26,6 +26,9 @@ VORL_API void returnFreedMemory();
 }  // namespace detail
 
 /// Allocator of long arrays that are walked in no order, which large pages make faster.
+///
+/// Numbers that get no value are left as they come, so that a long array isn't written twice, and
+/// its pages are taken by the thread that writes them first.
 template <class T>
 struct LargePageAllocator {
     using value_type = T;
@@ -46,6 +49,11 @@ struct LargePageAllocator {
             ::operator delete (block, std::align_val_t{detail::LARGE_PAGE});
         else
             ::operator delete(block);
+    }
+
+    template <class U>
+    void construct(U* place) {
+        ::new (static_cast<void*>(place)) U;
     }
 
     template <class U>

@@ -14,21 +14,17 @@ namespace {
 /// it is left to a hash, since by number all items of a regular network would point one way, and
 /// to the number among equal hashes.
 /// @param gain of an item and the number of one of its links
-/// @param rests whether an item points nowhere
-template <class WeightT, class GainT, class RestsT>
+/// @param told what items point to that needn't be sought, ID_NONE for the others; empty for all
+template <class WeightT, class GainT>
 Labels pointers(const ItemLinks<WeightT>& links, std::uint32_t round, Workers& workers,
-                const GainT& gain, const RestsT& rests) {
+                const GainT& gain, const Labels& told = {}) {
     Labels aims(links.size());
     const auto rank = [round](Id item) { return std::pair(mixed(item, round), ~item); };
-    workers.each(links.size(), [&](Size i) {
-        const Id item = static_cast<Id>(i);
+    const auto aimOf = [&](Id item) {
+        if (!told.empty() && told[item] != ID_NONE) return told[item];
         Id aim = item;
-        if (rests(item)) {
-            aims[i] = aim;
-            return;
-        }
         double best = 0;
-        for (Size ln = links.begin[i]; ln < links.begin[i + 1]; ++ln) {
+        for (Size ln = links.begin[item]; ln < links.begin[item + Size{1}]; ++ln) {
             const double value = gain(item, ln);
             const Id other = links.dest[ln];
             if (value > best || (value == best && aim != item && rank(other) > rank(aim))) {
@@ -36,7 +32,11 @@ Labels pointers(const ItemLinks<WeightT>& links, std::uint32_t round, Workers& w
                 aim = other;
             }
         }
-        aims[i] = aim;
+        return aim;
+    };
+    // Groups may be few and have many links each.
+    workers.share(links.size(), 128, [&](Size first, Size last, unsigned) {
+        for (Size i = first; i < last; ++i) aims[i] = aimOf(static_cast<Id>(i));
     });
     return aims;
 }
@@ -89,17 +89,14 @@ bool mergeInside(Merges& merges, const ItemNetwork<WeightT>& network, const Labe
         const bool gains = (groups[item] == groups[other]) & (weight > expected * ROUNDING);
         return gains ? weight - expected : 0;
     };
-    const auto rests = [&](Id item) { return !idle.empty() && idle[groups[item]]; };
-    Labels aims = pointers(network.links, round, workers, gain, rests);
-    if (!idle.empty()) {
-        Labels leader(idle.size(), ID_NONE);
-        for (Id i = 0; i < network.size(); ++i)
-            if (rests(i)) {
-                if (leader[groups[i]] == ID_NONE) leader[groups[i]] = i;
-                aims[i] = leader[groups[i]];
-            }
-    }
-    return take(merges, std::move(aims));
+    Labels told(idle.empty() ? 0 : network.size(), ID_NONE);
+    Labels leader(idle.size(), ID_NONE);
+    for (Id i = 0; i < told.size(); ++i)
+        if (const Id group = groups[i]; idle[group]) {
+            if (leader[group] == ID_NONE) leader[group] = i;
+            told[i] = leader[group];
+        }
+    return take(merges, pointers(network.links, round, workers, gain, told));
 }
 
 }  // namespace
@@ -161,8 +158,7 @@ Merges mergeLikely(ItemNetwork<AccWeight> network, const Likelihood& likelihood,
             return likelihood.value(both) - (value[item] + value[other]);
         };
         const auto round = static_cast<std::uint32_t>(merges.steps.size());
-        const auto rests = [](Id) { return false; };
-        if (!take(merges, pointers(network.links, round, workers, gain, rests))) return merges;
+        if (!take(merges, pointers(network.links, round, workers, gain))) return merges;
         network = folded(network, merges.steps.back(), merges.counts.back(), workers);
     }
 }

@@ -124,14 +124,16 @@ ItemNetwork<AccWeight> folded(const ItemNetwork<WeightT>& network, const Labels&
         result.links.weight = std::move(parts.front().weight);
         return result;
     }
-    result.links.dest.reserve(result.links.begin.back());
-    result.links.weight.reserve(result.links.begin.back());
-    for (Folded& part : parts) {
-        result.links.dest.insert(result.links.dest.end(), part.dest.begin(), part.dest.end());
-        result.links.weight.insert(result.links.weight.end(), part.weight.begin(),
-                                   part.weight.end());
-        part = Folded{};
-    }
+    result.links.dest.resize(result.links.begin.back());
+    result.links.weight.resize(result.links.begin.back());
+    workers.share(parts.size(), 1, [&](Size first, Size last, unsigned) {
+        for (Folded& part : std::span(parts).subspan(first, last - first)) {
+            const Size to = result.links.begin[part.first];
+            std::copy(part.dest.begin(), part.dest.end(), result.links.dest.data() + to);
+            std::copy(part.weight.begin(), part.weight.end(), result.links.weight.data() + to);
+            part = Folded{};
+        }
+    });
     return result;
 }
 

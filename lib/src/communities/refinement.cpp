@@ -91,9 +91,12 @@ private:
 };
 
 /// Carries out moves that were decided at once.
+/// @param touched gets the items whose best move may be another one now
+/// @param active gets the same, as they may decide in the classes of this round still to come
 template <class WeightT>
 void carryOut(const ItemNetwork<WeightT>& network, Partitioned& partition, std::vector<Move>& moves,
-              std::vector<char>& moving, std::vector<char>& touched, Workers& workers) {
+              std::vector<char>& moving, std::vector<char>& touched, std::vector<char>& active,
+              Workers& workers) {
     const ItemLinks<WeightT>& links = network.links;
     for (Move& move : moves) {
         if (move.to == ID_NONE) {
@@ -127,7 +130,9 @@ void carryOut(const ItemNetwork<WeightT>& network, Partitioned& partition, std::
                 addShared(partition.groups[move.to].inner, sum);
             std::atomic_ref<char>(touched[move.item]).store(1, std::memory_order_relaxed);
             for (Size ln = links.begin[move.item]; ln < links.begin[move.item + Size{1}]; ++ln)
-                std::atomic_ref<char>(touched[links.dest[ln]]).store(1, std::memory_order_relaxed);
+                for (std::vector<char>* const all : {&touched, &active})
+                    std::atomic_ref<char>((*all)[links.dest[ln]])
+                        .store(1, std::memory_order_relaxed);
         }
     });
     for (const Move& move : moves) moving[move.item] = 0;
@@ -191,13 +196,8 @@ Size refine(const ItemNetwork<WeightT>& network, Partitioned& partition, Likelih
             });
             std::sort(moves.begin(), moves.end(),
                       [](const Move& a, const Move& b) { return a.item < b.item; });
-            carryOut(network, partition, moves, moving, touched, workers);
+            carryOut(network, partition, moves, moving, touched, active, workers);
             moved += moves.size();
-            // What a move touched may decide in the classes of this round that are still to come.
-            for (const Move& move : moves)
-                for (Size ln = network.links.begin[move.item];
-                     ln < network.links.begin[move.item + Size{1}]; ++ln)
-                    active[network.links.dest[ln]] = 1;
         }
         likelihood.estimate(partition.groups);
         active = std::move(touched);

@@ -69,6 +69,7 @@ struct Marks {
     std::vector<Id> place;            // of a node in the list of the one at hand and 1, or 0
     std::vector<std::uint8_t> slots;  // whether any node of a slot is in the list
     std::vector<Size> found;
+    std::vector<Id> triangles;  // of each link of the list
 
     explicit Marks(Size nodes) : place(nodes), slots(SLOTS) {}
 
@@ -113,20 +114,22 @@ void countTriangles(const ItemLinks<LinkWeight>& links, const std::vector<Upward
                 for (Size ln = upward[i + 1].first; ln < upward[i + 1].last; ++ln)
                     __builtin_prefetch(links.dest.data() + upward[links.dest[ln]].first);
             if (to - from < 2) continue;
+            mark.triangles.assign(to - from, 0);
             for (Size ln = from; ln < to; ++ln)
                 mark.set(links.dest[ln], static_cast<Id>(ln - from + 1));
             for (Size ln = from; ln < to; ++ln) {
                 const auto [farFirst, farLast] = upward[links.dest[ln]];
-                Id found = 0;
                 for (const Size far : mark.candidates(links.dest, farFirst, farLast))
                     if (const Id third = mark.place[links.dest[far]]) {
-                        ++found;
+                        ++mark.triangles[ln - from];
+                        ++mark.triangles[third - 1];
                         count(far, 1);
-                        count(from + third - 1, 1);
                     }
-                if (found) count(ln, found);
             }
-            for (Size ln = from; ln < to; ++ln) mark.set(links.dest[ln], 0);
+            for (Size ln = from; ln < to; ++ln) {
+                if (const Id number = mark.triangles[ln - from]) count(ln, number);
+                mark.set(links.dest[ln], 0);
+            }
         }
     });
 }
@@ -136,6 +139,7 @@ void countTriangles(const ItemLinks<LinkWeight>& links, const std::vector<Upward
 OfLinks<Id> sharedNeighbours(ItemLinks<LinkWeight>& links, Workers& workers) {
     const std::vector<Upward> upward = sortUpward(links, workers);
     OfLinks<Id> shared(links.dest.size());
+    workers.each(shared.size(), [&](Size ln) { shared[ln] = 0; });
     if (workers.count() > 1)
         countTriangles<true>(links, upward, shared, workers);
     else
