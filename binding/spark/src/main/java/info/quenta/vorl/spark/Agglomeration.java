@@ -92,8 +92,7 @@ final class Agglomeration {
     }
 
     /** Each group with its own links alone, idle ones without. */
-    private static Mergers apart(
-        Work work, ItemNetwork similar, Dataset<Row> groups, long count) {
+    private static Mergers apart(Work work, ItemNetwork similar, Dataset<Row> groups, long count) {
         Dataset<Row> busy = groups.filter(not(col("idle"))).select("item", "label");
         Dataset<Row> links =
             work.keep(similar.links()
@@ -107,8 +106,7 @@ final class Agglomeration {
             groups.join(totals, "item", "left")
                 .select(col("item"), col("label"), coalesce(col("total"), zero()).as("total"));
         // Held apart, as a shuffle by groups would bring most items of some networks to one task.
-        Dataset<Row> wholes =
-            work.keep(held.groupBy("label").agg(sum("total").as("whole")), count);
+        Dataset<Row> wholes = work.keep(held.groupBy("label").agg(sum("total").as("whole")), count);
         return new Mergers(
             links, held.join(wholes, "label").select("item", "total", "whole"), work.size(links));
     }
