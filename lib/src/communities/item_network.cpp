@@ -62,10 +62,13 @@ ItemNetwork<AccWeight> folded(const ItemNetwork<WeightT>& network, const Labels&
                       sum.resize(count);
                       std::vector<Id> touched;
                       Folded part{first, {}, {}, {}};
-                      if (last - first == count) {
-                          part.dest.reserve(links.dest.size());
-                          part.weight.reserve(links.dest.size());
+                      Size most = 0;
+                      for (Size at = groups.begin[first]; at < groups.begin[last]; ++at) {
+                          const Id item = groups.items[at];
+                          most += links.begin[item + Size{1}] - links.begin[item];
                       }
+                      part.dest.reserve(most);
+                      part.weight.reserve(most);
                       for (Size group = first; group < last; ++group) {
                           if (!idle.empty() && idle[group]) {
                               part.degree.push_back(0);
