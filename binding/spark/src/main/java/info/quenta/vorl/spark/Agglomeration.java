@@ -65,7 +65,7 @@ final class Agglomeration {
                 return steps;
             steps.add(step);
             size = step.count();
-            links = work.keep(folded(links, step.labels()), most);
+            links = work.keepBy(folded(links, step.labels()), most, "src");
             most = work.size(links);
             items = work.keep(items.join(step.labels(), "item")
                                   .groupBy("label")
@@ -94,13 +94,13 @@ final class Agglomeration {
     /** Each group with its own links alone, idle ones without. */
     private static Mergers apart(Work work, ItemNetwork similar, Dataset<Row> groups, long count) {
         Dataset<Row> busy = groups.filter(not(col("idle"))).select("item", "label");
-        Dataset<Row> links =
-            work.keep(similar.links()
-                          .join(busy.select(col("item").as("src"), col("label").as("from")), "src")
-                          .join(busy.select(col("item").as("dst"), col("label").as("to")), "dst")
-                          .filter(col("from").equalTo(col("to")))
-                          .select("src", "dst", "weight"),
-                similar.most());
+        Dataset<Row> links = work.keepBy(
+            similar.links()
+                .join(busy.select(col("item").as("src"), col("label").as("from")), "src")
+                .join(busy.select(col("item").as("dst"), col("label").as("to")), "dst")
+                .filter(col("from").equalTo(col("to")))
+                .select("src", "dst", "weight"),
+            similar.most(), "src");
         Dataset<Row> totals = links.groupBy(col("src").as("item")).agg(sum("weight").as("total"));
         Dataset<Row> held =
             groups.join(totals, "item", "left")

@@ -40,7 +40,7 @@ record ItemNetwork(Dataset<Row> links, Dataset<Row> items, long size, long most)
         if (idle != null)
             ends = ends.join(idle.select(col("label").as("idle")), col("from").equalTo(col("idle")),
                 "left_anti");
-        ends = work.keep(ends, most + size);
+        ends = work.keepBy(ends, most + size, "from");
         long left = work.size(ends);
         Dataset<Row> inside = ends.filter(col("from").equalTo(col("to")))
                                   .select(col("from").as("item"), col("weight").as("inside"));

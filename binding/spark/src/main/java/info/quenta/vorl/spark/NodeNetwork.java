@@ -56,8 +56,9 @@ final class NodeNetwork {
                         .plus(coalesce(col("outer"), lit(0.0)))
                         .as("total"),
                     lit(1.0).as("nodes"));
-        network = new ItemNetwork(work.keep(Similarity.withDegrees(rounded), 2 * input.count),
-            work.keep(items, input.size), input.size, 2 * input.count);
+        network =
+            new ItemNetwork(work.keepBy(Similarity.withDegrees(rounded), 2 * input.count, "src"),
+                work.keep(items, input.size), input.size, 2 * input.count);
         Row whole = network.items().agg(sum("inner"), sum("total")).first();
         weight = whole.isNullAt(1) ? 0 : whole.getDouble(1);
         links = work.size(network.links());

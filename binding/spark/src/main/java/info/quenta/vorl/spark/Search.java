@@ -217,7 +217,7 @@ final class Search {
         Dataset<Row> items = base.items()
                                  .join(idle.select(col("label").as("item")), "item", "left_anti")
                                  .unionByName(whole);
-        return new ItemNetwork(work.keep(base.links().unionByName(back), 2 * base.most()),
+        return new ItemNetwork(work.keepBy(base.links().unionByName(back), 2 * base.most(), "src"),
             work.keep(items, base.size()), base.size(), 2 * base.most());
     }
 

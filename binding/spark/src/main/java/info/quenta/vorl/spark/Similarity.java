@@ -1,5 +1,6 @@
 package info.quenta.vorl.spark;
 
+import static org.apache.spark.sql.functions.array;
 import static org.apache.spark.sql.functions.coalesce;
 import static org.apache.spark.sql.functions.col;
 import static org.apache.spark.sql.functions.count;
@@ -93,11 +94,11 @@ final class Similarity {
         Dataset<Row> triangles =
             pairs.join(up.select(col("src").as("a"), col("dst").as("b")),
                 new String[] {"a", "b"});
-        Dataset<Row> found = triangles.select(col("src").as("low"), col("a").as("high"))
-                                 .unionByName(triangles.select(
-                                     col("src").as("low"), col("b").as("high")))
-                                 .unionByName(triangles.select(
-                                     col("a").as("low"), col("b").as("high")))
+        Column sides = array(struct(col("src").as("low"), col("a").as("high")),
+            struct(col("src").as("low"), col("b").as("high")),
+            struct(col("a").as("low"), col("b").as("high")));
+        Dataset<Row> found = triangles.select(explode(sides).as("side"))
+                                 .select("side.low", "side.high")
                                  .groupBy("low", "high")
                                  .agg(count(lit(1)).as("shared"));
         Column low = when(col("rises"), col("src")).otherwise(col("dst"));
@@ -146,6 +147,7 @@ final class Similarity {
         Dataset<Row> items =
             nodes.select("item").join(ends, "item", "left")
                 .select(col("item"), coalesce(col("total"), lit(0.0)).as("total"));
-        return new ItemNetwork(work.keep(kept, most), work.keep(items, size), size, most);
+        return new ItemNetwork(
+            work.keepBy(kept, most, "src"), work.keep(items, size), size, most);
     }
 }

@@ -22,12 +22,20 @@ import org.apache.spark.sql.Dataset;
 import org.apache.spark.sql.Row;
 import org.apache.spark.sql.SparkSession;
 import org.apache.spark.sql.api.java.UDF1;
+import org.apache.spark.sql.catalyst.expressions.Attribute;
+import org.apache.spark.sql.catalyst.expressions.Expression;
 import org.apache.spark.sql.catalyst.plans.logical.LocalRelation;
 import org.apache.spark.sql.catalyst.plans.logical.LogicalPlan;
+import org.apache.spark.sql.catalyst.plans.physical.HashPartitioning;
+import org.apache.spark.sql.catalyst.plans.physical.Partitioning;
+import org.apache.spark.sql.catalyst.plans.physical.UnknownPartitioning;
+import org.apache.spark.sql.catalyst.types.DataTypeUtils;
 import org.apache.spark.sql.execution.LogicalRDD;
 import org.apache.spark.sql.types.DataTypes;
 import org.apache.spark.sql.types.StructType;
 import scala.Option;
+import scala.collection.immutable.Seq;
+import scala.jdk.javaapi.CollectionConverters;
 
 /** What the steps of a run have in common: the session, checkpoints, and numbers for rows. */
 final class Work implements AutoCloseable {
@@ -81,6 +89,20 @@ final class Work implements AutoCloseable {
     Dataset<Row> keep(Dataset<Row> rows, long atMost) { return keepCounted(rows, atMost).rows(); }
 
     /**
+     * Keeps rows, those that agree in a column together: joins and groupings by it leave them where
+     * they are.
+     */
+    Dataset<Row> keepBy(Dataset<Row> rows, long atMost, String column) {
+        if (atMost <= options.rowsOfDriver())
+            return keep(rows, atMost);
+        return checkpointed(rows.repartition(parts(), col(column)), column).rows();
+    }
+
+    private int parts() {
+        return Integer.parseInt(session.conf().get("spark.sql.shuffle.partitions"));
+    }
+
+    /**
      * Rows that are kept, and what was counted on the way, which takes no further job.
      *
      * @param counts of the rows for which each condition is true
@@ -89,17 +111,23 @@ final class Work implements AutoCloseable {
 
     /** Keeps rows and counts those of some conditions. */
     Counted keepCounted(Dataset<Row> rows, long atMost, Column... conditions) {
-        long[] counts = new long[conditions.length];
         if (atMost <= options.rowsOfDriver()) {
+            long[] counts = new long[conditions.length];
             Dataset<Row> held = held(rows);
             for (int i = 0; i < counts.length; ++i) counts[i] = size(held.filter(conditions[i]));
             return new Counted(held, counts);
         }
+        return checkpointed(rows, null, conditions);
+    }
+
+    /** @param by the column by whose hash the rows were dealt out to partitions, or null */
+    private Counted checkpointed(Dataset<Row> rows, String by, Column... conditions) {
+        long[] counts = new long[conditions.length];
         Column[] counters = new Column[conditions.length];
         for (int i = 0; i < counters.length; ++i)
             counters[i] = count_if(conditions[i]).as("count" + i);
         Dataset<Row> counting = rows.observe(COUNTS, count(lit(1)).as("rows"), counters);
-        Dataset<Row> result = checkpointed(counting);
+        Dataset<Row> result = checkpoint(counting, by);
         Row found = ((org.apache.spark.sql.classic.Dataset<Row>) counting)
                         .queryExecution()
                         .observedMetrics()
@@ -140,19 +168,34 @@ final class Work implements AutoCloseable {
         return ((org.apache.spark.sql.classic.Dataset<Row>) rows).queryExecution().optimizedPlan();
     }
 
-    private Dataset<Row> checkpointed(Dataset<Row> rows) {
-        LogicalRDD plan =
-            (LogicalRDD) ((org.apache.spark.sql.classic.Dataset<Row>) rows.checkpoint(true))
-                .logicalPlan();
+    private Dataset<Row> checkpoint(Dataset<Row> rows, String by) {
+        var inner = (org.apache.spark.sql.classic.SparkSession) session;
+        var rdd = ((LogicalRDD) ((org.apache.spark.sql.classic.Dataset<Row>) rows.checkpoint(true))
+                       .logicalPlan())
+                      .rdd();
+        List<Attribute> columns =
+            List.copyOf(CollectionConverters.asJava(DataTypeUtils.toAttributes(rows.schema())));
+        Partitioning partitioning = new UnknownPartitioning(0);
+        // Adaptive execution may have put some together.
+        if (by != null && rdd.getNumPartitions() == parts()) {
+            Expression key =
+                columns.stream().filter(one -> one.name().equals(by)).findFirst().get();
+            partitioning = new HashPartitioning(list(List.of(key)), parts());
+        }
         // Estimates of sizes, which a checkpoint hands on, would grow from step to step.
-        Dataset<Row> result = ((org.apache.spark.sql.classic.SparkSession) session)
-                                  .internalCreateDataFrame(plan.rdd(), rows.schema(), false);
-        Option<String> file = plan.rdd().getCheckpointFile();
+        Dataset<Row> result = org.apache.spark.sql.classic.Dataset.ofRows(inner,
+            new LogicalRDD(list(columns), rdd, partitioning, list(List.of()), false, Option.empty(),
+                inner, Option.empty(), Option.empty()));
+        Option<String> file = rdd.getCheckpointFile();
         if (file.isDefined()) {
             files.put(result, file.get());
             kept.add(result);
         }
         return result;
+    }
+
+    private static <T> Seq<T> list(List<T> values) {
+        return CollectionConverters.asScala(values).toSeq();
     }
 
     /** Where the list of what is kept stands now. */
@@ -206,7 +249,7 @@ final class Work implements AutoCloseable {
             return rows.repartition(1).sortWithinPartitions(order).withColumn(
                 name, monotonically_increasing_id());
         Dataset<Row> sorted =
-            checkpointed(rows.orderBy(order)).withColumn(name, monotonically_increasing_id());
+            checkpoint(rows.orderBy(order), null).withColumn(name, monotonically_increasing_id());
         List<Row> counts = sorted.groupBy(shiftright(col(name), ROW_BITS).as("part"))
                                .agg(count(lit(1)))
                                .orderBy("part")

@@ -1,9 +1,13 @@
 package info.quenta.vorl.spark;
 
 import static org.apache.spark.sql.functions.col;
+import static org.apache.spark.sql.functions.countDistinct;
 import static org.apache.spark.sql.functions.lit;
 import static org.apache.spark.sql.functions.monotonically_increasing_id;
+import static org.apache.spark.sql.functions.spark_partition_id;
+import static org.apache.spark.sql.functions.when;
 import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
@@ -138,6 +142,45 @@ class InputTest {
                 assertEquals(0, work.size(none));
                 assertEquals(0, work.numbered(none, "number", 500, col("key")).count());
             }
+    }
+
+    /** Most rows have one key, and there are more partitions than keys for some. */
+    @ParameterizedTest
+    @ValueSource(ints = {2, 11})
+    void rowsKeptByAColumnStayWhereTheyAre(int partitions) {
+        SparkSession session = TestBed.session("local[2]", partitions);
+        Dataset<Row> rows = session.range(0, 3000, 1, 5)
+                                .select(col("id"),
+                                    when(col("id").mod(lit(3)).equalTo(lit(0)), 7)
+                                        .otherwise(col("id").mod(lit(40)))
+                                        .as("key"));
+        Dataset<Row> expected = rows.groupBy("key").count().orderBy("key");
+        try (Work work = new Work(session, SHUFFLED)) {
+            Dataset<Row> names = rows.select("key").distinct();
+            // Of a shuffle by the same column, by another, and of none.
+            for (Dataset<Row> made : List.of(rows.join(names, "key"),
+                     rows.join(rows.select("id"), "id"), rows, rows.filter("id < 0"))) {
+                Dataset<Row> kept = work.keepBy(made, 5000, "key");
+                assertEquals(made.count(), work.size(kept));
+                assertEquals(made.except(kept).count(), 0);
+                assertEquals(0,
+                    kept.groupBy("key")
+                        .agg(countDistinct(spark_partition_id()).as("places"))
+                        .filter("places > 1")
+                        .count());
+                Dataset<Row> counts =
+                    kept.withColumnRenamed("key", "again").groupBy("again").count();
+                if (work.size(kept) == 0)
+                    continue;
+                assertFalse(((org.apache.spark.sql.classic.Dataset<Row>) counts)
+                                .queryExecution()
+                                .executedPlan()
+                                .toString()
+                                .contains("Exchange"));
+                assertEquals(expected.collectAsList(), counts.orderBy("again").collectAsList());
+                assertEquals(3000, kept.join(names, "key").count());
+            }
+        }
     }
 
     @Test
