@@ -19,7 +19,8 @@ struct Quotient {
 
 /// The network whose nodes are clusters: a link of the network adds its weight, times the shares of
 /// both ends, to the links between their clusters, and the self link of a node adds it, times the
-/// share, to that of the cluster. Weights of nodes that are in clusters alone are so conserved.
+/// share, to that of the cluster. As a self link counts twice, that of a cluster has half the
+/// weight of the arcs inside. So the weights of clusters stay, and with them what is measured.
 ///
 /// The nodes bear the ids of the clusters, or their places from 1 on where these have none.
 /// @throws InputError for a cluster's id that stands twice, and for a node that the network lacks

@@ -75,8 +75,7 @@ Quotient quotientOfGraph(GraphT& graph, bool directed, const ClustersFile& file)
                     "the node " + file.nodeName(file.members[i]) + " isn't in the network");
             const NodeT& node = *found->second;
             const AccWeight share = shares[i];
-            // An edge is a link of both ends, and a self weight is twice that of the link.
-            if (node.weight() > 0) add(src, node.weight() / (directed ? 2 : 1) * share);
+            if (node.weight() > 0) add(src, node.weight() * share);
             for (const auto& ln : node.links) {
                 const std::size_t place = placeOf(ln.dest->id);
                 if (place == memberships.size()) continue;
@@ -86,7 +85,8 @@ Quotient quotientOfGraph(GraphT& graph, bool directed, const ClustersFile& file)
         }
         std::sort(touched.begin(), touched.end());
         for (const Id dst : touched) {
-            const AccWeight sum = std::exchange(sums[dst], 0) / (!directed && dst == src ? 2 : 1);
+            // A self link counts twice.
+            const AccWeight sum = std::exchange(sums[dst], 0) / (dst == src ? 2 : 1);
             const auto weight = static_cast<LinkWeight>(sum);
             if (weight == 0) continue;
             linked[src] = linked[dst] = true;
