@@ -111,9 +111,7 @@ auto buildNamed(const ClusterCommand& command, bool weighted, BuildT build) {
     try {
         return build();
     } catch (const std::overflow_error& err) {
-        throw fault(std::string("no hierarchy can be built, the network is beyond what the engine "
-                                "counts (\"vorl communities\" finds its communities): ") +
-                    err.what());
+        throw beyondEngine(command.read.file, err);
     } catch (const std::domain_error& err) {
         const bool byWeight = (reduction & Reduction::CRITERIA_WEIGHT) != Reduction::NONE;
         throw fault(byWeight && !weighted
@@ -183,6 +181,7 @@ void run(const ClusterCommand& command) {
     std::optional<ProgressLine> line;
     if (!command.quiet && !command.trace) line.emplace();
 
+    if (command.output.levels != Levels::HIERARCHY) requireClustersName(command.output.file);
     // All files are checked before the work is done; those of the first resolution stay open.
     std::optional<OutputTree> files;
     for (std::size_t i = command.gammas.size(); i-- > 0;) open(files, command, command.gammas[i]);

@@ -140,6 +140,7 @@ void run(const CommunitiesCommand& command) {
         if (!file->empty() && std::count_if(std::begin(files), std::end(files),
                                             [&](auto* other) { return *other == *file; }) > 1)
             throw UsageError("two of clusters, table and hierarchy can't both be " + *file);
+    requireClustersName(command.output);
     if (!command.hierarchy.empty() && !command.hierarchy.ends_with(".rhb"))
         throw UsageError("the name of a hierarchy ends in .rhb: " + command.hierarchy);
     if (clusters.toOutput() + table.toOutput() + command.json > 1)
@@ -155,6 +156,8 @@ void run(const CommunitiesCommand& command) {
     const FlatNetwork& flat = network.links;
     const std::shared_ptr<Labels>& labels = network.labels;
     for (const LinkWeight weight : flat.weight) summary.weight += static_cast<AccWeight>(weight);
+    // Each link stands at both of its ends.
+    if (network.edges == 0) summary.weight /= 2;
     for (const AccWeight self : flat.self) summary.weight += self;
     const Communities found = communities(flat, command.options);
     took.communities = watch.lap();
@@ -167,12 +170,16 @@ void run(const CommunitiesCommand& command) {
         writeText(tableText(found, tableFormOf(command.table), labels.get()), tree, command.table);
     });
     hierarchy.write(written, [&](OutputTree& tree) {
-        const auto around = communitiesHierarchy(flat, found);
-        around->setLabels(labels);
-        OutputRequest request;
-        request.file = command.hierarchy;
-        request.levels = Levels::HIERARCHY;
-        writeHierarchy(*around, request, tree.path());
+        try {
+            const auto around = communitiesHierarchy(flat, found);
+            around->setLabels(labels);
+            OutputRequest request;
+            request.file = command.hierarchy;
+            request.levels = Levels::HIERARCHY;
+            writeHierarchy(*around, request, tree.path());
+        } catch (const std::overflow_error& err) {
+            throw beyondEngine(command.read.file, err);
+        }
         tree.commit();
     });
     took.write = watch.lap();

@@ -2,6 +2,7 @@
 
 #include "clusters_input.hpp"
 #include "errors.hpp"
+#include "network_input.hpp"
 #include "output_text.hpp"
 #include "text_output.hpp"
 
@@ -11,6 +12,7 @@ void run(const CutCommand& command) {
     if (!command.level && !command.clusters)
         throw UsageError("cut needs a level, --level L, or a number of clusters, --clusters N");
     requireOther(command.output, command.file);
+    requireClustersName(command.output);
     OutputTree files(command.output, false, command.parents);
     files.protect(command.file);
     const HierarchyFile hierarchy = readHierarchy(command.file);

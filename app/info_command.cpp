@@ -175,9 +175,10 @@ private:
     std::vector<LinkWeight> m_weights;
 };
 
-const char* kind(const NetworkFacts& facts) {
-    if (!facts.directed()) return "edges";
-    return facts.edges == 0 ? "arcs" : "edges and arcs";
+std::string linksOf(const NetworkFacts& facts) {
+    if (!facts.directed()) return counted(facts.edges, "edge");
+    if (facts.edges == 0) return counted(facts.arcs, "arc");
+    return counted(facts.edges, "edge") + " and " + counted(facts.arcs, "arc");
 }
 
 /// A time to one digit, of which more would be made up.
@@ -208,9 +209,7 @@ std::string asText(const InfoCommand& command, const NetworkInfo& info) {
         facts.format < NetworkFormat::LIST && (command.read.format != NetworkFormat::UNKNOWN ||
                                                formatByName(file) != NetworkFormat::UNKNOWN);
     const std::string recognised = told ? "" : row("format", recognition(command, facts));
-    std::string links = grouped(facts.links()) + " " + kind(facts);
-    if (facts.edges != 0 && facts.arcs != 0)
-        links = counted(facts.edges, "edge") + " and " + counted(facts.arcs, "arc");
+    const std::string links = linksOf(facts);
     return file + "\n\n" + recognised +
            row("nodes", grouped(info.nodes) + ", " + grouped(info.isolated) +
                             " of them without a link to another one") +
@@ -283,7 +282,11 @@ void run(const InfoCommand& command) {
             if (command.estimate) pairs.add(ln);
         });
     NetworkInfo info = survey.result(facts, nodes.size());
-    if (command.estimate) info.estimate = pairs.estimate(info);
+    try {
+        if (command.estimate) info.estimate = pairs.estimate(info);
+    } catch (const std::overflow_error& err) {
+        throw beyondEngine(command.read.file, err);
+    }
     print(command.json ? asJson(command.read.file, info) : asText(command, info));
 }
 

@@ -2,12 +2,16 @@
 
 #include <vorl/reading/wording.hpp>
 
+#include <malloc.h>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <fstream>
 
 namespace vorl::app {
 
 namespace {
+
+constexpr std::size_t THREAD_STACK = std::size_t{1} << 18;
 
 std::size_t limitSet = 0;  // bytes, 0 if there is none
 
@@ -28,6 +32,13 @@ void limitMemory(std::size_t most) {
     if (getrlimit(RLIMIT_DATA, &limit) != 0 || limit.rlim_cur <= most) return;
     limit.rlim_cur = most;
     setrlimit(RLIMIT_DATA, &limit);
+    // What threads set apart counts, too, whether they use it or not.
+    mallopt(M_ARENA_MAX, 1);
+    pthread_attr_t attributes;
+    if (pthread_attr_init(&attributes) != 0) return;
+    if (pthread_attr_setstacksize(&attributes, THREAD_STACK) == 0)
+        pthread_setattr_default_np(&attributes);
+    pthread_attr_destroy(&attributes);
 }
 
 std::string lackOfMemory() {

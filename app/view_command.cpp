@@ -37,11 +37,13 @@ std::string titleOf(const ViewCommand& command) {
 
 /// The hierarchy around the communities of the network.
 HierarchyFile found(const UndirectedNetwork& network, const std::string& name, unsigned threads,
-                    LevelNum& level) {
+                    LevelNum& level) try {
     const Communities communities = vorl::communities(network.links, {.threads = threads});
     const auto hierarchy =
         communitiesHierarchy(network.links, communities, ClusterOptions(), &level);
     return describedHierarchy(*hierarchy, name);
+} catch (const std::overflow_error& err) {
+    throw beyondEngine(name, err);
 }
 
 HierarchyFile given(const ViewCommand& command, const UndirectedNetwork& network) {

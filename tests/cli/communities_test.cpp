@@ -94,6 +94,41 @@ TEST(CommunitiesCommand, SaysWhereThereAreNone) {
     EXPECT_TRUE(contains(vorl("communities " + DATA + "karate.nse").out, "may be chance"));
 }
 
+TEST(CommunitiesCommand, FiguresAreThoseOfOtherCommands) {
+    const Folder folder;
+    const auto value = [](const std::string& text, const std::string& key) {
+        const std::size_t at = text.find("\"" + key + "\": ");
+        return at == text.npos ? "none" : text.substr(at, text.find_first_of(",}", at) - at);
+    };
+    const std::string self = folder.write("self.nsa", "1 2 2\n2 1 3\n2 3 1\n3 3 5\n");
+    for (const std::string& file : {DATA + "celegansneural.nsa", DATA + "karate.nse", self})
+        EXPECT_EQ(value(vorl("communities --json " + file).out, "weight"),
+                  value(vorl("cluster --json " + file).out, "weight"));
+    const std::string two =
+        folder.write("two.nse", "1 2\n2 3\n3 4\n4 1\n1 3\n2 4\n5 6\n6 7\n7 8\n8 5\n5 7\n6 8\n");
+    const std::string found = (folder / "two.cnl").string();
+    const Outcome run = vorl("communities --json " + two + " -o " + found);
+    EXPECT_TRUE(contains(run.out, "\"communities\": 2,")) << run.out;
+    EXPECT_EQ(value(run.out, "estimated_gamma"),
+              value(vorl("evaluate --json " + two + " " + found).out, "estimated_gamma"));
+}
+
+TEST(CommunitiesCommand, StarsTooLargeForAHierarchyAreToldSo) {
+    const Folder folder;
+    std::string links;
+    for (int i = 1; i <= 66'000; ++i) links += "0 " + std::to_string(i) + "\n";
+    const std::string star = folder.write("star.nse", links);
+    EXPECT_EQ(vorl("communities -q " + star).code, 0);
+    for (const std::string& command :
+         {"cluster " + star, "communities " + star + " --hierarchy " + (folder / "x.rhb").string(),
+          "view " + star + " -o " + (folder / "x.html").string(), "info --estimate " + star}) {
+        const Outcome run = vorl(command);
+        EXPECT_EQ(run.code, 1) << command;
+        EXPECT_TRUE(contains(run.err, star + ": no hierarchy can be built, the network is beyond"))
+            << command << run.err;
+    }
+}
+
 TEST(CommunitiesCommand, ResultsDoNotDependOnThreadsAndOrder) {
     const Folder folder;
     const std::string one = vorl("communities " + DATA + "power.nse --threads 1 -q -o -").out;

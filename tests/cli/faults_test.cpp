@@ -43,6 +43,10 @@ TEST(Usage, IsToldWithCodeTwo) {
          "/proc/self/comm: the format can't be told from the name or the first lines; it is nse "
          "(edges), nsa (arcs), rcg (sections), list, mtx, metis, pajek, gml, graphml or json, give "
          "it with --format"},
+        {"cluster x.nse -o y.csv", "y.csv, which is the name of a table; take another extension"},
+        {"communities x.nse -o y.json", "a list of clusters can't be y.json"},
+        {"communities x.nse -o y.rhb", "y.rhb, which is the name of a hierarchy"},
+        {"cut x.rhb --level 0 -o y.tsv.gz", "y.tsv.gz, which is the name of a table"},
         {"cluster x.nse -o y.rhb --levels all", "take another extension, or --levels hierarchy"},
         {"cluster x.nse --levels per-level", "--levels needs a file to write"},
         {"info x.nse --memory-limit 4X", "--memory-limit: \"4X\" is no size"},

@@ -158,7 +158,8 @@ TEST_F(Hierarchies, ExtractsAreNetworks) {
     const std::string arcs = folder.write("a.nsa", "1 2 2\n2 1 1\n2 3 4\n3 3 8\n3 4 16\n");
     const std::string shared = folder.write("a.cnl", "1 2:0.25\n2:0.75 3\n");
     const Outcome small = vorl("extract " + arcs + " " + shared + " --quotient");
-    EXPECT_EQ(small.out, "# Nodes: 2, Arcs: 4, Weighted: 1\n1 1 0.375\n1 2 2.5\n2 1 0.75\n2 2 9.5\n");
+    EXPECT_EQ(small.out,
+              "# Nodes: 2, Arcs: 4, Weighted: 1\n1 1 0.375\n1 2 2.5\n2 1 0.75\n2 2 9.5\n");
     EXPECT_TRUE(contains(small.err, "1 node of the network in no cluster"));
     EXPECT_EQ(vorl("extract " + arcs + " " + shared + " --quotient --to nse").code, 1);
     EXPECT_EQ(vorl("extract " + arcs + " " + shared).code, 2);

@@ -123,6 +123,17 @@ TEST(Names, AreHeldByEveryFormatThatHasThem) {
     }
 }
 
+TEST(Names, OfListsStandWithTheDirectionsOfLinks) {
+    const Folder folder;
+    const std::string arcs = (folder / "arcs.csv").string();
+    ASSERT_EQ(vorl("convert -q " + DATA + "celegansneural.nsa " + arcs).code, 0);
+    EXPECT_TRUE(contents(arcs).starts_with("source,target,weight,type\n0,1,1,Directed\n"));
+    EXPECT_EQ(vorl("convert -q " + arcs + " - --to nsa").out,
+              vorl("convert -q " + DATA + "celegansneural.nsa - --to nsa").out);
+    EXPECT_EQ(vorl("convert -q " + DATA + "karate.nse - --to list").out.find("type"),
+              std::string::npos);
+}
+
 TEST(Names, AreToldInFaults) {
     const Folder folder;
     const std::string net = folder.write("net.csv", "source,target\nAnn,Bob\nBob,Cid\n");

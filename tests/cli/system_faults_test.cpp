@@ -260,6 +260,13 @@ TEST(SystemFaults, LimitsOfMemoryAreToldBeforeItIsSpent) {
         links += std::to_string(i) + " " + std::to_string(i + 1) + "\n";
     fails({"cluster", folder.write("path.nse", links), "--memory-limit", "12M"},
           "vorl: out of memory: the limit is 12.0 MiB; --memory-limit SIZE allows more\n");
+    // Threads count by what they use.
+    for (const char* limit : {"12M", "16M", "20M", "40M"}) {
+        const Names words = {"communities", DATA + "power.nse", "--threads", "8",
+                             "-q",          "--memory-limit",   limit};
+        const Outcome limited = Child(words).outcome();
+        EXPECT_EQ(limited.code, 0) << limit << limited.err;
+    }
 }
 
 /// A named pipe that the program reads a network from.

@@ -72,4 +72,7 @@ VORL_API ClusterLevels readClusterLevels(const std::string& file,
                                          ClustersFormat format = ClustersFormat::UNKNOWN,
                                          std::shared_ptr<Labels> known = nullptr);
 
+/// Whether clusters in a file of that name are a table, if nobody tells the format.
+VORL_API bool isTableName(const std::string& file);
+
 }  // namespace vorl

@@ -219,7 +219,9 @@ Communities communities(const FlatNetwork& network, const CommunitiesOptions& op
     }
     score.modularity = (inner - expected) / linked.weight;
     score.conductance = conductance / static_cast<double>(weights.size());
-    score.gamma = newmanGamma(inner, expected, linked.weight);
+    // As for other clusters, where all links are inside, or none is.
+    const bool apart = inner > 0 && less(inner, linked.weight);
+    score.gamma = apart ? newmanGamma(inner, expected, linked.weight) : 1;
     if (!std::isfinite(score.gamma)) score.gamma = 1;
     score.saving = saving * BITS;
     score.naming = best->description.naming * BITS;

@@ -103,10 +103,7 @@ ClusterLevels readClusterLevels(const std::string& file, ClustersFormat format,
         lines.rewind(true);
         const bool hierarchy = isHierarchy(lines);
         lines.rewind(true);
-        const std::string name = plainName(lowered(file));
-        const bool table = name.ends_with(".tsv") || name.ends_with(".csv") ||
-                           name.ends_with(".clu") || name.ends_with(".json") ||
-                           beginsWithNames(lines);
+        const bool table = isTableName(file) || beginsWithNames(lines);
         format = hierarchy ? ClustersFormat::RHB
                  : table   ? ClustersFormat::TABLE
                            : ClustersFormat::CNL;
@@ -116,6 +113,12 @@ ClusterLevels readClusterLevels(const std::string& file, ClustersFormat format,
         return ClusterLevels(parseHierarchy(lines, std::move(known)));
     return ClusterLevels(format == ClustersFormat::TABLE ? parseTable(lines, std::move(known))
                                                          : parseClusters(lines, std::move(known)));
+}
+
+bool isTableName(const std::string& file) {
+    const std::string name = plainName(lowered(file));
+    return name.ends_with(".tsv") || name.ends_with(".csv") || name.ends_with(".clu") ||
+           name.ends_with(".json");
 }
 
 }  // namespace vorl

@@ -80,7 +80,11 @@ std::string sectionsText(const NetworkTable& network) {
 }
 
 std::string edgeListText(const NetworkTable& network, char separator) {
-    std::string text = network.facts.weighted ? "source,target,weight\n" : "source,target\n";
+    // Without a word links of a list are edges.
+    const bool arcs = network.facts.directed();
+    std::string text = "source,target";
+    if (network.facts.weighted) text += ",weight";
+    text += arcs ? ",type\n" : "\n";
     std::replace(text.begin(), text.end(), ',', separator);
     eachOfOneKind(network, [&](Id src, Id dst, LinkWeight weight) {
         naming::appendCell(text, src, network.labels.get(), separator);
@@ -90,6 +94,7 @@ std::string edgeListText(const NetworkTable& network, char separator) {
             text += separator;
             appendNumber(text, weight);
         }
+        if (arcs) (text += separator) += "Directed";
         text += '\n';
     });
     return text;
