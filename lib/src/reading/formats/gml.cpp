@@ -13,6 +13,7 @@ public:
 
 protected:
     void readAll() override {
+        m_facts.toldDirected = m_arcs;
         while (nextToken()) {
             if (m_kind == CLOSE) {
                 if (m_open.empty()) throw fault("a \"]\" that no \"[\" belongs to");
@@ -164,7 +165,7 @@ private:
     std::string m_token;
     std::vector<std::string> m_open;  // the keys of the lists that are open
     bool m_graph = false;
-    bool m_arcs = false;
+    bool m_arcs = m_options.directed.value_or(false);
     Values m_values;
     std::size_t m_begin = 0;  // line of the node or edge
 };
