@@ -293,7 +293,7 @@ TEST(Convert, LosesNothing) {
     }
     ASSERT_EQ(vorl("convert -q " + mixed + " " + (folder / "d.nsa").string()).code, 0);
     EXPECT_EQ(contents(folder / "d.nsa"),
-              "# Nodes: 5, Weighted: 1\n1 2 0.1\n2 1 0.1\n1 3 1e+38\n3 1 1e+38\n3 4 1\n"
+              "# Nodes: 5, Arcs: 6, Weighted: 1\n1 2 0.1\n2 1 0.1\n1 3 1e+38\n3 1 1e+38\n3 4 1\n"
               "3 5 1e-07\n");
     const Outcome refused = vorl("convert " + mixed + " " + (folder / "e.nse").string());
     EXPECT_EQ(refused.code, 1);

@@ -27,10 +27,14 @@ std::optional<Id> firstOfSequence(const NetworkTable& network) {
 std::string linkListText(const NetworkTable& network, NetworkFormat format) {
     const NetworkFacts& facts = network.facts;
     std::string text = "# Nodes: " + std::to_string(toldNodes(network));
-    // Edges among arcs are written as two arcs, and their number isn't told then.
-    if (format == NetworkFormat::NSE) text += ", Edges: " + std::to_string(facts.edges);
-    if (format == NetworkFormat::NSA && facts.edges == 0)
-        text += ", Arcs: " + std::to_string(facts.arcs);
+    // An edge is written as two arcs where there are any.
+    const auto isTwo = [format](const RawLink& ln) {
+        return format == NetworkFormat::NSA && !ln.arc && ln.src != ln.dst;
+    };
+    const Size lines =
+        network.links.size() +
+        static_cast<Size>(std::count_if(network.links.begin(), network.links.end(), isTwo));
+    text += (format == NetworkFormat::NSE ? ", Edges: " : ", Arcs: ") + std::to_string(lines);
     text += facts.weighted ? ", Weighted: 1\n" : ", Weighted: 0\n";
     const auto add = [&](Id src, Id dst, LinkWeight weight) {
         appendNumber(text, src);
@@ -42,9 +46,9 @@ std::string linkListText(const NetworkTable& network, NetworkFormat format) {
         }
         text += '\n';
     };
-    for (const auto& [src, dst, weight, arc] : network.links) {
-        add(src, dst, weight);
-        if (format == NetworkFormat::NSA && !arc && src != dst) add(dst, src, weight);
+    for (const RawLink& ln : network.links) {
+        add(ln.src, ln.dst, ln.weight);
+        if (isTwo(ln)) add(ln.dst, ln.src, ln.weight);
     }
     return text;
 }
