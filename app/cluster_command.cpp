@@ -103,10 +103,6 @@ void tellOtherFiles(const std::string& file, const std::vector<std::string>& wri
 /// @throws InputError with the name of the network where the engine can't
 template <class BuildT>
 auto buildNamed(const ClusterCommand& command, bool weighted, BuildT build) {
-    const auto fault = [&](std::string what) {
-        while (what.ends_with('\n')) what.pop_back();
-        return InputError(command.read.file + ": " + what);
-    };
     const Reduction reduction = command.build.reduction;
     try {
         return build();
@@ -114,9 +110,10 @@ auto buildNamed(const ClusterCommand& command, bool weighted, BuildT build) {
         throw beyondEngine(command.read.file, err);
     } catch (const std::domain_error& err) {
         const bool byWeight = (reduction & Reduction::CRITERIA_WEIGHT) != Reduction::NONE;
-        throw fault(byWeight && !weighted
-                        ? "its links have no weights that --reduction by-weight could go by"
-                        : err.what());
+        throw engineFault(command.read.file,
+                          byWeight && !weighted
+                              ? "its links have no weights that --reduction by-weight could go by"
+                              : err.what());
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include "clusters_input.hpp"
 #include "errors.hpp"
-#include "network_input.hpp"
+#include "output_target.hpp"
 #include "output_text.hpp"
 #include "text_output.hpp"
 

@@ -3,7 +3,6 @@
 #include "errors.hpp"
 #include "output_text.hpp"
 
-#include <vorl/reading/cluster_levels.hpp>
 #include <vorl/reading/pack.hpp>
 
 #include <algorithm>
@@ -83,21 +82,16 @@ TableForm tableFormOf(const std::string& file) {
                                     : TableForm::TABS;
 }
 
-void requireClustersName(const std::string& file) {
-    const bool hierarchy = plainName(file).ends_with(".rhb");
-    if (hierarchy || isTableName(file))
-        throw UsageError("a list of clusters can't be " + file + ", which is the name of a " +
-                         (hierarchy ? "hierarchy" : "table") +
-                         "; take another extension, such as .cnl");
+InputError engineFault(const std::string& file, std::string what) {
+    while (what.ends_with('\n')) what.pop_back();
+    return InputError(file + ": " + what);
 }
 
 InputError beyondEngine(const std::string& file, const std::overflow_error& err) {
-    std::string what = err.what();
-    while (what.ends_with('\n')) what.pop_back();
-    return InputError(file +
-                      ": no hierarchy can be built, the network is beyond what the engine "
-                      "counts (\"vorl communities\" finds its communities): " +
-                      what);
+    return engineFault(file,
+                       std::string("no hierarchy can be built, the network is beyond what the "
+                                   "engine counts (\"vorl communities\" finds its communities): ") +
+                           err.what());
 }
 
 void requireOneStandardInput(const std::string& first, const std::string& second) {

@@ -43,10 +43,8 @@ char separatorOf(const std::string& file);
 /// The form of a table of that name: JSON in .json, commas in .csv, else tabs.
 TableForm tableFormOf(const std::string& file);
 
-/// @throws UsageError if a file of that name is read as something else than a list of clusters
-void requireClustersName(const std::string& file);
-
-/// What is told of a network for which the engine ended with an overflow.
+/// What is told of a network for which the engine ended with a fault, or with an overflow.
+InputError engineFault(const std::string& file, std::string what);
 InputError beyondEngine(const std::string& file, const std::overflow_error& err);
 
 /// @throws UsageError if both files are the standard input, which is read once

@@ -8,6 +8,9 @@
 
 namespace vorl::app {
 
+/// @throws UsageError if a file of that name is read as something else than a list of clusters
+void requireClustersName(const std::string& file);
+
 /// A file that may be asked for. It is opened for a look before the work, and to write after it.
 class OutputTarget {
 public:

@@ -29,8 +29,9 @@ VORL_API void validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool se
 namespace detail {
 
 /// `validate`, with the back links that `createBackLinks` has made already.
+/// @return whether the links are mirrored, as `isMirrored` tells it
 template <bool NONSYMMETRIC, class NodesT>
-void validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool severe,
+bool validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool severe,
               const StructLinkErrors* created);
 
 /// Whether it shows without a search that each link has its back link, for edges with the same

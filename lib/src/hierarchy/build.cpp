@@ -81,13 +81,11 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::build(Validation validation, Coupling 
     VORL_ASSERT(NONSYMMETRIC || m_score.nodesLinks % 2 == 0,
                 "build(), the number of links should be even");
     traceStart();
-    if (validation != Validation::NONE)
-        detail::validate<NONSYMMETRIC>(m_nodes, m_weight, m_score.nodesLinks,
-                                       validation == Validation::SEVERE, &created);
-    // The validation doesn't look at the weights of back links.
     const bool mirrored =
-        (validation != Validation::NONE && (NONSYMMETRIC || !NodeT::LinkT::IS_WEIGHTED)) ||
-        detail::isMirrored<NONSYMMETRIC>(m_nodes);
+        validation == Validation::NONE
+            ? detail::isMirrored<NONSYMMETRIC>(m_nodes)
+            : detail::validate<NONSYMMETRIC>(m_nodes, m_weight, m_score.nodesLinks,
+                                             validation == Validation::SEVERE, &created);
 
     float qprev = -1;
     if (modtrace) {

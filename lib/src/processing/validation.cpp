@@ -91,11 +91,16 @@ bool isSound(NodesT& nodes) {
 }  // namespace
 
 template <bool NONSYMMETRIC, class NodesT>
-void detail::validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool severe,
+bool detail::isMirrored(NodesT& nodes) {
+    return isSound<!NONSYMMETRIC>(nodes);
+}
+
+template <bool NONSYMMETRIC, class NodesT>
+bool detail::validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool severe,
                       const StructLinkErrors* created) {
     using NodeT = typename NodesT::value_type;
     using LinkT = typename NodeT::LinkT;
-    if (!(created && created->defined()) && isSound<false>(nodes)) return;
+    if (!(created && created->defined()) && isSound<!NONSYMMETRIC>(nodes)) return true;
     std::optional<StructNodeErrors> selfErrors;
     std::optional<StructLinkErrors> duplErrors;
     std::optional<StructLinkErrors> backErrors;
@@ -157,11 +162,8 @@ void detail::validate(NodesT& nodes, AccWeight& weight, Size& linksNum, bool sev
     if (selfErrors) selfErrors->show();
     if (duplErrors) duplErrors->show();
     if (backErrors) backErrors->show();
-}
-
-template <bool NONSYMMETRIC, class NodesT>
-bool detail::isMirrored(NodesT& nodes) {
-    return isSound<!NONSYMMETRIC>(nodes);
+    // Now all have back links.
+    return NONSYMMETRIC || !LinkT::IS_WEIGHTED || isMirrored<NONSYMMETRIC>(nodes);
 }
 
 template <bool NONSYMMETRIC, class NodesT>
@@ -208,9 +210,9 @@ void detail::createBackLinks(NodesT& nodes, StructLinkErrors& created) {
 #define VORL_INSTANTIATE(LinksT)                                                     \
     template VORL_API void validate<false>(Nodes<LinksT>&, AccWeight&, Size&, bool); \
     template VORL_API void validate<true>(Nodes<LinksT>&, AccWeight&, Size&, bool);  \
-    template void detail::validate<false>(Nodes<LinksT>&, AccWeight&, Size&, bool,   \
+    template bool detail::validate<false>(Nodes<LinksT>&, AccWeight&, Size&, bool,   \
                                           const StructLinkErrors*);                  \
-    template void detail::validate<true>(Nodes<LinksT>&, AccWeight&, Size&, bool,    \
+    template bool detail::validate<true>(Nodes<LinksT>&, AccWeight&, Size&, bool,    \
                                          const StructLinkErrors*);                   \
     template bool detail::isMirrored<false>(Nodes<LinksT>&);                         \
     template bool detail::isMirrored<true>(Nodes<LinksT>&);                          \

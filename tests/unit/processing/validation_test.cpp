@@ -236,6 +236,13 @@ TEST(BackLinks, OfEdgesMustWeighTheSameToMirrorThem) {
         };
         const bool first = tell();
         EXPECT_EQ(tell(), first) << "what was counted is left behind";
+        // The validation tells the same, but for the back links of arcs, which it makes.
+        if (arcs || complete) {
+            const bool valid =
+                arcs ? detail::validate<true>(net.list, net.weight, net.linksNum, true, nullptr)
+                     : detail::validate<false>(net.list, net.weight, net.linksNum, true, nullptr);
+            EXPECT_EQ(valid, arcs || first);
+        }
         return first;
     };
     EXPECT_TRUE(mirrored(1, false));
