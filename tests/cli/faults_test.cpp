@@ -46,6 +46,7 @@ TEST(Usage, IsToldWithCodeTwo) {
         {"cluster x.nse -o y.csv", "y.csv, which is the name of a table; take another extension"},
         {"communities x.nse -o y.json", "a list of clusters can't be y.json"},
         {"communities x.nse -o y.rhb", "y.rhb, which is the name of a hierarchy"},
+        {"cut x.rhb --level 0 -o Y.CSV", "Y.CSV, which is the name of a table"},
         {"cut x.rhb --level 0 -o y.tsv.gz", "y.tsv.gz, which is the name of a table"},
         {"cluster x.nse -o y.rhb --levels all", "take another extension, or --levels hierarchy"},
         {"cluster x.nse --levels per-level", "--levels needs a file to write"},

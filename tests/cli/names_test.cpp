@@ -132,6 +132,21 @@ TEST(Names, OfListsStandWithTheDirectionsOfLinks) {
               vorl("convert -q " + DATA + "celegansneural.nsa - --to nsa").out);
     EXPECT_EQ(vorl("convert -q " + DATA + "karate.nse - --to list").out.find("type"),
               std::string::npos);
+    // Edges among arcs, a link of a node to itself, and repeats.
+    const std::string mixed =
+        folder.write("mixed.rcg", "/Edges\n1> 2 3\n4> 4\n/Arcs\n3> 4 1\n2> 5 1\n");
+    for (const char* name : {"m.csv", "m.tsv.gz", "m.nsa"}) {
+        const std::string file = (folder / name).string();
+        ASSERT_EQ(vorl("convert -q " + mixed + " " + file).code, 0);
+        EXPECT_EQ(vorl("convert -q " + file + " - --to nsa").out,
+                  vorl("convert -q " + mixed + " - --to nsa").out)
+            << name;
+        EXPECT_EQ(vorl("cluster -q -o - --levels all " + file).out,
+                  vorl("cluster -q -o - --levels all " + mixed).out)
+            << name;
+    }
+    // A pipe has no name that tells what the lines are.
+    EXPECT_TRUE(contains(vorl("info - < " + (folder / "m.nsa").string()).out, "9 arcs"));
 }
 
 TEST(Names, AreToldInFaults) {

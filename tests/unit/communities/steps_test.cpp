@@ -68,6 +68,97 @@ TEST(CommunitySteps, SharedNeighboursAreCounted) {
     }
 }
 
+/// Labels of which each appears, some of them idle.
+std::pair<Labels, Idle> randomGroups(Random& rnd, Id items, Id most) {
+    Labels labels(items);
+    for (Id& label : labels) label = rnd.below(most);
+    Idle idle(compact(labels));
+    for (char& is : idle) is = rnd.chance(0.2);
+    return {std::move(labels), std::move(idle)};
+}
+
+// So many groups that several threads take ranges of them, which are joined afterwards.
+TEST(CommunitySteps, FoldedNetworksAreSumsForAnyThreads) {
+    Random rnd(7);
+    for (const Id most : {5u, 100u, 2500u}) {
+        TestNetwork network = sparse(rnd, 3000, 9);
+        for (TestLink& link : network.links) link.weight = static_cast<float>(1 + rnd.below(8)) / 4;
+        const ItemNetwork<LinkWeight> items = itemsOf(network);
+        const auto [labels, idle] = randomGroups(rnd, items.size(), most);
+        const auto count = static_cast<Id>(idle.size());
+        std::vector<std::map<Id, AccWeight>> sums(count);
+        std::vector<Holding> held(count);
+        for (Id i = 0; i < items.size(); ++i) held[labels[i]] += items.items[i];
+        for (const TestLink& link : network.links)
+            for (const auto& [from, to] : {std::pair(labels[link.src], labels[link.dst]),
+                                           std::pair(labels[link.dst], labels[link.src])}) {
+                if (from == to)
+                    held[from].inner += static_cast<AccWeight>(link.weight);
+                else
+                    sums[from][to] += static_cast<AccWeight>(link.weight);
+            }
+        for (const unsigned threads : {1u, 2u, 5u})
+            for (const bool some : {false, true}) {
+                Workers workers(threads);
+                const auto found = folded(items, labels, count, workers, some ? idle : Idle());
+                ASSERT_EQ(found.size(), count);
+                for (Id group = 0; group < count; ++group) {
+                    const Size first = found.links.begin[group];
+                    const Size last = found.links.begin[group + 1];
+                    if (some && idle[group]) {
+                        ASSERT_EQ(first, last);
+                        ASSERT_EQ(found.items[group].total, 0);
+                        continue;
+                    }
+                    ASSERT_EQ(last - first, sums[group].size()) << group << " of " << count;
+                    for (Size at = first; at < last; ++at)
+                        ASSERT_EQ(found.links.weight[at], sums[group].at(found.links.dest[at]));
+                    ASSERT_EQ(found.items[group].inner, held[group].inner);
+                    ASSERT_EQ(found.items[group].total, held[group].total);
+                    ASSERT_EQ(found.items[group].nodes, held[group].nodes);
+                }
+            }
+    }
+}
+
+TEST(CommunitySteps, IdleGroupsMergeWholeAndDoNotChangeTheOthers) {
+    Random rnd(11);
+    for (unsigned round = 0; round < 20; ++round) {
+        TestNetwork network = sparse(rnd, 900, 14);
+        // Gains that tie would be left to numbers, which idle groups change.
+        for (TestLink& link : network.links)
+            link.weight = static_cast<float>((1u << 16) + rnd.below(1u << 16)) * 0x1p-12f;
+        ItemNetwork<LinkWeight> items = itemsOf(network);
+        Workers workers(1 + round % 3);
+        const auto shared = sharedNeighbours(items.links, workers);
+        SimilarLinks links = similar(items.links, shared, Similarity::COMMON, workers);
+        const auto [groups, idle] = randomGroups(rnd, items.size(), 1 + rnd.below(12));
+        const auto count = static_cast<Id>(idle.size());
+        if (count == 1) continue;
+        const Merges all = mergeSimilar(links, groups, count, workers);
+        const Merges some = mergeSimilar(links, groups, count, workers, idle);
+        ASSERT_FALSE(some.steps.empty());
+        Labels former(items.size());
+        Labels latter(items.size());
+        for (Id i = 0; i < items.size(); ++i) former[i] = latter[i] = i;
+        for (std::size_t step = 0; step < std::max(all.steps.size(), some.steps.size()); ++step) {
+            if (step < all.steps.size()) former = composed(former, all.steps[step]);
+            if (step < some.steps.size()) latter = composed(latter, some.steps[step]);
+            std::map<Id, Id> other;
+            std::map<Id, Id> whole;
+            for (Id i = 0; i < items.size(); ++i) {
+                auto& seen = idle[groups[i]] ? whole : other;
+                const Id key = idle[groups[i]] ? groups[i] : former[i];
+                ASSERT_EQ(seen.emplace(key, latter[i]).first->second, latter[i])
+                    << "round " << round << ", step " << step << ", node " << i;
+            }
+            std::set<Id> apart;
+            for (const auto& one : {whole, other})
+                for (const auto& [key, label] : one) ASSERT_TRUE(apart.insert(label).second);
+        }
+    }
+}
+
 TEST(CommunitySteps, MovesKeepWhatGroupsHoldAndRaiseTheLikelihood) {
     Random rnd(5);
     for (unsigned round = 0; round < 40; ++round) {

@@ -111,6 +111,11 @@ TEST(NetworkFormats, XmlTagsAreBounded) {
     const std::string tag = "<graphml a='" + std::string(20 << 20, 'x');
     EXPECT_EQ(test::errorOf<InputError>([&] { linksOf(GRAPHML, tag); }),
               "f:1: a tag or a comment has more than 16.0 MiB, which is too much");
+    // Many are not, nor is a long one that has an end.
+    std::string many = "<graphml><graph><node id='a'/>\n";
+    for (int i = 0; i < 18; ++i) many += "<!--" + std::string(1 << 20, '.') + "-->\n";
+    many += "<!--" + std::string(10 << 20, '.') + "-->\n<edge source='a' target='a'/>";
+    EXPECT_EQ(linksOf(GRAPHML, many + "</graph></graphml>"), "a | a-a");
 }
 
 TEST(NetworkFormats, ListsOfNodesAndLinksAreRead) {

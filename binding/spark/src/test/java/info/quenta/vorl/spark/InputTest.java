@@ -143,7 +143,7 @@ class InputTest {
             }
     }
 
-    /** Most rows have one key, and there are more partitions than keys for some. */
+    /** A third of the rows have one key. */
     @ParameterizedTest
     @ValueSource(ints = {2, 11})
     void rowsKeptByAColumnStayWhereTheyAre(int partitions) {
