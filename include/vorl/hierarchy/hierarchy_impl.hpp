@@ -74,6 +74,7 @@ public:
     using Seat = typename TracksT::Seat;
     using Best = typename TracksT::Best;
     using TrackedLinkT = typename TracksT::LinkT;
+    using TrackedSum = typename TracksT::Sum;
     using AccLinksT = Links<AccLink<LinksT>>;
     template <class ItemT>
     using Items = std::vector<ItemT>;
@@ -424,9 +425,6 @@ private:
                       PropagatesT& props, ClustersT& cls);
     /// Prepares what takes part for a literal level.
     void beginLiterally(IStored<ClusterT> first, IStored<ClusterT> last);
-    Weights trackedWeights(Seat seat) const {
-        return {m_tracks.bests[seat].total, m_tracks.spots[seat].self};
-    }
     /// The gain as the cluster on a seat finds it.
     AccWeight trackedGain(Seat seat, const TrackedLinkT& ln) const;
     Bounds gainBounds(const Weights& a, const Weights& b, AccWeight pair) const;
@@ -487,15 +485,21 @@ private:
     /// Puts a cluster on a seat.
     void seatCluster(ClusterT& cl, Seat seat);
     void foldTracked();
-    /// Moves the links of the members to the seat of the new cluster.
+    /// Chooses the seats of the new clusters, and tells the others whose links these take over.
+    void assignRoles(const ClustersT& clusters, const std::vector<Seat>& absorbed);
+    /// Adds the links of the members to those on the seat of the new cluster.
     void joinLinks(ClusterT& cl);
-    /// Adds what was collected of a member's links to absorbed clusters.
+    /// The sum of the links of the new cluster to a seat.
+    TrackedSum& sumOf(Seat seat);
+    /// Calls for each seat that links to a seat lead to after folding, with the number of parts
+    /// that they are divided into and that of those that lead there.
+    template <class VisitT>
+    void visitHeirs(Seat seat, VisitT visit);
+    /// Adds what was collected of a member's links to what new clusters are made of.
     /// @param[in,out] exact whether all sums so far are, so that their order doesn't count
-    void addNewSums(AccWeight share, bool& exact);
+    void addTerms(AccWeight share, bool& exact);
     void setLink(Seat seat, std::uint32_t place, Seat dest, std::uint32_t mate, AccWeight weight,
                  AccWeight back);
-    /// Enters the links between the new clusters.
-    void linkNew(ClustersT& clusters);
     /// `linksWeight` of a new cluster.
     AccWeight trackedWeight(const ClusterT& cl);
     void settleLeft(const ClustersT& clusters);

@@ -2,6 +2,7 @@
 /// What is kept from one level to the next, so that a level touches only what changed.
 #pragma once
 
+#include <vorl/hierarchy/cluster_marks.hpp>
 #include <vorl/hierarchy/link_lists.hpp>
 #include <vorl/types/item.hpp>
 
@@ -16,12 +17,13 @@ namespace vorl {
 /// State of the levels that touch only what changed.
 ///
 /// A cluster lives on a seat. A new cluster takes over the seat of that whole member which has most
-/// links, and with it the links: only those of the other members are moved. So a hub that takes in
-/// one cluster after the other costs what those have of links. What a cluster is made of never
-/// changes, so neither does the gain of two clusters; hence each seat keeps its best neighbour, and
-/// on a level only what is new is held against it: gains with the clusters of the level below, and
-/// with those that take part again. All else is made as if each cluster looked at all of its links;
-/// the results agree to the bit.
+/// links, and with it the links, those to other such seats included: only those of the other
+/// members are moved. So a hub that takes in one cluster after the other costs what those have of
+/// links, but for a look over its own. What a cluster is made of never changes, so neither does the
+/// gain of two clusters; hence each seat keeps its best neighbour, and on a level only what is new
+/// is held against it: gains with the clusters of the level below, and with those that take part
+/// again. All else is made as if each cluster looked at all of its links; the results agree to the
+/// bit.
 ///
 /// 1. What takes part in a level are the clusters of the level below and their neighbours: of what
 ///    is carried, folding leaves out all that no link leads from to an absorbed cluster.
@@ -53,6 +55,7 @@ namespace vorl {
 template <bool NONSYMMETRIC, class LinksT>
 struct Tracks {
     using ClusterT = Cluster<LinksT>;
+    using Weights = typename ClusterMarks<LinksT>::Weights;
     using Seat = std::uint32_t;
     using LinkT = TrackedLink<NONSYMMETRIC>;
 
@@ -68,37 +71,41 @@ struct Tracks {
     /// So many links ahead what they lead to is called for.
     static constexpr std::size_t AHEAD = 16;
 
-    /// What a seat knows of its gains; a walk over links touches no more than that.
-    struct alignas(32) Best {
+    /// What a seat knows of its gains; of most ends of its links a walk touches no more than that.
+    struct Best {
         std::uint32_t part = 0;  ///< twice the last level that it took part in, 1 more if new there
         Seat aim = UNKNOWN;      ///< the neighbour with the best gain
-        AccWeight gain = 0;      ///< what the gain with it isn't below
         AccWeight rest = 0;      ///< what the gains with all others that take part aren't above
-        AccWeight total = 0;     ///< the in-out weight
     };
 
-    /// What folding needs of the end of a link.
-    struct Spot {
-        static constexpr std::uint32_t FREE = 0xFFFFFFFF;
-        static constexpr std::uint32_t ABSORBED = 0xFFFFFFFE;
+    /// What a seat is while a level is folded.
+    enum Role : std::uint8_t {
+        ABSORBED = 1,  ///< its links move to the seats of the owners
+        RENEWED = 2,   ///< that of a new cluster
+        SUMMED = 4     ///< links to it are being summed
+    };
 
-        std::uint32_t key = 0;       ///< ascends with the address of the cluster
-        std::uint32_t place = FREE;  ///< where the links to it are summed
-        AccWeight self = 0;          ///< the weight inside, which few gains are asked for
+    /// What folding needs of the end of a link, apart from the role.
+    struct Spot {
+        static constexpr std::uint32_t SHARED = 0xFFFFFFFF;
+
+        std::uint32_t key = 0;    ///< ascends with the address of the cluster
+        std::uint32_t place = 0;  ///< of the sum; of what is absorbed the seat of its only owner
     };
 
     /// The rest.
     struct Kept {
-        ClusterT* now = nullptr;    ///< the cluster on the seat, null if there is none any more
-        std::uint32_t order = 0;    ///< among the carried clusters; 0 for one of the level below
-        std::uint32_t defined = 0;  ///< the last level on which a candidate was found to take part
-        std::uint32_t out = 0;      ///< the last level that the cluster was taken out of
-        std::uint32_t ties = 0;     ///< which of the lists of ties is that of the cluster
-        std::uint32_t doubt = 0;    ///< which of the doubts, if any, is that of the cluster
-        bool mixed = false;         ///< gains of several best neighbours tie, but aren't the same
+        ClusterT* now = nullptr;     ///< the cluster on the seat, null if there is none any more
+        std::uint32_t order = 0;     ///< among the carried clusters; 0 for one of the level below
+        std::uint32_t defined = 0;   ///< the last level on which a candidate was found to take part
+        std::uint32_t out = 0;       ///< the last level that the cluster was taken out of
+        std::uint32_t ties = 0;      ///< which of the lists of ties is that of the cluster
+        std::uint32_t doubt = 0;     ///< which of the doubts, if any, is that of the cluster
+        std::uint32_t heaviest = 0;  ///< the place of the heaviest link of a new cluster
+        bool mixed = false;          ///< gains of several best neighbours tie, but aren't the same
     };
 
-    /// Links of a new cluster to a seat that is carried, being summed.
+    /// Links of a new cluster to a seat, being summed; to those of new clusters one way only.
     struct Sum {
         static constexpr std::uint32_t NONE = 0xFFFFFFFF;
 
@@ -109,7 +116,7 @@ struct Tracks {
         AccWeight back = 0;
     };
 
-    /// A link to an absorbed cluster, or a term of a total weight.
+    /// A link to what new clusters are made of, or a term of a total weight.
     struct Term {
         std::uint32_t key;
         Seat seat;
@@ -135,8 +142,11 @@ struct Tracks {
     Size absorbed = 0;                ///< entries of `m_propagates` that are carried no further
     Size carriedLinks = 0;            ///< number of links of the carried clusters
     std::vector<Best, LargePageAllocator<Best>> bests;
+    std::vector<AccWeight> gains;  ///< what the gain with the best neighbour isn't below
+    std::vector<Weights, LargePageAllocator<Weights>> weights;
     std::vector<Spot, LargePageAllocator<Spot>> spots;
     std::vector<Kept, LargePageAllocator<Kept>> kept;
+    std::vector<std::uint8_t> roles;
     LinkLists<LinkT> links;
     std::vector<Seat> active;        ///< what takes part in the level
     std::vector<Seat> formerly;      ///< what took part in the one before
@@ -152,8 +162,8 @@ struct Tracks {
     std::vector<std::pair<AccWeight, Seat>> near;  ///< gains near the best one
     std::vector<Sum> sums;
     std::vector<Term> terms;
-    std::vector<Term> sorted;           ///< scratch memory of `sortTerms`
-    std::vector<std::uint32_t> places;  ///< of the links between the clusters of a level
+    std::vector<Term> sorted;                             ///< scratch memory of `sortTerms`
+    std::vector<std::pair<Seat, std::uint32_t>> renewed;  ///< links between new clusters
 
     /// Whether a weight is a multiple of the unit of exact sums.
     bool isExact(AccWeight weight) const { return (weight + coarse) - coarse == weight; }
@@ -162,8 +172,11 @@ struct Tracks {
     bool isNew(Seat seat) const { return bests[seat].part == 2 * level + 1; }
     Seat newSeat() {
         bests.emplace_back();
+        gains.emplace_back();
+        weights.emplace_back();
         spots.emplace_back();
         kept.emplace_back();
+        roles.emplace_back();
         links.addSeat();
         return static_cast<Seat>(kept.size() - 1);
     }

@@ -108,7 +108,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::areSettled(const PropagatesT& entered,
     };
     const auto offersTies = [&](const TrackedLinkT& ln) {
         return !ln.isGone() && isInTies(ln.seat) &&
-               !(trackedGain(ln.seat, tracks.links.mate(ln)) < tracks.bests[ln.seat].gain * NEAR);
+               !(trackedGain(ln.seat, tracks.links.mate(ln)) < tracks.gains[ln.seat] * NEAR);
     };
     // Two that have no other candidate may be in doubt about each other.
     const auto mayHave = [&](Seat seat, Seat other) {
@@ -152,11 +152,10 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleMutual(PropagatesT& props) {
         if (!ctx.cands.empty()) return;
         for (const Seat cand : cands) ctx.cands.push_back(tracks.kept[cand].now);
         entered.push_back(kept.now);
-        const Best& best = tracks.bests[seat];
-        if (best.aim == TracksT::SEVERAL && kept.mixed &&
+        if (tracks.bests[seat].aim == TracksT::SEVERAL && kept.mixed &&
             cands.size() != tracks.ties[kept.ties].size())
             mixed.push_back(kept.now);
-        ctx.gmax = best.gain;
+        ctx.gmax = tracks.gains[seat];
         ctx.npartmcs = NPARTMCS_NONE;
         if (kept.order == 0) return;
         ctx.state = State::INTERLEVPROP;
@@ -248,12 +247,11 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::literalGmax(Seat seat) {
         bool own;
     };
     const TracksT& tracks = m_tracks;
-    const Best& best = tracks.bests[seat];
     std::vector<std::pair<const TrackedLinkT*, AccWeight>> offers;
     for (const auto& ln : tracks.links[seat]) {
         if (ln.isGone() || !tracks.takesPart(ln.seat)) continue;
         const AccWeight gain = trackedGain(seat, ln);
-        if (!(gain < best.gain * NEAR)) offers.emplace_back(&ln, gain);
+        if (!(gain < tracks.gains[seat] * NEAR)) offers.emplace_back(&ln, gain);
     }
     std::sort(offers.begin(), offers.end(), [&tracks](const auto& a, const auto& b) {
         return tracks.spots[a.first->seat].key < tracks.spots[b.first->seat].key;

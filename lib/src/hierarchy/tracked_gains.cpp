@@ -75,7 +75,7 @@ auto HierarchyImpl<NONSYMMETRIC, LinksT>::reachOf(const Weights& cl) const -> Re
 template <bool NONSYMMETRIC, class LinksT>
 AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::trackedGain(Seat seat,
                                                            const TrackedLinkT& ln) const {
-    return pairGain(trackedWeights(seat), trackedWeights(ln.seat), ln.pair(), [&] {
+    return pairGain(m_tracks.weights[seat], m_tracks.weights[ln.seat], ln.pair(), [&] {
         return std::pair(m_tracks.kept[seat].now->id, m_tracks.kept[ln.seat].now->id);
     });
 }
@@ -98,14 +98,16 @@ template <bool NONSYMMETRIC, class LinksT>
 bool HierarchyImpl<NONSYMMETRIC, LinksT>::conclude(Seat seat, const Search& search) {
     TracksT& tracks = m_tracks;
     Best& best = tracks.bests[seat];
+    AccWeight& bestGain = tracks.gains[seat];
+    const AccWeight total = tracks.weights[seat].total;
     auto& near = tracks.near;
     const AccWeight top = search.top;
     best.aim = TracksT::NONE;
-    best.gain = 0;
+    bestGain = 0;
     if (!search.sure) return false;
-    if (!(top >= clearGain(best.total))) return std::max(top, search.rest) <= search.loss;
+    if (!(top >= clearGain(total))) return std::max(top, search.rest) <= search.loss;
     std::erase_if(near, [&search](const auto& found) { return found.first < search.lost(); });
-    best.gain = top;
+    bestGain = top;
     if (near.size() == 1) {
         best.aim = near.front().second;
         best.rest = search.rest;
@@ -126,7 +128,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::conclude(Seat seat, const Search& sear
         if (isTie(gain)) least = std::min(least, gain);
     kept.mixed = least != top;
     // Neighbours see their gains with other rounding.
-    const auto offerOf = [&best](AccWeight gain) { return OFFER * gain - 0x1p-48 * best.total; };
+    const auto offerOf = [total](AccWeight gain) { return OFFER * gain - 0x1p-48 * total; };
     const AccWeight offer = offerOf(least);
     typename TracksT::Doubt doubt{.seat = seat};
     doubt.isBest = !less(offer, top);
@@ -159,7 +161,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::settle(Seat seat) {
     const TracksT& tracks = m_tracks;
     const auto links = tracks.links[seat];
     const std::size_t count = links.size();
-    const Weights weights = trackedWeights(seat);
+    const Weights weights = tracks.weights[seat];
     const Reach reach = reachOf(weights);
     m_tracks.near.clear();
     Search search(clearLoss(weights.total));
@@ -179,11 +181,11 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::settle(Seat seat) {
         if (ln.isGone() || i == heaviest || search.rulesOut(ln.pair()) ||
             !tracks.takesPart(ln.seat))
             continue;
-        const AccWeight total = tracks.bests[ln.seat].total;
+        const AccWeight total = tracks.weights[ln.seat].total;
         AccWeight high = INFINITE;
         if (ln.pair() >= m_boundMin && total <= reach.limit) high = ln.pair() - total * reach.low;
         if (!(high < search.lost()))
-            high = gainBounds(weights, trackedWeights(ln.seat), ln.pair()).high;
+            high = gainBounds(weights, tracks.weights[ln.seat], ln.pair()).high;
         if (high < search.lost())
             search.rest = std::max(search.rest, high);
         else
@@ -206,21 +208,23 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::hearOf(Seat seat, Seat other, AccWeigh
                                                  Bounds& bounds, RefineT refine) {
     TracksT& tracks = m_tracks;
     Best& best = tracks.bests[seat];
-    const AccWeight least = clearGain(best.total);
+    AccWeight& bestGain = tracks.gains[seat];
+    const AccWeight total = tracks.weights[seat].total;
+    const AccWeight least = clearGain(total);
     const auto gain = [&] {
-        return pairGain(trackedWeights(seat), trackedWeights(other), pair, [&] {
+        return pairGain(tracks.weights[seat], tracks.weights[other], pair, [&] {
             return std::pair(tracks.kept[seat].now->id, tracks.kept[other].now->id);
         });
     };
     if (best.aim == TracksT::UNSETTLED) return;
     if (best.aim == other) {
-        const auto isClear = [&] { return best.gain >= least && best.gain * NEAR > best.rest; };
-        best.gain = bounds.low;
+        const auto isClear = [&] { return bestGain >= least && bestGain * NEAR > best.rest; };
+        bestGain = bounds.low;
         if (isClear()) return;
         refine();
-        best.gain = bounds.low;
+        bestGain = bounds.low;
         if (isClear()) return;
-        best.gain = gain();
+        bestGain = gain();
         if (!isClear()) unsettle(seat);
     } else if (best.aim < TracksT::SEATS_MAX) {
         if (bounds.high <= best.rest) return;
@@ -228,12 +232,12 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::hearOf(Seat seat, Seat other, AccWeigh
         if (bounds.high <= best.rest) return;
         const bool grew = tracks.isNew(best.aim) && tracks.isNew(other) &&
                           tracks.spots[other].key < tracks.spots[best.aim].key;
-        if (grew || bounds.high < best.gain * NEAR)
+        if (grew || bounds.high < bestGain * NEAR)
             best.rest = bounds.high;
         else
             challenge(seat, other, gain());
     } else if (best.aim == TracksT::NONE) {
-        const AccWeight loss = clearLoss(best.total);
+        const AccWeight loss = clearLoss(total);
         if (bounds.high < loss) return;
         refine();
         if (bounds.high < loss) return;
@@ -241,7 +245,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::hearOf(Seat seat, Seat other, AccWeigh
         if (found <= loss) return;
         if (!(found >= least)) return unsettle(seat);
         best.aim = other;
-        best.gain = found;
+        bestGain = found;
         best.rest = 0;
     } else {
         unsettle(seat);
@@ -251,7 +255,9 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::hearOf(Seat seat, Seat other, AccWeigh
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::challenge(Seat seat, Seat other, AccWeight gain) {
     Best& best = m_tracks.bests[seat];
-    if (gain < best.gain * NEAR) {
+    AccWeight& bestGain = m_tracks.gains[seat];
+    const AccWeight least = clearGain(m_tracks.weights[seat].total);
+    if (gain < bestGain * NEAR) {
         best.rest = std::max(best.rest, gain);
         return;
     }
@@ -261,14 +267,14 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::challenge(Seat seat, Seat other, AccWe
     VORL_ASSERT(old != links.end(), "challenge(), the best neighbour must be linked");
     const AccWeight former = trackedGain(seat, *old);
     const auto wins = [&](AccWeight a, AccWeight b) {
-        return a >= clearGain(best.total) && a * NEAR > std::max(b, best.rest);
+        return a >= least && a * NEAR > std::max(b, best.rest);
     };
     if (wins(former, gain)) {
-        best.gain = former;
+        bestGain = former;
         best.rest = std::max(best.rest, gain);
     } else if (wins(gain, former)) {
         best.aim = other;
-        best.gain = gain;
+        bestGain = gain;
         best.rest = std::max(best.rest, former);
     } else {
         unsettle(seat);
@@ -282,15 +288,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::introduce(Seat seat) {
     const std::uint32_t level = tracks.level;
     const auto links = tracks.links[seat];
     const std::size_t count = links.size();
-    const Weights weights = trackedWeights(seat);
+    const Weights weights = tracks.weights[seat];
     const Reach reach = reachOf(weights);
     tracks.near.clear();
     Search search(clearLoss(weights.total));
-    std::size_t heaviest = count;
-    for (std::size_t i = 0; i < count; ++i)
-        if (!links[i].isGone() && (heaviest == count || links[i].pair() > links[heaviest].pair()))
-            heaviest = i;
-    if (heaviest != count) consider(seat, links[heaviest], search);
+    // The heaviest link first, since its gain rules most others out.
+    const std::size_t heaviest = tracks.kept[seat].heaviest;
+    if (heaviest < count) consider(seat, links[heaviest], search);
     for (std::size_t i = 0; i < count; ++i) {
         if (i + TracksT::AHEAD < count && !links[i + TracksT::AHEAD].isGone())
             __builtin_prefetch(&tracks.bests[links[i + TracksT::AHEAD].seat]);
@@ -306,18 +310,25 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::introduce(Seat seat) {
             tracks.active.push_back(ln.seat);
         }
         const AccWeight pair = ln.pair();
-        Bounds bounds{-INFINITE, pair >= m_boundMin ? pair : INFINITE};
+        // A gain isn't above the weight of the pair.
+        const bool isBound = pair >= m_boundMin;
+        bool hears = best.part == 2 * level && best.aim != TracksT::UNSETTLED;
+        const bool mayLose = best.aim < TracksT::SEATS_MAX && best.aim != seat;
+        if (mayLose && isBound && pair <= best.rest) hears = false;
+        const bool isOpen = i != heaviest && !search.rulesOut(pair);
+        if (!hears && !isOpen) continue;
+        const AccWeight total = tracks.weights[ln.seat].total;
+        Bounds bounds{-INFINITE, isBound ? pair : INFINITE};
         bool refined = false;
         const auto refine = [&] {
-            if (!refined) bounds = gainBounds(weights, trackedWeights(ln.seat), pair);
+            if (!refined) bounds = gainBounds(weights, tracks.weights[ln.seat], pair);
             refined = true;
         };
-        if (pair >= m_boundMin && best.total <= reach.limit)
-            bounds = {pair - best.total * reach.high, pair - best.total * reach.low};
-        const bool isLost =
-            best.aim < TracksT::SEATS_MAX && best.aim != seat && bounds.high <= best.rest;
-        if (best.part == 2 * level && !isLost) hearOf(ln.seat, seat, pair, bounds, refine);
-        if (i == heaviest || search.rulesOut(pair)) continue;
+        if (isBound && total <= reach.limit)
+            bounds = {pair - total * reach.high, pair - total * reach.low};
+        if (hears && !(mayLose && bounds.high <= best.rest))
+            hearOf(ln.seat, seat, pair, bounds, refine);
+        if (!isOpen) continue;
         if (!(bounds.high < search.lost())) refine();
         if (bounds.high < search.lost())
             search.rest = std::max(search.rest, bounds.high);
@@ -360,7 +371,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::followChanges() {
             const AccWeight pair = ln.pair();
             Bounds bounds{-INFINITE, pair >= m_boundMin ? pair : INFINITE};
             hearOf(ln.seat, seat, pair, bounds, [&] {
-                bounds = gainBounds(trackedWeights(ln.seat), trackedWeights(seat), pair);
+                bounds = gainBounds(tracks.weights[ln.seat], tracks.weights[seat], pair);
             });
         }
     for (std::size_t i = 0; i < tracks.formerly.size(); ++i) {

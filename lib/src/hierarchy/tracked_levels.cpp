@@ -26,9 +26,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::seatCluster(ClusterT& cl, Seat seat) {
     auto& kept = tracks.kept[seat];
     kept.now = &cl;
     kept.order = 0;
-    const Weights& weights = m_marks.weights(cl);
-    tracks.bests[seat].total = weights.total;
-    tracks.spots[seat] = {m_marks.key(&cl), TracksT::Spot::FREE, weights.self};
+    tracks.weights[seat] = m_marks.weights(cl);
+    tracks.spots[seat].key = m_marks.key(&cl);
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -52,8 +51,11 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::startTracks() {
         std::accumulate(items.begin(), items.end(), Size{0},
                         [](Size sum, const ClusterT* item) { return sum + item->links.size(); });
     tracks.bests.reserve(seats);
+    tracks.gains.reserve(seats);
+    tracks.weights.reserve(seats);
     tracks.spots.reserve(seats);
     tracks.kept.reserve(seats);
+    tracks.roles.reserve(seats);
     tracks.links.reserveAll(seats, links);
     for (ClusterT* item : items) seatCluster(*item, tracks.newSeat());
     // All lists ascend, so that the back links to a cluster come one after the other.
@@ -77,8 +79,14 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::startTracks() {
         }
         AccLinksT().swap(item->links);
     }
-    for (Seat seat = 0; seat < tracks.kept.size(); ++seat)
-        for (TrackedLinkT& link : tracks.links[seat]) link.setPair(tracks.links.mate(link).weight);
+    for (Seat seat = 0; seat < tracks.kept.size(); ++seat) {
+        const auto own = tracks.links[seat];
+        for (TrackedLinkT& link : own) link.setPair(tracks.links.mate(link).weight);
+        const auto heaviest =
+            std::max_element(own.begin(), own.end(),
+                             [](const auto& a, const auto& b) { return a.pair() < b.pair(); });
+        tracks.kept[seat].heaviest = static_cast<std::uint32_t>(heaviest - own.begin());
+    }
     for (ClusterT* item : m_propagates) {
         const Seat seat = m_marks.seat(item);
         tracks.kept[seat].order = ++tracks.carried;
@@ -223,86 +231,131 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::setLink(Seat seat, std::uint32_t place
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::addNewSums(AccWeight share, bool& exact) {
-    auto& terms = m_tracks.terms;
-    exact = exact && std::all_of(terms.begin(), terms.end(), [this, share](const auto& term) {
-                return m_marks.of(m_tracks.kept[term.seat].now).aim &&
-                       m_tracks.isExact(term.weight * share);
-            });
-    if (!exact) m_tracks.sortTerms();
-    for (const auto& term : terms) {
-        const ClusterT& dest = *m_tracks.kept[term.seat].now;
-        const Mark& mark = m_marks.of(dest);
-        if (mark.aim)
-            accumulate(m_newSums, mark.owner(), term.weight * share);
-        else
-            accumulateOwners(dest, term.weight, share, "joinLinks(), totac validation failed");
+auto HierarchyImpl<NONSYMMETRIC, LinksT>::sumOf(Seat seat) -> TrackedSum& {
+    TracksT& tracks = m_tracks;
+    std::uint32_t& place = tracks.spots[seat].place;
+    if (!(tracks.roles[seat] & TracksT::SUMMED)) {
+        tracks.roles[seat] |= TracksT::SUMMED;
+        place = static_cast<std::uint32_t>(tracks.sums.size());
+        tracks.sums.emplace_back().seat = seat;
     }
-    terms.clear();
+    return tracks.sums[place];
 }
 
 template <bool NONSYMMETRIC, class LinksT>
+template <class VisitT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::visitHeirs(Seat seat, VisitT visit) {
+    const TracksT& tracks = m_tracks;
+    if (!(tracks.roles[seat] & TracksT::ABSORBED)) return visit(seat, AccWeight{1}, AccWeight{1});
+    const Seat heir = tracks.spots[seat].place;
+    if (heir != TracksT::Spot::SHARED) return visit(heir, AccWeight{1}, AccWeight{1});
+    const ClusterT& item = *tracks.kept[seat].now;
+    for (const auto& owner : item.owners)
+        visit(m_marks.seat(owner.dest), static_cast<AccWeight>(item.totac),
+              static_cast<AccWeight>(owner.numac));
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::addTerms(AccWeight share, bool& exact) {
+    TracksT& tracks = m_tracks;
+    auto& terms = tracks.terms;
+    exact = exact && std::all_of(terms.begin(), terms.end(), [&](const auto& term) {
+                return (!(tracks.roles[term.seat] & TracksT::ABSORBED) ||
+                        tracks.spots[term.seat].place != TracksT::Spot::SHARED) &&
+                       tracks.isExact(term.weight * share);
+            });
+    if (!exact) tracks.sortTerms();
+    for (const auto& term : terms)
+        visitHeirs(term.seat, [&](Seat heir, AccWeight parts, AccWeight own) {
+            sumOf(heir).weight += term.weight / parts * own * share;
+        });
+    terms.clear();
+}
+
+// The links of the member whose seat the new cluster takes over stay where they are, those to other
+// such seats included. So of these only the sums that others add to are made anew.
+template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
-    using Spot = typename TracksT::Spot;
     using Sum = typename TracksT::Sum;
     TracksT& tracks = m_tracks;
+    auto& roles = tracks.roles;
+    auto& sums = tracks.sums;
+    const Seat own = m_marks.seat(&cl);
+    const NodeI<LinksT>* const hub = tracks.kept[own].now;
     const auto seatOf = [this](const NodeI<LinksT>* item) {
         return m_marks.seat(static_cast<const ClusterT*>(item));
     };
-    const auto isWhole = [this](const NodeI<LinksT>* item) {
-        return m_marks.of(static_cast<const ClusterT*>(item)).aim != nullptr;
-    };
-    const NodeI<LinksT>* hub = nullptr;
-    for (const NodeI<LinksT>* item : cl.des)
-        if (isWhole(item) &&
-            (!hub || tracks.links.count(seatOf(item)) > tracks.links.count(seatOf(hub))))
-            hub = item;
-    const Seat own = hub ? seatOf(hub) : tracks.newSeat();
-    auto& spots = tracks.spots;
-    auto& sums = tracks.sums;
+    const auto enter = [this](Seat heir, AccWeight, AccWeight) { sumOf(heir); };
     sums.clear();
-    m_newSums.clear();
     bool exact = cl.links.empty();
     // Shared descendants with a self weight have linked their owners already.
-    for (const auto& ln : cl.links) accumulate(m_newSums, ln.dest, ln.weight);
+    for (const auto& ln : cl.links) sumOf(m_marks.seat(ln.dest)).weight += ln.weight;
     AccLinksT().swap(cl.links);
+    const auto callForMate = [&tracks](const TrackedLinkT& ln) {
+        if (!(tracks.roles[ln.seat] & (TracksT::ABSORBED | TracksT::RENEWED)))
+            __builtin_prefetch(&tracks.links.mate(ln));
+    };
     for (const NodeI<LinksT>* item : cl.des) {
         if (item == hub) continue;
         for (const TrackedLinkT& ln : tracks.links[seatOf(item)]) {
-            if (ln.isGone() || spots[ln.seat].place != Spot::FREE) continue;
-            spots[ln.seat].place = static_cast<std::uint32_t>(sums.size());
-            sums.emplace_back().seat = ln.seat;
+            if (ln.isGone()) continue;
+            callForMate(ln);
+            visitHeirs(ln.seat, enter);
         }
     }
+    const auto eachOwn = [&](unsigned role, auto visit) {
+        const auto links = tracks.links[own];
+        for (std::size_t i = 0; i < links.size(); ++i)
+            if (!links[i].isGone() && (roles[links[i].seat] & role))
+                visit(links[i], static_cast<std::uint32_t>(i));
+    };
+    eachOwn(TracksT::ABSORBED | TracksT::SUMMED, [&](const TrackedLinkT& ln, std::uint32_t) {
+        if (roles[ln.seat] & TracksT::ABSORBED)
+            visitHeirs(ln.seat, enter);
+        else
+            callForMate(ln);
+    });
     for (const NodeI<LinksT>* item : cl.des) {
         const Seat seat = seatOf(item);
-        const auto links = tracks.links[seat];
-        const std::size_t count = links.size();
         const auto& entry =
             detail::ownerEntry(*item, cl, "joinLinks(), the owner should be among it's des owners");
         const AccWeight share =
             static_cast<AccWeight>(entry.numac) / static_cast<AccWeight>(item->totac);
+        const bool isWhole = m_marks.of(static_cast<const ClusterT*>(item)).owner() != nullptr;
         const bool last = item->owners.back().dest == &cl;
-        for (std::size_t i = 0; i < count; ++i) {
-            if (i + TracksT::AHEAD < count && !links[i + TracksT::AHEAD].isGone())
-                __builtin_prefetch(&spots[links[i + TracksT::AHEAD].seat]);
-            const TrackedLinkT& ln = links[i];
-            if (ln.isGone()) continue;
-            const Spot& spot = spots[ln.seat];
-            if (spot.place == Spot::FREE) continue;
-            if (spot.place == Spot::ABSORBED) {
-                tracks.terms.push_back({spot.key, ln.seat, ln.weight});
-                if (item == hub) tracks.links.remove(seat, static_cast<std::uint32_t>(i));
-                continue;
-            }
-            Sum& sum = sums[spot.place];
+        const auto addTerm = [&](const TrackedLinkT& ln) {
+            tracks.terms.push_back({tracks.spots[ln.seat].key, ln.seat, ln.weight});
+        };
+        const auto addCarried = [&](const TrackedLinkT& ln) -> Sum& {
+            Sum& sum = sums[tracks.spots[ln.seat].place];
             sum.weight += ln.weight * share;
             AccWeight back = tracks.links.mate(ln).weight;
-            if (!isWhole(item)) back = back / item->totac * entry.numac;
+            if (!isWhole) back = back / item->totac * entry.numac;
             sum.back += back;
-            if (item == hub) {
-                sum.own = static_cast<std::uint32_t>(i);
-            } else if (last) {
+            return sum;
+        };
+        if (item == hub) {
+            eachOwn(TracksT::ABSORBED | TracksT::SUMMED,
+                    [&](const TrackedLinkT& ln, std::uint32_t place) {
+                        if (roles[ln.seat] & TracksT::ABSORBED) {
+                            addTerm(ln);
+                            tracks.links.remove(own, place);
+                        } else if (roles[ln.seat] & TracksT::RENEWED) {
+                            addTerm(ln);
+                            sums[tracks.spots[ln.seat].place].own = place;
+                        } else {
+                            addCarried(ln).own = place;
+                        }
+                    });
+        } else {
+            for (const TrackedLinkT& ln : tracks.links[seat]) {
+                if (ln.isGone()) continue;
+                if (roles[ln.seat] & (TracksT::ABSORBED | TracksT::RENEWED)) {
+                    addTerm(ln);
+                    continue;
+                }
+                Sum& sum = addCarried(ln);
+                if (!last) continue;
                 if (sum.mate == Sum::NONE) {
                     sum.mate = ln.mate;
                 } else {
@@ -313,39 +366,51 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
                 if (aim == seat) aim = own;
             }
         }
-        addNewSums(share, exact);
+        addTerms(share, exact);
     }
+    // A seat without a hub has those links that clusters joined before have entered.
+    if (!hub)
+        eachOwn(TracksT::SUMMED, [&](const TrackedLinkT& ln, std::uint32_t place) {
+            sums[tracks.spots[ln.seat].place].own = place;
+        });
     const auto further = std::count_if(sums.begin(), sums.end(),
                                        [](const Sum& sum) { return sum.own == Sum::NONE; });
-    tracks.links.reserveMore(own, static_cast<std::size_t>(further) + m_newSums.size());
+    tracks.links.reserveMore(own, static_cast<std::size_t>(further));
     for (const Sum& sum : sums) {
-        spots[sum.seat].place = Spot::FREE;
-        if (sum.own != Sum::NONE) {
-            TrackedLinkT& ln = tracks.links.at(own, sum.own);
+        roles[sum.seat] &= static_cast<std::uint8_t>(~TracksT::SUMMED);
+        if (sum.seat == own) {
+            cl.links.emplace_back(&cl, sum.weight);
+            continue;
+        }
+        const bool isNew = roles[sum.seat] & TracksT::RENEWED;
+        std::uint32_t place = sum.own;
+        if (place == Sum::NONE) {
+            place = tracks.links.newPlace(own);
+            std::uint32_t mate = sum.mate;
+            if (mate == Sum::NONE) {
+                mate = tracks.links.newPlace(sum.seat);
+                if (!isNew) ++tracks.carriedLinks;
+            }
+            setLink(sum.seat, mate, own, place, sum.back, sum.weight);
+            setLink(own, place, sum.seat, mate, sum.weight, sum.back);
+        } else {
+            TrackedLinkT& ln = tracks.links.at(own, place);
             ln.weight = sum.weight;
-            ln.setPair(sum.back);
-            TrackedLinkT& back = tracks.links.mate(ln);
-            back.weight = sum.back;
-            back.setPair(sum.weight);
+            if (!isNew) {
+                ln.setPair(sum.back);
+                TrackedLinkT& back = tracks.links.mate(ln);
+                back.weight = sum.back;
+                back.setPair(sum.weight);
+            }
             if (sum.mate != Sum::NONE) {
                 tracks.links.remove(sum.seat, sum.mate);
                 --tracks.carriedLinks;
             }
-        } else {
-            const std::uint32_t place = tracks.links.newPlace(own);
-            std::uint32_t mate = sum.mate;
-            if (mate == Sum::NONE) {
-                mate = tracks.links.newPlace(sum.seat);
-                ++tracks.carriedLinks;
-            }
-            setLink(sum.seat, mate, own, place, sum.back, sum.weight);
-            setLink(own, place, sum.seat, mate, sum.weight, sum.back);
         }
+        if (isNew) tracks.renewed.emplace_back(own, place);
         if (tracks.links.isHoley(sum.seat)) tracks.holey.push_back(sum.seat);
     }
     if (tracks.links.isHoley(own)) tracks.holey.push_back(own);
-    m_marks.seat(&cl) = own;
-    appendNewSums(cl);
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -355,11 +420,17 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::trackedWeight(const ClusterT& cl)
     const auto links = tracks.links[seat];
     AccWeight sum = 0;
     bool exact = true;
-    for (const TrackedLinkT& ln : links) {
-        if (ln.isGone()) continue;
-        const AccWeight pair = ln.pair();
+    std::uint32_t& heaviest = tracks.kept[seat].heaviest;
+    heaviest = static_cast<std::uint32_t>(links.size());
+    AccWeight most = -1;
+    for (std::size_t i = 0; i < links.size(); ++i) {
+        if (links[i].isGone()) continue;
+        const AccWeight pair = links[i].pair();
         sum += pair;
         exact = exact && tracks.isExact(pair);
+        if (!(pair > most)) continue;
+        most = pair;
+        heaviest = static_cast<std::uint32_t>(i);
     }
     if (!exact) {
         auto& terms = tracks.terms;
@@ -370,42 +441,37 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::trackedWeight(const ClusterT& cl)
         for (const auto& term : terms) sum += term.weight;
         terms.clear();
     }
-    for (const auto& ln : cl.links) sum += linkWeight<NONSYMMETRIC>(&cl, ln);
     if (detail::overflowed(sum))
         detail::throwOverflow("linksWeight(), overflow\n", 59,
                               "linksWeight(), #%u overflowed: %G\n", cl.id, sum);
     return sum / 2;
 }
 
-// The links of each ascend, so that the back links to a cluster come one after the other.
 template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::linkNew(ClustersT& clusters) {
+void HierarchyImpl<NONSYMMETRIC, LinksT>::assignRoles(const ClustersT& clusters,
+                                                      const std::vector<Seat>& absorbed) {
     TracksT& tracks = m_tracks;
-    auto& links = tracks.links;
-    auto& places = tracks.places;
-    places.clear();
+    for (const Seat seat : absorbed) {
+        tracks.roles[seat] = TracksT::ABSORBED;
+        if (tracks.kept[seat].order != 0) tracks.carriedLinks -= tracks.links.count(seat);
+    }
+    const auto ownerOf = [this](Seat seat) { return m_marks.of(m_tracks.kept[seat].now).owner(); };
     for (const ClusterT& cl : clusters) {
-        const Seat seat = m_marks.seat(&cl);
-        tracks.spots[seat].place = static_cast<std::uint32_t>(places.size());
-        for (const auto& ln : cl.links) {
-            const std::uint32_t place = links.newPlace(seat);
-            links.at(seat, place).seat = m_marks.seat(ln.dest);
-            links.at(seat, place).weight = ln.weight;
-            places.push_back(place);
+        Seat own = TracksT::NONE;
+        for (const NodeI<LinksT>* item : cl.des) {
+            const Seat seat = m_marks.seat(static_cast<const ClusterT*>(item));
+            if (ownerOf(seat) &&
+                (own == TracksT::NONE || tracks.links.count(seat) > tracks.links.count(own)))
+                own = seat;
         }
+        if (own == TracksT::NONE) own = tracks.newSeat();
+        m_marks.seat(&cl) = own;
+        tracks.roles[own] = TracksT::RENEWED;
     }
-    auto place = places.begin();
-    for (ClusterT& cl : clusters) {
-        for (const auto& ln : cl.links) {
-            const Seat dest = m_marks.seat(ln.dest);
-            TrackedLinkT& link = links.at(m_marks.seat(&cl), *place++);
-            link.mate = places[tracks.spots[dest].place++];
-            link.setPair(links.mate(link).weight);
-        }
-    }
-    for (ClusterT& cl : clusters) {
-        tracks.spots[m_marks.seat(&cl)].place = TracksT::Spot::FREE;
-        AccLinksT().swap(cl.links);
+    for (const Seat seat : absorbed) {
+        if (tracks.roles[seat] == TracksT::RENEWED) continue;
+        const ClusterT* owner = ownerOf(seat);
+        tracks.spots[seat].place = owner ? m_marks.seat(owner) : TracksT::Spot::SHARED;
     }
 }
 
@@ -422,28 +488,33 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldTracked() {
             for (NodeI<LinksT>* el : cl.des)
                 if (el->owners.front().dest == &cl) visit(*static_cast<ClusterT*>(el));
     };
-    std::vector<Seat> seats;
-    eachMember([&](ClusterT& item) {
-        const Seat seat = m_marks.seat(&item);
-        seats.push_back(seat);
-        tracks.spots[seat].place = TracksT::Spot::ABSORBED;
-        if (tracks.kept[seat].order != 0) tracks.carriedLinks -= tracks.links.count(seat);
-    });
+    std::vector<Seat> absorbed;
+    eachMember([&](const ClusterT& item) { absorbed.push_back(m_marks.seat(&item)); });
+    assignRoles(clusters, absorbed);
     m_report.begin("folding", clusters.size(), m_levels.size() - 1);
     for (ClusterT& cl : clusters) {
         m_report.advance();
         joinLinks(cl);
     }
-    pairLinks(clusters);
-    for (ClusterT& cl : clusters) initItem(cl);
-    for (const Seat seat : seats) tracks.kept[seat].now = nullptr;
-    for (ClusterT& cl : clusters) seatCluster(cl, m_marks.seat(&cl));
-    for (const Seat seat : seats)
-        if (!tracks.kept[seat].now) tracks.links.clear(seat);
-    linkNew(clusters);
-    eachMember([](ClusterT& item) { item.tidy(); });
+    for (const auto& [seat, place] : tracks.renewed) {
+        TrackedLinkT& ln = tracks.links.at(seat, place);
+        ln.setPair(tracks.links.mate(ln).weight);
+    }
+    tracks.renewed.clear();
+    for (const Seat seat : absorbed)
+        if (tracks.roles[seat] == TracksT::ABSORBED) tracks.links.clear(seat);
     for (const Seat seat : tracks.holey) tracks.links.closeHoles(seat);
     tracks.holey.clear();
+    for (const ClusterT& cl : clusters) tracks.spots[m_marks.seat(&cl)].key = m_marks.key(&cl);
+    for (ClusterT& cl : clusters) initItem(cl);
+    for (const Seat seat : absorbed) tracks.kept[seat].now = nullptr;
+    for (ClusterT& cl : clusters) {
+        AccLinksT().swap(cl.links);
+        seatCluster(cl, m_marks.seat(&cl));
+        tracks.roles[m_marks.seat(&cl)] = 0;
+    }
+    for (const Seat seat : absorbed) tracks.roles[seat] = 0;
+    eachMember([](ClusterT& item) { item.tidy(); });
 }
 
 #define VORL_INSTANTIATE(NONSYM, LinksT)                                                     \
