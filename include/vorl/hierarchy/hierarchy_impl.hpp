@@ -117,7 +117,7 @@ public:
     /// Levels touch only what changed as soon as the carried clusters that take part have so many
     /// times the links of the new ones: before that all changes, and links take the least memory as
     /// they are. Results don't depend on it; tests set it to 0, and to infinity for literal levels.
-    AccWeight m_trackFrom = 4;
+    AccWeight m_trackFrom = 1;
     ProgressReporter m_report;
 
     /// Takes the nodes over; the argument is left empty.
@@ -432,13 +432,9 @@ private:
     Reach reachOf(const Weights& cl) const;
     /// Finds what takes part in the level and which of it has to seek its best neighbour.
     void activate(IStored<ClusterT> first, IStored<ClusterT> last);
-    /// Holds a new gain against the best one of a cluster.
-    /// @param refine makes the bounds as narrow as they can be
-    template <class RefineT>
-    void hearOf(Seat seat, Seat other, AccWeight pair, Bounds& bounds, RefineT refine);
-    /// Holds the gain with another cluster against that with the best neighbour.
-    void challenge(Seat seat, Seat other, AccWeight gain);
-    /// Tells a cluster of the level below to its neighbours, and finds its own best ones.
+    /// Holds the gain of a cluster with its best neighbour, which has grown, against all others.
+    void holdAgainstRest(Seat seat, Seat grown, AccWeight pair, const Reach& reach);
+    /// Finds the best neighbours of a cluster of the level below, and what else takes part by it.
     void introduce(Seat seat);
     void consider(Seat seat, const TrackedLinkT& ln, Search& search);
     /// @return false if the best neighbours may depend on the order of the visits
@@ -448,6 +444,13 @@ private:
     /// Finds the best neighbours of a cluster.
     /// @return false if they may depend on the order of the visits
     bool settle(Seat seat);
+    /// Finds those of all clusters that may have mutual candidates anew.
+    /// @return false if they may depend on the order of the visits
+    bool settleAll();
+    /// The same of one, if they haven't been sought on the level.
+    bool refresh(Seat seat);
+    /// The same of the neighbours that may tell when a cluster is offered its best gains.
+    bool settleAround(Seat seat);
     /// Calls for each neighbour that reaches the best gain.
     template <class VisitT>
     void visitBest(Seat seat, VisitT visit);
@@ -469,6 +472,13 @@ private:
     /// for them, and their place in this visit.
     std::pair<Size, Size> definition(Seat seat);
     void settleChainGains();
+    /// Whether the gain of one with several candidates may be that of a chain.
+    static bool isInChains(const ClusterT& item) {
+        const auto& cands = item.m_context->cands;
+        return cands.size() > 1 && std::any_of(cands.begin(), cands.end(), [](const auto* cand) {
+                   return cand->m_context->cands.size() > 1;
+               });
+    }
     /// Takes the absorbed clusters out of `m_propagates`.
     void settleCarried();
     Size carriedNum() const { return m_propagates.size() - m_tracks.absorbed; }

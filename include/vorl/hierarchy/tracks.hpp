@@ -20,10 +20,9 @@ namespace vorl {
 /// links, and with it the links, those to other such seats included: only those of the other
 /// members are moved. So a hub that takes in one cluster after the other costs what those have of
 /// links, but for a look over its own. What a cluster is made of never changes, so neither does the
-/// gain of two clusters; hence each seat keeps its best neighbour, and on a level only what is new
-/// is held against it: gains with the clusters of the level below, and with those that take part
-/// again. All else is made as if each cluster looked at all of its links; the results agree to the
-/// bit.
+/// gain of two clusters; hence each seat keeps its best neighbour, and on a level only those are
+/// sought that may make new candidates. All else is made as if each cluster looked at all of its
+/// links; the results agree to the bit.
 ///
 /// 1. What takes part in a level are the clusters of the level below and their neighbours: of what
 ///    is carried, folding leaves out all that no link leads from to an absorbed cluster.
@@ -40,15 +39,21 @@ namespace vorl {
 ///    question has the doubtful cluster for its best, or is itself in doubt about it, that makes no
 ///    difference, but for the order in which clusters are visited; where it makes one, the level is
 ///    made literally.
-/// 4. A best neighbour stays while it takes part and no gain that is new may reach the best. It is
-///    kept with a bound of all other gains; where it grows, its new gain is compared with that
-///    bound. Bounds of gains are bounds of the dynamic gamma: the logarithmic mean L of two
-///    numbers lies between the geometric mean G and (2G + A) / 3 with the arithmetic mean A. For
-///    with x = G e^u and y = G e^-u, L / G = sinh u / u = sum of u^2k / (2k+1)!, while the other
-///    two are 1 and (2 + cosh u) / 3 = 1 + sum over k > 0 of u^2k / (3 (2k)!), and 2k + 1 >= 3.
-///    For the many light neighbours of a new cluster these bounds are made once, by intervals.
-/// 5. Two clusters are candidates of each other only if the best of one of them was sought anew on
-///    the level, or if clustering left them over on the one before.
+/// 4. Only two that have each other for their best become candidates of each other, so what a
+///    cluster knows isn't kept up with all that is new. It knows the best neighbour that it found
+///    when it last looked, and a bound of its gains with all others that took part then. New
+///    clusters look, and what takes part again, or with several best ones, or with one that takes
+///    part no more, or that grew and no longer gains clearly more than the bound; so does what
+///    clustering left over. All others have none of those that they knew for a candidate but the
+///    best one. Whoever looks makes its best neighbours look, too. So of two that have each other
+///    for their best both have looked: for if neither did, take the one that looked last. It knew
+///    the other. Was that its best, the other looked at the same time, and they would be candidates
+///    since then; was it not, it still isn't.
+/// 5. Bounds of gains are bounds of the dynamic gamma: the logarithmic mean L of two numbers lies
+///    between the geometric mean G and (2G + A) / 3 with the arithmetic mean A. For with x = G e^u
+///    and y = G e^-u, L / G = sinh u / u = sum of u^2k / (2k+1)!, while the other two are 1 and
+///    (2 + cosh u) / 3 = 1 + sum over k > 0 of u^2k / (3 (2k)!), and 2k + 1 >= 3. For the many
+///    light neighbours of a new cluster these bounds are made once, by intervals.
 /// 6. Sums of more than two terms depend on their order, so they are made as literal folding makes
 ///    them: member by member, and total weights by the order of the clusters, unless every term,
 ///    and what it is added to, is a multiple of a unit so large that no sum is rounded.
@@ -75,7 +80,7 @@ struct Tracks {
     struct Best {
         std::uint32_t part = 0;  ///< twice the last level that it took part in, 1 more if new there
         Seat aim = UNKNOWN;      ///< the neighbour with the best gain
-        AccWeight rest = 0;      ///< what the gains with all others that take part aren't above
+        AccWeight rest = 0;      ///< what the gains with all others aren't above, see 4.
     };
 
     /// What a seat is while a level is folded.
@@ -99,6 +104,7 @@ struct Tracks {
         std::uint32_t order = 0;     ///< among the carried clusters; 0 for one of the level below
         std::uint32_t defined = 0;   ///< the last level on which a candidate was found to take part
         std::uint32_t out = 0;       ///< the last level that the cluster was taken out of
+        std::uint32_t sought = 0;    ///< the last level on which its best neighbours were sought
         std::uint32_t ties = 0;      ///< which of the lists of ties is that of the cluster
         std::uint32_t doubt = 0;     ///< which of the doubts, if any, is that of the cluster
         std::uint32_t heaviest = 0;  ///< the place of the heaviest link of a new cluster
@@ -150,7 +156,6 @@ struct Tracks {
     LinkLists<LinkT> links;
     std::vector<Seat> active;        ///< what takes part in the level
     std::vector<Seat> formerly;      ///< what took part in the one before
-    std::vector<Seat> woken;         ///< what takes part, and didn't before
     std::vector<Seat> unsettled;     ///< what seeks its best neighbour anew
     std::vector<Doubt> doubts;       ///< the doubtful clusters of the level
     std::vector<ClusterT*> leaving;  ///< what was of the level below and finds no candidate
@@ -170,6 +175,8 @@ struct Tracks {
     bool takesPart(Seat seat) const { return bests[seat].part >> 1 == level; }
     /// Whether it is one of the level below.
     bool isNew(Seat seat) const { return bests[seat].part == 2 * level + 1; }
+    /// Whether its best neighbours were sought on the level.
+    bool isSought(Seat seat) const { return isNew(seat) || kept[seat].sought == level; }
     Seat newSeat() {
         bests.emplace_back();
         gains.emplace_back();

@@ -114,7 +114,9 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::accLinks(ClusterT& cl) {
                     accumulateOwners(*ln.dest, weight, share, TOTAC_FAULT);
                 }
             } else {
-                if (i + ahead < count) __builtin_prefetch(&dc.links[i + ahead].dest->owners);
+                if (i + 2 * ahead < count)
+                    __builtin_prefetch(&dc.links[i + 2 * ahead].dest->owners);
+                if (i + ahead < count) __builtin_prefetch(dc.links[i + ahead].dest->owners.data());
                 VORL_ASSERT(!ln.dest->owners.empty(),
                             "accLinks(), a cluster is expected, which always have desc");
                 accumulateOwners(*ln.dest, weight, share, TOTAC_FAULT);

@@ -23,6 +23,25 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::isBestOf(Seat seat, Seat other) {
     return std::find(ties.begin(), ties.end(), seat) != ties.end();
 }
 
+// Only a cluster whose best neighbours are sought may have others for candidates that it hadn't
+// before, so it is enough that these seek theirs as well.
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleAll() {
+    TracksT& tracks = m_tracks;
+    const auto ask = [&](Seat seat) {
+        if (!tracks.isSought(seat) && tracks.bests[seat].aim != TracksT::UNSETTLED) unsettle(seat);
+    };
+    for (std::size_t i = 0; i < tracks.unsettled.size(); ++i) {
+        m_report.check();
+        const Seat seat = tracks.unsettled[i];
+        if (!refresh(seat)) return false;
+        if (const auto* doubt = tracks.doubtOf(seat))
+            for (const Seat other : doubt->others) ask(other);
+        visitBest(seat, ask);
+    }
+    return true;
+}
+
 template <bool NONSYMMETRIC, class LinksT>
 bool HierarchyImpl<NONSYMMETRIC, LinksT>::replay(IStored<ClusterT> first, IStored<ClusterT> last,
                                                  PropagatesT& news) {
@@ -168,7 +187,11 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleMutual(PropagatesT& props) {
             if (isBestOf(seat, dest)) enter(dest);
         });
     }
-    if (!areSettled(entered, mixed)) {
+    const auto isAroundSettled = [this](ClusterT* item) {
+        return !isInChains(*item) || settleAround(m_marks.seat(item));
+    };
+    if (!std::all_of(entered.begin(), entered.end(), isAroundSettled) ||
+        !areSettled(entered, mixed)) {
         for (ClusterT* item : entered) item->m_context->cands.clear();
         props.clear();
         return false;
@@ -195,11 +218,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::trackedCands(IStored<ClusterT> first,
     activate(first, last);
     if (!tracks.held.empty() || !tracks.sure) return false;
     followChanges();
-    for (const Seat seat : tracks.unsettled) {
-        m_report.check();
-        if (tracks.kept[seat].order != 0 && !settle(seat)) return false;
-    }
-    if (!replay(first, last, news)) return false;
+    if (!settleAll() || !replay(first, last, news)) return false;
     m_propnum = static_cast<std::uint32_t>(carriedNum());
     m_proplsnum = tracks.carriedLinks;
     if (!settleMutual(props)) {
@@ -214,6 +233,28 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::trackedCands(IStored<ClusterT> first,
             propagate(*item, cls);
     }
     return true;
+}
+
+// When the neighbours are visited depends on what they have for their best.
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleAround(Seat seat) {
+    TracksT& tracks = m_tracks;
+    const std::size_t doubts = tracks.doubts.size();
+    bool sure = true;
+    const auto settleNeighbours = [&](Seat of) {
+        for (const auto& ln : tracks.links[of])
+            if (!ln.isGone() && tracks.takesPart(ln.seat)) sure = refresh(ln.seat) && sure;
+    };
+    settleNeighbours(seat);
+    for (const auto& ln : tracks.links[seat])
+        if (!ln.isGone() && tracks.takesPart(ln.seat) &&
+            !(trackedGain(seat, ln) < tracks.gains[seat] * NEAR))
+            settleNeighbours(ln.seat);
+    for (std::size_t i = doubts; i < tracks.doubts.size(); ++i) {
+        const auto others = tracks.doubts[i].others;
+        for (const Seat other : others) sure = refresh(other) && sure;
+    }
+    return sure;
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -246,6 +287,7 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::literalGmax(Seat seat) {
         AccWeight gain;
         bool own;
     };
+    settleAround(seat);
     const TracksT& tracks = m_tracks;
     std::vector<std::pair<const TrackedLinkT*, AccWeight>> offers;
     for (const auto& ln : tracks.links[seat]) {
@@ -279,12 +321,10 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::literalGmax(Seat seat) {
 
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::settleChainGains() {
-    const auto isInChains = [](const ClusterT* cand) { return cand->m_context->cands.size() > 1; };
     for (const Seat seat : m_tracks.unsettled) {
-        if (m_tracks.bests[seat].aim != TracksT::SEVERAL) continue;
-        auto& ctx = *m_tracks.kept[seat].now->m_context;
-        if (ctx.cands.size() > 1 && std::any_of(ctx.cands.begin(), ctx.cands.end(), isInChains))
-            ctx.gmax = literalGmax(seat);
+        ClusterT& item = *m_tracks.kept[seat].now;
+        if (m_tracks.bests[seat].aim == TracksT::SEVERAL && isInChains(item))
+            item.m_context->gmax = literalGmax(seat);
     }
 }
 

@@ -200,88 +200,28 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::unsettle(Seat seat) {
     m_tracks.unsettled.push_back(seat);
 }
 
-// New clusters are told in the order of their keys. While a best neighbour has grown and hasn't
-// been told yet, others only raise the bound that its new gain is then held against.
 template <bool NONSYMMETRIC, class LinksT>
-template <class RefineT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::hearOf(Seat seat, Seat other, AccWeight pair,
-                                                 Bounds& bounds, RefineT refine) {
+void HierarchyImpl<NONSYMMETRIC, LinksT>::holdAgainstRest(Seat seat, Seat grown, AccWeight pair,
+                                                          const Reach& reach) {
     TracksT& tracks = m_tracks;
-    Best& best = tracks.bests[seat];
-    AccWeight& bestGain = tracks.gains[seat];
-    const AccWeight total = tracks.weights[seat].total;
-    const AccWeight least = clearGain(total);
-    const auto gain = [&] {
-        return pairGain(tracks.weights[seat], tracks.weights[other], pair, [&] {
-            return std::pair(tracks.kept[seat].now->id, tracks.kept[other].now->id);
-        });
+    const Weights& weights = tracks.weights[seat];
+    AccWeight& gain = tracks.gains[seat];
+    const auto isClear = [&] {
+        return gain >= clearGain(weights.total) && gain * NEAR > tracks.bests[seat].rest;
     };
-    if (best.aim == TracksT::UNSETTLED) return;
-    if (best.aim == other) {
-        const auto isClear = [&] { return bestGain >= least && bestGain * NEAR > best.rest; };
-        bestGain = bounds.low;
+    if (pair >= m_boundMin && weights.total <= reach.limit) {
+        gain = pair - weights.total * reach.high;
         if (isClear()) return;
-        refine();
-        bestGain = bounds.low;
-        if (isClear()) return;
-        bestGain = gain();
-        if (!isClear()) unsettle(seat);
-    } else if (best.aim < TracksT::SEATS_MAX) {
-        if (bounds.high <= best.rest) return;
-        refine();
-        if (bounds.high <= best.rest) return;
-        const bool grew = tracks.isNew(best.aim) && tracks.isNew(other) &&
-                          tracks.spots[other].key < tracks.spots[best.aim].key;
-        if (grew || bounds.high < bestGain * NEAR)
-            best.rest = bounds.high;
-        else
-            challenge(seat, other, gain());
-    } else if (best.aim == TracksT::NONE) {
-        const AccWeight loss = clearLoss(total);
-        if (bounds.high < loss) return;
-        refine();
-        if (bounds.high < loss) return;
-        const AccWeight found = gain();
-        if (found <= loss) return;
-        if (!(found >= least)) return unsettle(seat);
-        best.aim = other;
-        bestGain = found;
-        best.rest = 0;
-    } else {
-        unsettle(seat);
     }
+    gain = gainBounds(tracks.weights[grown], weights, pair).low;
+    if (isClear()) return;
+    gain = pairGain(weights, tracks.weights[grown], pair, [&] {
+        return std::pair(tracks.kept[seat].now->id, tracks.kept[grown].now->id);
+    });
+    if (!isClear()) unsettle(seat);
 }
 
-template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::challenge(Seat seat, Seat other, AccWeight gain) {
-    Best& best = m_tracks.bests[seat];
-    AccWeight& bestGain = m_tracks.gains[seat];
-    const AccWeight least = clearGain(m_tracks.weights[seat].total);
-    if (gain < bestGain * NEAR) {
-        best.rest = std::max(best.rest, gain);
-        return;
-    }
-    const auto links = m_tracks.links[seat];
-    const auto old = std::find_if(links.begin(), links.end(),
-                                  [&best](const auto& ln) { return ln.seat == best.aim; });
-    VORL_ASSERT(old != links.end(), "challenge(), the best neighbour must be linked");
-    const AccWeight former = trackedGain(seat, *old);
-    const auto wins = [&](AccWeight a, AccWeight b) {
-        return a >= least && a * NEAR > std::max(b, best.rest);
-    };
-    if (wins(former, gain)) {
-        bestGain = former;
-        best.rest = std::max(best.rest, gain);
-    } else if (wins(gain, former)) {
-        best.aim = other;
-        bestGain = gain;
-        best.rest = std::max(best.rest, former);
-    } else {
-        unsettle(seat);
-    }
-}
-
-// All neighbours of a new cluster take part, so that its best ones are found in the same walk.
+// All neighbours of a new cluster take part, so that they are found in the walk for its best ones.
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::introduce(Seat seat) {
     TracksT& tracks = m_tracks;
@@ -301,37 +241,22 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::introduce(Seat seat) {
         const auto& ln = links[i];
         if (ln.isGone()) continue;
         Best& best = tracks.bests[ln.seat];
+        const AccWeight pair = ln.pair();
         if (best.part >> 1 != level) {
-            if ((best.part >> 1) + 1 != level) {
-                tracks.woken.push_back(ln.seat);
+            const bool isWoken = (best.part >> 1) + 1 != level;
+            if (isWoken || best.aim == TracksT::UNKNOWN || best.aim == TracksT::SEVERAL)
                 unsettle(ln.seat);
-            }
             best.part = 2 * level;
             tracks.active.push_back(ln.seat);
         }
-        const AccWeight pair = ln.pair();
-        // A gain isn't above the weight of the pair.
-        const bool isBound = pair >= m_boundMin;
-        bool hears = best.part == 2 * level && best.aim != TracksT::UNSETTLED;
-        const bool mayLose = best.aim < TracksT::SEATS_MAX && best.aim != seat;
-        if (mayLose && isBound && pair <= best.rest) hears = false;
-        const bool isOpen = i != heaviest && !search.rulesOut(pair);
-        if (!hears && !isOpen) continue;
+        if (best.aim == seat && best.part == 2 * level) holdAgainstRest(ln.seat, seat, pair, reach);
+        if (i == heaviest || search.rulesOut(pair)) continue;
         const AccWeight total = tracks.weights[ln.seat].total;
-        Bounds bounds{-INFINITE, isBound ? pair : INFINITE};
-        bool refined = false;
-        const auto refine = [&] {
-            if (!refined) bounds = gainBounds(weights, tracks.weights[ln.seat], pair);
-            refined = true;
-        };
-        if (isBound && total <= reach.limit)
-            bounds = {pair - total * reach.high, pair - total * reach.low};
-        if (hears && !(mayLose && bounds.high <= best.rest))
-            hearOf(ln.seat, seat, pair, bounds, refine);
-        if (!isOpen) continue;
-        if (!(bounds.high < search.lost())) refine();
-        if (bounds.high < search.lost())
-            search.rest = std::max(search.rest, bounds.high);
+        AccWeight high = INFINITE;
+        if (pair >= m_boundMin && total <= reach.limit) high = pair - total * reach.low;
+        if (!(high < search.lost())) high = gainBounds(weights, tracks.weights[ln.seat], pair).high;
+        if (high < search.lost())
+            search.rest = std::max(search.rest, high);
         else
             consider(seat, ln, search);
     }
@@ -344,7 +269,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::activate(IStored<ClusterT> first,
     TracksT& tracks = m_tracks;
     ++tracks.level;
     tracks.formerly.swap(tracks.active);
-    for (auto* list : {&tracks.active, &tracks.woken, &tracks.unsettled}) list->clear();
+    for (auto* list : {&tracks.active, &tracks.unsettled}) list->clear();
     tracks.ties.clear();
     tracks.doubts.clear();
     tracks.carriedBefore = tracks.carried;
@@ -361,19 +286,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::activate(IStored<ClusterT> first,
     }
 }
 
-// What takes part again is new to its neighbours, and what no longer does is the best of none.
+// What no longer takes part is the best of none.
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::followChanges() {
     TracksT& tracks = m_tracks;
-    for (const Seat seat : tracks.woken)
-        for (const auto& ln : tracks.links[seat]) {
-            if (ln.isGone() || tracks.bests[ln.seat].part != 2 * tracks.level) continue;
-            const AccWeight pair = ln.pair();
-            Bounds bounds{-INFINITE, pair >= m_boundMin ? pair : INFINITE};
-            hearOf(ln.seat, seat, pair, bounds, [&] {
-                bounds = gainBounds(tracks.weights[ln.seat], tracks.weights[seat], pair);
-            });
-        }
     for (std::size_t i = 0; i < tracks.formerly.size(); ++i) {
         if (i + TracksT::AHEAD < tracks.formerly.size())
             __builtin_prefetch(&tracks.bests[tracks.formerly[i + TracksT::AHEAD]]);
@@ -391,11 +307,18 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::followChanges() {
     }
 }
 
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::refresh(Seat seat) {
+    if (m_tracks.isSought(seat)) return true;
+    m_tracks.kept[seat].sought = m_tracks.level;
+    return settle(seat);
+}
+
 #define VORL_INSTANTIATE(NONSYM, LinksT)                                               \
     template void HierarchyImpl<NONSYM, LinksT>::activate(Clusters<LinksT>::iterator,  \
                                                           Clusters<LinksT>::iterator); \
     template void HierarchyImpl<NONSYM, LinksT>::followChanges();                      \
-    template bool HierarchyImpl<NONSYM, LinksT>::settle(std::uint32_t);                \
+    template bool HierarchyImpl<NONSYM, LinksT>::refresh(std::uint32_t);               \
     template AccWeight HierarchyImpl<NONSYM, LinksT>::trackedGain(                     \
         std::uint32_t, const TrackedLink<NONSYM>&) const;
 
