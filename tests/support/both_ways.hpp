@@ -10,7 +10,6 @@
 #include <vorl/types/cluster_ids.hpp>
 
 #include <exception>
-#include <limits>
 #include <string>
 
 namespace vorl::test {
@@ -24,9 +23,8 @@ std::string buildText(const TestNetwork& network, const ClusterOptions& options,
     try {
         HierarchyImpl<NONSYMMETRIC, LinksT> hier(makeNodes<LinksT>(network), options);
         // Some of them turn to the other way amid the build.
-        const AccWeight from[] = {1, 0, 0, 4, 0, 0};
-        hier.m_trackFrom =
-            literal ? std::numeric_limits<AccWeight>::infinity() : from[network.nodesNum % 6];
+        const Size from[] = {1, 1, 1, 3, 1, 2};
+        hier.m_trackFrom = literal ? LEVEL_MAX : from[network.nodesNum % 6];
         hier.build(options.validation, options.rootMax, options.gainMarg, options.modtrace);
         text = describe(hier);
         for (const auto* cl : hier.root()) {

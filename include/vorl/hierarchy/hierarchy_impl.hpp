@@ -114,10 +114,9 @@ public:
     AccLinksT m_newSums;              ///< the same, links to the clusters of the level
     std::vector<std::size_t> m_runs;  ///< where the links of each descendant begin in m_sums
     TracksT m_tracks;
-    /// Levels touch only what changed as soon as the carried clusters that take part have so many
-    /// times the links of the new ones: before that all changes, and links take the least memory as
-    /// they are. Results don't depend on it; tests set it to 0, and to infinity for literal levels.
-    AccWeight m_trackFrom = 1;
+    /// From this level on levels touch only what changed. Results don't depend on it; tests compare
+    /// with literal levels.
+    Size m_trackFrom = 1;
     ProgressReporter m_report;
 
     /// Takes the nodes over; the argument is left empty.
@@ -413,7 +412,7 @@ private:
     /// Tells after the first level whether there may be any.
     /// @param mirrored whether the nodes' links have back links, of edges with the same weights
     void allowTracks(bool mirrored);
-    /// Begins with them after a level where they pay.
+    /// Begins with them after a level.
     void startTracks();
     /// Gives all clusters their links back and ends with tracked levels.
     void leaveTracks();

@@ -77,7 +77,7 @@ public:
     void reserveAll(Size seats, Size links) {
         m_lists.reserve(seats);
         m_order.reserve(2 * seats);
-        m_links.reserve(links + links / 8 + 1);
+        m_links.reserve(links + links / 4 + 1);
         m_limit = m_links.capacity();
     }
     /// The next seat, its list being empty.

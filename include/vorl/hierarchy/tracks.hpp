@@ -140,7 +140,6 @@ struct Tracks {
     bool on = false;
     bool tracked = false;     ///< the last level wasn't made literally
     bool sure = true;         ///< no candidates may depend on the order of the visits
-    Size touchedLinks = 0;    ///< before: links of the carried clusters that take part, about
     AccWeight coarse = 0;     ///< adding it to a weight leaves multiples of the unit of exact sums
     std::uint32_t level = 1;  ///< number of the level in the making
     std::uint32_t carried = 0;        ///< numbers given to carried clusters so far

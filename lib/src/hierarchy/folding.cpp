@@ -301,7 +301,6 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
     if (rdsnum != 0)
         reduceItems<ClusterT>(clusters, rdsnum, m_reductionClusters,
                               "  >> foldLevel(), links reduced for %u / %u / %lu cls\n");
-    m_tracks.touchedLinks = CLUSTERS ? m_proplsnum - std::min(m_proplsnum, furproplsnum) : 0;
     m_propnum = furpropnum;
     m_proplsnum = furproplsnum;
 }

@@ -33,13 +33,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::seatCluster(ClusterT& cl, Seat seat) {
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::startTracks() {
     TracksT& tracks = m_tracks;
-    if (tracks.on || !tracks.allowed) return;
+    if (tracks.on || !tracks.allowed || m_levels.size() < m_trackFrom) return;
     ClustersT& clusters = m_levels.back().clusters;
-    Size news = 0;
-    for (const ClusterT& cl : clusters) news += cl.links.size();
-    if (!(static_cast<AccWeight>(tracks.touchedLinks) >=
-          m_trackFrom * static_cast<AccWeight>(news)))
-        return;
     tracks.on = true;
     m_marks.cover();
     m_marks.track();
@@ -61,7 +56,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::startTracks() {
     // All lists ascend, so that the back links to a cluster come one after the other.
     for (ClusterT* item : items) m_marks.of(item).place = 0;
     // Both copies of all links at once would be the most memory that a build takes.
-    const Size step = std::max(links / 16, (Size{1} << 22) / sizeof(TrackedLinkT));
+    const Size step = std::max(links / 4, (Size{1} << 22) / sizeof(TrackedLinkT));
     Size moved = 0;
     for (ClusterT* item : items) {
         if (moved >= step) {
