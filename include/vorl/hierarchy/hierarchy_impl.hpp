@@ -498,6 +498,8 @@ private:
     void assignRoles(const ClustersT& clusters, const std::vector<Seat>& absorbed);
     /// Adds the links of the members to those on the seat of the new cluster.
     void joinLinks(ClusterT& cl);
+    /// Enters the sums of a new cluster as its links; leaves it that to itself.
+    void enterSums(ClusterT& cl);
     /// The sum of the links of the new cluster to a seat.
     TrackedSum& sumOf(Seat seat);
     /// Calls for each seat that links to a seat lead to after folding, with the number of parts

@@ -318,6 +318,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::refresh(Seat seat) {
     template void HierarchyImpl<NONSYM, LinksT>::activate(Clusters<LinksT>::iterator,  \
                                                           Clusters<LinksT>::iterator); \
     template void HierarchyImpl<NONSYM, LinksT>::followChanges();                      \
+    template void HierarchyImpl<NONSYM, LinksT>::unsettle(std::uint32_t);              \
     template bool HierarchyImpl<NONSYM, LinksT>::refresh(std::uint32_t);               \
     template AccWeight HierarchyImpl<NONSYM, LinksT>::trackedGain(                     \
         std::uint32_t, const TrackedLink<NONSYM>&) const;

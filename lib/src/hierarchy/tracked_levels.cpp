@@ -368,16 +368,26 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::joinLinks(ClusterT& cl) {
         eachOwn(TracksT::SUMMED, [&](const TrackedLinkT& ln, std::uint32_t place) {
             sums[tracks.spots[ln.seat].place].own = place;
         });
+    enterSums(cl);
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::enterSums(ClusterT& cl) {
+    using Sum = typename TracksT::Sum;
+    TracksT& tracks = m_tracks;
+    const auto& sums = tracks.sums;
+    const Seat own = m_marks.seat(&cl);
     const auto further = std::count_if(sums.begin(), sums.end(),
                                        [](const Sum& sum) { return sum.own == Sum::NONE; });
     tracks.links.reserveMore(own, static_cast<std::size_t>(further));
     for (const Sum& sum : sums) {
-        roles[sum.seat] &= static_cast<std::uint8_t>(~TracksT::SUMMED);
+        std::uint8_t& role = tracks.roles[sum.seat];
+        role &= static_cast<std::uint8_t>(~TracksT::SUMMED);
         if (sum.seat == own) {
             cl.links.emplace_back(&cl, sum.weight);
             continue;
         }
-        const bool isNew = roles[sum.seat] & TracksT::RENEWED;
+        const bool isNew = role == TracksT::RENEWED;
         std::uint32_t place = sum.own;
         if (place == Sum::NONE) {
             place = tracks.links.newPlace(own);
