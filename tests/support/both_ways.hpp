@@ -25,6 +25,7 @@ std::string buildText(const TestNetwork& network, const ClusterOptions& options,
         // Some of them turn to the other way amid the build.
         const Size from[] = {1, 1, 1, 3, 1, 2};
         hier.m_trackFrom = literal ? LEVEL_MAX : from[network.nodesNum % 6];
+        hier.m_sharedMax = 1;
         hier.build(options.validation, options.rootMax, options.gainMarg, options.modtrace);
         text = describe(hier);
         for (const auto* cl : hier.root()) {

@@ -117,6 +117,8 @@ public:
     /// From this level on levels touch only what changed. Results don't depend on it; tests compare
     /// with literal levels.
     Size m_trackFrom = 1;
+    /// But where more of the members are shared, since of those no seat can be taken over.
+    AccWeight m_sharedMax = 0.5;
     ProgressReporter m_report;
 
     /// Takes the nodes over; the argument is left empty.

@@ -42,13 +42,13 @@ namespace vorl {
 /// 4. Only two that have each other for their best become candidates of each other, so what a
 ///    cluster knows isn't kept up with all that is new. It knows the best neighbour that it found
 ///    when it last looked, and a bound of its gains with all others that took part then. New
-///    clusters look, and what takes part again, or with several best ones, or with one that takes
-///    part no more, or that grew and no longer gains clearly more than the bound; so does what
-///    clustering left over. All others have none of those that they knew for a candidate but the
-///    best one. Whoever looks makes its best neighbours look, too. So of two that have each other
-///    for their best both have looked: for if neither did, take the one that looked last. It knew
-///    the other. Was that its best, the other looked at the same time, and they would be candidates
-///    since then; was it not, it still isn't.
+///    clusters have to look, and what takes part again, or with several best ones, or with one that
+///    takes part no more, or that grew and no longer gains clearly more than the bound; so does
+///    what clustering left over. All others have none of those that they knew for a candidate but
+///    the best one. What has to look makes its best neighbours look, too. So of two that have each
+///    other for their best both look: for if neither did, take the one that had to last. It knew
+///    the other. Was that its best, the other had to look as well, and they would be candidates
+///    since then; was it not, it still isn't, also if it looked since without having to.
 /// 5. Bounds of gains are bounds of the dynamic gamma: the logarithmic mean L of two numbers lies
 ///    between the geometric mean G and (2G + A) / 3 with the arithmetic mean A. For with x = G e^u
 ///    and y = G e^-u, L / G = sinh u / u = sum of u^2k / (2k+1)!, while the other two are 1 and
@@ -80,7 +80,7 @@ struct Tracks {
     struct Best {
         std::uint32_t part = 0;  ///< twice the last level that it took part in, 1 more if new there
         Seat aim = UNKNOWN;      ///< the neighbour with the best gain
-        AccWeight rest = 0;      ///< what the gains with all others aren't above, see 4.
+        AccWeight rest = 0;      ///< the bound of the gains with all others that took part then
     };
 
     /// What a seat is while a level is folded.
@@ -94,8 +94,9 @@ struct Tracks {
     struct Spot {
         static constexpr std::uint32_t SHARED = 0xFFFFFFFF;
 
-        std::uint32_t key = 0;    ///< ascends with the address of the cluster
-        std::uint32_t place = 0;  ///< of the sum; of what is absorbed the seat of its only owner
+        std::uint32_t key = 0;  ///< ascends with the address of the cluster
+        /// Of the sum, or the seat that the only owner of what is absorbed has.
+        std::uint32_t place = 0;
     };
 
     /// The rest.

@@ -23,8 +23,8 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::isBestOf(Seat seat, Seat other) {
     return std::find(ties.begin(), ties.end(), seat) != ties.end();
 }
 
-// Only a cluster whose best neighbours are sought may have others for candidates that it hadn't
-// before, so it is enough that these seek theirs as well.
+// What has to seek its best neighbours makes these seek theirs, see `Tracks`; so all that may have
+// mutual candidates is in the list in the end.
 template <bool NONSYMMETRIC, class LinksT>
 bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleAll() {
     TracksT& tracks = m_tracks;

@@ -35,6 +35,15 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::startTracks() {
     TracksT& tracks = m_tracks;
     if (tracks.on || !tracks.allowed || m_levels.size() < m_trackFrom) return;
     ClustersT& clusters = m_levels.back().clusters;
+    Size members = 0;
+    Size shared = 0;
+    for (const ClusterT& cl : clusters) {
+        members += cl.des.size();
+        shared += static_cast<Size>(
+            std::count_if(cl.des.begin(), cl.des.end(),
+                          [](const NodeI<LinksT>* item) { return item->owners.size() > 1; }));
+    }
+    if (static_cast<AccWeight>(shared) > m_sharedMax * static_cast<AccWeight>(members)) return;
     tracks.on = true;
     m_marks.cover();
     m_marks.track();
