@@ -319,6 +319,7 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::literalGmax(Seat seat) {
     return gmax;
 }
 
+// All that has mutual candidates had to look for its best ones, and so is in the list.
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::settleChainGains() {
     for (const Seat seat : m_tracks.unsettled) {

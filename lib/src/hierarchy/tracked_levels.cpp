@@ -482,6 +482,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::assignRoles(const ClustersT& clusters,
         m_marks.seat(&cl) = own;
         tracks.roles[own] = TracksT::RENEWED;
     }
+    // A seat that is taken over keeps its place for sums; the others tell where their links go.
     for (const Seat seat : absorbed) {
         if (tracks.roles[seat] == TracksT::RENEWED) continue;
         const ClusterT* owner = ownerOf(seat);
