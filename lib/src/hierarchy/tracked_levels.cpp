@@ -65,7 +65,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::startTracks() {
     // All lists ascend, so that the back links to a cluster come one after the other.
     for (ClusterT* item : items) m_marks.of(item).place = 0;
     // Both copies of all links at once would be the most memory that a build takes.
-    const Size step = std::max(links / 4, (Size{1} << 22) / sizeof(TrackedLinkT));
+    const Size step = std::max(links / 16, (Size{1} << 22) / sizeof(TrackedLinkT));
     Size moved = 0;
     for (ClusterT* item : items) {
         if (moved >= step) {
