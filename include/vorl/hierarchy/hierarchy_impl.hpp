@@ -400,12 +400,14 @@ private:
     };
     /// The search of one cluster for its best gain; those near it are listed in the tracks.
     struct Search {
+        Seat seat;
+        Weights weights;
+        Reach reach;
         AccWeight loss;  ///< what is below is less than 0 for certain
         AccWeight top = -std::numeric_limits<AccWeight>::infinity();
         AccWeight rest = -std::numeric_limits<AccWeight>::infinity();  ///< the others aren't above
         bool sure = true;
 
-        explicit Search(AccWeight clearLoss) : loss(clearLoss) {}
         AccWeight lost() const { return top > 0 ? top * NEAR : loss; }
         /// Whether a pair's weight tells that its gain is neither near the best nor above the rest.
         bool rulesOut(AccWeight pair) const { return pair <= rest && pair < lost(); }
@@ -433,13 +435,18 @@ private:
     Reach reachOf(const Weights& cl) const;
     /// Finds what takes part in the level and which of it has to seek its best neighbour.
     void activate(IStored<ClusterT> first, IStored<ClusterT> last);
-    /// Holds the gain of a cluster with its best neighbour, which has grown, against all others.
-    void holdAgainstRest(Seat seat, Seat grown, AccWeight pair, const Reach& reach);
+    /// Holds the gain of a neighbour, of which the cluster that has grown is the best one, against
+    /// those that the neighbour has with all others.
+    void holdAgainstRest(const TrackedLinkT& ln, const Search& search);
     /// Finds the best neighbours of a cluster of the level below, and what else takes part by it.
     void introduce(Seat seat);
-    void consider(Seat seat, const TrackedLinkT& ln, Search& search);
+    Search beginSearch(Seat seat);
+    /// Holds the gain of a link against those found so far.
+    void consider(const TrackedLinkT& ln, Search& search);
+    /// The same, unless bounds tell that it isn't near the best one.
+    void weigh(const TrackedLinkT& ln, Search& search);
     /// @return false if the best neighbours may depend on the order of the visits
-    bool conclude(Seat seat, const Search& search);
+    bool conclude(const Search& search);
     void unsettle(Seat seat);
     void followChanges();
     /// Finds the best neighbours of a cluster.

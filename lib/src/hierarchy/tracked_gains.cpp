@@ -81,9 +81,18 @@ AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::trackedGain(Seat seat,
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::consider(Seat seat, const TrackedLinkT& ln,
-                                                   Search& search) {
-    const AccWeight gain = trackedGain(seat, ln);
+auto HierarchyImpl<NONSYMMETRIC, LinksT>::beginSearch(Seat seat) -> Search {
+    m_tracks.near.clear();
+    const Weights weights = m_tracks.weights[seat];
+    return {.seat = seat,
+            .weights = weights,
+            .reach = reachOf(weights),
+            .loss = clearLoss(weights.total)};
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::consider(const TrackedLinkT& ln, Search& search) {
+    const AccWeight gain = trackedGain(search.seat, ln);
     if (std::isnan(gain)) search.sure = false;
     if (gain >= search.lost()) m_tracks.near.emplace_back(gain, ln.seat);
     if (gain > search.top) {
@@ -95,11 +104,26 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::consider(Seat seat, const TrackedLinkT
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-bool HierarchyImpl<NONSYMMETRIC, LinksT>::conclude(Seat seat, const Search& search) {
+void HierarchyImpl<NONSYMMETRIC, LinksT>::weigh(const TrackedLinkT& ln, Search& search) {
+    const AccWeight pair = ln.pair();
+    const Weights& other = m_tracks.weights[ln.seat];
+    AccWeight high = INFINITE;
+    if (pair >= m_boundMin && other.total <= search.reach.limit)
+        high = pair - other.total * search.reach.low;
+    if (!(high < search.lost())) high = gainBounds(search.weights, other, pair).high;
+    if (high < search.lost())
+        search.rest = std::max(search.rest, high);
+    else
+        consider(ln, search);
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::conclude(const Search& search) {
     TracksT& tracks = m_tracks;
+    const Seat seat = search.seat;
     Best& best = tracks.bests[seat];
     AccWeight& bestGain = tracks.gains[seat];
-    const AccWeight total = tracks.weights[seat].total;
+    const AccWeight total = search.weights.total;
     auto& near = tracks.near;
     const AccWeight top = search.top;
     best.aim = TracksT::NONE;
@@ -161,10 +185,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::settle(Seat seat) {
     const TracksT& tracks = m_tracks;
     const auto links = tracks.links[seat];
     const std::size_t count = links.size();
-    const Weights weights = tracks.weights[seat];
-    const Reach reach = reachOf(weights);
-    m_tracks.near.clear();
-    Search search(clearLoss(weights.total));
+    Search search = beginSearch(seat);
     // The heaviest link first, since its gain rules most others out.
     std::size_t heaviest = count;
     for (std::size_t i = 0; i < count; ++i) {
@@ -175,23 +196,14 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::settle(Seat seat) {
             tracks.takesPart(ln.seat))
             heaviest = i;
     }
-    if (heaviest != count) consider(seat, links[heaviest], search);
+    if (heaviest != count) consider(links[heaviest], search);
     for (std::size_t i = 0; i < count; ++i) {
         const auto& ln = links[i];
-        if (ln.isGone() || i == heaviest || search.rulesOut(ln.pair()) ||
-            !tracks.takesPart(ln.seat))
-            continue;
-        const AccWeight total = tracks.weights[ln.seat].total;
-        AccWeight high = INFINITE;
-        if (ln.pair() >= m_boundMin && total <= reach.limit) high = ln.pair() - total * reach.low;
-        if (!(high < search.lost()))
-            high = gainBounds(weights, tracks.weights[ln.seat], ln.pair()).high;
-        if (high < search.lost())
-            search.rest = std::max(search.rest, high);
-        else
-            consider(seat, ln, search);
+        if (!ln.isGone() && i != heaviest && !search.rulesOut(ln.pair()) &&
+            tracks.takesPart(ln.seat))
+            weigh(ln, search);
     }
-    return conclude(seat, search);
+    return conclude(search);
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -201,22 +213,24 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::unsettle(Seat seat) {
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::holdAgainstRest(Seat seat, Seat grown, AccWeight pair,
-                                                          const Reach& reach) {
+void HierarchyImpl<NONSYMMETRIC, LinksT>::holdAgainstRest(const TrackedLinkT& ln,
+                                                          const Search& search) {
     TracksT& tracks = m_tracks;
+    const Seat seat = ln.seat;
+    const AccWeight pair = ln.pair();
     const Weights& weights = tracks.weights[seat];
     AccWeight& gain = tracks.gains[seat];
     const auto isClear = [&] {
         return gain >= clearGain(weights.total) && gain * NEAR > tracks.bests[seat].rest;
     };
-    if (pair >= m_boundMin && weights.total <= reach.limit) {
-        gain = pair - weights.total * reach.high;
+    if (pair >= m_boundMin && weights.total <= search.reach.limit) {
+        gain = pair - weights.total * search.reach.high;
         if (isClear()) return;
     }
-    gain = gainBounds(tracks.weights[grown], weights, pair).low;
+    gain = gainBounds(search.weights, weights, pair).low;
     if (isClear()) return;
-    gain = pairGain(weights, tracks.weights[grown], pair, [&] {
-        return std::pair(tracks.kept[seat].now->id, tracks.kept[grown].now->id);
+    gain = pairGain(weights, search.weights, pair, [&] {
+        return std::pair(tracks.kept[seat].now->id, tracks.kept[search.seat].now->id);
     });
     if (!isClear()) unsettle(seat);
 }
@@ -228,20 +242,16 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::introduce(Seat seat) {
     const std::uint32_t level = tracks.level;
     const auto links = tracks.links[seat];
     const std::size_t count = links.size();
-    const Weights weights = tracks.weights[seat];
-    const Reach reach = reachOf(weights);
-    tracks.near.clear();
-    Search search(clearLoss(weights.total));
+    Search search = beginSearch(seat);
     // The heaviest link first, since its gain rules most others out.
     const std::size_t heaviest = tracks.kept[seat].heaviest;
-    if (heaviest < count) consider(seat, links[heaviest], search);
+    if (heaviest < count) consider(links[heaviest], search);
     for (std::size_t i = 0; i < count; ++i) {
         if (i + TracksT::AHEAD < count && !links[i + TracksT::AHEAD].isGone())
             __builtin_prefetch(&tracks.bests[links[i + TracksT::AHEAD].seat]);
         const auto& ln = links[i];
         if (ln.isGone()) continue;
         Best& best = tracks.bests[ln.seat];
-        const AccWeight pair = ln.pair();
         if (best.part >> 1 != level) {
             const bool isWoken = (best.part >> 1) + 1 != level;
             if (isWoken || best.aim == TracksT::UNKNOWN || best.aim == TracksT::SEVERAL)
@@ -249,18 +259,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::introduce(Seat seat) {
             best.part = 2 * level;
             tracks.active.push_back(ln.seat);
         }
-        if (best.aim == seat && best.part == 2 * level) holdAgainstRest(ln.seat, seat, pair, reach);
-        if (i == heaviest || search.rulesOut(pair)) continue;
-        const AccWeight total = tracks.weights[ln.seat].total;
-        AccWeight high = INFINITE;
-        if (pair >= m_boundMin && total <= reach.limit) high = pair - total * reach.low;
-        if (!(high < search.lost())) high = gainBounds(weights, tracks.weights[ln.seat], pair).high;
-        if (high < search.lost())
-            search.rest = std::max(search.rest, high);
-        else
-            consider(seat, ln, search);
+        if (best.aim == seat && best.part == 2 * level) holdAgainstRest(ln, search);
+        if (i != heaviest && !search.rulesOut(ln.pair())) weigh(ln, search);
     }
-    if (!conclude(seat, search)) tracks.sure = false;
+    if (!conclude(search)) tracks.sure = false;
 }
 
 template <bool NONSYMMETRIC, class LinksT>
