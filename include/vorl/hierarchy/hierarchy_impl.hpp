@@ -315,6 +315,14 @@ private:
     /// The share of its best gain below which an offer would not tie, 1 - 2^-26.5.
     static constexpr AccWeight OFFER = 0.9999999894632878;
 
+    /// An item learns at once the best that it has been offered, a hair below the gain, such that
+    /// its own equal gain ties with the value. Candidates thus don't depend on the order of the
+    /// visits, but where gains nearly tie.
+    static void offer(AccWeight& gmax, AccWeight gain) {
+        const AccWeight value = OFFER * gain;
+        if (less(gmax, value)) gmax = value;
+    }
+
     /// What a gain below is below a best gain, too, whatever the tolerance makes of it; 0 where the
     /// best gain is so small that others tie with it.
     static AccWeight lostBelow(AccWeight gmax) { return gmax >= 1e-6 ? gmax * (1 - 0x1p-20) : 0; }
@@ -413,11 +421,20 @@ private:
         bool rulesOut(AccWeight pair) const { return pair <= rest && pair < lost(); }
     };
 
-    /// Tells after the first level whether there may be any.
+    /// Tells whether there may be any.
     /// @param mirrored whether the nodes' links have back links, of edges with the same weights
     void allowTracks(bool mirrored);
-    /// Begins with them after a level.
-    void startTracks();
+    /// Begins with them while a level is folded: gives all clusters their seats, unless they are to
+    /// stay literal.
+    /// @return whether levels are tracked from now on
+    bool startTracks();
+    /// Moves the links of a cluster to its seat, but for that to itself; in the order of the seats.
+    void trackLinks(ClusterT& item);
+    void trackAllLinks();
+    /// Tells the links the weights of their pairs.
+    void pairTracked();
+    /// Ends the folding that tracked levels begin with.
+    void seatFolded();
     /// Gives all clusters their links back and ends with tracked levels.
     void leaveTracks();
     /// Finds the candidates of a level.
@@ -428,8 +445,8 @@ private:
                       PropagatesT& props, ClustersT& cls);
     /// Prepares what takes part for a literal level.
     void beginLiterally(IStored<ClusterT> first, IStored<ClusterT> last);
-    /// The gain as the cluster on a seat finds it.
-    AccWeight trackedGain(Seat seat, const TrackedLinkT& ln) const;
+    /// The gain with a neighbour, as the cluster on a seat finds it.
+    AccWeight trackedGain(Seat seat, Seat dest, AccWeight pair) const;
     Bounds gainBounds(const Weights& a, const Weights& b, AccWeight pair) const;
     /// Bounds for a cluster with all that are light beside it.
     Reach reachOf(const Weights& cl) const;
@@ -445,48 +462,53 @@ private:
     void consider(const TrackedLinkT& ln, Search& search);
     /// The same, unless bounds tell that it isn't near the best one.
     void weigh(const TrackedLinkT& ln, Search& search);
-    /// @return false if the best neighbours may depend on the order of the visits
+    /// @return false if gains are so near to 0 that the best neighbours can't be told
     bool conclude(const Search& search);
     void unsettle(Seat seat);
     void followChanges();
     /// Finds the best neighbours of a cluster.
-    /// @return false if they may depend on the order of the visits
+    /// @return false if they can't be told
     bool settle(Seat seat);
     /// Finds those of all clusters that may have mutual candidates anew.
-    /// @return false if they may depend on the order of the visits
+    /// @return false if they can't be told
     bool settleAll();
     /// The same of one, if they haven't been sought on the level.
     bool refresh(Seat seat);
-    /// The same of the neighbours that may tell when a cluster is offered its best gains.
-    bool settleAround(Seat seat);
     /// Calls for each neighbour that reaches the best gain.
     template <class VisitT>
     void visitBest(Seat seat, VisitT visit);
     bool isBestOf(Seat seat, Seat other);
-    /// Finds which clusters of the level below have no mutual candidates, and in which order a
-    /// literal level propagates these.
-    /// @return false if that may depend on doubtful clusters
-    bool replay(IStored<ClusterT> first, IStored<ClusterT> last, PropagatesT& news);
+    /// Whether the candidates of a cluster, or the value of its best gain, may depend on the order
+    /// of the visits.
+    bool dependsOnOrder(Seat seat);
+    /// @name The visits of a literal level, as far as they tell what has mutual candidates
+    /// @{
+
+    /// Begins a round of visits: finds what clusters that find their candidates literally may be
+    /// offered.
+    void beginVisits();
+    void takeOut(Seat seat);
+    /// Finds the candidates of a cluster.
+    /// @return whether there are any
+    bool define(Seat seat);
+    /// @return whether the cluster has mutual candidates
+    bool visit(Seat seat);
+    /// Visits the clusters of the level below.
+    /// @param[out] news those that have mutual candidates
+    void visitNew(IStored<ClusterT> first, IStored<ClusterT> last, PropagatesT& news);
+    /// Visits those carried clusters that the candidates of others may depend on: what finds its
+    /// candidates literally but hasn't been asked for them yet, what may be out of the level by
+    /// then, and so on; and of what may ask for the candidates of one of these just that it does.
+    /// Where more has to find its candidates literally, that is listed and a new round needed.
+    /// @return false if the best neighbours of one can't be told
+    bool visitCarried();
+    /// Makes all these visits.
+    /// @return false if the best neighbours of one can't be told
+    bool visitAll(IStored<ClusterT> first, IStored<ClusterT> last, PropagatesT& news);
+    /// @}
+
     /// Hands the mutual candidates to the contexts.
-    /// @return false if their best gains may depend on the order of the visits
-    bool settleMutual(PropagatesT& props);
-    /// Whether the mutual candidates don't depend on the order of the visits.
-    /// @param entered what has some
-    /// @param mixed those with some of several best neighbours, whose gains aren't the same
-    bool areSettled(const PropagatesT& entered, const PropagatesT& mixed);
-    /// The best gain as a literal level leaves it, of a cluster that has mutual candidates.
-    AccWeight literalGmax(Seat seat);
-    /// When a literal level defines the candidates of a cluster: the place of the visit that asks
-    /// for them, and their place in this visit.
-    std::pair<Size, Size> definition(Seat seat);
-    void settleChainGains();
-    /// Whether the gain of one with several candidates may be that of a chain.
-    static bool isInChains(const ClusterT& item) {
-        const auto& cands = item.m_context->cands;
-        return cands.size() > 1 && std::any_of(cands.begin(), cands.end(), [](const auto* cand) {
-                   return cand->m_context->cands.size() > 1;
-               });
-    }
+    void settleMutual(PropagatesT& props);
     /// Takes the absorbed clusters out of `m_propagates`.
     void settleCarried();
     Size carriedNum() const { return m_propagates.size() - m_tracks.absorbed; }

@@ -73,13 +73,17 @@ public:
     /// Whether there are so many holes that they are worth to be closed.
     bool isHoley(Seat seat) const { return m_lists[seat].gone > m_lists[seat].size / 8 + 1; }
 
-    /// Makes room for so many seats and links.
-    void reserveAll(Size seats, Size links) {
+    void reserveSeats(Size seats) {
         m_lists.reserve(seats);
         m_order.reserve(2 * seats);
-        m_links.reserve(links + links / 4 + 1);
+    }
+    /// Makes room for so many links, and for some more that come later.
+    void reserveLinks(Size links) {
+        m_links.reserve(withSlack(links));
         m_limit = m_links.capacity();
     }
+    /// The room that is left for links follows from those that are there now.
+    void limitRoom() { m_limit = std::min(m_links.capacity(), withSlack(m_links.size())); }
     /// The next seat, its list being empty.
     void addSeat() { m_lists.emplace_back(); }
     /// Appends a link; all lists may move.
@@ -114,6 +118,7 @@ private:
         Place hole = 0;  ///< the place of one, which tells the next as its mate
     };
 
+    static std::size_t withSlack(std::size_t links) { return links + links / 4 + 1; }
     void compact();
 
     std::vector<List, LargePageAllocator<List>> m_lists;

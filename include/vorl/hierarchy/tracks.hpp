@@ -31,14 +31,18 @@ namespace vorl {
 ///    those of them that reach it. What is taken out of the level early is no candidate any more,
 ///    but its offer stands; so a cluster may be left with none.
 /// 3. Where the largest gain is clear, by more than rounding and the tolerance of comparisons could
-///    make of it, the candidate doesn't depend on the value. Where several reach it they must be
-///    the same number. What lies in between makes a cluster doubtful: what may tie with an offer of
-///    the largest gain, or with what ties with that, is a candidate only if all that reach the
-///    largest are out, since else that takes the place of its offer; and where the largest may tie
-///    with its offer or with what lies below, all are taken for its best. If none of those in
-///    question has the doubtful cluster for its best, or is itself in doubt about it, that makes no
-///    difference, but for the order in which clusters are visited; where it makes one, the level is
-///    made literally.
+///    make of it, and where all that reach it are the same 32-bit number, the candidates don't
+///    depend on the order of the visits. Where gains nearly tie they do: what ties with a value
+///    doesn't take its place, so that of a row of such gains and offers those stay that come
+///    first. So do the last bits of the best gains, by which groups of candidates are judged. The
+///    few clusters that this is true of find their candidates literally, while the visits of a
+///    literal level are gone through: all those of the clusters of the level below, which also
+///    tell what is propagated in which order, but of the carried ones only those that matter. The
+///    candidates of a cluster that nobody has asked for by then depend on which of its best
+///    neighbours are out, so these are in question as well, and so on; but two that are the only
+///    best ones of each other are never out. Of other visits the first counts that asks for the
+///    candidates; it isn't left out either, since what has the cluster for its best is out only if
+///    that is.
 /// 4. Only two that have each other for their best become candidates of each other, so what a
 ///    cluster knows isn't kept up with all that is new. It knows the best neighbour that it found
 ///    when it last looked, and a bound of its gains with all others that took part then. New
@@ -101,15 +105,17 @@ struct Tracks {
 
     /// The rest.
     struct Kept {
-        ClusterT* now = nullptr;     ///< the cluster on the seat, null if there is none any more
-        std::uint32_t order = 0;     ///< among the carried clusters; 0 for one of the level below
-        std::uint32_t defined = 0;   ///< the last level on which a candidate was found to take part
-        std::uint32_t out = 0;       ///< the last level that the cluster was taken out of
-        std::uint32_t sought = 0;    ///< the last level on which its best neighbours were sought
-        std::uint32_t ties = 0;      ///< which of the lists of ties is that of the cluster
-        std::uint32_t doubt = 0;     ///< which of the doubts, if any, is that of the cluster
-        std::uint32_t heaviest = 0;  ///< the place of the heaviest link of a new cluster
-        bool mixed = false;          ///< gains of several best neighbours tie, but aren't the same
+        ClusterT* now = nullptr;    ///< the cluster on the seat, null if there is none any more
+        std::uint32_t order = 0;    ///< among the carried clusters; 0 for one of the level below
+        std::uint32_t sought = 0;   ///< the last level on which its best neighbours were sought
+        std::uint32_t literal = 0;  ///< the last level on which it finds its candidates literally
+        std::uint32_t defined = 0;  ///< the last round in which its candidates were found
+        std::uint32_t out = 0;      ///< the last round in which it was taken out of the level
+        std::uint32_t inQuestion = 0;  ///< the last round in which its visit was made
+        std::uint32_t ties = 0;        ///< which of the lists of ties is that of the cluster
+        std::uint32_t offers = 0;      ///< the place of its first offer, if there is one
+        std::uint32_t heaviest = 0;    ///< the place of the heaviest link of a new cluster
+        bool doubtful = false;         ///< some of its best neighbours may be no candidates
     };
 
     /// Links of a new cluster to a seat, being summed; to those of new clusters one way only.
@@ -130,19 +136,27 @@ struct Tracks {
         AccWeight weight;
     };
 
-    /// A doubtful cluster.
-    struct Doubt {
+    /// A neighbour with which the gain is near the best one.
+    struct Tie {
+        AccWeight gain;
+        AccWeight pair;  ///< the weight of their links
         Seat seat;
-        bool isBest = false;         ///< the others are held to be its best, but may not be
-        std::vector<Seat> others{};  ///< what may be a candidate of it or not
+        std::uint32_t key = 0;  ///< that of its spot
+    };
+
+    /// What a cluster offers to one whose candidates are found literally.
+    struct Offer {
+        Seat from;
+        Seat to;
+        AccWeight gain;
     };
 
     bool allowed = false;
     bool on = false;
-    bool tracked = false;     ///< the last level wasn't made literally
-    bool sure = true;         ///< no candidates may depend on the order of the visits
+    bool sure = true;         ///< the best neighbours of all new clusters could be told
     AccWeight coarse = 0;     ///< adding it to a weight leaves multiples of the unit of exact sums
     std::uint32_t level = 1;  ///< number of the level in the making
+    std::uint32_t round = 0;  ///< number of the last round of visits
     std::uint32_t carried = 0;        ///< numbers given to carried clusters so far
     std::uint32_t carriedBefore = 0;  ///< the same, when the level began
     Size absorbed = 0;                ///< entries of `m_propagates` that are carried no further
@@ -154,17 +168,18 @@ struct Tracks {
     std::vector<Kept, LargePageAllocator<Kept>> kept;
     std::vector<std::uint8_t> roles;
     LinkLists<LinkT> links;
-    std::vector<Seat> active;        ///< what takes part in the level
-    std::vector<Seat> formerly;      ///< what took part in the one before
-    std::vector<Seat> unsettled;     ///< what seeks its best neighbour anew
-    std::vector<Doubt> doubts;       ///< the doubtful clusters of the level
-    std::vector<ClusterT*> leaving;  ///< what was of the level below and finds no candidate
-    std::vector<Seat> holey;         ///< lists of links with many holes
-    std::vector<ClusterT*> written;  ///< clusters that have their links as a literal level does
-    std::vector<ClusterT*> left;     ///< what has candidates but found no cluster
-    std::vector<ClusterT*> held;     ///< what keeps its candidates for the next level
-    std::vector<std::vector<Seat>> ties;
-    std::vector<std::pair<AccWeight, Seat>> near;  ///< gains near the best one
+    std::vector<Seat> active;            ///< what takes part in the level
+    std::vector<Seat> formerly;          ///< what took part in the one before
+    std::vector<Seat> unsettled;         ///< what seeks its best neighbour anew
+    std::vector<Seat> literally;         ///< what finds its candidates literally
+    std::vector<Offer> offers;           ///< what these may be offered, by those who do so
+    std::vector<ClusterT*> leaving;      ///< what was of the level below and finds no candidate
+    std::vector<Seat> holey;             ///< lists of links with many holes
+    std::vector<ClusterT*> written;      ///< clusters that have their links as a literal level does
+    std::vector<ClusterT*> left;         ///< what has candidates but found no cluster
+    std::vector<ClusterT*> held;         ///< what keeps its candidates for the next level
+    std::vector<std::vector<Tie>> ties;  ///< ascend with the keys
+    std::vector<Tie> near;               ///< those of the search
     std::vector<Sum> sums;
     std::vector<Term> terms;
     std::vector<Term> sorted;                             ///< scratch memory of `sortTerms`
@@ -177,6 +192,15 @@ struct Tracks {
     bool isNew(Seat seat) const { return bests[seat].part == 2 * level + 1; }
     /// Whether its best neighbours were sought on the level.
     bool isSought(Seat seat) const { return isNew(seat) || kept[seat].sought == level; }
+    void reserveSeats(Size seats) {
+        bests.reserve(seats);
+        gains.reserve(seats);
+        weights.reserve(seats);
+        spots.reserve(seats);
+        kept.reserve(seats);
+        roles.reserve(seats);
+        links.reserveSeats(seats);
+    }
     Seat newSeat() {
         bests.emplace_back();
         gains.emplace_back();
@@ -189,10 +213,9 @@ struct Tracks {
     }
     /// Puts the terms in the order of their keys.
     void sortTerms();
-    const Doubt* doubtOf(Seat seat) const {
-        const std::uint32_t place = kept[seat].doubt;
-        return place < doubts.size() && doubts[place].seat == seat ? &doubts[place] : nullptr;
-    }
+    bool isLiteral(Seat seat) const { return kept[seat].literal == level; }
+    bool isDoubtful(Seat seat) const { return bests[seat].aim == SEVERAL && kept[seat].doubtful; }
+    bool isOut(Seat seat) const { return kept[seat].out == round; }
 };
 
 // Long lists are sorted digit by digit, from the last one on.

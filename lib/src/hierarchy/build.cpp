@@ -93,9 +93,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::build(Validation validation, Coupling 
         VORL_TRACE("Initial state, Q: %G\n", qprev);
     }
     std::uint32_t wrapped = 0;
-    if (!buildFirstLevel(modtrace, qprev, wrapped)) return;
     allowTracks(mirrored);
-    startTracks();
+    if (!buildFirstLevel(modtrace, qprev, wrapped)) return;
 
     std::uint32_t levsize = m_levels.back().fullsize;
     m_propagates.reserve(static_cast<std::size_t>(std::lround(static_cast<float>(levsize) / 1.5f)));
@@ -177,6 +176,10 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildFirstLevel(bool modtrace, float& 
     wrapped = static_cast<std::uint32_t>(m_root.size() + m_propnum);
     foldLevel<false>({});
     settleBounds();
+    if (!std::isfinite(m_boundMin)) {
+        leaveTracks();
+        m_tracks.allowed = false;
+    }
     if (modtrace) {
         ClustersT& clusters = m_levels.back().clusters;
         const auto q = static_cast<float>(modularity(clusters.begin(), clusters.end()));
@@ -195,13 +198,14 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildFirstLevel(bool modtrace, float& 
 // rounding may leave a gain undefined.
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::settleBounds() {
+    if constexpr (NodeT::LinkT::IS_WEIGHTED)
+        for (const NodeT& node : m_nodes)
+            for (const auto& ln : node.links)
+                if (!(ln.weight >= 0)) return;
     AccWeight sum = 0;
     for (const ClusterT& cl : m_levels.back().clusters) {
         sum += cl.m_context->weight;
         if (!(cl.m_sweight >= 0)) return;
-        if constexpr (NodeT::LinkT::IS_WEIGHTED)
-            for (const auto& ln : cl.links)
-                if (!(ln.weight >= 0)) return;
     }
     const bool agree = std::fabs(sum - m_weight) <= 1e-6 * m_weight;
     if (!agree || !(m_weight * std::max(1.f, m_gamma) < 1e24)) return;
@@ -240,7 +244,6 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::buildLevels(bool compressed, float gai
         VORL_ASSERT(level.fullsize == level.clusters.size() + propnum + m_root.size(),
                     "build(), the size of the level should match its items");
         foldLevel<true>(m_propagates);
-        startTracks();
         VORL_ASSERT(carriedNum() == propnum,
                     "build(), size validation of the  propagated items failed");
 

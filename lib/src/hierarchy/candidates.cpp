@@ -6,15 +6,10 @@
 
 namespace vorl {
 
-// An item learns at once the best that it has been offered, a hair below the gain, such that its
-// own equal gain ties with the value. Candidates thus don't depend on the order of the visits.
 template <bool NONSYMMETRIC, class LinksT>
 template <class ItemT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::raiseGmax(ItemT& item, AccWeight gain) {
-    if (!m_exact || isPropagated(item)) return;
-    const AccWeight offer = OFFER * gain;
-    AccWeight& gmax = gmaxOf(item);
-    if (less(gmax, offer)) gmax = offer;
+    if (m_exact && !isPropagated(item)) offer(gmaxOf(item), gain);
 }
 
 template <bool NONSYMMETRIC, class LinksT>

@@ -244,12 +244,16 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
     ClustersT& clusters = m_levels.back().clusters;
     m_marks.cover();
     if constexpr (CLUSTERS) markAbsorbed(clusters);
+    const bool tracked = startTracks();
+    // Of the nodes nothing is carried past the level, so that lists are complete in their order.
+    if (!CLUSTERS && tracked) m_tracks.links.reserveLinks(m_score.nodesLinks);
     Id desnum = 0;
     Id rdsnum = 0;
     m_report.begin("folding", clusters.size() + propagates.size(), m_levels.size() - 1);
     for (ClusterT& cl : clusters) {
         m_report.advance();
         accLinks<CLUSTERS>(cl);
+        if (!CLUSTERS && tracked) trackLinks(cl);
         if constexpr (CLUSTERS) desnum += static_cast<Id>(cl.des.size());
         if (m_reductionClusters != Reduction::NONE && m_linksMarg != 0 &&
             cl.links.size() > m_linksMarg)
@@ -292,8 +296,14 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldLevel(const PropagatesT& propagate
         VORL_ASSERT(furpropnum <= m_propnum, "foldLevel(), furpropnum is invalid");
     }
 
-    pairLinks(clusters);
+    if (!tracked) {
+        pairLinks(clusters);
+    } else {
+        if constexpr (CLUSTERS) trackAllLinks();
+        pairTracked();
+    }
     for (ClusterT& cl : clusters) initItem(cl);
+    if (tracked) seatFolded();
     // Only now: the new clusters have read their descendants' weights.
     if constexpr (CLUSTERS)
         for (ClusterT& cl : clusters)

@@ -77,7 +77,6 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::clusterLevel(IStored<ItemT> first, ISt
 
     if constexpr (clsproc) {
         if (m_tracks.on) {
-            m_tracks.tracked = tracked;
             m_tracks.left.clear();
             each([&](auto from, auto to) {
                 for (; from != to; ++from) noteLeft(detail::itemAt(from));

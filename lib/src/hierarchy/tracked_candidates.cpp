@@ -12,7 +12,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::visitBest(Seat seat, VisitT visit) {
     if (aim < TracksT::SEATS_MAX)
         visit(aim);
     else if (aim == TracksT::SEVERAL)
-        for (const Seat tie : m_tracks.ties[m_tracks.kept[seat].ties]) visit(tie);
+        for (const auto& tie : m_tracks.ties[m_tracks.kept[seat].ties]) visit(tie.seat);
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -20,7 +20,10 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::isBestOf(Seat seat, Seat other) {
     const Seat aim = m_tracks.bests[other].aim;
     if (aim != TracksT::SEVERAL) return aim == seat;
     const auto& ties = m_tracks.ties[m_tracks.kept[other].ties];
-    return std::find(ties.begin(), ties.end(), seat) != ties.end();
+    const std::uint32_t key = m_tracks.spots[seat].key;
+    const auto tie = std::lower_bound(ties.begin(), ties.end(), key,
+                                      [](const auto& a, std::uint32_t k) { return a.key < k; });
+    return tie != ties.end() && tie->key == key;
 }
 
 // What has to seek its best neighbours makes these seek theirs, see `Tracks`; so all that may have
@@ -35,170 +38,233 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleAll() {
         m_report.check();
         const Seat seat = tracks.unsettled[i];
         if (!refresh(seat)) return false;
-        if (const auto* doubt = tracks.doubtOf(seat))
-            for (const Seat other : doubt->others) ask(other);
         visitBest(seat, ask);
     }
     return true;
 }
 
+// Of two that have but each other for candidates nobody asks for the value of their gain.
 template <bool NONSYMMETRIC, class LinksT>
-bool HierarchyImpl<NONSYMMETRIC, LinksT>::replay(IStored<ClusterT> first, IStored<ClusterT> last,
-                                                 PropagatesT& news) {
-    TracksT& tracks = m_tracks;
-    const std::uint32_t level = tracks.level;
-    bool sure = true;
-    std::vector<Seat> asked;  // by one in doubt, and perhaps not by a literal level
-    const auto isOut = [&](Seat seat) { return tracks.kept[seat].out == level; };
-    const auto isUnsure = [&](Seat seat) {
-        const auto* doubt = tracks.doubtOf(seat);
-        return doubt && doubt->isBest;
-    };
-    const auto takeOut = [&](Seat seat) {
-        auto& kept = tracks.kept[seat];
-        kept.out = level;
-        if (kept.order == 0) tracks.leaving.push_back(kept.now);
-    };
-    // A first visit asks for the candidates that are left then.
-    const auto define = [&](Seat seat) {
-        auto& kept = tracks.kept[seat];
-        if (kept.defined == level) return true;
-        bool any = false;
-        bool all = true;
-        visitBest(seat, [&](Seat dest) {
-            const bool out = isOut(dest);
-            any = any || !out;
-            all = all && !out;
-        });
-        if (const auto* doubt = tracks.doubtOf(seat))
-            sure = sure && (doubt->isBest ? any == all
-                                          : any || std::all_of(doubt->others.begin(),
-                                                               doubt->others.end(), isOut));
-        if (any)
-            kept.defined = level;
-        else
-            takeOut(seat);
-        return any;
-    };
-    tracks.leaving.clear();
-    for (; first != last && sure; ++first) {
-        const Seat seat = m_marks.seat(&*first);
-        if (tracks.links.count(seat) == 0) {
-            tracks.leaving.push_back(&*first);
-            continue;
-        }
-        if (isOut(seat) || !define(seat)) continue;
-        bool mutual = false;
-        visitBest(seat, [&](Seat dest) {
-            if (isOut(dest)) return;
-            if (isUnsure(seat) && tracks.kept[dest].defined != level) asked.push_back(dest);
-            if (define(dest) && isBestOf(seat, dest)) mutual = true;
-        });
-        if (mutual)
-            news.push_back(&*first);
-        else
-            takeOut(seat);
-    }
-    // What has a best neighbour that stays in may be asked at any time.
-    const auto staysIn = [&](Seat seat) {
-        bool any = false;
-        visitBest(seat, [&](Seat dest) { any = any || !isOut(dest); });
-        return any && !isUnsure(seat);
-    };
-    sure = sure && std::all_of(asked.begin(), asked.end(), staysIn);
-    if (!sure) news.clear();
-    return sure;
-}
-
-template <bool NONSYMMETRIC, class LinksT>
-bool HierarchyImpl<NONSYMMETRIC, LinksT>::areSettled(const PropagatesT& entered,
-                                                     const PropagatesT& mixed) {
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::dependsOnOrder(Seat seat) {
     const TracksT& tracks = m_tracks;
-    // Which of the tying gains a literal level keeps depends on what is out by then. Of two that
-    // have but each other for candidates nobody asks for it.
-    for (const ClusterT* item : mixed) {
-        const auto& own = item->m_context->cands;
-        if (own.size() > 1 || own.front()->m_context->cands.size() > 1) return false;
-    }
-    // A cluster in doubt may ask for what it has for its best, and so tell when that offers its
-    // gains to clusters in ties.
-    const auto isInTies = [&](Seat seat) {
-        return tracks.kept[seat].now->m_context->cands.size() > 1;
-    };
-    const auto offersTies = [&](const TrackedLinkT& ln) {
-        return !ln.isGone() && isInTies(ln.seat) &&
-               !(trackedGain(ln.seat, tracks.links.mate(ln)) < tracks.gains[ln.seat] * NEAR);
-    };
-    // Two that have no other candidate may be in doubt about each other.
-    const auto mayHave = [&](Seat seat, Seat other) {
-        const auto* doubt = tracks.doubtOf(seat);
-        return isBestOf(other, seat) ||
-               (doubt && std::find(doubt->others.begin(), doubt->others.end(), other) !=
-                             doubt->others.end());
-    };
-    std::vector<Seat> asked;
-    for (const auto& doubt : tracks.doubts) {
-        if (!doubt.isBest && !tracks.kept[doubt.seat].now->m_context->cands.empty()) continue;
-        for (const Seat dest : doubt.others)
-            if (mayHave(dest, doubt.seat)) return false;
-        asked.insert(asked.end(), doubt.others.begin(), doubt.others.end());
-    }
-    if (std::none_of(entered.begin(), entered.end(),
-                     [](const ClusterT* item) { return item->m_context->cands.size() > 1; }))
-        return true;
-    std::sort(asked.begin(), asked.end());
-    asked.erase(std::unique(asked.begin(), asked.end()), asked.end());
-    return std::none_of(asked.begin(), asked.end(), [&](Seat seat) {
-        const auto links = tracks.links[seat];
-        return isInTies(seat) || std::any_of(links.begin(), links.end(), offersTies);
+    const auto hasSeveral = [&](Seat of) { return tracks.bests[of].aim == TracksT::SEVERAL; };
+    if (tracks.isDoubtful(seat)) return true;
+    std::size_t mutual = 0;
+    bool isGrouped = false;
+    visitBest(seat, [&](Seat dest) {
+        if (!isBestOf(seat, dest)) return;
+        ++mutual;
+        isGrouped = isGrouped || hasSeveral(dest);
     });
+    return mutual > 1 || isGrouped;
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleMutual(PropagatesT& props) {
+void HierarchyImpl<NONSYMMETRIC, LinksT>::beginVisits() {
+    TracksT& tracks = m_tracks;
+    ++tracks.round;
+    tracks.offers.clear();
+    for (const Seat seat : tracks.literally) {
+        auto& kept = tracks.kept[seat];
+        auto& best = tracks.bests[seat];
+        // Visits made before have replaced its best neighbours.
+        if (tracks.isLiteral(seat)) settle(seat);
+        kept.literal = tracks.level;
+        if (best.aim != TracksT::SEVERAL) {
+            const auto links = tracks.links[seat];
+            const auto ln = std::find_if(links.begin(), links.end(),
+                                         [&](const auto& link) { return link.seat == best.aim; });
+            kept.ties = static_cast<std::uint32_t>(tracks.ties.size());
+            kept.doubtful = false;
+            tracks.ties.push_back(
+                {{tracks.gains[seat], ln->pair(), best.aim, tracks.spots[best.aim].key}});
+            best.aim = TracksT::SEVERAL;
+        }
+        for (const auto& tie : tracks.ties[kept.ties])
+            tracks.offers.push_back({tie.seat, seat, trackedGain(tie.seat, seat, tie.pair)});
+        tracks.gains[seat] = kept.order == 0 ? AccWeight{GAIN_NONE} : 0;
+    }
+    auto& offers = tracks.offers;
+    std::sort(offers.begin(), offers.end(),
+              [](const auto& a, const auto& b) { return a.from < b.from; });
+    for (std::size_t i = offers.size(); i-- != 0;)
+        tracks.kept[offers[i].from].offers = static_cast<std::uint32_t>(i);
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::takeOut(Seat seat) {
+    auto& kept = m_tracks.kept[seat];
+    kept.out = m_tracks.round;
+    if (kept.order == 0) m_tracks.leaving.push_back(kept.now);
+}
+
+// A first visit asks for the candidates that are left then.
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::define(Seat seat) {
+    TracksT& tracks = m_tracks;
+    auto& kept = tracks.kept[seat];
+    if (kept.defined == tracks.round) return true;
+    bool any = false;
+    if (tracks.isLiteral(seat)) {
+        std::vector<typename TracksT::Tie> cands;
+        for (const auto& tie : tracks.ties[kept.ties])
+            if (!tracks.isOut(tie.seat)) accBest(cands, tracks.gains[seat], tie, tie.gain, 1);
+        any = !cands.empty();
+        tracks.ties[kept.ties] = std::move(cands);
+    } else {
+        visitBest(seat, [&](Seat dest) { any = any || !tracks.isOut(dest); });
+    }
+    for (std::size_t i = kept.offers; i < tracks.offers.size(); ++i) {
+        const auto& made = tracks.offers[i];
+        if (made.from != seat) break;
+        if (!tracks.isOut(made.to)) offer(tracks.gains[made.to], made.gain);
+    }
+    kept.defined = tracks.round;
+    if (!any) takeOut(seat);
+    return any;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::visit(Seat seat) {
+    const TracksT& tracks = m_tracks;
+    if (tracks.isOut(seat) || !define(seat)) return false;
+    bool mutual = false;
+    visitBest(seat, [&](Seat dest) {
+        if (!tracks.isOut(dest) && define(dest) && isBestOf(seat, dest)) mutual = true;
+    });
+    if (!mutual) takeOut(seat);
+    return mutual;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::visitNew(IStored<ClusterT> first, IStored<ClusterT> last,
+                                                   PropagatesT& news) {
+    TracksT& tracks = m_tracks;
+    tracks.leaving.clear();
+    news.clear();
+    for (; first != last; ++first) {
+        const Seat seat = m_marks.seat(&*first);
+        if (tracks.links.count(seat) == 0)
+            tracks.leaving.push_back(&*first);
+        else if (visit(seat))
+            news.push_back(&*first);
+    }
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::visitCarried() {
+    TracksT& tracks = m_tracks;
+    const std::size_t known = tracks.literally.size();
+    const auto isInQuestion = [&](Seat seat) {
+        return tracks.kept[seat].inQuestion == tracks.round;
+    };
+    const auto isCarried = [&](Seat seat) {
+        return tracks.kept[seat].order != 0 && !tracks.isOut(seat);
+    };
+    // What can't have mutual candidates may be in doubt all the same.
+    const auto seek = [&](Seat seat) {
+        if (!refresh(seat)) return false;
+        if (tracks.isDoubtful(seat) && !tracks.isLiteral(seat)) {
+            tracks.literally.push_back(seat);
+            tracks.kept[seat].literal = tracks.level;
+        }
+        return true;
+    };
+    std::vector<Seat> visits;
+    const auto join = [&](Seat seat) {
+        if (!isCarried(seat) || isInQuestion(seat)) return;
+        tracks.kept[seat].inQuestion = tracks.round;
+        visits.push_back(seat);
+    };
+    for (const Seat seat : tracks.literally)
+        if (tracks.kept[seat].defined != tracks.round) join(seat);
+    std::vector<Seat> askers;
+    for (std::size_t i = 0; i < visits.size(); ++i) {
+        m_report.check();
+        const Seat seat = visits[i];
+        if (!seek(seat)) return false;
+        if (tracks.kept[seat].defined != tracks.round) {
+            // Nothing but the first visit that asks for the candidates counts.
+            Seat first = seat;
+            bool sure = true;
+            const auto ask = [&](Seat by) {
+                const auto& kept = tracks.kept[by];
+                if (kept.order >= tracks.kept[first].order || !isCarried(by)) return;
+                sure = sure && seek(by);
+                const bool isOpen = tracks.isDoubtful(by) && kept.defined != tracks.round;
+                if (!isOpen && isBestOf(seat, by)) first = by;
+            };
+            visitBest(seat, ask);
+            for (const TrackedLinkT& ln : tracks.links[seat])
+                if (!ln.isGone() && tracks.takesPart(ln.seat)) ask(ln.seat);
+            if (!sure) return false;
+            if (first != seat) askers.push_back(first);
+        }
+        const Seat aim = tracks.bests[seat].aim;
+        if (aim < TracksT::SEATS_MAX) {
+            if (!seek(aim)) return false;
+            if (tracks.bests[aim].aim == seat) continue;
+        }
+        visitBest(seat, join);
+    }
+    if (tracks.literally.size() != known) return true;
+    for (const Seat seat : askers)
+        if (!isInQuestion(seat)) visits.push_back(seat);
+    std::sort(visits.begin(), visits.end(),
+              [&](Seat a, Seat b) { return tracks.kept[a].order < tracks.kept[b].order; });
+    for (const Seat seat : visits) {
+        if (isInQuestion(seat))
+            visit(seat);
+        else
+            visitBest(seat, [&](Seat dest) {
+                if (isInQuestion(dest) && !tracks.isOut(dest)) define(dest);
+            });
+    }
+    return true;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::visitAll(IStored<ClusterT> first, IStored<ClusterT> last,
+                                                   PropagatesT& news) {
+    auto& literally = m_tracks.literally;
+    for (const Seat seat : m_tracks.unsettled)
+        if (dependsOnOrder(seat)) literally.push_back(seat);
+    for (;;) {
+        const std::size_t known = literally.size();
+        beginVisits();
+        visitNew(first, last, news);
+        if (!visitCarried()) {
+            news.clear();
+            return false;
+        }
+        if (literally.size() == known) return true;
+    }
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::settleMutual(PropagatesT& props) {
     TracksT& tracks = m_tracks;
     std::vector<Seat> cands;
-    PropagatesT entered;
-    PropagatesT mixed;
-    const auto enter = [&](Seat seat) {
+    PropagatesT groups;
+    for (const Seat seat : tracks.unsettled) {
         cands.clear();
         visitBest(seat, [&](Seat dest) {
             if (isBestOf(seat, dest)) cands.push_back(dest);
         });
-        if (cands.empty()) return;
+        if (cands.empty()) continue;
         auto& kept = tracks.kept[seat];
         auto& ctx = *kept.now->m_context;
-        if (!ctx.cands.empty()) return;
         for (const Seat cand : cands) ctx.cands.push_back(tracks.kept[cand].now);
-        entered.push_back(kept.now);
-        if (tracks.bests[seat].aim == TracksT::SEVERAL && kept.mixed &&
-            cands.size() != tracks.ties[kept.ties].size())
-            mixed.push_back(kept.now);
+        if (cands.size() > 1) groups.push_back(kept.now);
         ctx.gmax = tracks.gains[seat];
         ctx.npartmcs = NPARTMCS_NONE;
-        if (kept.order == 0) return;
+        if (kept.order == 0) continue;
         ctx.state = State::INTERLEVPROP;
         m_marks.of(kept.now).set(MarksT::PROPAGATED, false);
         props.push_back(kept.now);
-    };
-    for (const Seat seat : tracks.unsettled) {
-        enter(seat);
-        visitBest(seat, [&](Seat dest) {
-            if (isBestOf(seat, dest)) enter(dest);
-        });
-    }
-    const auto isAroundSettled = [this](ClusterT* item) {
-        return !isInChains(*item) || settleAround(m_marks.seat(item));
-    };
-    if (!std::all_of(entered.begin(), entered.end(), isAroundSettled) ||
-        !areSettled(entered, mixed)) {
-        for (ClusterT* item : entered) item->m_context->cands.clear();
-        props.clear();
-        return false;
     }
     // Groups of candidates are judged by the links among them.
-    for (ClusterT* item : entered) {
-        if (item->m_context->cands.size() < 2) continue;
+    for (ClusterT* item : groups) {
         writeLinks(*item);
         for (ClusterT* cand : item->m_context->cands) writeLinks(*cand);
     }
@@ -207,7 +273,6 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleMutual(PropagatesT& props) {
     });
     m_propnum -= static_cast<std::uint32_t>(props.size());
     for (const ClusterT* item : props) m_proplsnum -= linksNum(*item);
-    return true;
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -218,14 +283,10 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::trackedCands(IStored<ClusterT> first,
     activate(first, last);
     if (!tracks.held.empty() || !tracks.sure) return false;
     followChanges();
-    if (!settleAll() || !replay(first, last, news)) return false;
+    if (!settleAll() || !visitAll(first, last, news)) return false;
     m_propnum = static_cast<std::uint32_t>(carriedNum());
     m_proplsnum = tracks.carriedLinks;
-    if (!settleMutual(props)) {
-        news.clear();
-        return false;
-    }
-    settleChainGains();
+    settleMutual(props);
     for (ClusterT* item : tracks.leaving) {
         if (linksNum(*item) == 0)
             standalone(*item, cls);
@@ -235,105 +296,10 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::trackedCands(IStored<ClusterT> first,
     return true;
 }
 
-// When the neighbours are visited depends on what they have for their best.
-template <bool NONSYMMETRIC, class LinksT>
-bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleAround(Seat seat) {
-    TracksT& tracks = m_tracks;
-    const std::size_t doubts = tracks.doubts.size();
-    bool sure = true;
-    const auto settleNeighbours = [&](Seat of) {
-        for (const auto& ln : tracks.links[of])
-            if (!ln.isGone() && tracks.takesPart(ln.seat)) sure = refresh(ln.seat) && sure;
-    };
-    settleNeighbours(seat);
-    for (const auto& ln : tracks.links[seat])
-        if (!ln.isGone() && tracks.takesPart(ln.seat) &&
-            !(trackedGain(seat, ln) < tracks.gains[seat] * NEAR))
-            settleNeighbours(ln.seat);
-    for (std::size_t i = doubts; i < tracks.doubts.size(); ++i) {
-        const auto others = tracks.doubts[i].others;
-        for (const Seat other : others) sure = refresh(other) && sure;
-    }
-    return sure;
-}
-
-template <bool NONSYMMETRIC, class LinksT>
-std::pair<Size, Size> HierarchyImpl<NONSYMMETRIC, LinksT>::definition(Seat seat) {
-    const TracksT& tracks = m_tracks;
-    const auto visitOf = [&](Seat cl) -> Size {
-        const std::uint32_t order = tracks.kept[cl].order;
-        // Clusters of the level below come first, and ascend.
-        return order == 0 || order > tracks.carriedBefore ? tracks.spots[cl].key
-                                                          : (Size{1} << 63) + order;
-    };
-    std::pair<Size, Size> found(visitOf(seat), 0);
-    for (const auto& ln : tracks.links[seat]) {
-        if (ln.isGone() || !tracks.takesPart(ln.seat) || !isBestOf(seat, ln.seat)) continue;
-        Size place = 0;
-        Size own = 0;
-        visitBest(ln.seat, [&](Seat dest) {
-            ++place;
-            if (dest == seat) own = place;
-        });
-        found = std::min(found, {visitOf(ln.seat), own});
-    }
-    return found;
-}
-
-template <bool NONSYMMETRIC, class LinksT>
-AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::literalGmax(Seat seat) {
-    struct Event {
-        std::pair<Size, Size> when;
-        AccWeight gain;
-        bool own;
-    };
-    settleAround(seat);
-    const TracksT& tracks = m_tracks;
-    std::vector<std::pair<const TrackedLinkT*, AccWeight>> offers;
-    for (const auto& ln : tracks.links[seat]) {
-        if (ln.isGone() || !tracks.takesPart(ln.seat)) continue;
-        const AccWeight gain = trackedGain(seat, ln);
-        if (!(gain < tracks.gains[seat] * NEAR)) offers.emplace_back(&ln, gain);
-    }
-    std::sort(offers.begin(), offers.end(), [&tracks](const auto& a, const auto& b) {
-        return tracks.spots[a.first->seat].key < tracks.spots[b.first->seat].key;
-    });
-    std::vector<Event> events;
-    AccWeight top = GAIN_NONE;
-    for (const auto& [ln, gain] : offers) {
-        // The first of those that tie, but for a lower bound of the best gain.
-        if (less(top, gain)) top = gain;
-        const AccWeight back = trackedGain(ln->seat, tracks.links.mate(*ln));
-        events.push_back({definition(ln->seat), back, false});
-    }
-    events.push_back({definition(seat), top, true});
-    std::sort(events.begin(), events.end(),
-              [](const Event& a, const Event& b) { return a.when < b.when; });
-    const std::uint32_t order = tracks.kept[seat].order;
-    const bool isNew = order == 0 || order > tracks.carriedBefore;
-    AccWeight gmax = isNew ? AccWeight{GAIN_NONE} : 0;
-    for (const Event& event : events) {
-        const AccWeight gain = event.own ? event.gain : OFFER * event.gain;
-        if (less(gmax, gain)) gmax = gain;
-    }
-    return gmax;
-}
-
-// All that has mutual candidates had to look for its best ones, and so is in the list.
-template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::settleChainGains() {
-    for (const Seat seat : m_tracks.unsettled) {
-        ClusterT& item = *m_tracks.kept[seat].now;
-        if (m_tracks.bests[seat].aim == TracksT::SEVERAL && isInChains(item))
-            item.m_context->gmax = literalGmax(seat);
-    }
-}
-
 #define VORL_INSTANTIATE(NONSYM, LinksT)                                                        \
     template bool HierarchyImpl<NONSYM, LinksT>::trackedCands(                                  \
         Clusters<LinksT>::iterator, Clusters<LinksT>::iterator, std::vector<Cluster<LinksT>*>&, \
-        std::vector<Cluster<LinksT>*>&, Clusters<LinksT>&);                                     \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::literalGmax(std::uint32_t);
+        std::vector<Cluster<LinksT>*>&, Clusters<LinksT>&);
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 

@@ -73,10 +73,10 @@ auto HierarchyImpl<NONSYMMETRIC, LinksT>::reachOf(const Weights& cl) const -> Re
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::trackedGain(Seat seat,
-                                                           const TrackedLinkT& ln) const {
-    return pairGain(m_tracks.weights[seat], m_tracks.weights[ln.seat], ln.pair(), [&] {
-        return std::pair(m_tracks.kept[seat].now->id, m_tracks.kept[ln.seat].now->id);
+AccWeight HierarchyImpl<NONSYMMETRIC, LinksT>::trackedGain(Seat seat, Seat dest,
+                                                           AccWeight pair) const {
+    return pairGain(m_tracks.weights[seat], m_tracks.weights[dest], pair, [&] {
+        return std::pair(m_tracks.kept[seat].now->id, m_tracks.kept[dest].now->id);
     });
 }
 
@@ -92,9 +92,9 @@ auto HierarchyImpl<NONSYMMETRIC, LinksT>::beginSearch(Seat seat) -> Search {
 
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::consider(const TrackedLinkT& ln, Search& search) {
-    const AccWeight gain = trackedGain(search.seat, ln);
+    const AccWeight gain = trackedGain(search.seat, ln.seat, ln.pair());
     if (std::isnan(gain)) search.sure = false;
-    if (gain >= search.lost()) m_tracks.near.emplace_back(gain, ln.seat);
+    if (gain >= search.lost()) m_tracks.near.push_back({gain, ln.pair(), ln.seat});
     if (gain > search.top) {
         if (search.top > 0) search.rest = std::max(search.rest, search.top);
         search.top = gain;
@@ -130,53 +130,36 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::conclude(const Search& search) {
     bestGain = 0;
     if (!search.sure) return false;
     if (!(top >= clearGain(total))) return std::max(top, search.rest) <= search.loss;
-    std::erase_if(near, [&search](const auto& found) { return found.first < search.lost(); });
+    std::erase_if(near, [&search](const auto& tie) { return tie.gain < search.lost(); });
     bestGain = top;
     if (near.size() == 1) {
-        best.aim = near.front().second;
+        best.aim = near.front().seat;
         best.rest = search.rest;
         return true;
     }
-    std::sort(near.begin(), near.end(), [&tracks](const auto& a, const auto& b) {
-        return tracks.spots[a.second].key < tracks.spots[b.second].key;
-    });
-    best.aim = TracksT::SEVERAL;
-    auto& kept = tracks.kept[seat];
-    kept.ties = static_cast<std::uint32_t>(tracks.ties.size());
-    auto& ties = tracks.ties.emplace_back();
-    const auto isTie = [top](AccWeight gain) {
-        return detail::narrow(gain) == detail::narrow(top);
-    };
-    AccWeight least = top;
-    for (const auto& [gain, dest] : near)
-        if (isTie(gain)) least = std::min(least, gain);
-    kept.mixed = least != top;
     // Neighbours see their gains with other rounding.
     const auto offerOf = [total](AccWeight gain) { return OFFER * gain - 0x1p-48 * total; };
-    const AccWeight offer = offerOf(least);
-    typename TracksT::Doubt doubt{.seat = seat};
-    doubt.isBest = !less(offer, top);
-    // A value that ties with what the largest gain offers stays, and others may tie with that.
-    AccWeight low = offer;
-    for (const auto& [gain, dest] : near)
-        for (const AccWeight value : {gain, offerOf(gain)}) {
-            if (isTie(value) || less(value, offer)) continue;
-            low = std::min(low, value);
-            if (!less(value, top)) doubt.isBest = true;
+    // What ties with a value that stays, be it a gain or an offer, may stay in place of others.
+    AccWeight low = offerOf(top);
+    for (bool lowers = true; lowers;) {
+        lowers = false;
+        for (const auto& tie : near) {
+            if (less(tie.gain, low) || offerOf(tie.gain) >= low) continue;
+            low = offerOf(tie.gain);
+            lowers = true;
         }
-    for (const auto& [gain, dest] : near) {
-        if (isTie(gain))
-            ties.push_back(dest);
-        else if (!less(gain, low))
-            doubt.others.push_back(dest);
     }
-    if (doubt.others.empty()) return true;
-    if (doubt.isBest) {
-        ties.insert(ties.end(), doubt.others.begin(), doubt.others.end());
-        doubt.others = ties;
-    }
-    kept.doubt = static_cast<std::uint32_t>(tracks.doubts.size());
-    tracks.doubts.push_back(std::move(doubt));
+    if (!less(search.lost(), low)) return false;
+    std::erase_if(near, [low](const auto& tie) { return less(tie.gain, low); });
+    for (auto& tie : near) tie.key = tracks.spots[tie.seat].key;
+    std::sort(near.begin(), near.end(), [](const auto& a, const auto& b) { return a.key < b.key; });
+    best.aim = TracksT::SEVERAL;
+    auto& kept = tracks.kept[seat];
+    kept.doubtful = std::any_of(near.begin(), near.end(), [top](const auto& tie) {
+        return detail::narrow(tie.gain) != detail::narrow(top);
+    });
+    kept.ties = static_cast<std::uint32_t>(tracks.ties.size());
+    tracks.ties.push_back(near);
     return true;
 }
 
@@ -229,9 +212,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::holdAgainstRest(const TrackedLinkT& ln
     }
     gain = gainBounds(search.weights, weights, pair).low;
     if (isClear()) return;
-    gain = pairGain(weights, search.weights, pair, [&] {
-        return std::pair(tracks.kept[seat].now->id, tracks.kept[search.seat].now->id);
-    });
+    gain = trackedGain(seat, search.seat, pair);
     if (!isClear()) unsettle(seat);
 }
 
@@ -273,7 +254,8 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::activate(IStored<ClusterT> first,
     tracks.formerly.swap(tracks.active);
     for (auto* list : {&tracks.active, &tracks.unsettled}) list->clear();
     tracks.ties.clear();
-    tracks.doubts.clear();
+    tracks.literally.clear();
+    tracks.offers.clear();
     tracks.carriedBefore = tracks.carried;
     tracks.sure = true;
     for (auto it = first; it != last; ++it) {
@@ -316,14 +298,15 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::refresh(Seat seat) {
     return settle(seat);
 }
 
-#define VORL_INSTANTIATE(NONSYM, LinksT)                                               \
-    template void HierarchyImpl<NONSYM, LinksT>::activate(Clusters<LinksT>::iterator,  \
-                                                          Clusters<LinksT>::iterator); \
-    template void HierarchyImpl<NONSYM, LinksT>::followChanges();                      \
-    template void HierarchyImpl<NONSYM, LinksT>::unsettle(std::uint32_t);              \
-    template bool HierarchyImpl<NONSYM, LinksT>::refresh(std::uint32_t);               \
-    template AccWeight HierarchyImpl<NONSYM, LinksT>::trackedGain(                     \
-        std::uint32_t, const TrackedLink<NONSYM>&) const;
+#define VORL_INSTANTIATE(NONSYM, LinksT)                                                        \
+    template void HierarchyImpl<NONSYM, LinksT>::activate(Clusters<LinksT>::iterator,           \
+                                                          Clusters<LinksT>::iterator);          \
+    template void HierarchyImpl<NONSYM, LinksT>::followChanges();                               \
+    template void HierarchyImpl<NONSYM, LinksT>::unsettle(std::uint32_t);                       \
+    template bool HierarchyImpl<NONSYM, LinksT>::settle(std::uint32_t);                         \
+    template bool HierarchyImpl<NONSYM, LinksT>::refresh(std::uint32_t);                        \
+    template AccWeight HierarchyImpl<NONSYM, LinksT>::trackedGain(std::uint32_t, std::uint32_t, \
+                                                                  AccWeight) const;
 
 VORL_FOR_ENGINES(VORL_INSTANTIATE)
 

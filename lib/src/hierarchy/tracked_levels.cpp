@@ -12,7 +12,8 @@ namespace vorl {
 template <bool NONSYMMETRIC, class LinksT>
 void HierarchyImpl<NONSYMMETRIC, LinksT>::allowTracks(bool mirrored) {
     const bool reduces = m_reductionClusters != Reduction::NONE && m_linksMarg != 0;
-    if (!mirrored || !m_exact || reduces || !std::isfinite(m_boundMin)) return;
+    const bool hasWeight = m_weight > 0 && std::isfinite(m_weight);
+    if (!mirrored || !m_exact || reduces || !hasWeight) return;
     m_tracks.allowed = true;
     // Below 2^53 units every sum of multiples of the unit is exact.
     const int unit = std::ilogb(m_weight) + 3 - 52;
@@ -31,9 +32,9 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::seatCluster(ClusterT& cl, Seat seat) {
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::startTracks() {
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::startTracks() {
     TracksT& tracks = m_tracks;
-    if (tracks.on || !tracks.allowed || m_levels.size() < m_trackFrom) return;
+    if (!tracks.allowed || m_levels.size() < m_trackFrom) return false;
     ClustersT& clusters = m_levels.back().clusters;
     Size members = 0;
     Size shared = 0;
@@ -43,54 +44,73 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::startTracks() {
             std::count_if(cl.des.begin(), cl.des.end(),
                           [](const NodeI<LinksT>* item) { return item->owners.size() > 1; }));
     }
-    if (static_cast<AccWeight>(shared) > m_sharedMax * static_cast<AccWeight>(members)) return;
+    if (static_cast<AccWeight>(shared) > m_sharedMax * static_cast<AccWeight>(members))
+        return false;
     tracks.on = true;
-    m_marks.cover();
     m_marks.track();
     PropagatesT items = m_propagates;
     for (ClusterT& cl : clusters) items.push_back(&cl);
     std::sort(items.begin(), items.end(), cmpBase<ClusterT, ClusterT>);
-    const Size seats = items.size() + items.size() / 32 + 1;
-    const Size links =
-        std::accumulate(items.begin(), items.end(), Size{0},
-                        [](Size sum, const ClusterT* item) { return sum + item->links.size(); });
-    tracks.bests.reserve(seats);
-    tracks.gains.reserve(seats);
-    tracks.weights.reserve(seats);
-    tracks.spots.reserve(seats);
-    tracks.kept.reserve(seats);
-    tracks.roles.reserve(seats);
-    tracks.links.reserveAll(seats, links);
+    tracks.reserveSeats(items.size() + items.size() / 32 + 1);
     for (ClusterT* item : items) seatCluster(*item, tracks.newSeat());
-    // All lists ascend, so that the back links to a cluster come one after the other.
-    for (ClusterT* item : items) m_marks.of(item).place = 0;
+    return true;
+}
+
+// All lists ascend, so that the back links to a cluster come one after the other.
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::trackLinks(ClusterT& item) {
+    auto& lists = m_tracks.links;
+    const Seat seat = m_marks.seat(&item);
+    lists.reserve(seat, item.links.size());
+    AccLinksT own;
+    for (const auto& ln : item.links) {
+        if (ln.dest == &item) {
+            own.push_back(ln);
+            continue;
+        }
+        TrackedLinkT& link = lists.append(seat);
+        link.seat = m_marks.seat(ln.dest);
+        link.mate = m_tracks.spots[link.seat].place++;
+        link.weight = ln.weight;
+    }
+    item.links.swap(own);
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::trackAllLinks() {
+    const auto& seats = m_tracks.kept;
+    const Size links =
+        std::accumulate(seats.begin(), seats.end(), Size{0},
+                        [](Size sum, const auto& kept) { return sum + kept.now->links.size(); });
+    m_tracks.links.reserveLinks(links);
     // Both copies of all links at once would be the most memory that a build takes.
     const Size step = std::max(links / 16, (Size{1} << 22) / sizeof(TrackedLinkT));
     Size moved = 0;
-    for (ClusterT* item : items) {
+    for (const auto& kept : seats) {
         if (moved >= step) {
             detail::returnFreedMemory();
             moved = 0;
         }
-        moved += item->links.size();
-        const Seat seat = m_marks.seat(item);
-        tracks.links.reserve(seat, item->links.size());
-        for (const auto& ln : item->links) {
-            TrackedLinkT& link = tracks.links.append(seat);
-            link.seat = m_marks.seat(ln.dest);
-            link.mate = m_marks.of(ln.dest).place++;
-            link.weight = ln.weight;
-        }
-        AccLinksT().swap(item->links);
+        moved += kept.now->links.size();
+        trackLinks(*kept.now);
     }
-    for (Seat seat = 0; seat < tracks.kept.size(); ++seat) {
-        const auto own = tracks.links[seat];
-        for (TrackedLinkT& link : own) link.setPair(tracks.links.mate(link).weight);
-        const auto heaviest =
-            std::max_element(own.begin(), own.end(),
-                             [](const auto& a, const auto& b) { return a.pair() < b.pair(); });
-        tracks.kept[seat].heaviest = static_cast<std::uint32_t>(heaviest - own.begin());
-    }
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::pairTracked() {
+    if constexpr (NONSYMMETRIC)
+        for (Seat seat = 0; seat < m_tracks.kept.size(); ++seat)
+            for (TrackedLinkT& link : m_tracks.links[seat])
+                link.setPair(m_tracks.links.mate(link).weight);
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::seatFolded() {
+    TracksT& tracks = m_tracks;
+    tracks.links.limitRoom();
+    for (Seat seat = 0; seat < tracks.kept.size(); ++seat)
+        tracks.weights[seat] = m_marks.weights(*tracks.kept[seat].now);
+    for (ClusterT& cl : m_levels.back().clusters) AccLinksT().swap(cl.links);
     for (ClusterT* item : m_propagates) {
         const Seat seat = m_marks.seat(item);
         tracks.kept[seat].order = ++tracks.carried;
@@ -213,7 +233,6 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::settleLeft(const ClustersT& clusters) 
             return m_marks.of(cand).is(MarksT::ABSORBED) || cmpBase(last, cand);
         });
         if (ctx.cands.empty()) continue;
-        if (tracks.tracked) ctx.gmax = literalGmax(seat);
         tracks.held.push_back(item);
     }
 }
@@ -534,7 +553,11 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldTracked() {
 
 #define VORL_INSTANTIATE(NONSYM, LinksT)                                                     \
     template void HierarchyImpl<NONSYM, LinksT>::allowTracks(bool);                          \
-    template void HierarchyImpl<NONSYM, LinksT>::startTracks();                              \
+    template bool HierarchyImpl<NONSYM, LinksT>::startTracks();                              \
+    template void HierarchyImpl<NONSYM, LinksT>::trackLinks(Cluster<LinksT>&);               \
+    template void HierarchyImpl<NONSYM, LinksT>::trackAllLinks();                            \
+    template void HierarchyImpl<NONSYM, LinksT>::pairTracked();                              \
+    template void HierarchyImpl<NONSYM, LinksT>::seatFolded();                               \
     template void HierarchyImpl<NONSYM, LinksT>::leaveTracks();                              \
     template void HierarchyImpl<NONSYM, LinksT>::settleCarried();                            \
     template void HierarchyImpl<NONSYM, LinksT>::writeLinks(Cluster<LinksT>&);               \

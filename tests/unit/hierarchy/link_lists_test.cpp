@@ -62,7 +62,8 @@ TEST(LinkLists, KeepBackLinksHoweverListsMove) {
         LinkLists<LinkT> lists;
         std::uint32_t seats = 2 + rnd.below(20);
         // Without room for all of them, lists outgrow the block again and again.
-        lists.reserveAll(seats, rnd.below(3) * seats);
+        lists.reserveSeats(seats);
+        lists.reserveLinks(rnd.below(3) * seats);
         for (std::uint32_t i = 0; i < seats; ++i) lists.addSeat();
         Pairs pairs;
         for (int step = 0; step < 3000; ++step) {
@@ -111,7 +112,8 @@ TEST(LinkLists, KeepLinksWhereMemoryIsGivenBackAndTakenAgain) {
     constexpr std::uint32_t seats = 900;
     const auto weight = [](std::uint32_t a, std::uint32_t b) { return AccWeight{a + 7.0 * b}; };
     Pairs pairs;
-    lists.reserveAll(seats, 400'000);
+    lists.reserveSeats(seats);
+    lists.reserveLinks(400'000);
     for (std::uint32_t i = 0; i < seats; ++i) lists.addSeat();
     const auto fill = [&](std::uint32_t stride) {
         for (std::uint32_t a = 0; a < seats; ++a)
