@@ -159,9 +159,47 @@ std::string differenceOfNearGains(std::uint64_t seed) {
 }
 
 TEST(Tracks, GiveTheSameWhereGainsAreNear) {
-    const Seeds seeds(4000);
+    const Seeds seeds(6000);
     for (std::uint64_t seed = seeds.first; seed < seeds.end; ++seed) {
         ASSERT_EQ(differenceOfNearGains(seed), "") << "seed " << seed;
+        seeds.tell(seed);
+    }
+}
+
+/// Dense groups whose weights are a few steps of 32-bit floats apart, so that many clusters have
+/// several candidates, which are candidates of each other.
+std::string differenceOfNearGroups(std::uint64_t seed) {
+    Random rnd(seed);
+    const Id groups = 1 + rnd.below(4);
+    const Id size = 3 + rnd.below(6);
+    TestNetwork network("near groups", groups * size);
+    network.weighted = true;
+    network.directed = rnd.chance(0.3);
+    const Id steps = 1 + rnd.below(5);
+    const double density = rnd.chance(0.5) ? 1 : 0.6;
+    const float base = rnd.chance(0.5) ? 1.f : 0x1p-7f;
+    const auto add = [&](Id a, Id b) {
+        float weight = base;
+        for (Id k = rnd.below(steps); k != 0; --k) weight = std::nextafter(weight, 0.f);
+        network.add(a, b, weight);
+    };
+    for (Id i = 0; i < groups * size; ++i)
+        for (Id j = i - i % size; j < i; ++j)
+            if (rnd.chance(density)) add(i, j);
+    for (Id links = rnd.below(2 * groups); links != 0; --links)
+        add(rnd.below(groups * size), rnd.below(groups * size));
+    if (network.links.empty()) return {};
+    ClusterOptions options;
+    const float gammas[] = {-1, 0, 0.1f, 0.5f, 1, 1, 3, 8};
+    options.gamma = gammas[rnd.below(8)];
+    if (rnd.chance(0.3)) options.rootMax = static_cast<Coupling>(1 + rnd.below(4));
+    return difference(network, options);
+}
+
+TEST(Tracks, GiveTheSameWhereGroupsAreNear) {
+    const Seeds seeds(3000);
+    for (std::uint64_t seed = seeds.first; seed < seeds.end; ++seed) {
+        ASSERT_EQ(differenceOfNearGroups(seed), "") << "seed " << seed;
         seeds.tell(seed);
     }
 }

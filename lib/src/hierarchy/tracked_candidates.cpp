@@ -82,7 +82,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::beginVisits() {
         }
         for (const auto& tie : tracks.ties[kept.ties])
             tracks.offers.push_back({tie.seat, seat, trackedGain(tie.seat, seat, tie.pair)});
-        tracks.gains[seat] = kept.order == 0 ? AccWeight{GAIN_NONE} : 0;
+        tracks.gains[seat] = 0;
     }
     auto& offers = tracks.offers;
     std::sort(offers.begin(), offers.end(),
@@ -117,7 +117,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::define(Seat seat) {
     for (std::size_t i = kept.offers; i < tracks.offers.size(); ++i) {
         const auto& made = tracks.offers[i];
         if (made.from != seat) break;
-        if (!tracks.isOut(made.to)) offer(tracks.gains[made.to], made.gain);
+        offer(tracks.gains[made.to], made.gain);
     }
     kept.defined = tracks.round;
     if (!any) takeOut(seat);
