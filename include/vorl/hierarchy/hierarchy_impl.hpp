@@ -520,7 +520,8 @@ private:
         return item.links.size();
     }
     /// Gives a cluster its links as a literal level has them, for the level.
-    void writeLinks(ClusterT& item);
+    /// @param role what these lead to, 0 for all
+    void writeLinks(ClusterT& item, std::uint8_t role = 0);
     void dropWritten();
     /// Puts a cluster on a seat.
     void seatCluster(ClusterT& cl, Seat seat);
@@ -575,7 +576,7 @@ private:
     template <class ItemT>
     void rawClusterItem(ItemT& el, ClustersT& cls);
     template <class ItemT>
-    bool prefersPairs(ItemT& el) const;
+    bool prefersPairs(ItemT& el);
     template <class ItemT>
     void clusterPairs(ItemT& el, ClustersT& cls);
     template <class ItemT>

@@ -87,11 +87,12 @@ struct Tracks {
         AccWeight rest = 0;      ///< the bound of the gains with all others that took part then
     };
 
-    /// What a seat is while a level is folded.
+    /// What a seat is while a level is folded, or its groups of candidates are found.
     enum Role : std::uint8_t {
         ABSORBED = 1,  ///< its links move to the seats of the owners
         RENEWED = 2,   ///< that of a new cluster
-        SUMMED = 4     ///< links to it are being summed
+        SUMMED = 4,    ///< links to it are being summed
+        GROUPED = 8    ///< it has several candidates, or is one of them
     };
 
     /// What folding needs of the end of a link, apart from the role.

@@ -68,9 +68,10 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::rawClusterItem(ItemT& el, ClustersT& c
 // Of an item of low degree: whether its pairs gain more than one group with all candidates.
 template <bool NONSYMMETRIC, class LinksT>
 template <class ItemT>
-bool HierarchyImpl<NONSYMMETRIC, LinksT>::prefersPairs(ItemT& el) const {
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::prefersPairs(ItemT& el) {
     const Context<ItemT>& ectx = *el.m_context;
-    if (ectx.cands.size() > el.links.size() || el.links.size() > 3) return false;
+    const Size degree = linksNum(el);
+    if (ectx.cands.size() > degree || degree > 3) return false;
     AccWeight gamma;
     const AccWeight gain = emcandsGain(el, ectx.cands, &gamma);
     VORL_ASSERT(!(gamma < 0), "rawCluster(), invalid gamma");

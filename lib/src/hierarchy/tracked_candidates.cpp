@@ -264,10 +264,16 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::settleMutual(PropagatesT& props) {
         props.push_back(kept.now);
     }
     // Groups of candidates are judged by the links among them.
-    for (ClusterT* item : groups) {
-        writeLinks(*item);
-        for (ClusterT* cand : item->m_context->cands) writeLinks(*cand);
-    }
+    const auto eachGrouped = [&](auto step) {
+        for (ClusterT* item : groups) {
+            step(*item);
+            for (ClusterT* cand : item->m_context->cands) step(*cand);
+        }
+    };
+    eachGrouped(
+        [&](const ClusterT& item) { tracks.roles[m_marks.seat(&item)] = TracksT::GROUPED; });
+    eachGrouped([&](ClusterT& item) { writeLinks(item, TracksT::GROUPED); });
+    eachGrouped([&](const ClusterT& item) { tracks.roles[m_marks.seat(&item)] = 0; });
     std::sort(props.begin(), props.end(), [&](const ClusterT* a, const ClusterT* b) {
         return tracks.kept[m_marks.seat(a)].order < tracks.kept[m_marks.seat(b)].order;
     });

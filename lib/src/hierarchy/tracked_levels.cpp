@@ -141,13 +141,13 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::settleCarried() {
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-void HierarchyImpl<NONSYMMETRIC, LinksT>::writeLinks(ClusterT& item) {
+void HierarchyImpl<NONSYMMETRIC, LinksT>::writeLinks(ClusterT& item, std::uint8_t role) {
     if (!item.links.empty()) return;
     const TracksT& tracks = m_tracks;
     const Seat seat = m_marks.seat(&item);
-    item.links.reserve(tracks.links.count(seat));
+    if (role == 0) item.links.reserve(tracks.links.count(seat));
     for (const TrackedLinkT& link : tracks.links[seat]) {
-        if (link.isGone()) continue;
+        if (link.isGone() || (tracks.roles[link.seat] & role) != role) continue;
         auto& ln = item.links.emplace_back(tracks.kept[link.seat].now, link.weight);
         if constexpr (NONSYMMETRIC && requires { ln.pair; }) ln.pair = link.pair();
     }
@@ -560,7 +560,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::foldTracked() {
     template void HierarchyImpl<NONSYM, LinksT>::seatFolded();                               \
     template void HierarchyImpl<NONSYM, LinksT>::leaveTracks();                              \
     template void HierarchyImpl<NONSYM, LinksT>::settleCarried();                            \
-    template void HierarchyImpl<NONSYM, LinksT>::writeLinks(Cluster<LinksT>&);               \
+    template void HierarchyImpl<NONSYM, LinksT>::writeLinks(Cluster<LinksT>&, std::uint8_t); \
     template void HierarchyImpl<NONSYM, LinksT>::beginLiterally(Clusters<LinksT>::iterator,  \
                                                                 Clusters<LinksT>::iterator); \
     template void HierarchyImpl<NONSYM, LinksT>::noteLeft(Cluster<LinksT>&);                 \
