@@ -204,6 +204,30 @@ TEST(Tracks, GiveTheSameWhereGroupsAreNear) {
     }
 }
 
+/// Groups of nodes with a few links to others.
+TestNetwork planted(Random& rnd, Id groups, Id size) {
+    TestNetwork net("planted", groups * size);
+    for (Id i = 0; i < net.nodesNum; ++i)
+        for (Id k = 0; k < 7; ++k) {
+            const Id other = k < 5 ? i - i % size + rnd.below(size) : rnd.below(net.nodesNum);
+            if (other != i) net.add(i, other);
+        }
+    return net;
+}
+
+// On their levels hundreds of clusters are in doubt about their candidates at the same time.
+TEST(Tracks, GiveTheSameOnManyClusters) {
+    for (std::uint64_t seed = 0; seed < 4; ++seed) {
+        Random rnd(seed);
+        TestNetwork network = planted(rnd, 120, 30);
+        network.directed = seed % 2 != 0;
+        network.weighted = seed < 2;
+        if (network.weighted)
+            for (TestLink& ln : network.links) ln.weight = extremeWeight(rnd, seed == 0 ? 3 : 6);
+        EXPECT_EQ(difference(network, ClusterOptions()), "") << "seed " << seed;
+    }
+}
+
 // What ties with a value that ties with the largest gain needn't tie with that.
 TEST(Tracks, GiveTheSameWhereTiesOfTiesAreNone) {
     TestNetwork network("ties of ties", 11);

@@ -100,7 +100,8 @@ struct Tracks {
         static constexpr std::uint32_t SHARED = 0xFFFFFFFF;
 
         std::uint32_t key = 0;  ///< ascends with the address of the cluster
-        /// Of the sum, or the seat that the only owner of what is absorbed has.
+        /// Of the sum, or the seat that the only owner of what is absorbed has; while lists are
+        /// made first, the number of links to the cluster so far.
         std::uint32_t place = 0;
     };
 

@@ -94,6 +94,8 @@ TEST(LinkLists, KeepBackLinksHoweverListsMove) {
                 ++seats;
             } else if (rnd.chance(0.1)) {
                 lists.reserveMore(rnd.below(seats), rnd.below(40));
+            } else if (rnd.chance(0.02)) {
+                lists.limitRoom();
             }
             if (lists.isHoley(ends.first)) lists.closeHoles(ends.first);
         }
