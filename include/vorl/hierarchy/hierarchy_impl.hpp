@@ -496,12 +496,13 @@ private:
     /// Visits the clusters of the level below.
     /// @param[out] news those that have mutual candidates
     void visitNew(IStored<ClusterT> first, IStored<ClusterT> last, PropagatesT& news);
-    /// Visits those carried clusters that the candidates of others may depend on: what finds its
-    /// candidates literally but hasn't been asked for them yet, what may be out of the level by
-    /// then, and so on; and of what may ask for the candidates of one of these just that it does.
-    /// Where more has to find its candidates literally, that is listed and a new round needed.
+    /// Finds which visits of carried clusters the candidates of others may depend on: of what finds
+    /// its candidates literally but hasn't been asked for them yet, of what may be out of the level
+    /// by then, and so on; and of what asks for the candidates of one of these first. Where more
+    /// has to find its candidates literally, that is listed and a new round needed.
     /// @return false if the best neighbours of one can't be told
-    bool visitCarried();
+    bool findVisits(std::vector<Seat>& visits);
+    void visitCarried(const std::vector<Seat>& visits);
     /// Makes all these visits.
     /// @return false if the best neighbours of one can't be told
     bool visitAll(IStored<ClusterT> first, IStored<ClusterT> last, PropagatesT& news);

@@ -74,7 +74,7 @@ struct Tracks {
         UNKNOWN,    ///< the best neighbour has to be sought
         UNSETTLED,  ///< it is sought on this level
         NONE,       ///< there is none
-        SEVERAL     ///< there are several, see `ties`
+        SEVERAL     ///< see `ties`: there are several, or candidates are found literally
     };
 
     /// So many links ahead what they lead to is called for.
@@ -113,9 +113,9 @@ struct Tracks {
         std::uint32_t literal = 0;  ///< the last level on which it finds its candidates literally
         std::uint32_t defined = 0;  ///< the last round in which its candidates were found
         std::uint32_t out = 0;      ///< the last round in which it was taken out of the level
-        std::uint32_t inQuestion = 0;  ///< the last round in which its visit was made
+        std::uint32_t inQuestion = 0;  ///< the last round in which its visit was found to matter
         std::uint32_t ties = 0;        ///< which of the lists of ties is that of the cluster
-        std::uint32_t offers = 0;      ///< the place of its first offer, if there is one
+        std::uint32_t offers = 0;      ///< the place of its first offer if it made one on the level
         std::uint32_t heaviest = 0;    ///< the place of the heaviest link of a new cluster
         bool doubtful = false;         ///< some of its best neighbours may be no candidates
     };
@@ -164,7 +164,9 @@ struct Tracks {
     Size absorbed = 0;                ///< entries of `m_propagates` that are carried no further
     Size carriedLinks = 0;            ///< number of links of the carried clusters
     std::vector<Best, LargePageAllocator<Best>> bests;
-    std::vector<AccWeight> gains;  ///< what the gain with the best neighbour isn't below
+    /// What the gain with the best neighbour isn't below; where candidates are found literally, the
+    /// best gain so far, be it an offer.
+    std::vector<AccWeight> gains;
     std::vector<Weights, LargePageAllocator<Weights>> weights;
     std::vector<Spot, LargePageAllocator<Spot>> spots;
     std::vector<Kept, LargePageAllocator<Kept>> kept;
@@ -218,6 +220,7 @@ struct Tracks {
     bool isLiteral(Seat seat) const { return kept[seat].literal == level; }
     bool isDoubtful(Seat seat) const { return bests[seat].aim == SEVERAL && kept[seat].doubtful; }
     bool isOut(Seat seat) const { return kept[seat].out == round; }
+    bool isInQuestion(Seat seat) const { return kept[seat].inQuestion == round; }
 };
 
 // Long lists are sorted digit by digit, from the last one on.

@@ -67,7 +67,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::beginVisits() {
     for (const Seat seat : tracks.literally) {
         auto& kept = tracks.kept[seat];
         auto& best = tracks.bests[seat];
-        // Visits made before have replaced its best neighbours.
+        // Visits of a round before may have replaced its best neighbours.
         if (tracks.isLiteral(seat)) settle(seat);
         kept.literal = tracks.level;
         if (best.aim != TracksT::SEVERAL) {
@@ -152,14 +152,17 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::visitNew(IStored<ClusterT> first, ISto
 }
 
 template <bool NONSYMMETRIC, class LinksT>
-bool HierarchyImpl<NONSYMMETRIC, LinksT>::visitCarried() {
+bool HierarchyImpl<NONSYMMETRIC, LinksT>::findVisits(std::vector<Seat>& visits) {
     TracksT& tracks = m_tracks;
-    const std::size_t known = tracks.literally.size();
-    const auto isInQuestion = [&](Seat seat) {
-        return tracks.kept[seat].inQuestion == tracks.round;
-    };
     const auto isCarried = [&](Seat seat) {
         return tracks.kept[seat].order != 0 && !tracks.isOut(seat);
+    };
+    const auto isDefined = [&](Seat seat) { return tracks.kept[seat].defined == tracks.round; };
+    visits.clear();
+    const auto join = [&](Seat seat) {
+        if (!isCarried(seat) || tracks.isInQuestion(seat)) return;
+        tracks.kept[seat].inQuestion = tracks.round;
+        visits.push_back(seat);
     };
     // What can't have mutual candidates may be in doubt all the same.
     const auto seek = [&](Seat seat) {
@@ -167,60 +170,55 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::visitCarried() {
         if (tracks.isDoubtful(seat) && !tracks.isLiteral(seat)) {
             tracks.literally.push_back(seat);
             tracks.kept[seat].literal = tracks.level;
+            join(seat);
         }
         return true;
     };
-    std::vector<Seat> visits;
-    const auto join = [&](Seat seat) {
-        if (!isCarried(seat) || isInQuestion(seat)) return;
-        tracks.kept[seat].inQuestion = tracks.round;
-        visits.push_back(seat);
-    };
     for (const Seat seat : tracks.literally)
-        if (tracks.kept[seat].defined != tracks.round) join(seat);
+        if (!isDefined(seat)) join(seat);
     std::vector<Seat> askers;
     for (std::size_t i = 0; i < visits.size(); ++i) {
         m_report.check();
         const Seat seat = visits[i];
         if (!seek(seat)) return false;
-        if (tracks.kept[seat].defined != tracks.round) {
-            // Nothing but the first visit that asks for the candidates counts.
+        if (!isDefined(seat)) {
             Seat first = seat;
-            bool sure = true;
-            const auto ask = [&](Seat by) {
-                const auto& kept = tracks.kept[by];
-                if (kept.order >= tracks.kept[first].order || !isCarried(by)) return;
-                sure = sure && seek(by);
-                const bool isOpen = tracks.isDoubtful(by) && kept.defined != tracks.round;
-                if (!isOpen && isBestOf(seat, by)) first = by;
-            };
-            visitBest(seat, ask);
-            for (const TrackedLinkT& ln : tracks.links[seat])
-                if (!ln.isGone() && tracks.takesPart(ln.seat)) ask(ln.seat);
-            if (!sure) return false;
+            for (const TrackedLinkT& ln : tracks.links[seat]) {
+                if (ln.isGone() || !tracks.takesPart(ln.seat) || !isCarried(ln.seat)) continue;
+                if (tracks.kept[ln.seat].order >= tracks.kept[first].order) continue;
+                if (!seek(ln.seat)) return false;
+                // Whom one in doubt asks for candidates isn't known before its visit.
+                const bool isOpen = tracks.isDoubtful(ln.seat) && !isDefined(ln.seat);
+                if (!isOpen && isBestOf(seat, ln.seat)) first = ln.seat;
+            }
             if (first != seat) askers.push_back(first);
         }
         const Seat aim = tracks.bests[seat].aim;
         if (aim < TracksT::SEATS_MAX) {
             if (!seek(aim)) return false;
+            // Neither of the two is ever out.
             if (tracks.bests[aim].aim == seat) continue;
         }
         visitBest(seat, join);
     }
-    if (tracks.literally.size() != known) return true;
     for (const Seat seat : askers)
-        if (!isInQuestion(seat)) visits.push_back(seat);
+        if (!tracks.isInQuestion(seat)) visits.push_back(seat);
     std::sort(visits.begin(), visits.end(),
               [&](Seat a, Seat b) { return tracks.kept[a].order < tracks.kept[b].order; });
+    return true;
+}
+
+template <bool NONSYMMETRIC, class LinksT>
+void HierarchyImpl<NONSYMMETRIC, LinksT>::visitCarried(const std::vector<Seat>& visits) {
+    const TracksT& tracks = m_tracks;
     for (const Seat seat : visits) {
-        if (isInQuestion(seat))
+        if (tracks.isInQuestion(seat))
             visit(seat);
         else
             visitBest(seat, [&](Seat dest) {
-                if (isInQuestion(dest) && !tracks.isOut(dest)) define(dest);
+                if (tracks.isInQuestion(dest) && !tracks.isOut(dest)) define(dest);
             });
     }
-    return true;
 }
 
 template <bool NONSYMMETRIC, class LinksT>
@@ -229,16 +227,18 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::visitAll(IStored<ClusterT> first, ISto
     auto& literally = m_tracks.literally;
     for (const Seat seat : m_tracks.unsettled)
         if (dependsOnOrder(seat)) literally.push_back(seat);
-    for (;;) {
-        const std::size_t known = literally.size();
+    std::vector<Seat> visits;
+    for (std::size_t known = literally.size();; known = literally.size()) {
         beginVisits();
         visitNew(first, last, news);
-        if (!visitCarried()) {
+        if (!findVisits(visits)) {
             news.clear();
             return false;
         }
-        if (literally.size() == known) return true;
+        if (literally.size() == known) break;
     }
+    visitCarried(visits);
+    return true;
 }
 
 template <bool NONSYMMETRIC, class LinksT>
