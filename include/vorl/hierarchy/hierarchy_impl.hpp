@@ -75,6 +75,9 @@ public:
     using Best = typename TracksT::Best;
     using TrackedLinkT = typename TracksT::LinkT;
     using TrackedSum = typename TracksT::Sum;
+    using Bounds = typename TracksT::Bounds;
+    using Reach = typename TracksT::Reach;
+    using Search = typename TracksT::Search;
     using AccLinksT = Links<AccLink<LinksT>>;
     template <class ItemT>
     using Items = std::vector<ItemT>;
@@ -392,35 +395,6 @@ private:
 
     /// @name Levels that touch only what changed, see `Tracks`
     /// @{
-    /// The share of the best gain from which on others may tie with it.
-    static constexpr AccWeight NEAR = 1 - 0x1p-20;
-
-    struct Bounds {
-        AccWeight low;
-        AccWeight high;
-    };
-    /// What a new cluster and those that are light beside it are expected to be linked by, for each
-    /// unit of weight of the latter.
-    struct Reach {
-        AccWeight limit;  ///< the largest total weight that it holds for
-        AccWeight low;
-        AccWeight high;
-    };
-    /// The search of one cluster for its best gain; those near it are listed in the tracks.
-    struct Search {
-        Seat seat;
-        Weights weights;
-        Reach reach;
-        AccWeight loss;  ///< what is below is less than 0 for certain
-        AccWeight top = -std::numeric_limits<AccWeight>::infinity();
-        AccWeight rest = -std::numeric_limits<AccWeight>::infinity();  ///< the others aren't above
-        bool sure = true;
-
-        AccWeight lost() const { return top > 0 ? top * NEAR : loss; }
-        /// Whether a pair's weight tells that its gain is neither near the best nor above the rest.
-        bool rulesOut(AccWeight pair) const { return pair <= rest && pair < lost(); }
-    };
-
     /// Tells whether there may be any.
     /// @param mirrored whether the nodes' links have back links, of edges with the same weights
     void allowTracks(bool mirrored);
@@ -462,7 +436,9 @@ private:
     void consider(const TrackedLinkT& ln, Search& search);
     /// The same, unless bounds tell that it isn't near the best one.
     void weigh(const TrackedLinkT& ln, Search& search);
-    /// @return false if gains are so near to 0 that the best neighbours can't be told
+    /// @return false if gains are so near to 0, or of so many ties, that the best neighbours can't
+    /// be
+    ///     told
     bool conclude(const Search& search);
     void unsettle(Seat seat);
     void followChanges();

@@ -77,6 +77,35 @@ struct Tracks {
         SEVERAL     ///< see `ties`: there are several, or candidates are found literally
     };
 
+    /// The share of the best gain from which on others may tie with it.
+    static constexpr AccWeight NEAR = 1 - 0x1p-20;
+
+    struct Bounds {
+        AccWeight low;
+        AccWeight high;
+    };
+    /// What a new cluster and those that are light beside it are expected to be linked by, for each
+    /// unit of weight of the latter.
+    struct Reach {
+        AccWeight limit;  ///< the largest total weight that it holds for
+        AccWeight low;
+        AccWeight high;
+    };
+    /// The search of one cluster for its best gain; those near it are listed in the tracks.
+    struct Search {
+        Seat seat;
+        Weights weights;
+        Reach reach;
+        AccWeight loss;  ///< what is below is less than 0 for certain
+        AccWeight top = -std::numeric_limits<AccWeight>::infinity();
+        AccWeight rest = -std::numeric_limits<AccWeight>::infinity();  ///< the others aren't above
+        bool sure = true;
+
+        AccWeight lost() const { return top > 0 ? top * NEAR : loss; }
+        /// Whether a pair's weight tells that its gain is neither near the best nor above the rest.
+        bool rulesOut(AccWeight pair) const { return pair <= rest && pair < lost(); }
+    };
+
     /// So many links ahead what they lead to is called for.
     static constexpr std::size_t AHEAD = 16;
 
@@ -159,10 +188,9 @@ struct Tracks {
     AccWeight coarse = 0;     ///< adding it to a weight leaves multiples of the unit of exact sums
     std::uint32_t level = 1;  ///< number of the level in the making
     std::uint32_t round = 0;  ///< number of the last round of visits
-    std::uint32_t carried = 0;        ///< numbers given to carried clusters so far
-    std::uint32_t carriedBefore = 0;  ///< the same, when the level began
-    Size absorbed = 0;                ///< entries of `m_propagates` that are carried no further
-    Size carriedLinks = 0;            ///< number of links of the carried clusters
+    std::uint32_t carried = 0;  ///< numbers given to carried clusters so far
+    Size absorbed = 0;          ///< entries of `m_propagates` that are carried no further
+    Size carriedLinks = 0;      ///< number of links of the carried clusters
     std::vector<Best, LargePageAllocator<Best>> bests;
     /// What the gain with the best neighbour isn't below; where candidates are found literally, the
     /// best gain so far, be it an offer.

@@ -47,14 +47,13 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::settleAll() {
 template <bool NONSYMMETRIC, class LinksT>
 bool HierarchyImpl<NONSYMMETRIC, LinksT>::dependsOnOrder(Seat seat) {
     const TracksT& tracks = m_tracks;
-    const auto hasSeveral = [&](Seat of) { return tracks.bests[of].aim == TracksT::SEVERAL; };
     if (tracks.isDoubtful(seat)) return true;
     std::size_t mutual = 0;
     bool isGrouped = false;
     visitBest(seat, [&](Seat dest) {
         if (!isBestOf(seat, dest)) return;
         ++mutual;
-        isGrouped = isGrouped || hasSeveral(dest);
+        isGrouped = isGrouped || tracks.bests[dest].aim == TracksT::SEVERAL;
     });
     return mutual > 1 || isGrouped;
 }
@@ -231,10 +230,7 @@ bool HierarchyImpl<NONSYMMETRIC, LinksT>::visitAll(IStored<ClusterT> first, ISto
     for (std::size_t known = literally.size();; known = literally.size()) {
         beginVisits();
         visitNew(first, last, news);
-        if (!findVisits(visits)) {
-            news.clear();
-            return false;
-        }
+        if (!findVisits(visits)) return false;
         if (literally.size() == known) break;
     }
     visitCarried(visits);

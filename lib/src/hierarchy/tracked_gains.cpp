@@ -204,7 +204,7 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::holdAgainstRest(const TrackedLinkT& ln
     const Weights& weights = tracks.weights[seat];
     AccWeight& gain = tracks.gains[seat];
     const auto isClear = [&] {
-        return gain >= clearGain(weights.total) && gain * NEAR > tracks.bests[seat].rest;
+        return gain >= clearGain(weights.total) && gain * TracksT::NEAR > tracks.bests[seat].rest;
     };
     if (pair >= m_boundMin && weights.total <= search.reach.limit) {
         gain = pair - weights.total * search.reach.high;
@@ -255,8 +255,6 @@ void HierarchyImpl<NONSYMMETRIC, LinksT>::activate(IStored<ClusterT> first,
     for (auto* list : {&tracks.active, &tracks.unsettled}) list->clear();
     tracks.ties.clear();
     tracks.literally.clear();
-    tracks.offers.clear();
-    tracks.carriedBefore = tracks.carried;
     tracks.sure = true;
     for (auto it = first; it != last; ++it) {
         const Seat seat = m_marks.seat(&*it);
